@@ -1,0 +1,87 @@
+#include "tbResources/ResourceManager.h"
+
+#include <array>
+#include <cstddef>
+#include <filesystem>
+#include <fstream>
+#include <string_view>
+#include <system_error>
+
+template class tbCommon::SingletonClass<tbResources::ResourceManager>;
+
+namespace tbResources
+{
+
+namespace
+{
+
+constexpr std::size_t CHUNK_SIZE = std::size_t{64} * 1024;
+
+std::filesystem::path toPath(tbMemory::StringView text)
+{
+    return std::filesystem::path(std::string_view(text));
+}
+
+tbMemory::String currentFolder()
+{
+    std::error_code error;
+    const std::filesystem::path folder = std::filesystem::current_path(error);
+    if (error)
+        return "./"; // it was removed, or may not be read: relative paths stay relative
+    return tbMemory::String(folder.string()) + "/";
+}
+
+bool isRegularFile(const std::filesystem::path& path)
+{
+    std::error_code error;
+    return std::filesystem::is_regular_file(path, error);
+}
+
+} // namespace
+
+ResourceManager::ResourceManager()
+    : m_workingPath(currentFolder())
+{
+}
+
+ResourceManager::~ResourceManager() = default;
+
+void ResourceManager::setWorkingPath(tbMemory::StringView path)
+{
+    m_workingPath = path;
+}
+
+const tbMemory::String& ResourceManager::getWorkingPath() const noexcept
+{
+    return m_workingPath;
+}
+
+tbMemory::String ResourceManager::getAbsoluteFromWorkingDir(tbMemory::StringView path) const
+{
+    return (toPath(m_workingPath) / toPath(path)).string();
+}
+
+tbMemory::Buffer ResourceManager::loadFileIntoMemory(tbMemory::StringView path) const
+{
+    // A system call would end the path at a zero byte and find another file.
+    if (std::string_view(path).find('\0') != std::string_view::npos)
+        return tbMemory::Buffer();
+
+    // Asked before it is opened: opening a FIFO would wait for a writer.
+    const std::filesystem::path file = toPath(path);
+    if (!isRegularFile(file))
+        return tbMemory::Buffer();
+
+    // Read until the end, not up to a size asked for before: some files report none.
+    std::ifstream stream(file, std::ios::binary);
+    std::array<char, CHUNK_SIZE> chunk;
+    tbMemory::Buffer bytes;
+    while (stream)
+    {
+        stream.read(chunk.data(), chunk.size());
+        bytes.append(chunk.data(), static_cast<std::size_t>(stream.gcount()));
+    }
+    return stream.bad() ? tbMemory::Buffer() : bytes;
+}
+
+} // namespace tbResources
