@@ -1,0 +1,101 @@
+# Shows each check one tree or library with a planted fault. A check that finds nothing wrong there,
+# or complains of something else, protects nothing.
+cmake_minimum_required(VERSION 3.25)
+
+file(REMOVE_RECURSE ${scratch})
+set(failures "")
+
+# Gives `tree` a copy of what the checks read.
+function(make_tree tree)
+    file(REMOVE_RECURSE ${tree})
+    file(COPY ${root}/cmake ${root}/include ${root}/src DESTINATION ${tree})
+    file(COPY ${root}/tests DESTINATION ${tree} FILES_MATCHING PATTERN *.cpp PATTERN *.h)
+    if(EXISTS ${root}/examples)
+        file(COPY ${root}/examples DESTINATION ${tree})
+    endif()
+endfunction()
+
+# expect_failure(<check> <what it has to say> [<-D...>...])
+function(expect_failure check complaint)
+    execute_process(
+        COMMAND ${CMAKE_COMMAND} ${ARGN} -P ${root}/tests/tooling/${check}.cmake
+        RESULT_VARIABLE result
+        OUTPUT_VARIABLE output
+        ERROR_VARIABLE output)
+    if(result EQUAL 0)
+        set(failures "${failures}  ${check} has overlooked: ${complaint}\n" PARENT_SCOPE)
+    elseif(NOT output MATCHES "${complaint}")
+        set(failures "${failures}  ${check}, wanted \"${complaint}\", said: ${output}\n"
+            PARENT_SCOPE)
+    endif()
+endfunction()
+
+set(tree ${scratch}/tree)
+
+make_tree(${tree})
+file(WRITE ${tree}/src/core/Unlisted.cpp "")
+expect_failure(checkSourceLists "src/core/Unlisted.cpp is on disk" -D root=${tree})
+
+make_tree(${tree})
+file(REMOVE ${tree}/include/tbScripts/Version.h)
+expect_failure(checkSourceLists "Version.h is in TOBREL_SCRIPTS_HEADERS, but" -D root=${tree})
+
+make_tree(${tree})
+file(WRITE ${tree}/tests/core/UnlistedTest.cpp "")
+expect_failure(checkTestLists "tests/core/UnlistedTest.cpp: in no list" -D root=${tree})
+
+make_tree(${tree})
+file(APPEND ${tree}/tests/platform/StringViewTest.cpp "TEST(StringViewTest, DISABLED_Case) {}\n")
+expect_failure(checkTestLists "DISABLED_Case" -D root=${tree})
+
+make_tree(${tree})
+file(APPEND ${tree}/tests/platform/StringViewTest.cpp "TEST(A, B) { GTEST_SKIP(); }\n")
+expect_failure(checkTestLists "GTEST_SKIP" -D root=${tree})
+
+make_tree(${tree})
+file(WRITE ${tree}/src/core/Upward.cpp "#include \"environments/Environment.h\"\n")
+expect_failure(checkLayers "core may not include environments" -D root=${tree})
+
+make_tree(${tree})
+file(WRITE ${tree}/src/scripts/Sideways.cpp "#include \"core/lua/LuaStateHandle.h\"\n")
+expect_failure(checkLayers "outside a lua/ folder" -D root=${tree})
+
+make_tree(${tree})
+file(WRITE ${tree}/src/core/lua/Direct.cpp "#include <lua.hpp>\n")
+expect_failure(checkLayers "only src/core/lua/LuaApi.h" -D root=${tree})
+
+make_tree(${tree})
+file(WRITE ${tree}/include/tbScripts/Leak.h "#include <lua.hpp>\n")
+expect_failure(checkLayers "include/tbScripts/Leak.h" -D root=${tree})
+
+make_tree(${tree})
+file(WRITE ${tree}/src/core/lua/Raise.cpp "int f(lua_State* s) { return lua_error(s); }\n")
+expect_failure(checkRaiseSites "src/core/lua/Raise.cpp" -D root=${tree})
+
+make_tree(${tree})
+file(WRITE ${tree}/src/core/lua/Raise.cpp "int n = luaL_checkinteger(state, 1);\n")
+expect_failure(checkRaiseSites "luaL_checkinteger" -D root=${tree})
+
+# expect_export_failure(<what it has to say> <source text>)
+function(expect_export_failure complaint text)
+    file(WRITE ${scratch}/exported.cpp "${text}")
+    execute_process(
+        COMMAND ${compiler} -shared -fPIC -o ${scratch}/libexported.so ${scratch}/exported.cpp
+        COMMAND_ERROR_IS_FATAL ANY)
+    expect_failure(checkExportedSymbols
+        "${complaint}" -D nm=${nm} -D library=${scratch}/libexported.so)
+    set(failures "${failures}" PARENT_SCOPE)
+endfunction()
+
+set(own "namespace tbScripts { void own() {} }\n")
+expect_export_failure("leaked" "${own}void leaked() {}\n")
+expect_export_failure("inside" "${own}namespace tbScripts::lua { void inside() {} }\n")
+expect_export_failure("helper" "${own}namespace tbScripts::detail { void helper() {} }\n")
+expect_export_failure("byInline"
+    "${own}namespace tbScripts::lua { inline void byInline() {} void* used = (void*)&byInline; }\n")
+expect_export_failure("Nothing of tbScripts" "static int nothing;\n")
+
+file(REMOVE_RECURSE ${scratch})
+if(NOT failures STREQUAL "")
+    message(FATAL_ERROR "Checks that cannot fail:\n${failures}")
+endif()
