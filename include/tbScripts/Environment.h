@@ -1,0 +1,190 @@
+#pragma once
+
+#include "tbScripts/Api.h"
+#include "tbScripts/ExecutionResult.h"
+#include "tbScripts/FunctionParameter.h"
+#include "tbScripts/Interpreter.h"
+#include "tbScripts/ScriptObjectReference.h"
+
+#include <tbMemory/Buffer.h>
+#include <tbMemory/BufferView.h>
+#include <tbMemory/String.h>
+#include <tbMemory/StringView.h>
+
+#include <memory>
+#include <string>
+#include <type_traits>
+#include <unordered_map>
+
+namespace tbScripts
+{
+
+struct EnvironmentBindings;
+class EnvironmentStrategy;
+class Function;
+class Namespace;
+class Script;
+class UserType;
+
+/// One named scripting world: globals and host bindings, into which compiled scripts are executed.
+///
+/// A new environment has no interpreter: every operation that needs one logs a warning (tag
+/// "Environment") and gives its neutral value. With one, failures are logged with tag
+/// "LuaEnvironment". Nothing is ever thrown. Names of globals are plain keys, without path syntax,
+/// and end at their first NUL.
+///
+/// Calls from the host into one interpreter may nest 200 deep; a deeper one fails with "C stack
+/// overflow". An environment that is destroyed from inside its own call takes its interpreter and
+/// bindings with it when the outermost call returns.
+class TBSCRIPTS_API Environment
+{
+public:
+    /// Makes an environment without name and interpreter.
+    Environment();
+
+    /// Kept: a copy shares interpreter and bindings with `other`. They are torn down once, with the
+    /// last copy. What is declared later is known only to the copy that it was declared through.
+    Environment(const Environment& other);
+    Environment& operator=(const Environment& other);
+
+    ~Environment();
+
+    /// Valid until: the name changes or the environment is destroyed.
+    tbMemory::StringView getName() const;
+    void setName(const tbMemory::StringView& name);
+
+    /// Returns the outcome of the last `execute` or `callScriptFunction`.
+    ///
+    /// Valid until: the environment is destroyed. A change of interpreter resets what it shows.
+    const ExecutionResult& getLastExecutionResult() const;
+
+    /// Throws the present interpreter away, with all globals, and starts `interpreter`.
+    ///
+    /// Declared functions stay registered but do nothing until they are declared again.
+    /// On failure: any value but `INTERPRETER_LUA`, none included, is logged and leaves the
+    /// environment without interpreter; so does a lack of memory. Refused, with a message, while
+    /// this environment runs a script. All with tag "Environment".
+    void setEnvironmentFor(INTERPRETER interpreter);
+
+    /// Runs the compiled form of `script` and returns whether it ended without an error. Values
+    /// that it returns are dropped.
+    ///
+    /// On failure: logged; `getLastExecutionResult` says why.
+    bool execute(const Script& script);
+
+    /// Runs two full collections. A finaliser that raises is logged and holds up nothing.
+    void requestGarbageCollection();
+
+    /// Sets global `name`. A null text stores nil; a text ends at its first NUL.
+    void setVar(const tbMemory::StringView& name, bool value);
+    void setVar(const tbMemory::StringView& name, int value);
+    void setVar(const tbMemory::StringView& name, float value);
+    void setVar(const tbMemory::StringView& name, double value);
+    void setVar(const tbMemory::StringView& name, const char* value);
+    void setVar(const tbMemory::StringView& name, const tbMemory::StringView& value);
+
+    /// Sets global `name` to the value behind `value`; an empty reference, or one of another
+    /// environment, stores nil.
+    void setVar(const tbMemory::StringView& name, const ScriptObjectReference& value);
+
+    /// Not offered: a pointer would be taken for a `bool`. Use `setObject`.
+    template <
+        typename T,
+        typename = std::enable_if_t<!std::is_same<std::remove_cv_t<T>, char>::value>>
+    void setVar(const tbMemory::StringView& name, T* value) = delete;
+
+    /// Sets global `name` to `object`, seen by scripts as an instance of `userTypeName`; nil if
+    /// `object` is null. A name of no declared type gives an instance without methods.
+    ///
+    /// Ownership: the host keeps `object`.
+    void setObject(
+        const tbMemory::StringView& name, const tbMemory::StringView& userTypeName, void* object);
+
+    /// Returns whether global `name` is anything but nil.
+    bool isVarSet(const tbMemory::StringView& name) const;
+
+    /// Returns global `name`, or `defaultValue` if it is of another kind. Numbers are read from
+    /// numeric texts too; a truth value only from a truth value; a text also from a number. The
+    /// `int` form drops the fraction and keeps the low 32 bits.
+    bool getVar(const tbMemory::StringView& name, bool defaultValue) const;
+    int getVar(const tbMemory::StringView& name, int defaultValue) const;
+    float getVar(const tbMemory::StringView& name, float defaultValue) const;
+    double getVar(const tbMemory::StringView& name, double defaultValue) const;
+
+    /// Valid until: the script's value is collected; the text of a number, until the next such
+    /// call.
+    tbMemory::StringView getVar(const tbMemory::StringView& name, const char* defaultValue) const;
+    tbMemory::StringView
+    getVar(const tbMemory::StringView& name, const tbMemory::StringView& defaultValue) const;
+
+    /// Returns a handle on global `name`, an empty one for nil, functions and coroutines. Functions
+    /// are obtained through `getScriptFunction`.
+    ScriptObjectReference getVar(const tbMemory::StringView& name) const;
+
+    /// Returns the host object behind global `name` if it is an instance of `userTypeName`, else
+    /// null. A null `userTypeName` skips the test of the type.
+    void*
+    getObject(const tbMemory::StringView& name, const tbMemory::StringView& userTypeName) const;
+
+    /// Returns a handle on the script function in global `name`, an empty one for other values.
+    ScriptObjectReference getScriptFunction(const tbMemory::StringView& name) const;
+
+    /// Calls `function` with `inputs` and reads its results into `outputs`; returns whether the
+    /// call ended without an error.
+    ///
+    /// The kind of each output says what is expected. Results beyond the outputs are dropped,
+    /// outputs beyond the results stay as they are. A result of another kind is logged (tag
+    /// "LuaEnvironmentStrategy"), leaves its output and all later ones as they were, and is no
+    /// failure of the call.
+    /// On failure: logged; `getLastExecutionResult` says why; the outputs stay as they are.
+    bool callScriptFunction(
+        const ScriptObjectReference& function,
+        const tbMemory::BufferView<FunctionParameter>& inputs,
+        tbMemory::BufferView<FunctionParameter>& outputs);
+
+    /// Returns `object` as bytes; empty if it cannot be written.
+    tbMemory::Buffer
+    serializeScriptObject(const ScriptObjectReference& object, bool transferOwnership);
+
+    /// Returns a handle on the value that `bytes` describe; empty if they describe none.
+    ScriptObjectReference deserializeScriptObject(const tbMemory::BufferView<unsigned char>& bytes);
+
+    /// Declares the host function `name` as a global and returns it, unbound.
+    ///
+    /// A name declared before is logged, and its function is returned as new; if it was made for
+    /// an earlier interpreter it is installed in the present one.
+    /// On failure: null without interpreter, or if the global cannot be set.
+    /// Ownership: the environment's. Valid until: the environment is destroyed.
+    Function* setFunc(const tbMemory::StringView& name);
+
+    /// Returns whether a function of that name was declared. The whole text is the key.
+    bool isFuncSet(const tbMemory::StringView& name) const;
+
+    /// Returns the function declared under `name`, null if there is none.
+    Function* getFunc(const tbMemory::StringView& name) const;
+
+private:
+    // Gives up interpreter and bindings; the last holder tears them down, at once or, while the
+    // interpreter runs, when its outermost call returns.
+    void _dispose();
+
+    // Closes the interpreter, unless a copy shares it. Returns false if this object is gone.
+    bool _endStrategy();
+
+    // Has the interpreter make a function, null if it cannot, and registers what it gives.
+    Function* _declareFunc(const tbMemory::StringView& name);
+
+    // Shared with the strategy, whose messages use the last name if this object goes first.
+    std::shared_ptr<tbMemory::String> m_name;
+
+    // By name; the objects belong to m_bindings.
+    std::unordered_map<std::string, Function*> m_functions;
+    std::unordered_map<std::string, UserType*> m_userTypes;
+    std::unordered_map<std::string, Namespace*> m_namespaces;
+
+    std::shared_ptr<EnvironmentBindings> m_bindings; // shared by copies
+    std::shared_ptr<EnvironmentStrategy> m_strategy; // never null, shared by copies
+    INTERPRETER m_interpreter;
+};
+
+} // namespace tbScripts

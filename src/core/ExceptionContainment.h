@@ -1,0 +1,41 @@
+#pragma once
+
+// Some C libraries end a thread by an exception that has to reach its start; libstdc++ gives it a
+// name. Swallowing it would abort the process.
+#if defined(__GLIBCXX__) || __has_include(<bits/c++config.h>)
+    #include <cxxabi.h>
+    #define TBSCRIPTS_LET_THREAD_CANCELLATION_PASS                                                 \
+        catch (const abi::__forced_unwind&)                                                        \
+        {                                                                                          \
+            throw;                                                                                 \
+        }
+#else
+    #define TBSCRIPTS_LET_THREAD_CANCELLATION_PASS
+#endif
+
+namespace tbScripts
+{
+
+/// Runs `work` and returns whether it came to its end. Whatever it throws is swallowed, after
+/// `describe` was called while it is being handled; only the end of the thread passes.
+///
+/// This is the only place that catches everything. It must never stand between the interpreter and
+/// a callable of the host: it would swallow script errors, and the script would go on as if nothing
+/// had happened.
+template <typename Work, typename Describe>
+bool contain(Work&& work, Describe&& describe)
+{
+    try
+    {
+        work();
+        return true;
+    }
+    TBSCRIPTS_LET_THREAD_CANCELLATION_PASS
+    catch (...)
+    {
+        describe();
+    }
+    return false;
+}
+
+} // namespace tbScripts

@@ -1,0 +1,347 @@
+#include "tbScripts/FunctionParameter.h"
+
+#include <new>
+#include <utility>
+
+namespace tbScripts
+{
+
+const FunctionParameter FunctionParameter::VOID;
+
+FunctionParameter::FunctionParameter(bool value) noexcept
+    : m_type(PARAM_TYPE_BOOL)
+    , m_live(MEMBER::BOOL)
+    , m_acceptsAnyUserType(false)
+{
+    m_storage.boolean = value;
+}
+
+FunctionParameter::FunctionParameter(int value) noexcept
+    : m_type(PARAM_TYPE_INT)
+    , m_live(MEMBER::INT)
+    , m_acceptsAnyUserType(false)
+{
+    m_storage.integer = value;
+}
+
+FunctionParameter::FunctionParameter(float value) noexcept
+    : m_type(PARAM_TYPE_FLOAT)
+    , m_live(MEMBER::FLOAT)
+    , m_acceptsAnyUserType(false)
+{
+    m_storage.single = value;
+}
+
+FunctionParameter::FunctionParameter(double value) noexcept
+    : m_type(PARAM_TYPE_DOUBLE)
+    , m_live(MEMBER::DOUBLE)
+    , m_acceptsAnyUserType(false)
+{
+    m_storage.number = value;
+}
+
+FunctionParameter::FunctionParameter(const char* text)
+    : FunctionParameter(tbMemory::StringView(text))
+{
+}
+
+FunctionParameter::FunctionParameter(const tbMemory::StringView& text)
+    : m_type(PARAM_TYPE_STRING)
+    , m_live(MEMBER::TEXT)
+    , m_acceptsAnyUserType(false)
+{
+    new (&m_storage.text) tbMemory::String(text);
+}
+
+FunctionParameter::FunctionParameter(
+    void* object, const tbMemory::StringView& typeName, bool scriptOwned)
+    : m_type(scriptOwned ? PARAM_TYPE_USER_TYPE_OWNED : PARAM_TYPE_USER_TYPE)
+    , m_live(MEMBER::USER_TYPE)
+    , m_acceptsAnyUserType(typeName.empty())
+{
+    new (&m_storage.userType) UserTypeValue{tbMemory::String(typeName), object, nullptr};
+}
+
+FunctionParameter::FunctionParameter(const ScriptObjectReference& reference)
+    : m_type(
+          reference.getType() == PARAM_TYPE_SCRIPT_FUNCTION ? PARAM_TYPE_SCRIPT_FUNCTION
+                                                            : PARAM_TYPE_SCRIPT_OBJECT)
+    , m_live(MEMBER::REFERENCE)
+    , m_acceptsAnyUserType(false)
+{
+    new (&m_storage.reference) ScriptObjectReference(reference);
+}
+
+FunctionParameter
+FunctionParameter::ofType(FUNCTION_PARAMETER_TYPE type, const tbMemory::StringView& userTypeName)
+{
+    FunctionParameter parameter;
+    parameter.m_type = type;
+    parameter.prepareForInternalType();
+    if (parameter.m_live == MEMBER::NONE)
+        parameter.m_live = _memberOf(type); // zero already
+    if (parameter.m_live != MEMBER::USER_TYPE)
+        return parameter;
+    parameter.m_storage.userType.typeName = userTypeName;
+    parameter.m_acceptsAnyUserType = userTypeName.empty();
+    return parameter;
+}
+
+FunctionParameter FunctionParameter::getDeclaration() const
+{
+    return ofType(m_type, m_acceptsAnyUserType ? tbMemory::StringView() : getUserTypeName());
+}
+
+FunctionParameter::FunctionParameter(const FunctionParameter& other)
+    : FunctionParameter()
+{
+    _copyFrom(other);
+}
+
+FunctionParameter& FunctionParameter::operator=(const FunctionParameter& other)
+{
+    if (this == &other)
+        return *this;
+    if (_holds(MEMBER::TEXT) && other._holds(MEMBER::TEXT))
+    {
+        m_storage.text = other.m_storage.text; // keeps the memory it has
+        return *this;
+    }
+    FunctionParameter copy(other); // before anything is given up: `other` may live through it
+    _clear();
+    _takeFrom(copy);
+    return *this;
+}
+
+FunctionParameter::FunctionParameter(FunctionParameter&& other) noexcept
+    : FunctionParameter()
+{
+    _takeFrom(other);
+}
+
+FunctionParameter& FunctionParameter::operator=(FunctionParameter&& other) noexcept
+{
+    if (this == &other)
+        return *this;
+    _clear();
+    _takeFrom(other);
+    return *this;
+}
+
+FunctionParameter::~FunctionParameter()
+{
+    _clear();
+}
+
+FUNCTION_PARAMETER_TYPE FunctionParameter::getType() const
+{
+    return m_type;
+}
+
+bool FunctionParameter::getBool() const
+{
+    return _holds(MEMBER::BOOL) && m_storage.boolean;
+}
+
+int FunctionParameter::getInt() const
+{
+    return _holds(MEMBER::INT) ? m_storage.integer : 0;
+}
+
+float FunctionParameter::getFloat() const
+{
+    return _holds(MEMBER::FLOAT) ? m_storage.single : 0.0F;
+}
+
+double FunctionParameter::getDouble() const
+{
+    return _holds(MEMBER::DOUBLE) ? m_storage.number : 0.0;
+}
+
+tbMemory::StringView FunctionParameter::getString() const
+{
+    return _holds(MEMBER::TEXT) ? tbMemory::StringView(m_storage.text) : tbMemory::StringView();
+}
+
+tbMemory::StringView FunctionParameter::getUserTypeName() const
+{
+    return _holds(MEMBER::USER_TYPE) ? tbMemory::StringView(m_storage.userType.typeName)
+                                     : tbMemory::StringView();
+}
+
+void* FunctionParameter::getUserTypeObject() const
+{
+    return _holds(MEMBER::USER_TYPE) ? m_storage.userType.object : nullptr;
+}
+
+ScriptObjectView FunctionParameter::getUserTypeView() const
+{
+    return _holds(MEMBER::USER_TYPE) ? ScriptObjectView(m_storage.userType.view)
+                                     : ScriptObjectView();
+}
+
+const ScriptObjectReference& FunctionParameter::getScriptObject() const
+{
+    return _holds(MEMBER::REFERENCE) ? m_storage.reference : ScriptObjectReference::EMPTY;
+}
+
+void FunctionParameter::prepareForInternalType()
+{
+    switch (_memberOf(m_type))
+    {
+    case MEMBER::TEXT:
+        prepareForString();
+        break;
+    case MEMBER::USER_TYPE:
+        prepareForUserType();
+        break;
+    case MEMBER::REFERENCE:
+        prepareForScriptObjectReference();
+        break;
+    case MEMBER::NONE:
+    case MEMBER::BOOL:
+    case MEMBER::INT:
+    case MEMBER::FLOAT:
+    case MEMBER::DOUBLE:
+        break;
+    }
+}
+
+void FunctionParameter::prepareForString()
+{
+    _clear();
+    new (&m_storage.text) tbMemory::String();
+    m_live = MEMBER::TEXT;
+}
+
+void FunctionParameter::prepareForUserType()
+{
+    _clear();
+    new (&m_storage.userType) UserTypeValue();
+    m_live = MEMBER::USER_TYPE;
+    m_acceptsAnyUserType = true;
+}
+
+void FunctionParameter::prepareForScriptObjectReference()
+{
+    _clear();
+    new (&m_storage.reference) ScriptObjectReference();
+    m_live = MEMBER::REFERENCE;
+}
+
+FunctionParameter::MEMBER FunctionParameter::_memberOf(FUNCTION_PARAMETER_TYPE type)
+{
+    switch (type)
+    {
+    case PARAM_TYPE_BOOL:
+        return MEMBER::BOOL;
+    case PARAM_TYPE_INT:
+        return MEMBER::INT;
+    case PARAM_TYPE_FLOAT:
+        return MEMBER::FLOAT;
+    case PARAM_TYPE_DOUBLE:
+        return MEMBER::DOUBLE;
+    case PARAM_TYPE_STRING:
+        return MEMBER::TEXT;
+    case PARAM_TYPE_USER_TYPE_OWNED:
+    case PARAM_TYPE_USER_TYPE:
+        return MEMBER::USER_TYPE;
+    case PARAM_TYPE_SCRIPT_FUNCTION:
+    case PARAM_TYPE_SCRIPT_OBJECT:
+        return MEMBER::REFERENCE;
+    case PARAM_TYPE_VOID:
+    default: // a number outside the enumeration is a kind without value
+        return MEMBER::NONE;
+    }
+}
+
+bool FunctionParameter::_holds(MEMBER member) const
+{
+    return m_live == member && _memberOf(m_type) == member;
+}
+
+void FunctionParameter::_clear() noexcept
+{
+    switch (m_live)
+    {
+    case MEMBER::TEXT:
+        m_storage.text.~String();
+        break;
+    case MEMBER::USER_TYPE:
+        m_storage.userType.~UserTypeValue();
+        break;
+    case MEMBER::REFERENCE:
+        m_storage.reference.~ScriptObjectReference();
+        break;
+    case MEMBER::NONE:
+    case MEMBER::BOOL:
+    case MEMBER::INT:
+    case MEMBER::FLOAT:
+    case MEMBER::DOUBLE:
+        break;
+    }
+    m_live = MEMBER::NONE;
+    m_acceptsAnyUserType = false;
+    m_storage.firstWord = 0;
+}
+
+// Requires: the storage holds nothing.
+void FunctionParameter::_copyFrom(const FunctionParameter& other)
+{
+    m_type = other.m_type;
+    if (!other._holds(other.m_live))
+        return; // storage that was prepared for another kind is not a value
+    switch (other.m_live)
+    {
+    case MEMBER::NONE:
+        return;
+    case MEMBER::BOOL:
+        m_storage.boolean = other.m_storage.boolean;
+        break;
+    case MEMBER::INT:
+        m_storage.integer = other.m_storage.integer;
+        break;
+    case MEMBER::FLOAT:
+        m_storage.single = other.m_storage.single;
+        break;
+    case MEMBER::DOUBLE:
+        m_storage.number = other.m_storage.number;
+        break;
+    case MEMBER::TEXT:
+        new (&m_storage.text) tbMemory::String(other.m_storage.text);
+        break;
+    case MEMBER::USER_TYPE:
+        new (&m_storage.userType) UserTypeValue(other.m_storage.userType);
+        break;
+    case MEMBER::REFERENCE:
+        new (&m_storage.reference) ScriptObjectReference(other.m_storage.reference);
+        break;
+    }
+    m_live = other.m_live;
+    m_acceptsAnyUserType = other.m_acceptsAnyUserType;
+}
+
+// Requires: the storage holds nothing.
+void FunctionParameter::_takeFrom(FunctionParameter& other) noexcept
+{
+    if (other._holds(MEMBER::TEXT))
+        new (&m_storage.text) tbMemory::String(std::move(other.m_storage.text));
+    else if (other._holds(MEMBER::USER_TYPE))
+        new (&m_storage.userType) UserTypeValue(std::move(other.m_storage.userType));
+    else if (other._holds(MEMBER::REFERENCE))
+        new (&m_storage.reference) ScriptObjectReference(std::move(other.m_storage.reference));
+    else
+    {
+        _copyFrom(other); // numbers and truth values: nothing that could fail
+        return;
+    }
+    m_type = other.m_type;
+    m_live = other.m_live;
+    m_acceptsAnyUserType = other.m_acceptsAnyUserType;
+    if (m_live == MEMBER::REFERENCE)
+        return; // moving a reference shares it
+    other._clear();
+    other.m_type = PARAM_TYPE_VOID;
+}
+
+} // namespace tbScripts

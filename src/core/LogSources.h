@@ -1,0 +1,15 @@
+#pragma once
+
+namespace tbScripts
+{
+
+// The tags that name the reporting component, each spelt once: hosts compare them as texts.
+constexpr const char* LOG_SOURCE_ENVIRONMENT = "Environment";
+constexpr const char* LOG_SOURCE_LUA_ENVIRONMENT = "LuaEnvironment";
+constexpr const char* LOG_SOURCE_LUA_ENVIRONMENT_STRATEGY = "LuaEnvironmentStrategy";
+constexpr const char* LOG_SOURCE_FUNCTION = "Function";
+constexpr const char* LOG_SOURCE_LUA_FUNCTION = "LuaFunction";
+constexpr const char* LOG_SOURCE_SCRIPT = "Script";
+constexpr const char* LOG_SOURCE_LUA_SCRIPT = "LuaScript";
+
+} // namespace tbScripts

@@ -1,0 +1,144 @@
+#include "tbScripts/ScriptObjectReference.h"
+
+#include "tbScripts/ScriptObjectInterpreterReference.h"
+#include "tbScripts/ScriptObjectInterpreterView.h"
+#include "tbScripts/ScriptObjectView.h"
+
+#include <memory>
+#include <utility>
+
+namespace tbScripts
+{
+
+// `useCount` starts again at 1 when a view is assigned, whoever shares the block; `holders` is the
+// true number, and it alone decides when the block goes.
+struct ScriptObjectReference::SharedBlock
+{
+    constexpr SharedBlock() noexcept
+        : value(nullptr)
+        , useCount(1)
+        , holders(1)
+    {
+    }
+
+    ScriptObjectInterpreterReference* value; // owned, may be null
+    std::uint32_t useCount;
+    std::uint32_t holders;
+};
+
+namespace
+{
+
+ScriptObjectInterpreterReference* createReferenceFrom(const ScriptObjectView& view)
+{
+    ScriptObjectInterpreterView* const interpreterView = view.getInterpreterView();
+    return interpreterView ? interpreterView->createReference() : nullptr;
+}
+
+} // namespace
+
+ScriptObjectReference::SharedBlock ScriptObjectReference::PERMANENT_BLOCK;
+
+constexpr ScriptObjectReference::ScriptObjectReference(SharedBlock* block) noexcept
+    : m_block(block)
+{
+}
+
+const ScriptObjectReference ScriptObjectReference::EMPTY(&PERMANENT_BLOCK);
+
+ScriptObjectReference::ScriptObjectReference()
+    : m_block(new SharedBlock)
+{
+}
+
+ScriptObjectReference::ScriptObjectReference(ScriptObjectInterpreterReference* reference)
+{
+    // Owned until the block is there: no memory for the block must not leak the value.
+    std::unique_ptr<ScriptObjectInterpreterReference> owned(reference);
+    m_block = new SharedBlock;
+    m_block->value = owned.release();
+}
+
+ScriptObjectReference::ScriptObjectReference(const ScriptObjectView& view)
+    : ScriptObjectReference(createReferenceFrom(view))
+{
+}
+
+ScriptObjectReference::ScriptObjectReference(const ScriptObjectReference& other)
+    // A shared permanent block would be filled by the first view that is assigned to a copy.
+    : m_block(other.m_block == &PERMANENT_BLOCK ? new SharedBlock : other.m_block)
+{
+    if (m_block != other.m_block)
+        return;
+    ++m_block->useCount;
+    ++m_block->holders;
+}
+
+ScriptObjectReference::ScriptObjectReference(ScriptObjectReference&& other) noexcept
+    : m_block(other.m_block)
+{
+    ++m_block->useCount;
+    ++m_block->holders;
+}
+
+ScriptObjectReference& ScriptObjectReference::operator=(const ScriptObjectReference& other)
+{
+    if (m_block == other.m_block)
+        return *this;
+    ScriptObjectReference shared(other);
+    std::swap(m_block, shared.m_block);
+    return *this;
+}
+
+ScriptObjectReference& ScriptObjectReference::operator=(ScriptObjectReference&& other) noexcept
+{
+    std::swap(m_block, other.m_block);
+    return *this;
+}
+
+ScriptObjectReference& ScriptObjectReference::operator=(const ScriptObjectView& view)
+{
+    if (view.getInterpreterView() || m_block->holders == 1)
+    {
+        // Made before the old value goes: it may be what the view looks at.
+        ScriptObjectInterpreterReference* const value = createReferenceFrom(view);
+        delete std::exchange(m_block->value, value);
+    }
+    m_block->useCount = 1;
+    return *this;
+}
+
+ScriptObjectReference::~ScriptObjectReference()
+{
+    _release();
+}
+
+ScriptObjectInterpreterReference* ScriptObjectReference::getInterpreterReference() const
+{
+    return m_block->value;
+}
+
+FUNCTION_PARAMETER_TYPE ScriptObjectReference::getType() const
+{
+    return m_block->value ? m_block->value->getType() : PARAM_TYPE_VOID;
+}
+
+std::uint32_t ScriptObjectReference::getUseCount() const
+{
+    return m_block->useCount;
+}
+
+void ScriptObjectReference::_release() noexcept
+{
+    if (m_block == &PERMANENT_BLOCK)
+        return;
+    if (m_block->useCount > 0)
+        --m_block->useCount;
+    if (--m_block->holders > 0)
+        return;
+    delete m_block->value;
+    delete m_block;
+    m_block = nullptr;
+}
+
+} // namespace tbScripts

@@ -1,0 +1,4 @@
+#pragma once
+
+// The only file that names the interpreter's headers.
+#include <lua.hpp>

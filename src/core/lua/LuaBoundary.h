@@ -1,0 +1,101 @@
+#pragma once
+
+// Contains what the interpreter throws into calls of the host.
+//
+// On the platforms we build for, the interpreter raises its errors as exceptions that pass through
+// C++ frames and run destructors. A public call therefore only needs a try block around its work,
+// which costs nothing until something is raised; a protected call of the interpreter costs many
+// times as much as reading a global.
+//
+// Two cases need the protected call all the same:
+// - The C++ runtime ends the process when an exception that is not its own is caught while one of
+//   its own is being handled. Hosts do call us from their catch blocks, so that is looked up first.
+// - Interpreters that are built without external unwinding jump over C++ frames. Building with
+//   TBSCRIPTS_PROTECTED_BOUNDARY makes every call a protected one.
+
+#include "core/ExceptionContainment.h"
+#include "core/lua/LuaApi.h"
+#include "core/lua/LuaErrorText.h"
+#include "core/lua/LuaStateHandle.h"
+
+#include <string>
+#include <type_traits>
+
+#if defined(__GNUC__)
+    #include <cxxabi.h>
+#endif
+
+namespace tbScripts::lua
+{
+
+/// Work of a call, in a form that the interpreter can carry to its protected call.
+struct ProtectedWork
+{
+    void (*invoke)(void* work, lua_State* state);
+    void* work;
+    bool hasThrown;   // ended by a C++ exception whose text we know
+    std::string text; // that text
+};
+
+/// What the interpreter calls protected: runs the `ProtectedWork` on top of the stack.
+int runProtectedWork(lua_State* state);
+
+/// Runs `work` by a protected call, with the topmost `arguments` values as its stack. Returns
+/// whether it came to its end; else the error value is on the stack or `work.text` is set.
+bool callProtected(const LuaStateSlot& slot, lua_State* state, int arguments, ProtectedWork& work);
+
+/// Gives the text of the exception that is being handled and returns whether it has one. The
+/// interpreter's own exceptions have none: their error value is on the stack.
+bool describeCurrentException(std::string& text);
+
+/// Returns whether errors have to be contained by a protected call here and now.
+inline bool needsProtectedCall()
+{
+#if defined(TBSCRIPTS_PROTECTED_BOUNDARY) || !defined(__GNUC__)
+    return true;
+#else
+    // The first word of the exception globals is the exception that this thread is handling; the
+    // C++ ABI of these platforms fixes that.
+    return *reinterpret_cast<void* const*>(abi::__cxa_get_globals()) != nullptr;
+#endif
+}
+
+/// Runs `work(state)` and returns whether it came to its end. If not, `errorText` says why. The
+/// stack is put back where it was, less the topmost `arguments` values, which are the work's.
+///
+/// Requires: `work` addresses the stack relative to its top, and owns nothing that a raised error
+/// would leave behind.
+template <typename Work>
+bool containLuaErrors(
+    const LuaStateSlot& slot, lua_State* state, int arguments, Work&& work, std::string& errorText)
+{
+    const int top = lua_gettop(state) - arguments;
+    bool isDone = false;
+    bool hasText = false;
+    if (needsProtectedCall())
+    {
+        ProtectedWork carried{
+            [](void* carriedWork, lua_State* inner)
+            { (*static_cast<std::remove_reference_t<Work>*>(carriedWork))(inner); },
+            &work,
+            false,
+            std::string()};
+        isDone = callProtected(slot, state, arguments, carried);
+        if (carried.hasThrown)
+        {
+            errorText = carried.text;
+            hasText = true;
+        }
+    }
+    else
+    {
+        isDone =
+            contain([&] { work(state); }, [&] { hasText = describeCurrentException(errorText); });
+    }
+    if (!isDone && !hasText)
+        errorText = errorTextAt(state, -1);
+    lua_settop(state, top);
+    return isDone;
+}
+
+} // namespace tbScripts::lua

@@ -1,0 +1,75 @@
+#pragma once
+
+#include "core/lua/LuaBoundary.h"
+#include "core/lua/LuaStateHandle.h"
+
+#include <string>
+
+namespace tbScripts::lua
+{
+
+/// One call of the host into an interpreter, from its beginning to its end.
+///
+/// Made first in every operation that touches a state, so that it ends last: its end runs what had
+/// to wait for the outermost call, which may destroy the very object that the operation belongs to.
+class LuaHostCall
+{
+public:
+    /// Calls nest this deep at most, so that scripts and host functions that call each other
+    /// without end meet an error before the end of the C stack.
+    static constexpr unsigned MAX_DEPTH = 200;
+
+    enum class ENTRY
+    {
+        HOST,  // on behalf of the host: refused during teardown and too deep
+        UPKEEP // releases something: always let in while the state is open
+    };
+
+    explicit LuaHostCall(const LuaStateHandle& handle, ENTRY entry = ENTRY::HOST);
+
+    LuaHostCall(const LuaHostCall&) = delete;
+    LuaHostCall& operator=(const LuaHostCall&) = delete;
+
+    ~LuaHostCall();
+
+    /// Returns the thread to work on, null if the call was refused.
+    lua_State* getState() const { return m_state; }
+
+    /// Returns whether the call may do something; else `errorText` says why not, and is empty if
+    /// there is no state to work on. From here on stack indices may change their meaning: what the
+    /// host looks at on the stack is kept elsewhere.
+    bool admit(std::string& errorText);
+
+    /// Returns whether there is no state to work on: it is closed, or going.
+    bool isRefused() const { return !m_slot; }
+
+    /// Runs `work(state)`, contained. Returns whether it came to its end; else `errorText` says
+    /// why, and is empty if there is no state to work on.
+    template <typename Work>
+    bool run(Work&& work, std::string& errorText)
+    {
+        // The common case asks for nothing: no refusal, and no host function that was lent views.
+        if ((!m_state || m_slot->innermostCallback) && !admit(errorText))
+            return false;
+        return containLuaErrors(*m_slot, m_state, 0, work, errorText);
+    }
+
+    /// The same; a failure is logged with tag "LuaEnvironment".
+    template <typename Work>
+    bool run(Work&& work)
+    {
+        std::string errorText;
+        const bool isDone = run(work, errorText);
+        if (!isDone)
+            _logFailure(errorText);
+        return isDone;
+    }
+
+private:
+    static void _logFailure(const std::string& errorText);
+
+    LuaStateSlot* m_slot; // null if there is no state to work on
+    lua_State* m_state;   // null if the call was refused
+};
+
+} // namespace tbScripts::lua

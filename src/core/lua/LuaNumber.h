@@ -1,0 +1,46 @@
+#pragma once
+
+#include <cmath>
+#include <cstdint>
+#include <limits>
+
+// Conversions between kinds of numbers, defined for every number: the language leaves those beyond
+// the range of the target open.
+namespace tbScripts::lua
+{
+
+/// Returns `number` without its fraction, the nearest `int` if it lies beyond, 0 for NaN.
+inline std::int32_t truncateToInt(double number)
+{
+    constexpr double LOWEST = std::numeric_limits<std::int32_t>::min();
+    constexpr double HIGHEST = std::numeric_limits<std::int32_t>::max();
+    if (number >= HIGHEST)
+        return std::numeric_limits<std::int32_t>::max();
+    if (number <= LOWEST)
+        return std::numeric_limits<std::int32_t>::min();
+    return std::isnan(number) ? 0 : static_cast<std::int32_t>(number);
+}
+
+/// Returns the low 32 bits of the 64-bit integer that `number` is without its fraction; 0 for
+/// numbers beyond 64 bits and for NaN.
+inline std::int32_t lowBitsToInt(double number)
+{
+    constexpr double BEYOND_INT64 = 9223372036854775808.0;
+    if (!(std::fabs(number) < BEYOND_INT64))
+        return 0;
+    return static_cast<std::int32_t>(
+        static_cast<std::uint32_t>(static_cast<std::uint64_t>(static_cast<std::int64_t>(number))));
+}
+
+/// Returns the nearest `float`, infinite beyond its range.
+inline float narrowToFloat(double number)
+{
+    constexpr double LIMIT = std::numeric_limits<float>::max();
+    if (number > LIMIT)
+        return std::numeric_limits<float>::infinity();
+    if (number < -LIMIT)
+        return -std::numeric_limits<float>::infinity();
+    return static_cast<float>(number);
+}
+
+} // namespace tbScripts::lua

@@ -1,0 +1,69 @@
+#include "core/lua/LuaScriptObjectInterpreterReference.h"
+
+#include "core/lua/LuaBoundary.h"
+
+#include "tbScripts/ScriptObjectReference.h"
+
+#include <string>
+#include <typeinfo>
+#include <utility>
+
+namespace tbScripts::lua
+{
+
+void releaseRegistrySlot(lua_State* state, std::int64_t slot, FUNCTION_PARAMETER_TYPE /*type*/)
+{
+    if (slot != 0)
+        luaL_unref(state, LUA_REGISTRYINDEX, static_cast<int>(slot));
+}
+
+LuaScriptObjectInterpreterReference::LuaScriptObjectInterpreterReference(
+    LuaStateHandle handle, FUNCTION_PARAMETER_TYPE type, int slot, LuaReleaseAction release)
+    : ScriptObjectInterpreterReference(type)
+    , m_handle(std::move(handle))
+    , m_slot(slot)
+    , m_release(std::move(release))
+{
+}
+
+LuaScriptObjectInterpreterReference::~LuaScriptObjectInterpreterReference()
+{
+    lua_State* const state = m_handle.get();
+    if (!state || !m_release)
+        return;
+    std::string ignored;
+    containLuaErrors(
+        *m_handle.getSlot(),
+        state,
+        0,
+        [this](lua_State* inner) { m_release(inner, m_slot, getType()); },
+        ignored);
+}
+
+void LuaScriptObjectInterpreterReference::anchor(lua_State* state)
+{
+    m_slot = luaL_ref(state, LUA_REGISTRYINDEX);
+}
+
+int LuaScriptObjectInterpreterReference::slotOf(
+    const ScriptObjectReference& reference, const LuaStateHandle& handle)
+{
+    const ScriptObjectInterpreterReference* const value = reference.getInterpreterReference();
+    // Exact type instead of a dynamic cast: this runs for every value that is pushed.
+    if (!value || typeid(*value) != typeid(LuaScriptObjectInterpreterReference))
+        return 0;
+    const auto& ours = static_cast<const LuaScriptObjectInterpreterReference&>(*value);
+    return ours.m_handle.sharesStateWith(handle) ? ours.m_slot : 0;
+}
+
+void pushReferenced(
+    lua_State* state, const ScriptObjectReference& reference, const LuaStateHandle& handle)
+{
+    const int slot = LuaScriptObjectInterpreterReference::slotOf(reference, handle);
+    if (slot == 0) // the registry keeps its own bookkeeping there
+        lua_pushnil(state);
+    else
+        lua_rawgeti(state, LUA_REGISTRYINDEX, slot);
+}
+
+} // namespace tbScripts::lua

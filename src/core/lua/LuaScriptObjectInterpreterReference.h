@@ -1,0 +1,59 @@
+#pragma once
+
+#include "core/lua/LuaApi.h"
+#include "core/lua/LuaStateHandle.h"
+
+#include "tbScripts/ScriptObjectInterpreterReference.h"
+
+#include <cstdint>
+#include <functional>
+
+namespace tbScripts
+{
+class ScriptObjectReference;
+}
+
+namespace tbScripts::lua
+{
+
+/// What gives a value back: gets the state, the registry slot and the kind of the value.
+using LuaReleaseAction =
+    std::function<void(lua_State* state, std::int64_t slot, FUNCTION_PARAMETER_TYPE type)>;
+
+/// The release action that the library itself uses: frees the registry slot, unless it is 0.
+void releaseRegistrySlot(lua_State* state, std::int64_t slot, FUNCTION_PARAMETER_TYPE type);
+
+/// Keeps a script value alive in the registry.
+class LuaScriptObjectInterpreterReference final : public ScriptObjectInterpreterReference
+{
+public:
+    /// Takes over registry slot `slot`, 0 for none yet.
+    LuaScriptObjectInterpreterReference(
+        LuaStateHandle handle,
+        FUNCTION_PARAMETER_TYPE type,
+        int slot,
+        LuaReleaseAction release = &releaseRegistrySlot);
+
+    /// Runs the release action, unless the state is closed.
+    ~LuaScriptObjectInterpreterReference() override;
+
+    /// Anchors the value on top of the stack, which it pops. Requires: none is anchored yet.
+    ///
+    /// May raise: the registry may have to grow.
+    void anchor(lua_State* state);
+
+    /// Returns the registry slot of what `reference` designates in the state of `handle`; 0 if
+    /// that is nothing: an empty reference, one of another or a closed state, one not ours.
+    static int slotOf(const ScriptObjectReference& reference, const LuaStateHandle& handle);
+
+private:
+    LuaStateHandle m_handle;
+    int m_slot;
+    LuaReleaseAction m_release;
+};
+
+/// Stack: +1, the value that `reference` designates in the state of `handle`, else nil.
+void pushReferenced(
+    lua_State* state, const ScriptObjectReference& reference, const LuaStateHandle& handle);
+
+} // namespace tbScripts::lua

@@ -1,0 +1,87 @@
+#include "core/lua/LuaScriptObjectInterpreterView.h"
+
+#include "core/lua/LuaBoundary.h"
+
+#include <memory>
+#include <utility>
+
+namespace tbScripts::lua
+{
+
+LuaScriptObjectInterpreterView::LuaScriptObjectInterpreterView() = default;
+
+LuaScriptObjectInterpreterView::~LuaScriptObjectInterpreterView()
+{
+    end();
+}
+
+void LuaScriptObjectInterpreterView::lend(
+    LuaCallbackScope& scope, FUNCTION_PARAMETER_TYPE type, int index, LuaReleaseAction release)
+{
+    end();
+    m_type = type;
+    m_index = index;
+    m_release = std::move(release);
+    m_scope = &scope;
+    scope.addView(*this);
+}
+
+void LuaScriptObjectInterpreterView::end()
+{
+    if (!m_scope)
+        return;
+    // Freeing a slot allocates nothing, so nothing can raise.
+    if (lua_State* const state = m_scope->getSlot().running)
+        releaseRegistrySlot(state, m_keptSlot, m_type);
+    m_keptSlot = 0;
+    m_index = 0;
+    std::exchange(m_scope, nullptr)->removeView(*this);
+}
+
+bool LuaScriptObjectInterpreterView::pushValue(lua_State* state) const
+{
+    if (m_keptSlot != 0)
+    {
+        lua_rawgeti(state, LUA_REGISTRYINDEX, m_keptSlot);
+        return true;
+    }
+    if (!m_scope || m_index == 0 || !m_scope->isInnermost())
+        return false;
+    lua_pushvalue(state, m_index);
+    return true;
+}
+
+ScriptObjectInterpreterReference* LuaScriptObjectInterpreterView::createReference()
+{
+    lua_State* const state = m_scope ? m_scope->getSlot().running : nullptr;
+    if (!state)
+        return nullptr;
+    LuaStateSlot& slot = m_scope->getSlot();
+    auto reference = std::make_unique<LuaScriptObjectInterpreterReference>(
+        LuaStateHandle(&slot), m_type, 0, m_release);
+    if (!pushValue(state))
+        return nullptr;
+    std::string errorText;
+    const bool isAnchored = containLuaErrors(
+        slot, state, 1, [&](lua_State* inner) { reference->anchor(inner); }, errorText);
+    return isAnchored ? reference.release() : nullptr;
+}
+
+bool LuaScriptObjectInterpreterView::isKept() const
+{
+    return m_keptSlot != 0 || m_index == 0;
+}
+
+bool LuaScriptObjectInterpreterView::keep(std::string& errorText)
+{
+    LuaStateSlot& slot = m_scope->getSlot();
+    lua_pushvalue(m_scope->getThread(), m_index);
+    return containLuaErrors(
+        slot,
+        m_scope->getThread(),
+        1,
+        [this](lua_State* state) { m_keptSlot = luaL_ref(state, LUA_REGISTRYINDEX); },
+        errorText);
+}
+
+} // namespace tbScripts::lua

@@ -1,0 +1,130 @@
+#include "core/lua/LuaStateHandle.h"
+
+#include "core/ExceptionContainment.h"
+#include "core/lua/LuaBoundary.h"
+
+#include <utility>
+
+namespace tbScripts::lua
+{
+
+namespace
+{
+
+// Makes the weak set of tables that are metatables of our user types. Weak, so that a type's table
+// goes when nothing else refers to it.
+int makeTypeTables(lua_State* state)
+{
+    lua_createtable(state, 0, 0);
+    lua_createtable(state, 0, 1);
+    lua_pushliteral(state, "k");
+    lua_setfield(state, -2, "__mode");
+    lua_setmetatable(state, -2);
+    return luaL_ref(state, LUA_REGISTRYINDEX);
+}
+
+int furnishState(lua_State* state)
+{
+    LuaStateSlot& slot = *static_cast<LuaStateSlot*>(lua_touserdata(state, 1));
+    luaL_openlibs(state);
+    lua_pushthread(state);
+    slot.mainThreadKey = luaL_ref(state, LUA_REGISTRYINDEX);
+    lua_pushcfunction(state, &runProtectedWork);
+    slot.trampolineKey = luaL_ref(state, LUA_REGISTRYINDEX);
+    slot.typeTablesKey = makeTypeTables(state);
+    return 0;
+}
+
+} // namespace
+
+LuaStateHandle::LuaStateHandle()
+    : m_slot(nullptr)
+{
+}
+
+LuaStateHandle::LuaStateHandle(LuaStateSlot* slot) noexcept
+    : m_slot(slot)
+{
+    ++m_slot->holders;
+}
+
+LuaStateHandle LuaStateHandle::open()
+{
+    LuaStateHandle handle(new LuaStateSlot); // first: a lone state would leak
+    lua_State* const state = luaL_newstate();
+    if (!state)
+        return LuaStateHandle();
+    if (lua_cpcall(state, &furnishState, handle.m_slot) != 0)
+    {
+        lua_close(state);
+        return LuaStateHandle();
+    }
+    handle.m_slot->main = state;
+    handle.m_slot->running = state;
+    return handle;
+}
+
+LuaStateHandle::LuaStateHandle(const LuaStateHandle& other) noexcept
+    : m_slot(other.m_slot)
+{
+    if (m_slot)
+        ++m_slot->holders;
+}
+
+LuaStateHandle::LuaStateHandle(LuaStateHandle&& other) noexcept
+    : m_slot(std::exchange(other.m_slot, nullptr))
+{
+}
+
+LuaStateHandle& LuaStateHandle::operator=(LuaStateHandle other) noexcept
+{
+    std::swap(m_slot, other.m_slot);
+    return *this;
+}
+
+LuaStateHandle::~LuaStateHandle()
+{
+    if (m_slot && --m_slot->holders == 0)
+        delete m_slot;
+}
+
+bool LuaStateHandle::close()
+{
+    if (!get())
+        return false;
+    // Emptied before lua_close: finalisers that run inside it must already find no state.
+    lua_State* const state = std::exchange(m_slot->main, nullptr);
+    m_slot->running = nullptr;
+    m_slot->isClosing = true;
+    contain([state] { lua_close(state); }, [] {});
+    m_slot->isClosing = false;
+    return runPutOff(*m_slot);
+}
+
+bool runPutOff(LuaStateSlot& slot)
+{
+    if (slot.putOff.empty())
+        return false;
+    const LuaStateHandle keepsSlot(&slot);
+    while (!slot.putOff.empty())
+    {
+        std::vector<std::function<void()>> due = std::exchange(slot.putOff, {});
+        for (std::function<void()>& action : due)
+            action();
+    }
+    return true;
+}
+
+void pushGlobals(const LuaStateSlot& slot, lua_State* state)
+{
+    if (state == slot.main)
+    {
+        lua_pushvalue(state, LUA_GLOBALSINDEX);
+        return;
+    }
+    lua_rawgeti(state, LUA_REGISTRYINDEX, slot.mainThreadKey);
+    lua_getfenv(state, -1);
+    lua_remove(state, -2);
+}
+
+} // namespace tbScripts::lua

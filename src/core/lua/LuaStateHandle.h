@@ -1,0 +1,91 @@
+#pragma once
+
+#include "core/lua/LuaApi.h"
+
+#include <cstdint>
+#include <functional>
+#include <vector>
+
+namespace tbScripts::lua
+{
+
+class LuaCallbackScope;
+
+/// What all objects that touch one interpreter share about it.
+///
+/// Invariant: `main` and `running` are null as soon as the state begins to close, and nobody who
+/// holds a handle uses a `lua_State*` that did not come from here.
+struct LuaStateSlot
+{
+    lua_State* main = nullptr;
+
+    // The coroutine whose host function is being called, else `main`. The interpreter's calls have
+    // to work on the thread that runs: on another one they would be lost for its collector.
+    lua_State* running = nullptr;
+
+    int mainThreadKey = LUA_NOREF; // registry slot of the main thread's own object
+    int trampolineKey = LUA_NOREF; // registry slot of the function that LuaBoundary calls protected
+    int typeTablesKey = LUA_NOREF; // registry slot of the weak set of our user types' tables
+
+    unsigned hostCalls = 0;     // host calls that have been entered and not left
+    bool isClosing = false;     // finalisers run inside the end of the state
+    bool isTearingDown = false; // the environment is going: only upkeep may enter
+    LuaCallbackScope* innermostCallback = nullptr; // the host function that runs, if one does
+    std::vector<std::function<void()>> putOff; // what waits for the outermost host call to return
+
+    std::uint32_t holders = 0;
+};
+
+/// Shared, revocable access to an interpreter state.
+///
+/// Whatever stores a state stores one of these instead. Closing empties it for all holders, so that
+/// objects that outlive the state find none. The count is not atomic.
+class LuaStateHandle
+{
+public:
+    /// Makes a handle without state.
+    LuaStateHandle();
+
+    /// Makes a state with the standard libraries.
+    ///
+    /// On failure (no memory): a handle without state.
+    static LuaStateHandle open();
+
+    LuaStateHandle(const LuaStateHandle& other) noexcept;
+    LuaStateHandle(LuaStateHandle&& other) noexcept;
+    LuaStateHandle& operator=(LuaStateHandle other) noexcept;
+    ~LuaStateHandle();
+
+    /// Empties the handle and all its copies, then closes the state. What finalisers raise
+    /// meanwhile is lost. Returns whether anything had been put off to the end of the state.
+    bool close();
+
+    /// Returns the thread that host calls have to work on, null once the state is closed.
+    lua_State* get() const { return m_slot ? m_slot->running : nullptr; }
+
+    /// Returns whether blocks of the interpreter may be touched: also while the state closes.
+    bool hasMemory() const { return m_slot && (m_slot->running || m_slot->isClosing); }
+
+    /// Returns null if this handle never had a state.
+    LuaStateSlot* getSlot() const { return m_slot; }
+
+    /// Returns whether both are handles on one and the same open state.
+    bool sharesStateWith(const LuaStateHandle& other) const
+    {
+        return m_slot == other.m_slot && get() != nullptr;
+    }
+
+    /// Makes one more handle on what others share already.
+    explicit LuaStateHandle(LuaStateSlot* slot) noexcept;
+
+private:
+    LuaStateSlot* m_slot; // counted, may be null
+};
+
+/// Runs what waits for the outermost host call to return. Returns whether there was anything.
+bool runPutOff(LuaStateSlot& slot);
+
+/// Stack: +1, the global table of the main thread, whichever thread runs.
+void pushGlobals(const LuaStateSlot& slot, lua_State* state);
+
+} // namespace tbScripts::lua
