@@ -1,0 +1,130 @@
+#include "scripts/lua/LuaScriptStrategy.h"
+
+#include "core/LogSources.h"
+#include "core/lua/LuaApi.h"
+#include "core/lua/LuaErrorText.h"
+#include "core/lua/LuaText.h"
+#include "scripts/ScriptMessages.h"
+
+#include "tbScripts/LogManager.h"
+
+#include <string>
+
+namespace tbScripts::lua
+{
+
+namespace
+{
+
+constexpr std::uint32_t CODE_SYNTAX_ERROR = LUA_ERRSYNTAX; // 3
+constexpr std::uint32_t CODE_NO_MEMORY = LUA_ERRMEM;       // 4
+
+// Compiled code is refused: it enters only through our own compiler.
+constexpr const char* MODE_TEXT_ONLY = "t";
+
+// A state for one compilation. Owned as a plain pointer: nobody else ever sees it.
+class PrivateState
+{
+public:
+    PrivateState()
+        : m_state(luaL_newstate())
+    {
+    }
+
+    PrivateState(const PrivateState&) = delete;
+    PrivateState& operator=(const PrivateState&) = delete;
+
+    ~PrivateState()
+    {
+        if (m_state)
+            lua_close(m_state);
+    }
+
+    lua_State* get() const { return m_state; }
+
+private:
+    lua_State* m_state; // null if there was no memory
+};
+
+struct Compilation
+{
+    const std::string& sources;
+    std::shared_ptr<tbMemory::Buffer> bytecode; // where the result goes
+    int status = 0;                             // of the interpreter's compiler
+    std::string message;                        // its message if it failed
+};
+
+// Runs protected. Raises only for want of memory; a syntax error is an outcome.
+int compile(lua_State* state)
+{
+    Compilation& compilation = *static_cast<Compilation*>(lua_touserdata(state, 1));
+    lua_pushcfunction(state, &luaopen_string);
+    lua_pushliteral(state, "string");
+    lua_call(state, 1, 0);
+
+    // The sources name the chunk, so that messages begin with their first line.
+    compilation.status = luaL_loadbufferx(
+        state,
+        compilation.sources.data(),
+        compilation.sources.size(),
+        compilation.sources.c_str(),
+        MODE_TEXT_ONLY);
+    if (compilation.status != 0)
+    {
+        compilation.message = errorTextAt(state, -1);
+        return 0;
+    }
+
+    lua_getglobal(state, "string");
+    lua_getfield(state, -1, "dump");
+    lua_pushvalue(state, -3);
+    lua_call(state, 1, 1);
+    const tbMemory::StringView dump = textAt(state, -1);
+    compilation.bytecode->append(dump.data(), dump.size());
+    return 0;
+}
+
+} // namespace
+
+bool LuaScriptStrategy::load(tbMemory::StringView sources)
+{
+    m_bytecode.reset();
+    m_lastCompilationResult = CompilationResult();
+
+    const std::string text{std::string_view(upToFirstNul(sources))};
+    Compilation compilation{text, std::make_shared<tbMemory::Buffer>(), 0, std::string()};
+    {
+        const PrivateState state;
+        if (!state.get() || lua_cpcall(state.get(), &compile, &compilation) != 0)
+            compilation.status = LUA_ERRMEM;
+    }
+    if (compilation.status == LUA_ERRMEM)
+        return _fail(CODE_NO_MEMORY, messages::NOT_ENOUGH_MEMORY);
+    if (compilation.status != 0)
+        return _fail(CODE_SYNTAX_ERROR, compilation.message);
+    m_bytecode = compilation.bytecode;
+    return true;
+}
+
+void LuaScriptStrategy::unload()
+{
+    m_bytecode.reset();
+}
+
+std::shared_ptr<const tbMemory::Buffer> LuaScriptStrategy::getBytecode() const
+{
+    return m_bytecode;
+}
+
+bool LuaScriptStrategy::_fail(std::uint32_t errorCode, const tbMemory::StringView& reason)
+{
+    m_lastCompilationResult.message = messages::compilationFailed(getScriptName(), reason);
+    m_lastCompilationResult.errorCode = errorCode;
+    m_lastCompilationResult.success = false;
+    // A copy: the receiver may load again and so replace the message it is reading.
+    const tbMemory::String message = m_lastCompilationResult.message;
+    LogManager::getInstance()->log(message, LOG_SOURCE_LUA_SCRIPT);
+    return m_lastCompilationResult.success;
+}
+
+} // namespace tbScripts::lua

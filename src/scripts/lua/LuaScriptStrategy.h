@@ -1,0 +1,31 @@
+#pragma once
+
+#include "scripts/ScriptStrategy.h"
+
+#include <tbMemory/Buffer.h>
+
+#include <memory>
+
+namespace tbScripts::lua
+{
+
+/// Compiles Lua sources to bytecode, in a private state of its own for each compilation.
+class LuaScriptStrategy final : public ScriptStrategy
+{
+public:
+    using ScriptStrategy::ScriptStrategy;
+
+    bool load(tbMemory::StringView sources) override;
+    void unload() override;
+
+    /// Returns the compiled chunk, null if there is none. Shared, so that a run keeps it while the
+    /// script is loaded anew or destroyed.
+    std::shared_ptr<const tbMemory::Buffer> getBytecode() const;
+
+private:
+    bool _fail(std::uint32_t errorCode, const tbMemory::StringView& reason);
+
+    std::shared_ptr<const tbMemory::Buffer> m_bytecode;
+};
+
+} // namespace tbScripts::lua
