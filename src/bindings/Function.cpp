@@ -1,0 +1,106 @@
+#include "tbScripts/Function.h"
+
+#include "bindings/BindingMessages.h"
+#include "bindings/FunctionDefinition.h"
+#include "core/LogSources.h"
+
+#include "tbScripts/LogManager.h"
+
+#include <utility>
+
+namespace tbScripts
+{
+
+namespace
+{
+
+FunctionParameter reportUnbound(const tbMemory::StringView& functionName)
+{
+    LogManager::getInstance()->log(messages::functionNotBound(functionName), LOG_SOURCE_FUNCTION);
+    return FunctionParameter::VOID;
+}
+
+} // namespace
+
+Function::Function(const tbMemory::StringView& name)
+    : m_name(std::make_shared<tbMemory::String>(name))
+    , m_definition(new FunctionDefinition(m_name))
+{
+    reset();
+}
+
+Function::Function(const Function& other)
+    : m_name(std::make_shared<tbMemory::String>(*other.m_name))
+    , m_definition(new FunctionDefinition(m_name))
+{
+    m_definition->parameters = other.m_definition->parameters;
+    m_definition->callable = other.m_definition->callable;
+}
+
+Function& Function::operator=(const Function& other)
+{
+    if (this == &other)
+        return *this;
+    auto definition = std::make_unique<FunctionDefinition>(m_name);
+    definition->parameters = other.m_definition->parameters;
+    definition->callable = other.m_definition->callable;
+    *m_name = *other.m_name;
+    _adopt(definition.release());
+    return *this;
+}
+
+Function::~Function()
+{
+    releaseDefinition(m_definition);
+}
+
+tbMemory::StringView Function::getName() const
+{
+    return *m_name;
+}
+
+void Function::addParameter(FUNCTION_PARAMETER_TYPE type, const tbMemory::StringView& typeName)
+{
+    _editDefinition().addParameter(FunctionParameter::ofType(type, typeName));
+}
+
+void Function::setFunction(Callable callable)
+{
+    // Swapped, so that the old callable goes last: its end may run code of the host.
+    std::swap(_editDefinition().callable, callable);
+}
+
+void Function::reset()
+{
+    auto definition = std::make_unique<FunctionDefinition>(m_name);
+    definition->callable = _defaultCallable();
+    _adopt(definition.release());
+}
+
+FunctionParameter
+Function::defaultFunction(const tbMemory::BufferView<FunctionParameter>& /*parameters*/)
+{
+    return reportUnbound(*m_name);
+}
+
+FunctionDefinition& Function::_editDefinition()
+{
+    if (m_definition->runningCalls > 0)
+        _adopt(m_definition->clone());
+    return *m_definition;
+}
+
+void Function::_adopt(FunctionDefinition* definition)
+{
+    releaseDefinition(std::exchange(m_definition, definition));
+}
+
+Function::Callable Function::_defaultCallable() const
+{
+    // Holds the name, not the function: copies of the callable may outlive it, and then report
+    // with the name that it had.
+    return [name = m_name](const tbMemory::BufferView<FunctionParameter>&)
+    { return reportUnbound(*name); };
+}
+
+} // namespace tbScripts

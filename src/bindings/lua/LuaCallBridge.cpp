@@ -1,0 +1,312 @@
+#include "bindings/lua/LuaCallBridge.h"
+
+#include "bindings/BindingMessages.h"
+#include "bindings/lua/LuaInstanceBox.h"
+#include "core/LogSources.h"
+#include "core/lua/LuaNumber.h"
+#include "core/lua/LuaScriptObjectInterpreterReference.h"
+#include "core/lua/LuaScriptObjectInterpreterView.h"
+#include "core/lua/LuaText.h"
+
+#include "tbScripts/LogManager.h"
+
+#include <array>
+#include <charconv>
+#include <memory>
+#include <utility>
+
+namespace tbScripts::lua
+{
+
+namespace
+{
+
+constexpr const char* NAME_OF_INT = "int";
+constexpr const char* NAME_OF_FLOAT = "float";
+constexpr const char* NAME_OF_DOUBLE = "double";
+constexpr const char* NAME_OF_STRING = "string";
+constexpr const char* NAME_OF_FUNCTION = "lua function";
+constexpr const char* NAME_OF_OBJECT = "lua object";
+
+constexpr int UNKNOWN_LINE = -1;
+constexpr int CALLING_LEVEL = 1; // level 0 is the host function itself
+
+const char* nameOfNumber(FUNCTION_PARAMETER_TYPE type)
+{
+    if (type == PARAM_TYPE_INT)
+        return NAME_OF_INT;
+    return type == PARAM_TYPE_FLOAT ? NAME_OF_FLOAT : NAME_OF_DOUBLE;
+}
+
+} // namespace
+
+LuaCallBridge::LuaCallBridge(LuaCallbackScope& scope)
+    : m_scope(scope)
+    , m_state(scope.getThread())
+{
+}
+
+bool LuaCallBridge::accepts(const FunctionParameter& parameter, int stackIndex) const
+{
+    switch (parameter.m_type)
+    {
+    case PARAM_TYPE_BOOL:
+        return true;
+    case PARAM_TYPE_INT:
+    case PARAM_TYPE_FLOAT:
+    case PARAM_TYPE_DOUBLE:
+        return lua_isnumber(m_state, stackIndex) != 0;
+    case PARAM_TYPE_STRING:
+        return lua_isstring(m_state, stackIndex) != 0;
+    case PARAM_TYPE_USER_TYPE_OWNED:
+    case PARAM_TYPE_USER_TYPE:
+        return lua_isnil(m_state, stackIndex) || _acceptsInstance(parameter, stackIndex);
+    case PARAM_TYPE_SCRIPT_FUNCTION:
+        return lua_isfunction(m_state, stackIndex);
+    case PARAM_TYPE_SCRIPT_OBJECT:
+        return lua_istable(m_state, stackIndex);
+    case PARAM_TYPE_VOID:
+    default: // numbers outside the enumeration expect nothing
+        return false;
+    }
+}
+
+void LuaCallBridge::readParameter(
+    FunctionParameter& parameter, int stackIndex, const tbMemory::StringView& functionName) const
+{
+    switch (parameter.m_type)
+    {
+    case PARAM_TYPE_BOOL:
+        parameter.m_storage.boolean = lua_toboolean(m_state, stackIndex) != 0;
+        parameter.m_live = FunctionParameter::MEMBER::BOOL;
+        return;
+    case PARAM_TYPE_INT:
+    case PARAM_TYPE_FLOAT:
+    case PARAM_TYPE_DOUBLE:
+        _readNumber(parameter, stackIndex, functionName);
+        return;
+    case PARAM_TYPE_STRING:
+        _readText(parameter, stackIndex, functionName);
+        return;
+    case PARAM_TYPE_USER_TYPE_OWNED:
+    case PARAM_TYPE_USER_TYPE:
+        _readUserType(parameter, stackIndex, functionName);
+        return;
+    case PARAM_TYPE_SCRIPT_FUNCTION:
+    case PARAM_TYPE_SCRIPT_OBJECT:
+        _readReference(parameter, stackIndex, functionName);
+        return;
+    case PARAM_TYPE_VOID:
+    default: // numbers outside the enumeration cannot be read either
+        throw std::string(std::string_view(messages::parameterNotHandled(functionName)));
+    }
+}
+
+int LuaCallBridge::pushParameter(
+    const FunctionParameter& parameter, const tbMemory::StringView& functionName) const
+{
+    switch (parameter.m_type)
+    {
+    case PARAM_TYPE_VOID:
+        return 0;
+    case PARAM_TYPE_BOOL:
+        lua_pushboolean(m_state, parameter.getBool() ? 1 : 0);
+        return 1;
+    case PARAM_TYPE_INT:
+        lua_pushinteger(m_state, parameter.getInt());
+        return 1;
+    case PARAM_TYPE_FLOAT:
+        lua_pushnumber(m_state, static_cast<lua_Number>(parameter.getFloat()));
+        return 1;
+    case PARAM_TYPE_DOUBLE:
+        lua_pushnumber(m_state, parameter.getDouble());
+        return 1;
+    case PARAM_TYPE_STRING:
+        pushName(m_state, parameter.getString());
+        return 1;
+    case PARAM_TYPE_USER_TYPE_OWNED:
+    case PARAM_TYPE_USER_TYPE:
+        return _pushUserType(parameter);
+    case PARAM_TYPE_SCRIPT_FUNCTION:
+    case PARAM_TYPE_SCRIPT_OBJECT:
+        pushReferenced(m_state, parameter.getScriptObject(), LuaStateHandle(&m_scope.getSlot()));
+        return 1;
+    }
+    LogManager::getInstance()->log(
+        messages::outputNotHandled(functionName), LOG_SOURCE_LUA_FUNCTION);
+    return 0;
+}
+
+tbMemory::String LuaCallBridge::buildTypeMismatchMessage(
+    lua_State* state,
+    lua_Debug& activation,
+    int actualType,
+    const tbMemory::StringView& expectedTypeName,
+    const tbMemory::StringView& functionName)
+{
+    int line = UNKNOWN_LINE;
+    if (lua_getstack(state, CALLING_LEVEL, &activation) && lua_getinfo(state, "nSl", &activation))
+        line = activation.currentline;
+    return messages::typeMismatch(
+        intToDecimal(line), functionName, expectedTypeName, lua_typename(state, actualType));
+}
+
+std::string LuaCallBridge::intToDecimal(int number)
+{
+    std::array<char, 16> digits{};
+    const std::to_chars_result end =
+        std::to_chars(digits.data(), digits.data() + digits.size(), number);
+    return std::string(digits.data(), end.ptr);
+}
+
+void LuaCallBridge::_readNumber(
+    FunctionParameter& parameter, int stackIndex, const tbMemory::StringView& functionName) const
+{
+    // Not a number reads as 0, which the conversion of such a value gives anyway.
+    const double number = lua_tonumber(m_state, stackIndex);
+    switch (parameter.m_type)
+    {
+    case PARAM_TYPE_INT:
+        parameter.m_storage.integer = truncateToInt(number);
+        parameter.m_live = FunctionParameter::MEMBER::INT;
+        break;
+    case PARAM_TYPE_FLOAT:
+        parameter.m_storage.single = narrowToFloat(number);
+        parameter.m_live = FunctionParameter::MEMBER::FLOAT;
+        break;
+    default:
+        parameter.m_storage.number = number;
+        parameter.m_live = FunctionParameter::MEMBER::DOUBLE;
+        break;
+    }
+    if (number == 0.0 && !lua_isnumber(m_state, stackIndex))
+        _throwTypeMismatch(stackIndex, nameOfNumber(parameter.m_type), functionName);
+}
+
+void LuaCallBridge::_readText(
+    FunctionParameter& parameter, int stackIndex, const tbMemory::StringView& functionName) const
+{
+    if (parameter.m_live != FunctionParameter::MEMBER::TEXT)
+        parameter.prepareForString();
+    tbMemory::String& text = parameter.m_storage.text;
+    if (!lua_isstring(m_state, stackIndex))
+    {
+        text.clear();
+        _throwTypeMismatch(stackIndex, NAME_OF_STRING, functionName);
+    }
+    text = textAt(m_state, stackIndex);
+}
+
+bool LuaCallBridge::_acceptsInstance(const FunctionParameter& parameter, int stackIndex) const
+{
+    const LuaInstance instance = instanceAt(m_scope.getSlot(), m_state, stackIndex);
+    return instance.box &&
+           (parameter.m_acceptsAnyUserType || instance.typeName == parameter.getUserTypeName());
+}
+
+void LuaCallBridge::_readUserType(
+    FunctionParameter& parameter, int stackIndex, const tbMemory::StringView& functionName) const
+{
+    if (parameter.m_live != FunctionParameter::MEMBER::USER_TYPE)
+        parameter.prepareForUserType();
+    FunctionParameter::UserTypeValue& value = parameter.m_storage.userType;
+    const bool acceptsAny = parameter.m_acceptsAnyUserType;
+    value.object = nullptr;
+    if (lua_isnil(m_state, stackIndex))
+    {
+        value.view.reset();
+        if (acceptsAny)
+            value.typeName.clear();
+        return;
+    }
+
+    const LuaInstance instance = instanceAt(m_scope.getSlot(), m_state, stackIndex);
+    if (!instance.box || !(acceptsAny || instance.typeName == value.typeName))
+    {
+        _throwTypeMismatch(
+            stackIndex,
+            acceptsAny ? tbMemory::StringView("") : tbMemory::StringView(value.typeName),
+            functionName);
+    }
+    value.object = instance.box->object;
+    if (acceptsAny)
+        value.typeName = instance.typeName;
+    if (parameter.m_type == PARAM_TYPE_USER_TYPE_OWNED)
+        _lendView(parameter, stackIndex);
+}
+
+void LuaCallBridge::_readReference(
+    FunctionParameter& parameter, int stackIndex, const tbMemory::StringView& functionName) const
+{
+    parameter.prepareForScriptObjectReference();
+    const bool isFunction = parameter.m_type == PARAM_TYPE_SCRIPT_FUNCTION;
+    if (!accepts(parameter, stackIndex))
+    {
+        _throwTypeMismatch(
+            stackIndex, isFunction ? NAME_OF_FUNCTION : NAME_OF_OBJECT, functionName);
+    }
+    LuaStateSlot& slot = m_scope.getSlot();
+    if (!slot.main)
+        return; // the state is closing: what it holds cannot be kept any more
+
+    auto owned = std::make_unique<LuaScriptObjectInterpreterReference>(
+        LuaStateHandle(&slot), parameter.m_type, 0);
+    LuaScriptObjectInterpreterReference& reference = *owned;
+    parameter.m_storage.reference = ScriptObjectReference(owned.release());
+    lua_pushvalue(m_state, stackIndex);
+    reference.anchor(m_state);
+}
+
+void LuaCallBridge::_lendView(FunctionParameter& parameter, int stackIndex) const
+{
+    std::shared_ptr<ScriptObjectInterpreterView>& view = parameter.m_storage.userType.view;
+    if (view.use_count() != 1)
+        view = std::make_shared<LuaScriptObjectInterpreterView>();
+    // Only this bridge puts views into parameters, and only of this kind.
+    static_cast<LuaScriptObjectInterpreterView&>(*view).lend(
+        m_scope, PARAM_TYPE_SCRIPT_OBJECT, stackIndex);
+}
+
+void LuaCallBridge::_throwTypeMismatch(
+    int stackIndex,
+    const tbMemory::StringView& expectedTypeName,
+    const tbMemory::StringView& functionName) const
+{
+    lua_Debug activation;
+    throw std::string(std::string_view(buildTypeMismatchMessage(
+        m_state, activation, lua_type(m_state, stackIndex), expectedTypeName, functionName)));
+}
+
+int LuaCallBridge::_pushUserType(const FunctionParameter& parameter) const
+{
+    void* const object = parameter.getUserTypeObject();
+    if (!object)
+        return 0;
+    if (_pushOriginal(parameter))
+        return 1;
+    pushInstance(
+        m_scope.getSlot(),
+        m_state,
+        object,
+        parameter.m_type == PARAM_TYPE_USER_TYPE_OWNED,
+        parameter.getUserTypeName());
+    return 1;
+}
+
+bool LuaCallBridge::_pushOriginal(const FunctionParameter& parameter) const
+{
+    if (parameter.m_type != PARAM_TYPE_USER_TYPE_OWNED)
+        return false;
+    const auto* const view =
+        static_cast<const LuaScriptObjectInterpreterView*>(parameter.m_storage.userType.view.get());
+    if (!view || !view->pushValue(m_state))
+        return false;
+    const LuaInstance instance = instanceAt(m_scope.getSlot(), m_state, -1);
+    if (instance.box && instance.box->gcEnabled &&
+        instance.box->object == parameter.getUserTypeObject())
+        return true;
+    lua_pop(m_state, 1);
+    return false;
+}
+
+} // namespace tbScripts::lua

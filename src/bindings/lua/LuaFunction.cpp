@@ -1,0 +1,124 @@
+#include "bindings/lua/LuaFunction.h"
+
+#include "bindings/lua/LuaFunctionClosure.h"
+#include "core/lua/LuaHostCall.h"
+#include "core/lua/LuaText.h"
+
+#include <cstring>
+
+namespace tbScripts::lua
+{
+
+namespace
+{
+
+// Stack: +1, the table that holds the function under its name.
+void pushOwnerTable(
+    const LuaStateSlot& slot, lua_State* state, const tbMemory::StringView& namespaceKey)
+{
+    if (namespaceKey.empty())
+    {
+        pushGlobals(slot, state);
+        return;
+    }
+    pushName(state, namespaceKey);
+    lua_rawget(state, LUA_REGISTRYINDEX);
+}
+
+// Stack: +1, a new anchor.
+LuaFunctionAnchor* pushAnchor(lua_State* state, const tbMemory::StringView& name)
+{
+    void* const block = lua_newuserdata(state, sizeof(LuaFunctionAnchor) + name.size());
+    auto* const anchor = static_cast<LuaFunctionAnchor*>(block);
+    anchor->function = nullptr;
+    anchor->nameSize = name.size();
+    if (!name.empty())
+        std::memcpy(anchor + 1, name.data(), name.size());
+    return anchor;
+}
+
+} // namespace
+
+LuaFunction::LuaFunction(const tbMemory::StringView& name, const LuaStateHandle& handle)
+    : LuaFunction(name, tbMemory::StringView(), handle)
+{
+}
+
+LuaFunction::LuaFunction(
+    const tbMemory::StringView& name,
+    const tbMemory::StringView& namespaceKey,
+    const LuaStateHandle& handle)
+    : Function(name)
+    , m_namespaceKey(namespaceKey)
+{
+    install(handle);
+}
+
+LuaFunction::~LuaFunction()
+{
+    _uninstall();
+}
+
+bool LuaFunction::install(const LuaStateHandle& handle)
+{
+    if (isInstalled() && m_handle.sharesStateWith(handle))
+        return true;
+    _uninstall();
+    m_handle = handle;
+
+    LuaHostCall call(m_handle);
+    const bool isDone = call.run(
+        [&](lua_State* state)
+        {
+            LuaFunctionAnchor* const anchor = pushAnchor(state, getName());
+            lua_pushvalue(state, -1);
+            m_anchorKey = luaL_ref(state, LUA_REGISTRYINDEX);
+            m_anchor = anchor;
+            m_anchor->function = this;
+            lua_pushcclosure(state, &callHostFunction, 1);
+
+            pushOwnerTable(*m_handle.getSlot(), state, m_namespaceKey);
+            pushName(state, getName());
+            lua_pushvalue(state, -3);
+            lua_settable(state, -3);
+        });
+    if (!isDone)
+        _dropAnchor();
+    return isDone;
+}
+
+bool LuaFunction::isInstalled() const
+{
+    return m_anchor && m_handle.get();
+}
+
+void LuaFunction::_uninstall()
+{
+    if (isInstalled())
+    {
+        m_anchor->function = nullptr; // first: the name may not be removable
+        LuaHostCall call(m_handle, LuaHostCall::ENTRY::UPKEEP);
+        call.run(
+            [&](lua_State* state)
+            {
+                pushOwnerTable(*m_handle.getSlot(), state, m_namespaceKey);
+                pushName(state, getName());
+                lua_pushnil(state);
+                lua_settable(state, -3);
+            });
+    }
+    _dropAnchor();
+}
+
+void LuaFunction::_dropAnchor()
+{
+    // While the state closes, finalisers may still call the closure.
+    if (m_anchor && m_handle.hasMemory())
+        m_anchor->function = nullptr;
+    if (lua_State* const state = m_handle.get())
+        luaL_unref(state, LUA_REGISTRYINDEX, m_anchorKey);
+    m_anchorKey = LUA_NOREF;
+    m_anchor = nullptr;
+}
+
+} // namespace tbScripts::lua

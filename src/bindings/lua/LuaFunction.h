@@ -1,0 +1,76 @@
+#pragma once
+
+#include "bindings/FunctionDefinition.h"
+#include "core/lua/LuaApi.h"
+#include "core/lua/LuaStateHandle.h"
+
+#include "tbScripts/Function.h"
+
+#include <tbMemory/String.h>
+#include <tbMemory/StringView.h>
+
+#include <cstddef>
+
+namespace tbScripts::lua
+{
+
+class LuaFunction;
+
+/// What the script's side of a host function points at: a userdata block of the interpreter, so
+/// that a closure which outlives its function finds out. The name follows the block.
+struct LuaFunctionAnchor
+{
+    LuaFunction* function; // null once the function is gone
+    std::size_t nameSize;
+
+    tbMemory::StringView getName() const
+    {
+        return tbMemory::StringView(reinterpret_cast<const char*>(this + 1), nameSize);
+    }
+};
+
+/// Host function that is published in a Lua state: as a global, or as a field of a table in the
+/// registry.
+class LuaFunction final : public Function
+{
+public:
+    /// Publishes the function as global `name`. `isInstalled` says whether that worked.
+    LuaFunction(const tbMemory::StringView& name, const LuaStateHandle& handle);
+
+    /// Publishes the function as field `name` of the table that the registry holds under
+    /// `namespaceKey`; an empty key stands for the globals.
+    LuaFunction(
+        const tbMemory::StringView& name,
+        const tbMemory::StringView& namespaceKey,
+        const LuaStateHandle& handle);
+
+    /// Not copyable: one function owns one script-visible name. Copy the `Function` part instead.
+    LuaFunction(const LuaFunction&) = delete;
+    LuaFunction& operator=(const LuaFunction&) = delete;
+
+    /// Removes the script-visible name, whatever it holds by then. Closures that scripts kept
+    /// raise a script error from here on.
+    ~LuaFunction() override;
+
+    /// Publishes the function in the state of `handle`, unless it is there already. Returns false,
+    /// after logging why, if that failed.
+    bool install(const LuaStateHandle& handle);
+
+    /// Returns whether the function is published in an open state.
+    bool isInstalled() const;
+
+    const LuaStateHandle& getHandle() const { return m_handle; }
+
+    FunctionDefinition& getDefinition() const { return *m_definition; }
+
+private:
+    void _uninstall();
+    void _dropAnchor();
+
+    LuaStateHandle m_handle;
+    tbMemory::String m_namespaceKey;       // empty for a global function
+    LuaFunctionAnchor* m_anchor = nullptr; // lives as long as m_anchorKey keeps it
+    int m_anchorKey = LUA_NOREF;           // registry slot of the anchor
+};
+
+} // namespace tbScripts::lua

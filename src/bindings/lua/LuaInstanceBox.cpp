@@ -1,0 +1,103 @@
+#include "bindings/lua/LuaInstanceBox.h"
+
+#include "core/lua/LuaText.h"
+
+#include <cstring>
+
+namespace tbScripts::lua
+{
+
+namespace
+{
+
+// Returns the box at `index` if a type of ours made it, whether or not its object still lives.
+LuaInstance anyInstanceAt(const LuaStateSlot& slot, lua_State* state, int index)
+{
+    LuaInstance instance{nullptr, tbMemory::StringView()};
+    if (lua_type(state, index) != LUA_TUSERDATA || lua_objlen(state, index) != INSTANCE_BOX_SIZE)
+        return instance;
+    void* const block = lua_touserdata(state, index);
+    if (!lua_getmetatable(state, index))
+        return instance;
+    lua_rawgeti(state, LUA_REGISTRYINDEX, slot.typeTablesKey);
+    lua_insert(state, -2);
+    lua_rawget(state, -2);
+    if (lua_type(state, -1) == LUA_TSTRING)
+    {
+        instance.box = static_cast<LuaInstanceBox*>(block);
+        instance.typeName = textAt(state, -1);
+    }
+    lua_pop(state, 2);
+    return instance;
+}
+
+// Stack: +1, the table of the user type `typeName`, or nil if there is no such type.
+void pushTypeTable(const LuaStateSlot& slot, lua_State* state, const tbMemory::StringView& typeName)
+{
+    pushName(state, typeName);
+    lua_rawget(state, LUA_REGISTRYINDEX);
+    if (!lua_istable(state, -1))
+    {
+        lua_pop(state, 1);
+        lua_pushnil(state);
+        return;
+    }
+    lua_rawgeti(state, LUA_REGISTRYINDEX, slot.typeTablesKey);
+    lua_pushvalue(state, -2);
+    lua_rawget(state, -2);
+    const bool isType = lua_type(state, -1) == LUA_TSTRING;
+    lua_pop(state, 2);
+    if (isType)
+        return;
+    lua_pop(state, 1);
+    lua_pushnil(state);
+}
+
+} // namespace
+
+void registerTypeTable(
+    const LuaStateSlot& slot, lua_State* state, const tbMemory::StringView& fullName)
+{
+    lua_rawgeti(state, LUA_REGISTRYINDEX, slot.typeTablesKey);
+    lua_pushvalue(state, -2);
+    lua_pushlstring(state, fullName.empty() ? "" : fullName.data(), fullName.size());
+    lua_rawset(state, -3);
+    lua_pop(state, 1);
+}
+
+LuaInstance instanceAt(const LuaStateSlot& slot, lua_State* state, int index)
+{
+    const LuaInstance instance = anyInstanceAt(slot, state, index);
+    if (instance.box && instance.box->isDestroyed)
+        return LuaInstance{nullptr, tbMemory::StringView()};
+    return instance;
+}
+
+void pushInstance(
+    const LuaStateSlot& slot,
+    lua_State* state,
+    void* object,
+    bool gcEnabled,
+    const tbMemory::StringView& typeName)
+{
+    void* const block = lua_newuserdata(state, INSTANCE_BOX_SIZE);
+    const LuaInstanceBox box{object, gcEnabled, false, {}};
+    std::memset(block, 0, INSTANCE_BOX_SIZE);
+    std::memcpy(block, &box, sizeof(box));
+    pushTypeTable(slot, state, typeName);
+    lua_setmetatable(state, -2);
+}
+
+void* untypedObjectAt(const LuaStateSlot& slot, lua_State* state, int index)
+{
+    if (lua_type(state, index) != LUA_TUSERDATA || lua_objlen(state, index) < sizeof(void*))
+        return nullptr;
+    const LuaInstance instance = anyInstanceAt(slot, state, index);
+    if (instance.box && instance.box->isDestroyed)
+        return nullptr;
+    void* object = nullptr;
+    std::memcpy(&object, lua_touserdata(state, index), sizeof(object));
+    return object;
+}
+
+} // namespace tbScripts::lua

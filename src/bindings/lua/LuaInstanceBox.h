@@ -1,0 +1,58 @@
+#pragma once
+
+#include "core/lua/LuaApi.h"
+#include "core/lua/LuaStateHandle.h"
+
+#include <tbMemory/StringView.h>
+
+#include <array>
+#include <cstddef>
+
+namespace tbScripts::lua
+{
+
+/// The userdata block that carries a host object into the interpreter.
+///
+/// Blocks are recognised by their size and by a metatable that one of our types installed, never by
+/// what a script can write, such as "__name".
+struct LuaInstanceBox
+{
+    void* object;     // the host object; null in a box that is being made
+    bool gcEnabled;   // the script owns the object: collecting the box destroys it
+    bool isDestroyed; // the object is gone, and the box is no instance any more
+    std::array<unsigned char, 6> spare; // zero
+};
+
+constexpr std::size_t INSTANCE_BOX_SIZE = 16;
+static_assert(sizeof(LuaInstanceBox) == INSTANCE_BOX_SIZE || sizeof(void*) != 8);
+
+/// A box on the stack, as one of our types made it.
+struct LuaInstance
+{
+    LuaInstanceBox* box;           // null if the value is no instance
+    tbMemory::StringView typeName; // the name the type was created with; good while its table lives
+};
+
+/// Notes the table on top of the stack as the metatable of the user type `fullName`.
+/// Stack: +0.
+void registerTypeTable(
+    const LuaStateSlot& slot, lua_State* state, const tbMemory::StringView& fullName);
+
+/// Returns the instance at `index`; without box if the value there is none of ours, or if its
+/// object was destroyed. Never raises.
+LuaInstance instanceAt(const LuaStateSlot& slot, lua_State* state, int index);
+
+/// Stack: +1, a new box for `object`. A `typeName` that names no user type gives one without
+/// metatable.
+void pushInstance(
+    const LuaStateSlot& slot,
+    lua_State* state,
+    void* object,
+    bool gcEnabled,
+    const tbMemory::StringView& typeName);
+
+/// Returns the pointer at the start of any userdata block at `index`; null for light userdata, for
+/// blocks that are too small, and for instances whose object was destroyed.
+void* untypedObjectAt(const LuaStateSlot& slot, lua_State* state, int index);
+
+} // namespace tbScripts::lua
