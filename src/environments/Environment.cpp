@@ -1,0 +1,254 @@
+#include "tbScripts/Environment.h"
+
+#include "core/LogSources.h"
+#include "environments/DummyEnvironmentStrategy.h"
+#include "environments/EnvironmentBindings.h"
+#include "environments/EnvironmentMessages.h"
+#include "environments/EnvironmentStrategy.h"
+#include "environments/lua/LuaEnvironmentStrategy.h"
+
+#include "tbScripts/LogManager.h"
+
+#include <utility>
+
+namespace tbScripts
+{
+
+Environment::Environment()
+    : m_name(std::make_shared<tbMemory::String>())
+    , m_bindings(std::make_shared<EnvironmentBindings>())
+    , m_strategy(
+          std::make_shared<DummyEnvironmentStrategy>(m_name, std::make_shared<ExecutionResult>()))
+    , m_interpreter(INTERPRETER_UNKNOWN)
+{
+}
+
+Environment::Environment(const Environment& other)
+    : m_name(std::make_shared<tbMemory::String>(*other.m_name))
+    , m_functions(other.m_functions)
+    , m_userTypes(other.m_userTypes)
+    , m_namespaces(other.m_namespaces)
+    , m_bindings(other.m_bindings)
+    , m_strategy(other.m_strategy)
+    , m_interpreter(other.m_interpreter)
+{
+}
+
+Environment& Environment::operator=(const Environment& other)
+{
+    if (this == &other)
+        return *this;
+    *m_name = *other.m_name;
+    if (m_bindings != other.m_bindings || m_strategy != other.m_strategy)
+        _dispose();
+    m_functions = other.m_functions;
+    m_userTypes = other.m_userTypes;
+    m_namespaces = other.m_namespaces;
+    m_bindings = other.m_bindings;
+    m_strategy = other.m_strategy;
+    m_interpreter = other.m_interpreter;
+    return *this;
+}
+
+Environment::~Environment()
+{
+    _dispose();
+}
+
+tbMemory::StringView Environment::getName() const
+{
+    return *m_name;
+}
+
+void Environment::setName(const tbMemory::StringView& name)
+{
+    *m_name = name;
+}
+
+const ExecutionResult& Environment::getLastExecutionResult() const
+{
+    return m_strategy->getLastExecutionResult();
+}
+
+void Environment::setEnvironmentFor(INTERPRETER interpreter)
+{
+    if (m_strategy->isRunning())
+    {
+        LogManager::getInstance()->log(
+            messages::environmentIsRunning(*m_name), LOG_SOURCE_ENVIRONMENT);
+        return;
+    }
+    if (!_endStrategy())
+        return;
+
+    const EnvironmentStrategy::Result result = m_strategy->getSharedResult();
+    if (interpreter == INTERPRETER_LUA)
+    {
+        auto strategy = std::make_shared<lua::LuaEnvironmentStrategy>(m_name, result);
+        if (strategy->hasState())
+        {
+            m_strategy = std::move(strategy);
+            m_interpreter = INTERPRETER_LUA;
+            return;
+        }
+    }
+    m_strategy = std::make_shared<DummyEnvironmentStrategy>(m_name, result);
+    m_interpreter = INTERPRETER_UNKNOWN;
+    LogManager::getInstance()->log(
+        interpreter == INTERPRETER_LUA ? messages::NO_MEMORY_FOR_STATE
+                                       : messages::ENVIRONMENT_TYPE_UNKNOWN,
+        LOG_SOURCE_ENVIRONMENT);
+}
+
+bool Environment::execute(const Script& script)
+{
+    return m_strategy->execute(script);
+}
+
+void Environment::requestGarbageCollection()
+{
+    m_strategy->requestGarbageCollection();
+}
+
+void Environment::setVar(const tbMemory::StringView& name, bool value)
+{
+    m_strategy->setVarBool(name, value);
+}
+
+void Environment::setVar(const tbMemory::StringView& name, int value)
+{
+    m_strategy->setVarInt(name, value);
+}
+
+void Environment::setVar(const tbMemory::StringView& name, float value)
+{
+    m_strategy->setVarFloat(name, value);
+}
+
+void Environment::setVar(const tbMemory::StringView& name, double value)
+{
+    m_strategy->setVarDouble(name, value);
+}
+
+void Environment::setVar(const tbMemory::StringView& name, const char* value)
+{
+    m_strategy->setVarString(name, value);
+}
+
+void Environment::setVar(const tbMemory::StringView& name, const tbMemory::StringView& value)
+{
+    m_strategy->setVarString(name, value);
+}
+
+void Environment::setVar(const tbMemory::StringView& name, const ScriptObjectReference& value)
+{
+    m_strategy->setVarObjectReference(name, value);
+}
+
+void Environment::setObject(
+    const tbMemory::StringView& name, const tbMemory::StringView& userTypeName, void* object)
+{
+    m_strategy->setObject(name, userTypeName, object);
+}
+
+bool Environment::isVarSet(const tbMemory::StringView& name) const
+{
+    return m_strategy->isVarSet(name);
+}
+
+bool Environment::getVar(const tbMemory::StringView& name, bool defaultValue) const
+{
+    return m_strategy->getVarBool(name, defaultValue);
+}
+
+int Environment::getVar(const tbMemory::StringView& name, int defaultValue) const
+{
+    return m_strategy->getVarInt(name, defaultValue);
+}
+
+float Environment::getVar(const tbMemory::StringView& name, float defaultValue) const
+{
+    return m_strategy->getVarFloat(name, defaultValue);
+}
+
+double Environment::getVar(const tbMemory::StringView& name, double defaultValue) const
+{
+    return m_strategy->getVarDouble(name, defaultValue);
+}
+
+tbMemory::StringView
+Environment::getVar(const tbMemory::StringView& name, const char* defaultValue) const
+{
+    return m_strategy->getVarString(name, defaultValue);
+}
+
+tbMemory::StringView Environment::getVar(
+    const tbMemory::StringView& name, const tbMemory::StringView& defaultValue) const
+{
+    return m_strategy->getVarString(name, defaultValue);
+}
+
+ScriptObjectReference Environment::getVar(const tbMemory::StringView& name) const
+{
+    return m_strategy->getVarObjectReference(name);
+}
+
+void* Environment::getObject(
+    const tbMemory::StringView& name, const tbMemory::StringView& userTypeName) const
+{
+    return m_strategy->getObject(name, userTypeName);
+}
+
+ScriptObjectReference Environment::getScriptFunction(const tbMemory::StringView& name) const
+{
+    return m_strategy->getScriptFunction(name);
+}
+
+bool Environment::callScriptFunction(
+    const ScriptObjectReference& function,
+    const tbMemory::BufferView<FunctionParameter>& inputs,
+    tbMemory::BufferView<FunctionParameter>& outputs)
+{
+    return m_strategy->callScriptFunction(function, inputs, outputs);
+}
+
+tbMemory::Buffer
+Environment::serializeScriptObject(const ScriptObjectReference& object, bool transferOwnership)
+{
+    return m_strategy->serializeScriptObject(object, transferOwnership);
+}
+
+ScriptObjectReference
+Environment::deserializeScriptObject(const tbMemory::BufferView<unsigned char>& bytes)
+{
+    return m_strategy->deserializeScriptObject(bytes);
+}
+
+void Environment::_dispose()
+{
+    // Objects leave their registry before they go: what is asked for meanwhile is not found.
+    m_functions.clear();
+    m_userTypes.clear();
+    m_namespaces.clear();
+    if (!m_strategy->isRunning())
+    {
+        // In place: finalisers that call this environment find a strategy that refuses.
+        releaseShares(m_strategy, m_bindings);
+        return;
+    }
+    EnvironmentStrategy& running = *m_strategy;
+    running.putOff([strategy = std::move(m_strategy), bindings = std::move(m_bindings)]() mutable
+                   { releaseShares(strategy, bindings); });
+}
+
+bool Environment::_endStrategy()
+{
+    if (m_strategy.use_count() > 1)
+        return true; // a copy goes on with it
+    // Held: a finaliser may destroy this environment, which is then put off to the end of the
+    // interpreter; nothing of this object is touched afterwards.
+    const std::shared_ptr<EnvironmentStrategy> strategy = m_strategy;
+    return strategy->shutDown();
+}
+
+} // namespace tbScripts

@@ -1,0 +1,67 @@
+// The registries of an environment: host bindings by name.
+
+#include "core/LogSources.h"
+#include "environments/EnvironmentBindings.h"
+#include "environments/EnvironmentMessages.h"
+#include "environments/EnvironmentStrategy.h"
+
+#include "tbScripts/Environment.h"
+#include "tbScripts/Function.h"
+#include "tbScripts/LogManager.h"
+
+#include <string_view>
+#include <utility>
+
+namespace tbScripts
+{
+
+namespace
+{
+
+std::string keyOf(const tbMemory::StringView& name)
+{
+    return std::string(std::string_view(name));
+}
+
+} // namespace
+
+Function* Environment::setFunc(const tbMemory::StringView& name)
+{
+    if (m_strategy->isTearingDown())
+        return nullptr;
+    const auto known = m_functions.find(keyOf(name));
+    if (known == m_functions.end())
+        return _declareFunc(name);
+
+    LogManager::getInstance()->log(messages::functionAlreadyExistant(name), LOG_SOURCE_ENVIRONMENT);
+    // Looked up again: the receiver may have declared something.
+    Function* const function = getFunc(name);
+    if (!function)
+        return _declareFunc(name);
+    function->reset();
+    m_strategy->installFunction(*function);
+    return function;
+}
+
+bool Environment::isFuncSet(const tbMemory::StringView& name) const
+{
+    return m_functions.count(keyOf(name)) > 0;
+}
+
+Function* Environment::getFunc(const tbMemory::StringView& name) const
+{
+    const auto known = m_functions.find(keyOf(name));
+    return known == m_functions.end() ? nullptr : known->second;
+}
+
+Function* Environment::_declareFunc(const tbMemory::StringView& name)
+{
+    std::unique_ptr<Function> created = m_strategy->createFunction(name);
+    Function* const function = created.get();
+    if (created)
+        m_bindings->functions.push_back(std::move(created));
+    m_functions[keyOf(name)] = function; // null entries too: the name counts as declared
+    return function;
+}
+
+} // namespace tbScripts

@@ -1,0 +1,54 @@
+#pragma once
+
+#include "core/lua/LuaApi.h"
+#include "core/lua/LuaStateHandle.h"
+#include "core/lua/LuaText.h"
+
+#include <tbMemory/StringView.h>
+
+namespace tbScripts::lua
+{
+
+/// Stack: +1, global `name`. Metamethods of the global table run, so this may raise anything.
+inline void pushGlobal(const LuaStateSlot& slot, lua_State* state, const tbMemory::StringView& name)
+{
+    if (state == slot.main)
+    {
+        pushName(state, name);
+        lua_gettable(state, LUA_GLOBALSINDEX);
+        return;
+    }
+    // A coroutine may have a global table of its own; the host's globals are the main thread's.
+    pushGlobals(slot, state);
+    pushName(state, name);
+    lua_gettable(state, -2);
+    lua_remove(state, -2);
+}
+
+/// Sets global `name` to what `pushValue(state)` pushes. May raise, as above. Stack: +0.
+template <typename PushValue>
+void setGlobal(
+    const LuaStateSlot& slot,
+    lua_State* state,
+    const tbMemory::StringView& name,
+    PushValue&& pushValue)
+{
+    if (state == slot.main)
+    {
+        pushName(state, name);
+        pushValue(state);
+        lua_settable(state, LUA_GLOBALSINDEX);
+        return;
+    }
+    pushGlobals(slot, state);
+    pushName(state, name);
+    pushValue(state);
+    lua_settable(state, -3);
+    lua_pop(state, 1);
+}
+
+/// Sets every global to nil, and empties the tables that keep loaded modules: a module would keep
+/// alive what it refers to. Metamethods do not run. Stack: +0.
+void clearAllGlobals(const LuaStateSlot& slot, lua_State* state);
+
+} // namespace tbScripts::lua

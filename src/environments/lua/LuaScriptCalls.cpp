@@ -1,0 +1,132 @@
+#include "environments/lua/LuaScriptCalls.h"
+
+#include "bindings/lua/LuaCallBridge.h"
+#include "core/lua/LuaCallbackScope.h"
+#include "core/lua/LuaErrorText.h"
+#include "core/lua/LuaScriptObjectInterpreterReference.h"
+
+#include <algorithm>
+
+namespace tbScripts::lua
+{
+
+namespace
+{
+
+constexpr std::int32_t CODE_ERROR_IN_ERROR_HANDLER = 1;
+constexpr std::int32_t CODE_RUNTIME_ERROR = 5;
+constexpr std::int32_t CODE_NO_MEMORY = 6;
+
+constexpr const char* CONTEXT_OF_CALL = "callScript"; // names the call in messages of the bridge
+constexpr const char* TEXT_OF_NO_MEMORY = "not enough memory"; // the interpreter's own
+
+// Stack: the error value of a failed call stays.
+LuaCallOutcome outcomeOf(lua_State* state, int status)
+{
+    switch (status)
+    {
+    case LUA_ERRRUN:
+        return {CODE_RUNTIME_ERROR, errorTextAt(state, -1)};
+    case LUA_ERRMEM:
+        return {CODE_NO_MEMORY, errorTextAt(state, -1)};
+    case LUA_ERRERR:
+        return {CODE_ERROR_IN_ERROR_HANDLER, errorTextAt(state, -1)};
+    default:
+        return {};
+    }
+}
+
+// For what was raised outside of the interpreter's own protected call, where it gives no status.
+LuaCallOutcome outcomeOf(std::string errorText)
+{
+    const std::int32_t code = errorText == TEXT_OF_NO_MEMORY ? CODE_NO_MEMORY : CODE_RUNTIME_ERROR;
+    return {code, std::move(errorText)};
+}
+
+// Reads the topmost `count` values into `outputs`. Returns how many fitted.
+std::size_t readOutputs(
+    const LuaCallBridge& bridge,
+    int firstIndex,
+    std::size_t count,
+    tbMemory::BufferView<FunctionParameter>& outputs)
+{
+    for (std::size_t i = 0; i < count; ++i)
+    {
+        // Asked first: a value that does not fit must not touch the output.
+        const int stackIndex = firstIndex + static_cast<int>(i);
+        if (!bridge.accepts(outputs[i], stackIndex))
+            return i;
+        bridge.readParameter(outputs[i], stackIndex, CONTEXT_OF_CALL);
+    }
+    return count;
+}
+
+} // namespace
+
+LuaCallOutcome runChunk(
+    LuaHostCall& call,
+    const LuaStateHandle& handle,
+    const tbMemory::Buffer& bytecode,
+    const tbMemory::String& chunkName)
+{
+    LuaCallOutcome outcome;
+    std::string errorText;
+    const bool isDone = call.run(
+        [&](lua_State* state)
+        {
+            // A failed load leaves its message, and calling a text is the error that is reported.
+            luaL_loadbuffer(
+                state,
+                reinterpret_cast<const char*>(bytecode.data()),
+                bytecode.size(),
+                chunkName.c_str());
+            if (state != handle.getSlot()->main && lua_isfunction(state, -1))
+            {
+                // A coroutine may have a global table of its own, which is not the script's.
+                pushGlobals(*handle.getSlot(), state);
+                lua_setfenv(state, -2);
+            }
+            outcome = outcomeOf(state, lua_pcall(state, 0, LUA_MULTRET, 0));
+        },
+        errorText);
+    return isDone ? outcome : outcomeOf(std::move(errorText));
+}
+
+LuaCallOutcome callFunction(
+    LuaHostCall& call,
+    const LuaStateHandle& handle,
+    const ScriptObjectReference& function,
+    const tbMemory::BufferView<FunctionParameter>& inputs,
+    tbMemory::BufferView<FunctionParameter>& outputs,
+    std::size_t& mismatch)
+{
+    LuaCallOutcome outcome;
+    std::string errorText;
+    if (!call.admit(errorText))
+        return outcomeOf(std::move(errorText));
+
+    LuaCallbackScope scope(*handle.getSlot(), call.getState());
+    const LuaCallBridge bridge(scope);
+    mismatch = outputs.size();
+    const bool isDone = call.run(
+        [&](lua_State* state)
+        {
+            const int top = lua_gettop(state);
+            pushReferenced(state, function, handle);
+            int pushed = 0;
+            for (const FunctionParameter& input : inputs)
+                pushed += bridge.pushParameter(input, CONTEXT_OF_CALL);
+            outcome = outcomeOf(state, lua_pcall(state, pushed, LUA_MULTRET, 0));
+            if (outcome.code != 0)
+                return;
+            const auto results = static_cast<std::size_t>(lua_gettop(state) - top);
+            const std::size_t wanted = std::min(results, outputs.size());
+            const std::size_t read = readOutputs(bridge, top + 1, wanted, outputs);
+            if (read < wanted)
+                mismatch = read;
+        },
+        errorText);
+    return isDone ? outcome : outcomeOf(std::move(errorText));
+}
+
+} // namespace tbScripts::lua
