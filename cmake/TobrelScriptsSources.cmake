@@ -90,12 +90,28 @@ set(TOBREL_SCRIPTS_SOURCES
 set(TOBREL_SCRIPTS_DEMO)
 
 # Helpers of the tests: those that do with public headers, and those that see src/.
-set(TOBREL_SCRIPTS_TEST_SUPPORT)
-set(TOBREL_SCRIPTS_INTERNAL_TEST_SUPPORT)
+set(TOBREL_SCRIPTS_TEST_SUPPORT
+    tests/support/AllocationCounter.cpp
+    tests/support/AllocationCounter.h
+    tests/support/CountedObject.cpp
+    tests/support/CountedObject.h
+    tests/support/EnvironmentFixture.cpp
+    tests/support/EnvironmentFixture.h
+    tests/support/LogFixture.cpp
+    tests/support/LogFixture.h
+    tests/support/RecordingLogger.cpp
+    tests/support/RecordingLogger.h)
+set(TOBREL_SCRIPTS_INTERNAL_TEST_SUPPORT
+    tests/support/InjectedAllocator.cpp
+    tests/support/InjectedAllocator.h
+    tests/support/LuaStateFixture.cpp
+    tests/support/LuaStateFixture.h)
 
 # Tests of the shared library, of its inside, and of the stand-ins.
-set(TOBREL_SCRIPTS_PUBLIC_TESTS)
-set(TOBREL_SCRIPTS_INTERNAL_TESTS)
+set(TOBREL_SCRIPTS_PUBLIC_TESTS
+    tests/support/SupportTest.cpp)
+set(TOBREL_SCRIPTS_INTERNAL_TESTS
+    tests/support/InternalSupportTest.cpp)
 set(TOBREL_PLATFORM_TESTS
     tests/platform/BufferCastTest.cpp
     tests/platform/BufferTest.cpp
