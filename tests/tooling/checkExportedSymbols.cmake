@@ -14,17 +14,12 @@ set(rtti "^(vtable|typeinfo|typeinfo name|VTT|guard variable|non-virtual thunk) 
 set(inside "^tbScripts::(lua|detail)::")
 set(own "^tbScripts::|^tbCommon::SingletonClass<tbScripts::")
 
-# Instantiated from headers, the same in every user of those. A template's result type stands before
-# its name.
-set(shared "^tb(Common|Memory|Log|Export|Resources)::|(^| )(std|__gnu_cxx|__cxxabiv1)::")
-
 set(ownCount 0)
 set(problems "")
 foreach(line IN LISTS lines)
     if(NOT line MATCHES "^[0-9a-fA-F]* *([A-Za-z]) (.+)$")
         continue()
     endif()
-    set(kind "${CMAKE_MATCH_1}")
     set(name "${CMAKE_MATCH_2}")
     string(REGEX REPLACE "${rtti}" "" described "${name}")
     string(REGEX REPLACE "\\(.*$" "" head "${described}") # parameters say nothing about the owner
@@ -33,10 +28,6 @@ foreach(line IN LISTS lines)
         string(APPEND problems "  ${line}\n")
     elseif(head MATCHES "${own}")
         math(EXPR ownCount "${ownCount} + 1")
-    elseif(kind MATCHES "[wWvVu]" AND head MATCHES "${shared}")
-        # nobody's in particular
-    elseif(kind STREQUAL "V" AND name MATCHES "^typeinfo" AND head MATCHES "^[a-z ]+$")
-        # the description of a built-in type or of a function's type
     else()
         string(APPEND problems "  ${line}\n")
     endif()

@@ -93,6 +93,8 @@ expect_export_failure("inside" "${own}namespace tbScripts::lua { void inside() {
 expect_export_failure("helper" "${own}namespace tbScripts::detail { void helper() {} }\n")
 expect_export_failure("byInline"
     "${own}namespace tbScripts::lua { inline void byInline() {} void* used = (void*)&byInline; }\n")
+expect_export_failure("basic_string"
+    "#include <string>\n${own}template class std::basic_string<char16_t>;\n")
 expect_export_failure("Nothing of tbScripts" "static int nothing;\n")
 
 file(REMOVE_RECURSE ${scratch})
