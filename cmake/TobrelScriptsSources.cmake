@@ -87,7 +87,16 @@ set(TOBREL_SCRIPTS_SOURCES
     src/scripts/lua/LuaScriptStrategy.h)
 
 # The example host.
-set(TOBREL_SCRIPTS_DEMO)
+set(TOBREL_SCRIPTS_DEMO
+    examples/demo/Arena.cpp
+    examples/demo/Arena.h
+    examples/demo/ArenaScripts.cpp
+    examples/demo/ArenaScripts.h
+    examples/demo/ConsoleLog.cpp
+    examples/demo/ConsoleLog.h
+    examples/demo/ScriptFolder.cpp
+    examples/demo/ScriptFolder.h
+    examples/demo/main.cpp)
 
 # Helpers of the tests: those that do with public headers, and those that see src/.
 set(TOBREL_SCRIPTS_TEST_SUPPORT

@@ -55,7 +55,8 @@ public:
 
     /// Returns the outcome of the last `execute` or `callScriptFunction`.
     ///
-    /// Valid until: the environment is destroyed. A change of interpreter resets what it shows.
+    /// Valid until: the environment is destroyed or assigned to. A change of interpreter resets
+    /// what it shows.
     const ExecutionResult& getLastExecutionResult() const;
 
     /// Throws the present interpreter away, with all globals, and starts `interpreter`.
@@ -185,6 +186,9 @@ private:
     std::shared_ptr<EnvironmentBindings> m_bindings; // shared by copies
     std::shared_ptr<EnvironmentStrategy> m_strategy; // never null, shared by copies
     INTERPRETER m_interpreter;
+
+    // Expires with this object: scripts and the log receiver may destroy it during an operation.
+    std::shared_ptr<const char> m_life;
 };
 
 } // namespace tbScripts

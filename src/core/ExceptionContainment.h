@@ -1,9 +1,12 @@
 #pragma once
 
+#include <cstddef> // tells which standard library this is
+
 // Some C libraries end a thread by an exception that has to reach its start; libstdc++ gives it a
 // name. Swallowing it would abort the process.
-#if defined(__GLIBCXX__) || __has_include(<bits/c++config.h>)
+#if defined(__GLIBCXX__)
     #include <cxxabi.h>
+
     #define TBSCRIPTS_LET_THREAD_CANCELLATION_PASS                                                 \
         catch (const abi::__forced_unwind&)                                                        \
         {                                                                                          \

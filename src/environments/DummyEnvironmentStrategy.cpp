@@ -200,10 +200,7 @@ void DummyEnvironmentStrategy::beginTeardown()
     m_isTearingDown = true;
 }
 
-bool DummyEnvironmentStrategy::shutDown()
-{
-    return true;
-}
+void DummyEnvironmentStrategy::shutDown() {}
 
 void DummyEnvironmentStrategy::putOff(std::function<void()> /*action*/) {}
 

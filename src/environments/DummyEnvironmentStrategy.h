@@ -53,7 +53,7 @@ public:
     bool isRunning() const override;
     bool isTearingDown() const override;
     void beginTeardown() override;
-    bool shutDown() override;
+    void shutDown() override;
     void putOff(std::function<void()> action) override;
 
 private:

@@ -20,6 +20,7 @@ Environment::Environment()
     , m_strategy(
           std::make_shared<DummyEnvironmentStrategy>(m_name, std::make_shared<ExecutionResult>()))
     , m_interpreter(INTERPRETER_UNKNOWN)
+    , m_life(std::make_shared<const char>())
 {
 }
 
@@ -31,6 +32,7 @@ Environment::Environment(const Environment& other)
     , m_bindings(other.m_bindings)
     , m_strategy(other.m_strategy)
     , m_interpreter(other.m_interpreter)
+    , m_life(std::make_shared<const char>())
 {
 }
 
@@ -245,10 +247,12 @@ bool Environment::_endStrategy()
 {
     if (m_strategy.use_count() > 1)
         return true; // a copy goes on with it
-    // Held: a finaliser may destroy this environment, which is then put off to the end of the
-    // interpreter; nothing of this object is touched afterwards.
+    // Held: a finaliser may destroy this environment, which then happens at the end of the
+    // interpreter.
     const std::shared_ptr<EnvironmentStrategy> strategy = m_strategy;
-    return strategy->shutDown();
+    const std::weak_ptr<const char> life = m_life;
+    strategy->shutDown();
+    return !life.expired();
 }
 
 } // namespace tbScripts

@@ -29,18 +29,19 @@ Function* Environment::setFunc(const tbMemory::StringView& name)
 {
     if (m_strategy->isTearingDown())
         return nullptr;
-    const auto known = m_functions.find(keyOf(name));
-    if (known == m_functions.end())
+    if (!isFuncSet(name))
         return _declareFunc(name);
 
+    const std::weak_ptr<const char> life = m_life;
     LogManager::getInstance()->log(messages::functionAlreadyExistant(name), LOG_SOURCE_ENVIRONMENT);
-    // Looked up again: the receiver may have declared something.
+    if (life.expired())
+        return nullptr; // the receiver has destroyed this environment
     Function* const function = getFunc(name);
     if (!function)
         return _declareFunc(name);
     function->reset();
     m_strategy->installFunction(*function);
-    return function;
+    return life.expired() ? nullptr : function;
 }
 
 bool Environment::isFuncSet(const tbMemory::StringView& name) const
@@ -56,7 +57,10 @@ Function* Environment::getFunc(const tbMemory::StringView& name) const
 
 Function* Environment::_declareFunc(const tbMemory::StringView& name)
 {
+    const std::weak_ptr<const char> life = m_life;
     std::unique_ptr<Function> created = m_strategy->createFunction(name);
+    if (life.expired())
+        return nullptr; // a metamethod of the globals has destroyed this environment
     Function* const function = created.get();
     if (created)
         m_bindings->functions.push_back(std::move(created));

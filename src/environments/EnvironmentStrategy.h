@@ -90,9 +90,9 @@ public:
     /// From here on the host is refused: what finalisers ask for has no effect.
     virtual void beginTeardown() = 0;
 
-    /// Closes the interpreter; what refers to it finds none from here on. Returns false if that
-    /// ran what had been put off, so that the environment may be gone.
-    virtual bool shutDown() = 0;
+    /// Closes the interpreter; what refers to it finds none from here on. What was put off
+    /// meanwhile runs at its end.
+    virtual void shutDown() = 0;
 
     /// Has `action` run when the outermost call in progress returns. Requires: `isRunning()`.
     virtual void putOff(std::function<void()> action) = 0;

@@ -88,23 +88,21 @@ LuaStateHandle::~LuaStateHandle()
         delete m_slot;
 }
 
-bool LuaStateHandle::close()
+void LuaStateHandle::close()
 {
     if (!get())
-        return false;
+        return;
     // Emptied before lua_close: finalisers that run inside it must already find no state.
     lua_State* const state = std::exchange(m_slot->main, nullptr);
     m_slot->running = nullptr;
     m_slot->isClosing = true;
     contain([state] { lua_close(state); }, [] {});
     m_slot->isClosing = false;
-    return runPutOff(*m_slot);
+    runPutOff(*m_slot);
 }
 
-bool runPutOff(LuaStateSlot& slot)
+void runPutOff(LuaStateSlot& slot)
 {
-    if (slot.putOff.empty())
-        return false;
     const LuaStateHandle keepsSlot(&slot);
     while (!slot.putOff.empty())
     {
@@ -112,7 +110,6 @@ bool runPutOff(LuaStateSlot& slot)
         for (std::function<void()>& action : due)
             action();
     }
-    return true;
 }
 
 void pushGlobals(const LuaStateSlot& slot, lua_State* state)

@@ -57,8 +57,8 @@ public:
     ~LuaStateHandle();
 
     /// Empties the handle and all its copies, then closes the state. What finalisers raise
-    /// meanwhile is lost. Returns whether anything had been put off to the end of the state.
-    bool close();
+    /// meanwhile is lost; what they put off runs at the end.
+    void close();
 
     /// Returns the thread that host calls have to work on, null once the state is closed.
     lua_State* get() const { return m_slot ? m_slot->running : nullptr; }
@@ -82,8 +82,8 @@ private:
     LuaStateSlot* m_slot; // counted, may be null
 };
 
-/// Runs what waits for the outermost host call to return. Returns whether there was anything.
-bool runPutOff(LuaStateSlot& slot);
+/// Runs what waits for the outermost host call to return.
+void runPutOff(LuaStateSlot& slot);
 
 /// Stack: +1, the global table of the main thread, whichever thread runs.
 void pushGlobals(const LuaStateSlot& slot, lua_State* state);

@@ -322,9 +322,9 @@ void LuaEnvironmentStrategy::beginTeardown()
         m_handle.getSlot()->isTearingDown = true;
 }
 
-bool LuaEnvironmentStrategy::shutDown()
+void LuaEnvironmentStrategy::shutDown()
 {
-    return !m_handle.close();
+    m_handle.close();
 }
 
 void LuaEnvironmentStrategy::putOff(std::function<void()> action)
