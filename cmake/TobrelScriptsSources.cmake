@@ -52,6 +52,8 @@ set(TOBREL_SCRIPTS_SOURCES
     src/core/lua/LuaHostCall.cpp
     src/core/lua/LuaHostCall.h
     src/core/lua/LuaNumber.h
+    src/core/lua/LuaRegistry.cpp
+    src/core/lua/LuaRegistry.h
     src/core/lua/LuaScriptObjectInterpreterReference.cpp
     src/core/lua/LuaScriptObjectInterpreterReference.h
     src/core/lua/LuaScriptObjectInterpreterView.cpp

@@ -2,6 +2,7 @@
 
 #include "bindings/lua/LuaFunctionClosure.h"
 #include "core/lua/LuaHostCall.h"
+#include "core/lua/LuaRegistry.h"
 #include "core/lua/LuaText.h"
 
 #include <cstring>
@@ -115,8 +116,8 @@ void LuaFunction::_dropAnchor()
     // While the state closes, finalisers may still call the closure.
     if (m_anchor && m_handle.hasMemory())
         m_anchor->function = nullptr;
-    if (lua_State* const state = m_handle.get())
-        luaL_unref(state, LUA_REGISTRYINDEX, m_anchorKey);
+    if (const LuaStateSlot* const slot = m_handle.getSlot())
+        freeRegistrySlot(*slot, m_anchorKey);
     m_anchorKey = LUA_NOREF;
     m_anchor = nullptr;
 }

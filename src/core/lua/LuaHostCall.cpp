@@ -15,28 +15,6 @@ constexpr const char* TEXT_TOO_DEEP = "C stack overflow";
 
 } // namespace
 
-LuaHostCall::LuaHostCall(const LuaStateHandle& handle, ENTRY entry)
-    : m_slot(handle.get() ? handle.getSlot() : nullptr)
-    , m_state(nullptr)
-{
-    if (!m_slot)
-        return;
-    const bool isUpkeep = entry == ENTRY::UPKEEP;
-    if (m_slot->isTearingDown && !isUpkeep)
-    {
-        m_slot = nullptr;
-        return;
-    }
-    if (m_slot->hostCalls++ < MAX_DEPTH || isUpkeep)
-        m_state = m_slot->running;
-}
-
-LuaHostCall::~LuaHostCall()
-{
-    if (m_slot && --m_slot->hostCalls == 0 && !m_slot->putOff.empty())
-        runPutOff(*m_slot);
-}
-
 bool LuaHostCall::admit(std::string& errorText)
 {
     if (!m_slot)

@@ -25,12 +25,27 @@ public:
         UPKEEP // releases something: always let in while the state is open
     };
 
-    explicit LuaHostCall(const LuaStateHandle& handle, ENTRY entry = ENTRY::HOST);
+    explicit LuaHostCall(const LuaStateHandle& handle, ENTRY entry = ENTRY::HOST)
+        : m_slot(handle.get() ? handle.getSlot() : nullptr)
+        , m_state(nullptr)
+    {
+        if (!m_slot)
+            return;
+        const bool isUpkeep = entry == ENTRY::UPKEEP;
+        if (m_slot->isTearingDown && !isUpkeep)
+            m_slot = nullptr;
+        else if (m_slot->hostCalls++ < MAX_DEPTH || isUpkeep)
+            m_state = m_slot->running;
+    }
 
     LuaHostCall(const LuaHostCall&) = delete;
     LuaHostCall& operator=(const LuaHostCall&) = delete;
 
-    ~LuaHostCall();
+    ~LuaHostCall()
+    {
+        if (m_slot && --m_slot->hostCalls == 0 && !m_slot->putOff.empty())
+            runPutOff(*m_slot);
+    }
 
     /// Returns the thread to work on, null if the call was refused.
     lua_State* getState() const { return m_state; }

@@ -1,6 +1,7 @@
 #include "core/lua/LuaScriptObjectInterpreterView.h"
 
 #include "core/lua/LuaBoundary.h"
+#include "core/lua/LuaRegistry.h"
 
 #include <memory>
 #include <utility>
@@ -30,9 +31,7 @@ void LuaScriptObjectInterpreterView::end()
 {
     if (!m_scope)
         return;
-    // Freeing a slot allocates nothing, so nothing can raise.
-    if (lua_State* const state = m_scope->getSlot().running)
-        releaseRegistrySlot(state, m_keptSlot, m_type);
+    freeRegistrySlot(m_scope->getSlot(), m_keptSlot);
     m_keptSlot = 0;
     m_index = 0;
     std::exchange(m_scope, nullptr)->removeView(*this);

@@ -1,0 +1,24 @@
+#include "core/lua/LuaRegistry.h"
+
+#include "core/lua/LuaBoundary.h"
+
+#include <string>
+
+namespace tbScripts::lua
+{
+
+void freeRegistrySlot(const LuaStateSlot& slot, int key)
+{
+    if (!slot.running || key <= 0)
+        return;
+    // Contained although it allocates nothing: the stack may be full.
+    std::string ignored;
+    containLuaErrors(
+        slot,
+        slot.running,
+        0,
+        [key](lua_State* state) { luaL_unref(state, LUA_REGISTRYINDEX, key); },
+        ignored);
+}
+
+} // namespace tbScripts::lua
