@@ -28,6 +28,8 @@ Script::Script(const Script& other)
 
 Script& Script::operator=(const Script& other)
 {
+    if (this == &other)
+        return *this;
     *m_name = *other.m_name;
     m_sources = other.m_sources;
     m_strategy = other.m_strategy;

@@ -33,9 +33,9 @@ bool LuaCallbackScope::keepViews(std::string& errorText)
     // From the start each time: that finaliser may have dropped any of the views.
     for (LuaScriptObjectInterpreterView* view = m_firstView; view;)
     {
-        if (view->isKept())
+        if (view->_isKept())
             view = view->m_next;
-        else if (view->keep(errorText))
+        else if (view->_keep(errorText))
             view = m_firstView;
         else
             return false;

@@ -66,12 +66,12 @@ ScriptObjectInterpreterReference* LuaScriptObjectInterpreterView::createReferenc
     return isAnchored ? reference.release() : nullptr;
 }
 
-bool LuaScriptObjectInterpreterView::isKept() const
+bool LuaScriptObjectInterpreterView::_isKept() const
 {
     return m_keptSlot != 0 || m_index == 0;
 }
 
-bool LuaScriptObjectInterpreterView::keep(std::string& errorText)
+bool LuaScriptObjectInterpreterView::_keep(std::string& errorText)
 {
     LuaStateSlot& slot = m_scope->getSlot();
     lua_pushvalue(m_scope->getThread(), m_index);

@@ -44,10 +44,10 @@ private:
     friend class LuaCallbackScope; // chains the views that were lent to it
 
     // Needs no stack slot any more.
-    bool isKept() const;
+    bool _isKept() const;
 
     // Anchors the value in the registry.
-    bool keep(std::string& errorText);
+    bool _keep(std::string& errorText);
 
     FUNCTION_PARAMETER_TYPE m_type = PARAM_TYPE_VOID;
     int m_index = 0;    // on the stack of the scope's thread
