@@ -13,6 +13,7 @@ function(make_tree tree)
     if(EXISTS ${root}/examples)
         file(COPY ${root}/examples DESTINATION ${tree})
     endif()
+    file(COPY ${root}/docs ${root}/README.md DESTINATION ${tree})
 endfunction()
 
 # expect_failure(<check> <what it has to say> [<-D...>...])
@@ -75,6 +76,27 @@ expect_failure(checkRaiseSites "src/core/lua/Raise.cpp" -D root=${tree})
 make_tree(${tree})
 file(WRITE ${tree}/src/core/lua/Raise.cpp "int n = luaL_checkinteger(state, 1);\n")
 expect_failure(checkRaiseSites "luaL_checkinteger" -D root=${tree})
+
+make_tree(${tree})
+file(APPEND ${tree}/src/bindings/BindingMessages.h
+    "constexpr const char* NEW = \"Un\" \"told.\"; // in two pieces\n")
+expect_failure(checkMessages "\"Untold.\" is not in docs/messages.md" -D root=${tree})
+
+make_tree(${tree})
+file(APPEND ${tree}/docs/messages.md "| `Told of '<name>' only here.` | Script | never |\n")
+expect_failure(checkMessages "\"' only here.\" is in no source" -D root=${tree})
+
+make_tree(${tree})
+file(WRITE ${tree}/docs/messages.md "# Messages\n")
+expect_failure(checkMessages "no texts found" -D root=${tree})
+
+make_tree(${tree})
+file(APPEND ${tree}/examples/readme.cpp "// one line more\n")
+expect_failure(checkReadme "README.md and examples/readme.cpp differ" -D root=${tree})
+
+make_tree(${tree})
+file(WRITE ${tree}/README.md "# TobrelScripts\n")
+expect_failure(checkReadme "holds no C\\+\\+ program" -D root=${tree})
 
 # expect_export_failure(<what it has to say> <source text>)
 function(expect_export_failure complaint text)

@@ -1,0 +1,12 @@
+-- settings.lua
+-- The rules of the match. Nothing here becomes a global: the host keeps the table, and gives it to
+-- begin() and report() in waves.lua.
+
+configure({
+    width = 60,
+    height = 20,
+    guards = 6,
+    waves = 6,
+    raidersPerWave = 3,
+    ticksBetweenWaves = 45,
+})
