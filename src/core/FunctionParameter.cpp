@@ -123,8 +123,9 @@ FunctionParameter& FunctionParameter::operator=(FunctionParameter&& other) noexc
 {
     if (this == &other)
         return *this;
+    FunctionParameter taken(std::move(other)); // first: `other` may live through what goes
     _clear();
-    _takeFrom(other);
+    _takeFrom(taken);
     return *this;
 }
 

@@ -98,13 +98,16 @@ ScriptObjectReference& ScriptObjectReference::operator=(ScriptObjectReference&& 
 
 ScriptObjectReference& ScriptObjectReference::operator=(const ScriptObjectView& view)
 {
-    if (view.getInterpreterView() || m_block->holders == 1)
+    // Kept: the only holder gives up its value before the new one is anchored; a shared block keeps
+    // its value until then, and for good if there is nothing to look at.
+    if (m_block->holders == 1)
+        delete std::exchange(m_block->value, nullptr);
+    m_block->useCount = 1;
+    if (view.getInterpreterView())
     {
-        // Made before the old value goes: it may be what the view looks at.
         ScriptObjectInterpreterReference* const value = createReferenceFrom(view);
         delete std::exchange(m_block->value, value);
     }
-    m_block->useCount = 1;
     return *this;
 }
 

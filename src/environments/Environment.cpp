@@ -80,6 +80,8 @@ void Environment::setEnvironmentFor(INTERPRETER interpreter)
             messages::environmentIsRunning(*m_name), LOG_SOURCE_ENVIRONMENT);
         return;
     }
+    if (m_strategy->isTearingDown())
+        return; // this environment is going: nothing can be set any more
     if (!_endStrategy())
         return;
 

@@ -36,7 +36,12 @@ void releaseShares(
     std::shared_ptr<EnvironmentStrategy>& strategy, std::shared_ptr<EnvironmentBindings>& bindings)
 {
     if (bindings.use_count() == 1)
-        tearDown(*strategy, *bindings);
+    {
+        // Held: what runs meanwhile may assign to the environment and so replace both.
+        const std::shared_ptr<EnvironmentStrategy> heldStrategy = strategy;
+        const std::shared_ptr<EnvironmentBindings> heldBindings = bindings;
+        tearDown(*heldStrategy, *heldBindings);
+    }
     else if (strategy.use_count() == 1)
         strategy->shutDown();
     bindings.reset();

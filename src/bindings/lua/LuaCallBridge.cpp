@@ -77,6 +77,7 @@ void LuaCallBridge::readParameter(
     switch (parameter.m_type)
     {
     case PARAM_TYPE_BOOL:
+        _makeRoomForPlainValue(parameter);
         parameter.m_storage.boolean = lua_toboolean(m_state, stackIndex) != 0;
         parameter.m_live = FunctionParameter::MEMBER::BOOL;
         return;
@@ -159,9 +160,17 @@ std::string LuaCallBridge::intToDecimal(int number)
     return std::string(digits.data(), end.ptr);
 }
 
+void LuaCallBridge::_makeRoomForPlainValue(FunctionParameter& parameter)
+{
+    // Members that own something come last in the enumeration.
+    if (parameter.m_live >= FunctionParameter::MEMBER::TEXT)
+        parameter._clear();
+}
+
 void LuaCallBridge::_readNumber(
     FunctionParameter& parameter, int stackIndex, const tbMemory::StringView& functionName) const
 {
+    _makeRoomForPlainValue(parameter);
     // Not a number reads as 0, which the conversion of such a value gives anyway.
     const double number = lua_tonumber(m_state, stackIndex);
     switch (parameter.m_type)

@@ -54,6 +54,10 @@ public:
     static std::string intToDecimal(int number);
 
 private:
+    // Gives up a text, user type or reference that the storage was prepared for, so that a number
+    // or truth value may be written over it.
+    static void _makeRoomForPlainValue(FunctionParameter& parameter);
+
     bool _acceptsInstance(const FunctionParameter& parameter, int stackIndex) const;
 
     void _readNumber(

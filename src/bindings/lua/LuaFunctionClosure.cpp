@@ -9,7 +9,6 @@
 #include "tbScripts/LogManager.h"
 
 #include <exception>
-#include <functional>
 #include <string>
 #include <vector>
 
@@ -48,6 +47,8 @@ int runCatchingHostErrors(LuaCallbackScope& scope, const FunctionCall& call, std
     }
     catch (const std::exception& exception)
     {
+        if (!call.getCallable())
+            throw; // not the host's: what an empty callable throws is left to the interpreter
         errorText = exception.what();
     }
     return RAISE_MESSAGE_ON_TOP;
@@ -63,10 +64,6 @@ int pushMessage(lua_State* state, const char* text)
 // too once the callable has run; the call keeps what is needed.
 int callLivingFunction(LuaFunction& function, lua_State* state)
 {
-    // Outside of the try block below: what an empty callable throws is left to the interpreter.
-    if (!function.getDefinition().callable)
-        throw std::bad_function_call();
-
     LuaCallbackScope scope(*function.getHandle().getSlot(), state);
     const FunctionCall call(function.getDefinition());
     std::string errorText;

@@ -4,8 +4,8 @@
 //
 // On the platforms we build for, the interpreter raises its errors as exceptions that pass through
 // C++ frames and run destructors. A public call therefore only needs a try block around its work,
-// which costs nothing until something is raised; a protected call of the interpreter costs many
-// times as much as reading a global.
+// which costs nothing until something is raised; a protected call of the interpreter costs about as
+// much as all the rest of reading a global.
 //
 // Two cases need the protected call all the same:
 // - The C++ runtime ends the process when an exception that is not its own is caught while one of

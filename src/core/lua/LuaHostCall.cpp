@@ -32,8 +32,7 @@ bool LuaHostCall::admit(std::string& errorText)
 
 void LuaHostCall::_logFailure(const std::string& errorText)
 {
-    if (!errorText.empty())
-        LogManager::getInstance()->log(errorText, LOG_SOURCE_LUA_ENVIRONMENT);
+    LogManager::getInstance()->log(errorText, LOG_SOURCE_LUA_ENVIRONMENT);
 }
 
 } // namespace tbScripts::lua

@@ -75,7 +75,7 @@ public:
     {
         std::string errorText;
         const bool isDone = run(work, errorText);
-        if (!isDone)
+        if (!isDone && !isRefused())
             _logFailure(errorText);
         return isDone;
     }

@@ -1,7 +1,9 @@
 #include "core/lua/LuaScriptObjectInterpreterReference.h"
 
+#include "core/LogSources.h"
 #include "core/lua/LuaBoundary.h"
 
+#include "tbScripts/LogManager.h"
 #include "tbScripts/ScriptObjectReference.h"
 
 #include <string>
@@ -31,13 +33,15 @@ LuaScriptObjectInterpreterReference::~LuaScriptObjectInterpreterReference()
     lua_State* const state = m_handle.get();
     if (!state || !m_release)
         return;
-    std::string ignored;
-    containLuaErrors(
+    std::string errorText;
+    const bool isReleased = containLuaErrors(
         *m_handle.getSlot(),
         state,
         0,
         [this](lua_State* inner) { m_release(inner, m_slot, getType()); },
-        ignored);
+        errorText);
+    if (!isReleased)
+        LogManager::getInstance()->log(errorText, LOG_SOURCE_LUA_ENVIRONMENT);
 }
 
 void LuaScriptObjectInterpreterReference::anchor(lua_State* state)

@@ -1,7 +1,10 @@
 #include "core/lua/LuaScriptObjectInterpreterView.h"
 
+#include "core/LogSources.h"
 #include "core/lua/LuaBoundary.h"
 #include "core/lua/LuaRegistry.h"
+
+#include "tbScripts/LogManager.h"
 
 #include <memory>
 #include <utility>
@@ -63,7 +66,12 @@ ScriptObjectInterpreterReference* LuaScriptObjectInterpreterView::createReferenc
     std::string errorText;
     const bool isAnchored = containLuaErrors(
         slot, state, 1, [&](lua_State* inner) { reference->anchor(inner); }, errorText);
-    return isAnchored ? reference.release() : nullptr;
+    if (!isAnchored)
+    {
+        LogManager::getInstance()->log(errorText, LOG_SOURCE_LUA_ENVIRONMENT);
+        return nullptr;
+    }
+    return reference.release();
 }
 
 bool LuaScriptObjectInterpreterView::_isKept() const

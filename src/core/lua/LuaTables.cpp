@@ -39,11 +39,13 @@ void clearTable(lua_State* state)
 void collectGarbageTwice(LuaHostCall& call)
 {
     constexpr int ROUNDS = 2; // the second frees what the finalisers of the first let go
-    std::string errorText;
-    for (int round = 0; round < ROUNDS && call.admit(errorText); ++round)
+    for (int round = 0; round < ROUNDS; ++round)
     {
-        if (!call.run([](lua_State* state) { lua_gc(state, LUA_GCCOLLECT, 0); }))
-            finishCycle(call);
+        if (call.run([](lua_State* state) { lua_gc(state, LUA_GCCOLLECT, 0); }))
+            continue;
+        if (!call.getState())
+            return; // refused
+        finishCycle(call);
     }
 }
 

@@ -98,6 +98,7 @@ void LuaEnvironmentStrategy::requestGarbageCollection()
 void LuaEnvironmentStrategy::clearGlobals()
 {
     LuaHostCall call(m_handle, LuaHostCall::ENTRY::UPKEEP);
+    call.run(&keepForeignTables);
     call.run([this](lua_State* state) { clearAllGlobals(*m_handle.getSlot(), state); });
     collectGarbageTwice(call);
 }

@@ -47,6 +47,11 @@ void setGlobal(
     lua_pop(state, 1);
 }
 
+/// Anchors, if scripts loaded the foreign function library, its tables that the interpreter uses
+/// without keeping them alive. LuaJIT 2.1.0-beta3 reads one of them when the state closes, long
+/// after the library itself was let go (ForeignLibraryTest). Stack: +0.
+void keepForeignTables(lua_State* state);
+
 /// Sets every global to nil, and empties the tables that keep loaded modules: a module would keep
 /// alive what it refers to. Metamethods do not run. Stack: +0.
 void clearAllGlobals(const LuaStateSlot& slot, lua_State* state);

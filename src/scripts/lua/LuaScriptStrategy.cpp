@@ -1,5 +1,6 @@
 #include "scripts/lua/LuaScriptStrategy.h"
 
+#include "core/ExceptionContainment.h"
 #include "core/LogSources.h"
 #include "core/lua/LuaApi.h"
 #include "core/lua/LuaErrorText.h"
@@ -9,6 +10,7 @@
 #include "tbScripts/LogManager.h"
 
 #include <string>
+#include <string_view>
 
 namespace tbScripts::lua
 {
@@ -48,7 +50,7 @@ private:
 
 struct Compilation
 {
-    const std::string& sources;
+    std::string sources;                        // up to their first NUL
     std::shared_ptr<tbMemory::Buffer> bytecode; // where the result goes
     int status = 0;                             // of the interpreter's compiler
     std::string message;                        // its message if it failed
@@ -84,6 +86,15 @@ int compile(lua_State* state)
     return 0;
 }
 
+void compileInPrivateState(const tbMemory::StringView& sources, Compilation& compilation)
+{
+    compilation.sources = std::string_view(upToFirstNul(sources));
+    compilation.bytecode = std::make_shared<tbMemory::Buffer>();
+    const PrivateState state;
+    if (!state.get() || lua_cpcall(state.get(), &compile, &compilation) != 0)
+        compilation.status = LUA_ERRMEM;
+}
+
 } // namespace
 
 bool LuaScriptStrategy::load(tbMemory::StringView sources)
@@ -91,13 +102,10 @@ bool LuaScriptStrategy::load(tbMemory::StringView sources)
     m_bytecode.reset();
     m_lastCompilationResult = CompilationResult();
 
-    const std::string text{std::string_view(upToFirstNul(sources))};
-    Compilation compilation{text, std::make_shared<tbMemory::Buffer>(), 0, std::string()};
-    {
-        const PrivateState state;
-        if (!state.get() || lua_cpcall(state.get(), &compile, &compilation) != 0)
-            compilation.status = LUA_ERRMEM;
-    }
+    Compilation compilation;
+    // Our own copies can run out of memory as well as the interpreter.
+    if (!contain([&] { compileInPrivateState(sources, compilation); }, [] {}))
+        compilation.status = LUA_ERRMEM;
     if (compilation.status == LUA_ERRMEM)
         return _fail(CODE_NO_MEMORY, messages::NOT_ENOUGH_MEMORY);
     if (compilation.status != 0)
