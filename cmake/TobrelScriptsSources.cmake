@@ -108,21 +108,107 @@ set(TOBREL_SCRIPTS_TEST_SUPPORT
     tests/support/CountedObject.h
     tests/support/EnvironmentFixture.cpp
     tests/support/EnvironmentFixture.h
+    tests/support/Execution.h
+    tests/support/FakeScriptObjects.cpp
+    tests/support/FakeScriptObjects.h
     tests/support/LogFixture.cpp
     tests/support/LogFixture.h
+    tests/support/ParameterKinds.cpp
+    tests/support/ParameterKinds.h
+    tests/support/ReactingLogger.cpp
+    tests/support/ReactingLogger.h
     tests/support/RecordingLogger.cpp
-    tests/support/RecordingLogger.h)
+    tests/support/RecordingLogger.h
+    tests/support/RowName.h
+    tests/support/ScriptFixture.cpp
+    tests/support/ScriptFixture.h
+    tests/support/TeardownFixture.cpp
+    tests/support/TeardownFixture.h)
 set(TOBREL_SCRIPTS_INTERNAL_TEST_SUPPORT
     tests/support/InjectedAllocator.cpp
     tests/support/InjectedAllocator.h
+    tests/support/LuaCallBridgeFixture.cpp
+    tests/support/LuaCallBridgeFixture.h
+    tests/support/LuaFunctionFixture.cpp
+    tests/support/LuaFunctionFixture.h
     tests/support/LuaStateFixture.cpp
     tests/support/LuaStateFixture.h)
 
 # Tests of the shared library, of its inside, and of the stand-ins.
 set(TOBREL_SCRIPTS_PUBLIC_TESTS
+    tests/bindings/CallAllocationTest.cpp
+    tests/bindings/FunctionCopyTest.cpp
+    tests/bindings/FunctionTest.cpp
+    tests/bindings/HostFunctionErrorsTest.cpp
+    tests/bindings/HostFunctionReentranceTest.cpp
+    tests/bindings/HostFunctionTest.cpp
+    tests/bindings/HostFunctionValuesTest.cpp
+    tests/bindings/MismatchMessageTest.cpp
+    tests/core/EmptyReferenceTest.cpp
+    tests/core/FunctionParameterCopyTest.cpp
+    tests/core/FunctionParameterKindTest.cpp
+    tests/core/FunctionParameterPrepareTest.cpp
+    tests/core/FunctionParameterTest.cpp
+    tests/core/LogManagerTest.cpp
+    tests/core/ScriptObjectReferenceTest.cpp
+    tests/core/ScriptObjectReferenceViewTest.cpp
+    tests/core/ScriptObjectViewTest.cpp
+    tests/core/StringUtilsTest.cpp
+    tests/environments/DummyEnvironmentTest.cpp
+    tests/environments/EnvironmentCollectionTest.cpp
+    tests/environments/EnvironmentCopyTest.cpp
+    tests/environments/EnvironmentErrorValuesTest.cpp
+    tests/environments/EnvironmentExecutionTest.cpp
+    tests/environments/EnvironmentFunctionsTest.cpp
+    tests/environments/EnvironmentGlobalTableTest.cpp
+    tests/environments/EnvironmentGlobalsTest.cpp
+    tests/environments/EnvironmentNamesTest.cpp
+    tests/environments/EnvironmentObjectsTest.cpp
+    tests/environments/EnvironmentReferencesTest.cpp
+    tests/environments/EnvironmentTeardownCallsTest.cpp
+    tests/environments/EnvironmentTeardownTest.cpp
+    tests/environments/EnvironmentTest.cpp
+    tests/environments/ScriptFunctionCallTest.cpp
+    tests/environments/ScriptFunctionOutputTest.cpp
+    tests/scripts/ScriptCompilationTest.cpp
+    tests/scripts/ScriptCopyTest.cpp
+    tests/scripts/ScriptDeclarationTest.cpp
+    tests/scripts/ScriptLogReceiverTest.cpp
+    tests/scripts/ScriptMemoryTest.cpp
+    tests/scripts/ScriptSourcesTest.cpp
+    tests/scripts/ScriptTest.cpp
+    tests/support/FakeScriptObjectsTest.cpp
+    tests/support/ReactingLoggerTest.cpp
     tests/support/SupportTest.cpp)
 set(TOBREL_SCRIPTS_INTERNAL_TESTS
-    tests/support/InternalSupportTest.cpp)
+    tests/bindings/lua/HostFunctionFinaliserTest.cpp
+    tests/bindings/lua/LuaCallBridgeMismatchTest.cpp
+    tests/bindings/lua/LuaCallBridgePushTest.cpp
+    tests/bindings/lua/LuaCallBridgeReadTest.cpp
+    tests/bindings/lua/LuaFunctionEndTest.cpp
+    tests/bindings/lua/LuaFunctionTest.cpp
+    tests/bindings/lua/LuaInstanceBoxTest.cpp
+    tests/bindings/lua/UserTypeCallAllocationTest.cpp
+    tests/bindings/lua/UserTypeParameterTest.cpp
+    tests/bindings/lua/UserTypeViewTest.cpp
+    tests/core/StaticLifeTest.cpp
+    tests/core/lua/FunctionParameterViewTest.cpp
+    tests/core/lua/LuaErrorTextTest.cpp
+    tests/core/lua/LuaNumberTest.cpp
+    tests/core/lua/LuaScriptObjectInterpreterReferenceTest.cpp
+    tests/core/lua/LuaScriptObjectInterpreterViewTest.cpp
+    tests/core/lua/LuaSharedReferenceBlockTest.cpp
+    tests/core/lua/LuaStateHandleTest.cpp
+    tests/core/lua/LuaTextTest.cpp
+    tests/environments/DummyEnvironmentStrategyTest.cpp
+    tests/environments/EnvironmentTeardownOrderTest.cpp
+    tests/environments/lua/ForeignLibraryTest.cpp
+    tests/environments/lua/LuaEnvironmentMemoryTest.cpp
+    tests/environments/lua/LuaEnvironmentObjectsTest.cpp
+    tests/environments/lua/LuaEnvironmentStrategyTest.cpp
+    tests/scripts/lua/LuaScriptStrategyTest.cpp
+    tests/support/InternalSupportTest.cpp
+    tests/support/LuaFunctionFixtureTest.cpp)
 set(TOBREL_PLATFORM_TESTS
     tests/platform/BufferCastTest.cpp
     tests/platform/BufferTest.cpp

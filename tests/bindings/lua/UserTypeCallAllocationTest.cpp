@@ -1,0 +1,130 @@
+#include "bindings/lua/LuaInstanceBox.h"
+#include "environments/lua/LuaEnvironmentStrategy.h"
+#include "support/AllocationCounter.h"
+#include "support/LuaFunctionFixture.h"
+
+#include <memory>
+#include <ostream>
+
+namespace tbScripts::test
+{
+
+namespace
+{
+
+struct AllocationKind
+{
+    const char* name;
+    FUNCTION_PARAMETER_TYPE type;
+};
+
+std::ostream& operator<<(std::ostream& stream, const AllocationKind& row)
+{
+    return stream << row.name;
+}
+
+} // namespace
+
+class UserTypeCallAllocationTest : public LuaFunctionFixture
+{
+protected:
+    int m_object = 0;
+    int m_calls = 0;
+};
+
+class UserTypeKindAllocationTest : public UserTypeCallAllocationTest,
+                                   public ::testing::WithParamInterface<AllocationKind>
+{
+};
+
+TEST_P(UserTypeKindAllocationTest, HostFunctionWithInstancesNeedsNone)
+{
+    setInstance("enemy", "Enemy", &m_object, true);
+    declare(
+        "take",
+        [this](const Parameters& parameters)
+        {
+            m_calls += parameters[0].getUserTypeObject() == &m_object ? 1 : 0;
+            return FunctionParameter::VOID;
+        })
+        .addParameter(GetParam().type, "Enemy");
+    run("take(enemy)");
+    ASSERT_EQ(luaL_loadstring(state(), "for i = 1, 100 do take(enemy) end"), 0);
+
+    const AllocationCounter counter;
+    const int status = lua_pcall(state(), 0, 0, 0);
+
+    EXPECT_EQ(counter.count(), 0U);
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(m_calls, 101);
+}
+
+TEST_P(UserTypeKindAllocationTest, HostFunctionWithoutDeclaredTypeNeedsNone)
+{
+    setInstance("enemy", "Enemy", &m_object, true);
+    declare(
+        "take",
+        [this](const Parameters&)
+        {
+            ++m_calls;
+            return FunctionParameter::VOID;
+        })
+        .addParameter(GetParam().type);
+    run("take(enemy)");
+    ASSERT_EQ(luaL_loadstring(state(), "for i = 1, 100 do take(enemy) end"), 0);
+
+    const AllocationCounter counter;
+    const int status = lua_pcall(state(), 0, 0, 0);
+
+    EXPECT_EQ(counter.count(), 0U);
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(m_calls, 101);
+}
+
+TEST_P(UserTypeKindAllocationTest, ScriptCallWithInstancesNeedsNone)
+{
+    lua::LuaEnvironmentStrategy strategy(
+        std::make_shared<tbMemory::String>("world"), std::make_shared<ExecutionResult>());
+    lua_State* const inner = strategy.getHandle().get();
+    luaL_newmetatable(inner, "Enemy");
+    lua::registerTypeTable(*strategy.getHandle().getSlot(), inner, "Enemy");
+    lua_pop(inner, 1);
+    ASSERT_EQ(luaL_dostring(inner, "function pass(...) return ... end"), 0);
+    const ScriptObjectReference function = strategy.getScriptFunction("pass");
+    const std::vector<FunctionParameter> inputs{FunctionParameter(&m_object, "Enemy", true)};
+    std::vector<FunctionParameter> outputs{FunctionParameter::ofType(GetParam().type, "Enemy")};
+    Parameters outputView(outputs);
+    ASSERT_TRUE(strategy.callScriptFunction(function, inputs, outputView));
+
+    const AllocationCounter counter;
+    for (int i = 0; i < 100; ++i)
+        strategy.callScriptFunction(function, inputs, outputView);
+
+    EXPECT_EQ(counter.count(), 0U);
+    EXPECT_EQ(outputs[0].getUserTypeObject(), &m_object);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Kinds,
+    UserTypeKindAllocationTest,
+    ::testing::Values(
+        AllocationKind{"Owned", PARAM_TYPE_USER_TYPE_OWNED},
+        AllocationKind{"Kept", PARAM_TYPE_USER_TYPE}),
+    [](const auto& row) { return std::string(row.param.name); });
+
+TEST_F(UserTypeCallAllocationTest, ResultOfAShortTypeNameNeedsNone)
+{
+    declareUserType("Enemy");
+    declare(
+        "make", [this](const Parameters&) { return FunctionParameter(&m_object, "Enemy", false); });
+    run("make()");
+    ASSERT_EQ(luaL_loadstring(state(), "for i = 1, 100 do make() end"), 0);
+
+    const AllocationCounter counter;
+    const int status = lua_pcall(state(), 0, 0, 0);
+
+    EXPECT_EQ(counter.count(), 0U);
+    EXPECT_EQ(status, 0);
+}
+
+} // namespace tbScripts::test

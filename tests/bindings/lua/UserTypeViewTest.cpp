@@ -1,0 +1,418 @@
+#include "support/LuaFunctionFixture.h"
+
+#include "tbScripts/ScriptObjectInterpreterView.h"
+#include "tbScripts/ScriptObjectView.h"
+
+#include <memory>
+#include <optional>
+
+namespace tbScripts::test
+{
+
+using ::testing::ElementsAre;
+
+class UserTypeViewTest : public LuaFunctionFixture
+{
+protected:
+    UserTypeViewTest()
+    {
+        setInstance("first", "Enemy", &m_first, true);
+        setInstance("second", "Enemy", &m_second, true);
+    }
+
+    /// Declares a function with an owned `Enemy` and a script function as parameters.
+    void declareWithEnemy(const std::string& name, Function::Callable callable)
+    {
+        lua::LuaFunction& function = declare(name, std::move(callable));
+        function.addParameter(PARAM_TYPE_USER_TYPE_OWNED, "Enemy");
+        function.addParameter(PARAM_TYPE_SCRIPT_FUNCTION);
+    }
+
+    static bool isEmpty(const ScriptObjectReference& reference)
+    {
+        return reference.getInterpreterReference() == nullptr;
+    }
+
+    int m_first = 0;
+    int m_second = 0;
+    ScriptObjectView m_view;                          // what a callable keeps
+    std::optional<ScriptObjectReference> m_reference; // what a callable makes
+};
+
+TEST_F(UserTypeViewTest, ReferenceMadeDuringTheCallDesignatesTheArgument)
+{
+    declareWithEnemy(
+        "take",
+        [this](const Parameters& parameters)
+        {
+            m_reference = ScriptObjectReference(parameters[0].getUserTypeView());
+            return FunctionParameter::VOID;
+        });
+
+    run("take(first, print)");
+
+    EXPECT_TRUE(isGlobal(*m_reference, "first"));
+    EXPECT_EQ(m_reference->getType(), 9U);
+}
+
+TEST_F(UserTypeViewTest, ReferenceMadeInACoroutineOutlivesIt)
+{
+    declareWithEnemy(
+        "take",
+        [this](const Parameters& parameters)
+        {
+            m_reference = ScriptObjectReference(parameters[0].getUserTypeView());
+            return FunctionParameter::VOID;
+        });
+
+    run("coroutine.wrap(function() take(first, print) end)() collectgarbage()");
+
+    EXPECT_TRUE(isGlobal(*m_reference, "first"));
+}
+
+TEST_F(UserTypeViewTest, ReferenceKeepsTheInstanceAlive)
+{
+    declareWithEnemy(
+        "take",
+        [this](const Parameters& parameters)
+        {
+            m_reference = ScriptObjectReference(parameters[0].getUserTypeView());
+            return FunctionParameter::VOID;
+        });
+    run("weak = setmetatable({ first }, { __mode = 'v' }) take(first, print)");
+
+    run("first = nil collectgarbage() collectgarbage() isAlive = weak[1] ~= nil");
+
+    EXPECT_EQ(global("isAlive"), "true");
+}
+
+TEST_F(UserTypeViewTest, ReferenceMadeAfterTheCallIsEmpty)
+{
+    declareWithEnemy(
+        "take",
+        [this](const Parameters& parameters)
+        {
+            m_view = parameters[0].getUserTypeView();
+            return FunctionParameter::VOID;
+        });
+
+    run("take(first, print)");
+
+    EXPECT_TRUE(isEmpty(ScriptObjectReference(m_view)));
+}
+
+TEST_F(UserTypeViewTest, ReferenceMadeAfterACallThatThrewIsEmpty)
+{
+    declareWithEnemy(
+        "take",
+        [this](const Parameters& parameters) -> FunctionParameter
+        {
+            m_view = parameters[0].getUserTypeView();
+            throw 7;
+        });
+
+    run("pcall(take, first, print)");
+
+    EXPECT_TRUE(isEmpty(ScriptObjectReference(m_view)));
+}
+
+TEST_F(UserTypeViewTest, ReferenceMadeFromAParameterThatWasKeptIsEmpty)
+{
+    FunctionParameter kept;
+    declareWithEnemy(
+        "take",
+        [&kept](const Parameters& parameters)
+        {
+            kept = parameters[0];
+            return FunctionParameter::VOID;
+        });
+
+    run("take(first, print)");
+
+    EXPECT_TRUE(isEmpty(ScriptObjectReference(kept.getUserTypeView())));
+    EXPECT_EQ(kept.getUserTypeObject(), &m_first);
+}
+
+TEST_F(UserTypeViewTest, ReferenceMadeAfterTheStateClosedIsEmpty)
+{
+    declareWithEnemy(
+        "take",
+        [this](const Parameters& parameters)
+        {
+            m_view = parameters[0].getUserTypeView();
+            return FunctionParameter::VOID;
+        });
+    run("take(first, print)");
+
+    closeState();
+
+    EXPECT_TRUE(isEmpty(ScriptObjectReference(m_view)));
+}
+
+TEST_F(UserTypeViewTest, ReferenceMadeDuringANestedCallDesignatesTheOuterArgument)
+{
+    declareWithEnemy(
+        "inner",
+        [this](const Parameters&)
+        {
+            m_reference = ScriptObjectReference(m_view);
+            return FunctionParameter::VOID;
+        });
+    declareWithEnemy(
+        "outer",
+        [this](const Parameters& parameters)
+        {
+            m_view = parameters[0].getUserTypeView();
+            callScript(parameters[1].getScriptObject());
+            return FunctionParameter::VOID;
+        });
+
+    run("outer(first, function() inner(second, print) end)");
+
+    EXPECT_TRUE(isGlobal(*m_reference, "first"));
+}
+
+TEST_F(UserTypeViewTest, ReferenceMadeDuringANestedCallInACoroutineDesignatesTheOuterArgument)
+{
+    declareWithEnemy(
+        "inner",
+        [this](const Parameters&)
+        {
+            m_reference = ScriptObjectReference(m_view);
+            return FunctionParameter::VOID;
+        });
+    declareWithEnemy(
+        "outer",
+        [this](const Parameters& parameters)
+        {
+            m_view = parameters[0].getUserTypeView();
+            callScript(parameters[1].getScriptObject());
+            return FunctionParameter::VOID;
+        });
+
+    run("coroutine.wrap(function()"
+        "  outer(first, function()"
+        "    coroutine.wrap(function() inner(second, print) end)()"
+        "  end)"
+        " end)()");
+
+    EXPECT_TRUE(isGlobal(*m_reference, "first"));
+}
+
+TEST_F(UserTypeViewTest, EachOfManyNestedCallsDesignatesItsOwnArgument)
+{
+    std::vector<bool> seen;
+    declareWithEnemy(
+        "enter",
+        [this, &seen](const Parameters& parameters)
+        {
+            const ScriptObjectView view = parameters[0].getUserTypeView();
+            callScript(parameters[1].getScriptObject());
+            seen.push_back(isGlobal(ScriptObjectReference(view), "first"));
+            return FunctionParameter::VOID;
+        });
+
+    run("enter(first, function()"
+        "  enter(second, function() enter(first, function() end) end)"
+        "  enter(second, function() end)"
+        " end)");
+
+    EXPECT_THAT(seen, ElementsAre(true, false, false, true));
+}
+
+TEST_F(UserTypeViewTest, InnerViewHasEndedWhenTheOuterCallGoesOn)
+{
+    bool isInnerEmpty = false;
+    declareWithEnemy(
+        "inner",
+        [this](const Parameters& parameters)
+        {
+            m_view = parameters[0].getUserTypeView();
+            return FunctionParameter::VOID;
+        });
+    declareWithEnemy(
+        "outer",
+        [&](const Parameters& parameters)
+        {
+            callScript(parameters[1].getScriptObject());
+            isInnerEmpty = isEmpty(ScriptObjectReference(m_view));
+            m_reference = ScriptObjectReference(parameters[0].getUserTypeView());
+            return FunctionParameter::VOID;
+        });
+
+    run("outer(first, function() inner(second, print) end)");
+
+    EXPECT_TRUE(isInnerEmpty);
+    EXPECT_TRUE(isGlobal(*m_reference, "first"));
+}
+
+TEST_F(UserTypeViewTest, ViewKeptFromAnEarlierCallStaysEmptyDuringLaterOnes)
+{
+    std::vector<bool> isKeptEmpty;
+    declareWithEnemy(
+        "take",
+        [this, &isKeptEmpty](const Parameters& parameters)
+        {
+            if (isKeptEmpty.empty())
+                m_view = parameters[0].getUserTypeView();
+            isKeptEmpty.push_back(isEmpty(ScriptObjectReference(m_view)));
+            m_reference = ScriptObjectReference(parameters[0].getUserTypeView());
+            return FunctionParameter::VOID;
+        });
+
+    run("take(first, print) take(second, print) take(second, print)");
+
+    EXPECT_THAT(isKeptEmpty, ElementsAre(false, true, true));
+    EXPECT_TRUE(isGlobal(*m_reference, "second"));
+}
+
+TEST_F(UserTypeViewTest, ViewThatNobodyKeptIsUsedAgain)
+{
+    std::vector<const ScriptObjectInterpreterView*> views;
+    declareWithEnemy(
+        "take",
+        [&views](const Parameters& parameters)
+        {
+            views.push_back(parameters[0].getUserTypeView().getInterpreterView());
+            return FunctionParameter::VOID;
+        });
+
+    run("take(first, print) take(second, print)");
+
+    ASSERT_EQ(views.size(), 2U);
+    EXPECT_NE(views[0], nullptr);
+    EXPECT_EQ(views[0], views[1]);
+}
+
+TEST_F(UserTypeViewTest, ViewThatSomebodyKeptIsLeftAlone)
+{
+    const ScriptObjectInterpreterView* last = nullptr;
+    declareWithEnemy(
+        "take",
+        [this, &last](const Parameters& parameters)
+        {
+            last = parameters[0].getUserTypeView().getInterpreterView();
+            if (!m_view.getInterpreterView())
+                m_view = parameters[0].getUserTypeView();
+            return FunctionParameter::VOID;
+        });
+
+    run("take(first, print) take(second, print)");
+
+    EXPECT_NE(last, nullptr);
+    EXPECT_NE(last, m_view.getInterpreterView());
+}
+
+TEST_F(UserTypeViewTest, CopiesOfAParameterShareItsView)
+{
+    const ScriptObjectInterpreterView* original = nullptr;
+    FunctionParameter copy;
+    declareWithEnemy(
+        "take",
+        [&](const Parameters& parameters)
+        {
+            original = parameters[0].getUserTypeView().getInterpreterView();
+            copy = parameters[0];
+            m_reference = ScriptObjectReference(copy.getUserTypeView());
+            return FunctionParameter::VOID;
+        });
+
+    run("take(first, print)");
+
+    EXPECT_EQ(copy.getUserTypeView().getInterpreterView(), original);
+    EXPECT_TRUE(isGlobal(*m_reference, "first"));
+}
+
+TEST_F(UserTypeViewTest, SharedViewOutlivesTheFunctionThatItWasLentFor)
+{
+    auto copy = std::make_unique<FunctionParameter>();
+    declareWithEnemy(
+        "take",
+        [&copy](const Parameters& parameters)
+        {
+            *copy = parameters[0];
+            return FunctionParameter::VOID;
+        });
+    run("take(first, print)");
+
+    destroyLastFunction();
+
+    EXPECT_TRUE(isEmpty(ScriptObjectReference(copy->getUserTypeView())));
+    copy.reset(); // destroys the view, once
+}
+
+TEST_F(UserTypeViewTest, NilDropsTheViewOfTheCallBefore)
+{
+    std::vector<bool> hasView;
+    declareWithEnemy(
+        "take",
+        [&hasView](const Parameters& parameters)
+        {
+            hasView.push_back(parameters[0].getUserTypeView().getInterpreterView() != nullptr);
+            return FunctionParameter::VOID;
+        });
+
+    run("take(first, print) take(nil, print) take(second, print)");
+
+    EXPECT_THAT(hasView, ElementsAre(true, false, true));
+}
+
+TEST_F(UserTypeViewTest, HostsUserTypeHasNone)
+{
+    bool hasView = true;
+    declare(
+        "take",
+        [&hasView](const Parameters& parameters)
+        {
+            hasView = parameters[0].getUserTypeView().getInterpreterView() != nullptr;
+            return FunctionParameter::VOID;
+        })
+        .addParameter(PARAM_TYPE_USER_TYPE, "Enemy");
+
+    run("take(first)");
+
+    EXPECT_FALSE(hasView);
+}
+
+TEST_F(UserTypeViewTest, OutputOfAScriptCallHasNoneWhenTheCallReturns)
+{
+    std::vector<FunctionParameter> outputs{
+        FunctionParameter::ofType(PARAM_TYPE_USER_TYPE_OWNED, "Enemy")};
+    declare(
+        "ask",
+        [this, &outputs](const Parameters& parameters)
+        {
+            callScript(parameters[0].getScriptObject(), {}, outputs);
+            m_reference = ScriptObjectReference(outputs[0].getUserTypeView());
+            return FunctionParameter::VOID;
+        })
+        .addParameter(PARAM_TYPE_SCRIPT_FUNCTION);
+
+    run("ask(function() return second end)");
+
+    EXPECT_EQ(outputs[0].getUserTypeObject(), &m_second);
+    EXPECT_TRUE(isEmpty(*m_reference));
+}
+
+TEST_F(UserTypeViewTest, NestedCallsLeaveNoRegistrySlot)
+{
+    declareWithEnemy(
+        "enter",
+        [this](const Parameters& parameters)
+        {
+            m_view = parameters[0].getUserTypeView();
+            callScript(parameters[1].getScriptObject());
+            return FunctionParameter::VOID;
+        });
+    const std::string nested = "enter(first, function() enter(second, idle) end)";
+    run("function idle() end " +
+        nested); // from here on each level keeps the arguments of its last call
+    const int slots = countRegistrySlots();
+
+    run("for i = 1, 100 do pcall(enter, first, 7) " + nested + " end");
+
+    EXPECT_EQ(countRegistrySlots(), slots);
+    EXPECT_EQ(m_log.takeEntries().size(), 100U);
+}
+
+} // namespace tbScripts::test

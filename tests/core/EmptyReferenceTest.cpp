@@ -1,0 +1,102 @@
+// A reference that designates nothing is nil to the interpreter.
+
+#include "support/EnvironmentFixture.h"
+#include "support/FakeScriptObjects.h"
+#include "support/RowName.h"
+
+#include <tbScripts/ScriptObjectReference.h>
+
+#include <functional>
+#include <memory>
+#include <ostream>
+#include <string>
+#include <vector>
+
+namespace tbScripts::test
+{
+
+using ::testing::ElementsAre;
+
+namespace
+{
+
+struct EmptyReference
+{
+    const char* row;
+    std::function<ScriptObjectReference()> make;
+};
+
+void PrintTo(const EmptyReference& reference, std::ostream* stream) // the framework's name for this
+{
+    *stream << reference.row;
+}
+
+ScriptObjectReference referenceOfAnotherEnvironment()
+{
+    Environment other;
+    other.setEnvironmentFor(INTERPRETER_LUA);
+    runScript(other, "value = {}");
+    return other.getVar("value"); // outlives its environment, too
+}
+
+} // namespace
+
+class EmptyReferenceTest : public EnvironmentFixture,
+                           public ::testing::WithParamInterface<EmptyReference>
+{
+};
+
+INSTANTIATE_TEST_SUITE_P(
+    Kinds,
+    EmptyReferenceTest,
+    ::testing::Values(
+        EmptyReference{"Default", [] { return ScriptObjectReference(); }},
+        EmptyReference{"ViewOnNothing", [] { return ScriptObjectReference(ScriptObjectView()); }},
+        EmptyReference{
+            "NotOfAnInterpreterOfOurs", [] { return ScriptObjectReference(new FakeReference()); }},
+        EmptyReference{"OfAnEnvironmentThatIsGone", &referenceOfAnotherEnvironment}),
+    RowName());
+
+TEST_P(EmptyReferenceTest, IsStoredAsNil)
+{
+    environment().setVar("value", 7);
+
+    environment().setVar("value", GetParam().make());
+
+    EXPECT_FALSE(environment().isVarSet("value"));
+}
+
+TEST_P(EmptyReferenceTest, IsNilAsAnInputOfAScriptCall)
+{
+    run("function isNil(...) return select('#', ...) == 1 and (...) == nil end");
+    std::vector<FunctionParameter> outputs = {FunctionParameter(false)};
+
+    call("isNil", {FunctionParameter(GetParam().make())}, outputs);
+
+    EXPECT_TRUE(outputs[0].getBool());
+}
+
+TEST_P(EmptyReferenceTest, IsNilAsTheResultOfAHostFunction)
+{
+    const auto result = std::make_shared<ScriptObjectReference>(GetParam().make());
+    declare("give", {}, [result](const Parameters&) { return FunctionParameter(*result); });
+
+    run("count = select('#', give()) isNil = give() == nil");
+
+    EXPECT_EQ(environment().getVar("count", -1), 1);
+    EXPECT_TRUE(environment().getVar("isNil", false));
+}
+
+TEST_P(EmptyReferenceTest, CannotBeCalled)
+{
+    Parameters nothing;
+
+    EXPECT_FALSE(environment().callScriptFunction(GetParam().make(), {}, nothing));
+
+    EXPECT_EQ(environment().getLastExecutionResult().code, 5);
+    EXPECT_THAT(
+        m_log.takeEntries(),
+        ElementsAre(LogEntry{"attempt to call a nil value", "LuaEnvironment"}));
+}
+
+} // namespace tbScripts::test

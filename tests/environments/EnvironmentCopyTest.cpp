@@ -1,0 +1,388 @@
+// Copies of an environment share its interpreter and its bindings; the last one takes them down.
+
+#include "support/CountedObject.h"
+#include "support/EnvironmentFixture.h"
+#include "support/Execution.h"
+
+namespace tbScripts::test
+{
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+class EnvironmentCopyTest : public EnvironmentFixture
+{
+protected:
+    EnvironmentCopyTest()
+        : m_copy(std::make_unique<Environment>(environment()))
+    {
+    }
+
+    void TearDown() override
+    {
+        m_copy.reset();
+        EnvironmentFixture::TearDown();
+    }
+
+    std::unique_ptr<Environment> m_copy;
+};
+
+TEST_F(EnvironmentCopyTest, SeesGlobalsOfItsSource)
+{
+    environment().setVar("v", 1);
+
+    EXPECT_EQ(m_copy->getVar("v", -1), 1);
+}
+
+TEST_F(EnvironmentCopyTest, SharesItsGlobalsWithItsSource)
+{
+    m_copy->setVar("v", 1);
+
+    EXPECT_EQ(environment().getVar("v", -1), 1);
+}
+
+TEST_F(EnvironmentCopyTest, SharesTheResult)
+{
+    runExpectingError("error('boom', 0)");
+
+    EXPECT_EQ(
+        lastOutcome(*m_copy), Outcome(5, false, "Error while executing script 'test' : boom"));
+}
+
+TEST_F(EnvironmentCopyTest, StartsWithTheNameOfItsSource)
+{
+    EXPECT_EQ(m_copy->getName(), "world");
+}
+
+TEST_F(EnvironmentCopyTest, HasANameOfItsOwn)
+{
+    m_copy->setName("copy");
+
+    EXPECT_EQ(environment().getName(), "world");
+    EXPECT_EQ(m_copy->getName(), "copy");
+}
+
+TEST_F(EnvironmentCopyTest, KnowsFunctionsDeclaredBefore)
+{
+    Function* const function = environment().setFunc("f");
+
+    const Environment copy(environment());
+
+    EXPECT_EQ(copy.getFunc("f"), function);
+}
+
+TEST_F(EnvironmentCopyTest, KnowsNoFunctionsDeclaredLater)
+{
+    environment().setFunc("f");
+
+    EXPECT_FALSE(m_copy->isFuncSet("f"));
+    EXPECT_TRUE(m_copy->isVarSet("f"));
+}
+
+TEST_F(EnvironmentCopyTest, FunctionDeclaredThroughACopyOutlivesThatCopy)
+{
+    m_copy->setFunc("f")->setFunction([](const Parameters&) { return FunctionParameter(42); });
+
+    m_copy.reset();
+
+    run("assert(f() == 42)");
+}
+
+TEST_F(EnvironmentCopyTest, SwitchOfTheSourceLeavesTheCopy)
+{
+    environment().setVar("v", 1);
+
+    environment().setEnvironmentFor(INTERPRETER_LUA);
+
+    EXPECT_EQ(m_copy->getVar("v", -1), 1);
+    EXPECT_FALSE(environment().isVarSet("v"));
+}
+
+TEST_F(EnvironmentCopyTest, SwitchOfTheCopyLeavesTheSource)
+{
+    environment().setVar("v", 1);
+
+    m_copy->setEnvironmentFor(INTERPRETER_LUA);
+
+    EXPECT_EQ(environment().getVar("v", -1), 1);
+    EXPECT_FALSE(m_copy->isVarSet("v"));
+}
+
+TEST_F(EnvironmentCopyTest, FunctionsStayPublishedWhereTheCopyGoesOn)
+{
+    declare("f", {}, [](const Parameters&) { return FunctionParameter(42); });
+
+    environment().setEnvironmentFor(INTERPRETER_LUA);
+
+    EXPECT_TRUE(runScript(*m_copy, "assert(f() == 42)"));
+    EXPECT_FALSE(environment().isVarSet("f"));
+}
+
+TEST_F(EnvironmentCopyTest, SwitchIsRefusedWhileTheSourceRuns)
+{
+    declare(
+        "switch",
+        {},
+        [this](const Parameters&)
+        {
+            m_copy->setName("copy");
+            m_copy->setEnvironmentFor(INTERPRETER_LUA);
+            return FunctionParameter::VOID;
+        });
+
+    run("v = 1  switch()");
+
+    EXPECT_EQ(m_copy->getVar("v", -1), 1);
+    EXPECT_THAT(
+        m_log.takeEntries(),
+        ElementsAre(LogEntry{
+            "Environment 'copy' is running a script. Its type can't be changed from inside.",
+            "Environment"}));
+}
+
+TEST_F(EnvironmentCopyTest, MayEndInsideARunOfItsSource)
+{
+    declare(
+        "endCopy",
+        {},
+        [this](const Parameters&)
+        {
+            m_copy.reset();
+            return FunctionParameter::VOID;
+        });
+
+    run("endCopy()  answer = 42");
+
+    EXPECT_EQ(environment().getVar("answer", 0), 42);
+    run("assert(type(endCopy) == 'function')");
+}
+
+TEST_F(EnvironmentCopyTest, SelfAssignmentChangesNothing)
+{
+    environment().setVar("v", 1);
+    Function* const function = environment().setFunc("f");
+    Environment& same = environment();
+
+    environment() = same;
+
+    EXPECT_EQ(environment().getName(), "world");
+    EXPECT_EQ(environment().getVar("v", -1), 1);
+    EXPECT_EQ(environment().getFunc("f"), function);
+    run("assert(type(f) == 'function')");
+}
+
+TEST_F(EnvironmentCopyTest, AssignmentOfACopyTakesItsNameAndFunctionsOnly)
+{
+    environment().setVar("v", 1);
+    m_copy->setName("copy");
+    Function* const function = m_copy->setFunc("f");
+
+    environment() = *m_copy;
+
+    EXPECT_EQ(environment().getName(), "copy");
+    EXPECT_EQ(environment().getFunc("f"), function);
+    EXPECT_EQ(environment().getVar("v", -1), 1);
+}
+
+TEST_F(EnvironmentCopyTest, AssignmentSharesTheOtherInterpreter)
+{
+    Environment other;
+    other.setEnvironmentFor(INTERPRETER_LUA);
+    other.setVar("v", 1);
+
+    *m_copy = other;
+
+    EXPECT_EQ(m_copy->getVar("v", -1), 1);
+    EXPECT_FALSE(environment().isVarSet("v"));
+}
+
+TEST_F(EnvironmentCopyTest, AssignmentTearsItsOwnWorldDown)
+{
+    CountedObject::restart();
+    Environment other;
+    other.setEnvironmentFor(INTERPRETER_LUA);
+    other.setFunc("f")->setFunction([counted = CountedObject()](const Parameters&)
+                                    { return FunctionParameter::VOID; });
+    runScript(
+        other,
+        "local error = error  kept = newproxy(true) "
+        "getmetatable(kept).__gc = function() error('gone', 0) end");
+
+    other = environment();
+
+    EXPECT_EQ(CountedObject::getLiving(), 0);
+    EXPECT_FALSE(other.isFuncSet("f"));
+    EXPECT_THAT(m_log.takeEntries(), ElementsAre(LogEntry{"gone", "LuaEnvironment"}));
+}
+
+// The order in which source and copy end.
+class EnvironmentCopyEndTest : public EnvironmentCopyTest,
+                               public ::testing::WithParamInterface<bool>
+{
+protected:
+    void endFirst() { endOne(GetParam()); }
+
+    void endSecond() { endOne(!GetParam()); }
+
+    Environment& survivor() { return GetParam() ? *m_copy : environment(); }
+
+private:
+    void endOne(bool isSource)
+    {
+        if (isSource)
+            destroyEnvironment();
+        else
+            m_copy.reset();
+    }
+};
+
+TEST_P(EnvironmentCopyEndTest, LeavesTheOtherWorking)
+{
+    environment().setVar("v", 1);
+
+    endFirst();
+
+    EXPECT_EQ(survivor().getVar("v", -1), 1);
+    EXPECT_TRUE(runScript(survivor(), "assert(v == 1)"));
+}
+
+TEST_P(EnvironmentCopyEndTest, LeavesFunctionsPublished)
+{
+    declare("f", {}, [](const Parameters&) { return FunctionParameter(42); });
+
+    endFirst();
+
+    EXPECT_TRUE(runScript(survivor(), "assert(f() == 42)"));
+}
+
+TEST_P(EnvironmentCopyEndTest, FunctionsGoOnceWithTheLastHolder)
+{
+    CountedObject::restart();
+    declare(
+        "f",
+        {},
+        [counted = CountedObject()](const Parameters&) { return FunctionParameter::VOID; });
+
+    endFirst();
+    const int livingBetween = CountedObject::getLiving();
+    endSecond();
+
+    EXPECT_EQ(livingBetween, 1);
+    EXPECT_EQ(CountedObject::getLiving(), 0);
+}
+
+TEST_P(EnvironmentCopyEndTest, FinalisersRunOnceWithTheLastHolder)
+{
+    run("local error = error  kept = newproxy(true) "
+        "getmetatable(kept).__gc = function() error('gone', 0) end");
+
+    endFirst();
+    const std::vector<LogEntry> between = m_log.takeEntries();
+    endSecond();
+
+    EXPECT_THAT(between, IsEmpty());
+    EXPECT_THAT(m_log.takeEntries(), ElementsAre(LogEntry{"gone", "LuaEnvironment"}));
+}
+
+TEST_P(EnvironmentCopyEndTest, IsSafeAfterTheSourceWasSwitched)
+{
+    CountedObject::restart();
+    declare(
+        "f",
+        {},
+        [counted = CountedObject()](const Parameters&) { return FunctionParameter::VOID; });
+    environment().setEnvironmentFor(INTERPRETER_LUA);
+
+    endFirst();
+    endSecond();
+
+    EXPECT_EQ(CountedObject::getLiving(), 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Orders,
+    EnvironmentCopyEndTest,
+    ::testing::Bool(),
+    [](const ::testing::TestParamInfo<bool>& row)
+    { return row.param ? "SourceFirst" : "CopyFirst"; });
+
+// Messages of a shared back-end name the environment that it was made for.
+class DummyEnvironmentCopyTest : public LogFixture
+{
+protected:
+    DummyEnvironmentCopyTest()
+        : m_source(std::make_unique<Environment>())
+    {
+        m_source->setName("source");
+        m_copy = std::make_unique<Environment>(*m_source);
+        m_copy->setName("copy");
+    }
+
+    void TearDown() override
+    {
+        LogFixture::TearDown();
+        m_source.reset();
+        m_copy.reset();
+        m_log.takeEntries();
+    }
+
+    static LogEntry warningOf(const std::string& name)
+    {
+        return {
+            "Requesting a garbage collection in environment '" + name +
+                "', which has no InterpreterType. This will have no effect.",
+            "Environment"};
+    }
+
+    std::unique_ptr<Environment> m_source;
+    std::unique_ptr<Environment> m_copy;
+};
+
+TEST_F(DummyEnvironmentCopyTest, WarnsWithTheNameOfItsSource)
+{
+    m_copy->requestGarbageCollection();
+
+    EXPECT_THAT(m_log.takeEntries(), ElementsAre(warningOf("source")));
+}
+
+TEST_F(DummyEnvironmentCopyTest, WarnsWithTheNewNameOfItsSource)
+{
+    m_source->setName("renamed");
+
+    m_copy->requestGarbageCollection();
+
+    EXPECT_THAT(m_log.takeEntries(), ElementsAre(warningOf("renamed")));
+}
+
+TEST_F(DummyEnvironmentCopyTest, WarnsWithTheLastNameOfItsSource)
+{
+    m_source->setName("last");
+    m_source.reset();
+
+    m_copy->requestGarbageCollection();
+
+    EXPECT_THAT(m_log.takeEntries(), ElementsAre(warningOf("last")));
+}
+
+TEST_F(DummyEnvironmentCopyTest, WarnsWithItsOwnNameAfterASwitch)
+{
+    m_copy->setEnvironmentFor(INTERPRETER_UNKNOWN);
+    m_log.takeEntries();
+
+    m_copy->requestGarbageCollection();
+
+    EXPECT_THAT(m_log.takeEntries(), ElementsAre(warningOf("copy")));
+}
+
+TEST_F(DummyEnvironmentCopyTest, TearsDownOnceWithTheLastHolder)
+{
+    m_source.reset();
+    const std::vector<LogEntry> between = m_log.takeEntries();
+
+    m_copy.reset();
+
+    EXPECT_THAT(between, IsEmpty());
+    EXPECT_THAT(m_log.takeEntries(), ElementsAre(warningOf("source")));
+}
+
+} // namespace tbScripts::test

@@ -1,0 +1,426 @@
+// Results of script functions, read into outputs whose kind says what is expected.
+
+#include "support/EnvironmentFixture.h"
+#include "support/Execution.h"
+
+#include <limits>
+
+namespace tbScripts::test
+{
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+namespace
+{
+
+FunctionParameter outputOf(FUNCTION_PARAMETER_TYPE type)
+{
+    return FunctionParameter::ofType(type);
+}
+
+} // namespace
+
+class ScriptFunctionOutputTest : public EnvironmentFixture
+{
+protected:
+    // Defines a function that gives `results`, and calls it.
+    bool callGiving(const std::string& results, std::vector<FunctionParameter>& outputs)
+    {
+        run("function f() return " + results + " end");
+        Parameters view(outputs);
+        return environment().callScriptFunction(
+            environment().getScriptFunction("f"), Parameters(), view);
+    }
+
+    static LogEntry notUnpacked(const std::string& index)
+    {
+        return {
+            "Could not unpack parameter " + index +
+                " of output from lua function, type mismatch. Aborting unpack.",
+            "LuaEnvironmentStrategy"};
+    }
+};
+
+TEST_F(ScriptFunctionOutputTest, BoolIsRead)
+{
+    std::vector<FunctionParameter> outputs(2, outputOf(PARAM_TYPE_BOOL));
+
+    callGiving("true, false", outputs);
+
+    EXPECT_TRUE(outputs[0].getBool());
+    EXPECT_FALSE(outputs[1].getBool());
+}
+
+TEST_F(ScriptFunctionOutputTest, EveryValueIsABool)
+{
+    std::vector<FunctionParameter> outputs(5, outputOf(PARAM_TYPE_BOOL));
+
+    callGiving("0, '', {}, print, nil", outputs);
+
+    EXPECT_TRUE(outputs[0].getBool());
+    EXPECT_TRUE(outputs[1].getBool());
+    EXPECT_TRUE(outputs[2].getBool());
+    EXPECT_TRUE(outputs[3].getBool());
+    EXPECT_FALSE(outputs[4].getBool());
+}
+
+namespace
+{
+
+struct IntRow
+{
+    const char* name;
+    const char* result; // an expression
+    int expected;
+};
+
+void PrintTo(const IntRow& row, std::ostream* stream)
+{
+    *stream << row.name;
+}
+
+} // namespace
+
+class ScriptFunctionIntOutputTest : public ScriptFunctionOutputTest,
+                                    public ::testing::WithParamInterface<IntRow>
+{
+};
+
+TEST_P(ScriptFunctionIntOutputTest, TruncatesAndSaturates)
+{
+    std::vector<FunctionParameter> outputs{FunctionParameter(77)};
+
+    callGiving(GetParam().result, outputs);
+
+    EXPECT_EQ(outputs[0].getInt(), GetParam().expected);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Values,
+    ScriptFunctionIntOutputTest,
+    ::testing::Values(
+        IntRow{"Zero", "0", 0},
+        IntRow{"Whole", "42", 42},
+        IntRow{"Fraction", "2.9", 2},
+        IntRow{"NegativeFraction", "-2.9", -2},
+        IntRow{"NumericText", "'5'", 5},
+        IntRow{"HighestInt", "2147483647", 2147483647},
+        IntRow{"OneMoreThanTheHighestInt", "2147483648", 2147483647},
+        IntRow{"LowestInt", "-2147483648", std::numeric_limits<int>::min()},
+        IntRow{"OneLessThanTheLowestInt", "-2147483649", std::numeric_limits<int>::min()},
+        IntRow{"Bit32AndOne", "4294967297", 2147483647},
+        IntRow{"Huge", "1e300", 2147483647},
+        IntRow{"HugeNegative", "-1e300", std::numeric_limits<int>::min()},
+        IntRow{"Infinity", "math.huge", 2147483647},
+        IntRow{"NotANumber", "0/0", 0}),
+    [](const auto& row) { return std::string(row.param.name); });
+
+TEST_F(ScriptFunctionOutputTest, FloatIsRead)
+{
+    std::vector<FunctionParameter> outputs(3, outputOf(PARAM_TYPE_FLOAT));
+
+    callGiving("0.1, '2.5', 1e300", outputs);
+
+    EXPECT_EQ(outputs[0].getFloat(), 0.1F);
+    EXPECT_EQ(outputs[1].getFloat(), 2.5F);
+    EXPECT_EQ(outputs[2].getFloat(), std::numeric_limits<float>::infinity());
+}
+
+TEST_F(ScriptFunctionOutputTest, DoubleIsRead)
+{
+    std::vector<FunctionParameter> outputs(2, outputOf(PARAM_TYPE_DOUBLE));
+
+    callGiving("0.1, '2.5'", outputs);
+
+    EXPECT_EQ(outputs[0].getDouble(), 0.1);
+    EXPECT_EQ(outputs[1].getDouble(), 2.5);
+}
+
+TEST_F(ScriptFunctionOutputTest, TextIsReadWhole)
+{
+    std::vector<FunctionParameter> outputs(3, outputOf(PARAM_TYPE_STRING));
+
+    callGiving("'text', 7, 'te\\0xt'", outputs);
+
+    EXPECT_EQ(outputs[0].getString(), "text");
+    EXPECT_EQ(outputs[1].getString(), "7");
+    EXPECT_EQ(outputs[2].getString(), tbMemory::StringView("te\0xt", 5));
+}
+
+TEST_F(ScriptFunctionOutputTest, TextReplacesAnEarlierText)
+{
+    std::vector<FunctionParameter> outputs{FunctionParameter("an earlier and longer text")};
+
+    callGiving("'text'", outputs);
+
+    EXPECT_EQ(outputs[0].getString(), "text");
+}
+
+TEST_F(ScriptFunctionOutputTest, FunctionIsRead)
+{
+    std::vector<FunctionParameter> outputs{outputOf(PARAM_TYPE_SCRIPT_FUNCTION)};
+
+    callGiving("function() called = true end", outputs);
+    Parameters nothing;
+    environment().callScriptFunction(outputs[0].getScriptObject(), Parameters(), nothing);
+
+    EXPECT_EQ(outputs[0].getScriptObject().getType(), PARAM_TYPE_SCRIPT_FUNCTION);
+    EXPECT_TRUE(environment().getVar("called", false));
+}
+
+TEST_F(ScriptFunctionOutputTest, TableIsRead)
+{
+    std::vector<FunctionParameter> outputs{outputOf(PARAM_TYPE_SCRIPT_OBJECT)};
+
+    callGiving("{answer = 42}", outputs);
+    environment().setVar("v", outputs[0].getScriptObject());
+
+    EXPECT_EQ(outputs[0].getScriptObject().getType(), PARAM_TYPE_SCRIPT_OBJECT);
+    run("assert(v.answer == 42)");
+}
+
+class ScriptFunctionNullObjectOutputTest
+    : public ScriptFunctionOutputTest,
+      public ::testing::WithParamInterface<FUNCTION_PARAMETER_TYPE>
+{
+};
+
+TEST_P(ScriptFunctionNullObjectOutputTest, IsReadFromNil)
+{
+    int object = 0;
+    std::vector<FunctionParameter> outputs{
+        FunctionParameter(&object, "T", GetParam() == PARAM_TYPE_USER_TYPE_OWNED)};
+
+    callGiving("nil", outputs);
+
+    EXPECT_EQ(outputs[0].getType(), GetParam());
+    EXPECT_EQ(outputs[0].getUserTypeObject(), nullptr);
+    EXPECT_EQ(outputs[0].getUserTypeName(), "T");
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Kinds,
+    ScriptFunctionNullObjectOutputTest,
+    ::testing::Values(PARAM_TYPE_USER_TYPE_OWNED, PARAM_TYPE_USER_TYPE),
+    [](const ::testing::TestParamInfo<FUNCTION_PARAMETER_TYPE>& row)
+    { return row.param == PARAM_TYPE_USER_TYPE_OWNED ? "Owned" : "Kept"; });
+
+namespace
+{
+
+// A result of another kind: logged, no failure of the call.
+struct MismatchRow
+{
+    const char* name;
+    std::uint32_t type; // of the output
+    const char* result; // an expression
+};
+
+void PrintTo(const MismatchRow& row, std::ostream* stream)
+{
+    *stream << row.name;
+}
+
+} // namespace
+
+class ScriptFunctionMismatchTest : public ScriptFunctionOutputTest,
+                                   public ::testing::WithParamInterface<MismatchRow>
+{
+};
+
+TEST_P(ScriptFunctionMismatchTest, IsLoggedAndNoFailure)
+{
+    std::vector<FunctionParameter> outputs{
+        outputOf(static_cast<FUNCTION_PARAMETER_TYPE>(GetParam().type))};
+
+    const bool isDone = callGiving(GetParam().result, outputs);
+
+    EXPECT_TRUE(isDone);
+    EXPECT_EQ(lastOutcome(environment()), Outcome(0, true, ""));
+    EXPECT_EQ(outputs[0].getType(), static_cast<FUNCTION_PARAMETER_TYPE>(GetParam().type));
+    EXPECT_THAT(m_log.takeEntries(), ElementsAre(notUnpacked("0")));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Results,
+    ScriptFunctionMismatchTest,
+    ::testing::Values(
+        MismatchRow{"VoidFromNumber", 0, "1"},
+        MismatchRow{"VoidFromNil", 0, "nil"},
+        MismatchRow{"IntFromText", 2, "'twelve'"},
+        MismatchRow{"IntFromNil", 2, "nil"},
+        MismatchRow{"IntFromBool", 2, "true"},
+        MismatchRow{"IntFromTable", 2, "{}"},
+        MismatchRow{"FloatFromText", 3, "'twelve'"},
+        MismatchRow{"FloatFromNil", 3, "nil"},
+        MismatchRow{"DoubleFromText", 4, "'twelve'"},
+        MismatchRow{"DoubleFromNil", 4, "nil"},
+        MismatchRow{"TextFromNil", 5, "nil"},
+        MismatchRow{"TextFromBool", 5, "true"},
+        MismatchRow{"TextFromTable", 5, "{}"},
+        MismatchRow{"OwnedObjectFromNumber", 6, "1"},
+        MismatchRow{"OwnedObjectFromFile", 6, "io.stdout"},
+        MismatchRow{"ObjectFromTable", 7, "{}"},
+        MismatchRow{"ObjectFromFile", 7, "io.stdout"},
+        MismatchRow{"ObjectFromEmptyBlock", 7, "newproxy()"},
+        MismatchRow{"FunctionFromNil", 8, "nil"},
+        MismatchRow{"FunctionFromTable", 8, "{}"},
+        MismatchRow{"TableFromNil", 9, "nil"},
+        MismatchRow{"TableFromFunction", 9, "print"},
+        MismatchRow{"TableFromText", 9, "'text'"},
+        MismatchRow{"KindTenFromNumber", 10, "1"},
+        MismatchRow{"Kind255FromNumber", 255, "1"}),
+    [](const auto& row) { return std::string(row.param.name); });
+
+TEST_F(ScriptFunctionOutputTest, MismatchLeavesANumber)
+{
+    std::vector<FunctionParameter> outputs{FunctionParameter(42)};
+
+    callGiving("'twelve'", outputs);
+
+    EXPECT_EQ(outputs[0].getInt(), 42);
+    m_log.takeEntries();
+}
+
+TEST_F(ScriptFunctionOutputTest, MismatchLeavesAText)
+{
+    std::vector<FunctionParameter> outputs{FunctionParameter("before")};
+
+    callGiving("{}", outputs);
+
+    EXPECT_EQ(outputs[0].getString(), "before");
+    m_log.takeEntries();
+}
+
+TEST_F(ScriptFunctionOutputTest, MismatchLeavesAReference)
+{
+    run("v = {}");
+    std::vector<FunctionParameter> outputs{FunctionParameter(environment().getVar("v"))};
+
+    callGiving("42", outputs);
+    environment().setVar("w", outputs[0].getScriptObject());
+
+    run("assert(v == w)");
+    m_log.takeEntries();
+}
+
+TEST_F(ScriptFunctionOutputTest, MismatchLeavesAnObject)
+{
+    int object = 0;
+    std::vector<FunctionParameter> outputs{FunctionParameter(&object, "T", false)};
+
+    callGiving("42", outputs);
+
+    EXPECT_EQ(outputs[0].getUserTypeObject(), &object);
+    m_log.takeEntries();
+}
+
+TEST_F(ScriptFunctionOutputTest, MismatchEndsTheReading)
+{
+    std::vector<FunctionParameter> outputs{
+        FunctionParameter(1), FunctionParameter(2), FunctionParameter(3)};
+
+    callGiving("10, 'twenty', 30", outputs);
+
+    EXPECT_EQ(outputs[0].getInt(), 10);
+    EXPECT_EQ(outputs[1].getInt(), 2);
+    EXPECT_EQ(outputs[2].getInt(), 3);
+    EXPECT_THAT(m_log.takeEntries(), ElementsAre(notUnpacked("1")));
+}
+
+TEST_F(ScriptFunctionOutputTest, MismatchIsLoggedWithADecimalIndex)
+{
+    std::vector<FunctionParameter> outputs(13, FunctionParameter(0));
+
+    callGiving("0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 'twelve'", outputs);
+
+    EXPECT_THAT(m_log.takeEntries(), ElementsAre(notUnpacked("12")));
+}
+
+TEST_F(ScriptFunctionOutputTest, FurtherResultsAreDropped)
+{
+    std::vector<FunctionParameter> outputs{FunctionParameter(0)};
+
+    const bool isDone = callGiving("1, 2, 3", outputs);
+
+    EXPECT_TRUE(isDone);
+    EXPECT_EQ(outputs[0].getInt(), 1);
+    EXPECT_THAT(m_log.takeEntries(), IsEmpty());
+}
+
+TEST_F(ScriptFunctionOutputTest, FurtherOutputsStay)
+{
+    std::vector<FunctionParameter> outputs{
+        FunctionParameter(0), FunctionParameter(8), FunctionParameter("nine")};
+
+    const bool isDone = callGiving("1", outputs);
+
+    EXPECT_TRUE(isDone);
+    EXPECT_EQ(outputs[0].getInt(), 1);
+    EXPECT_EQ(outputs[1].getInt(), 8);
+    EXPECT_EQ(outputs[2].getString(), "nine");
+    EXPECT_THAT(m_log.takeEntries(), IsEmpty());
+}
+
+TEST_F(ScriptFunctionOutputTest, OutputsStayWithoutResults)
+{
+    std::vector<FunctionParameter> outputs{FunctionParameter(42)};
+
+    const bool isDone = callGiving("", outputs);
+
+    EXPECT_TRUE(isDone);
+    EXPECT_EQ(outputs[0].getInt(), 42);
+    EXPECT_THAT(m_log.takeEntries(), IsEmpty());
+}
+
+TEST_F(ScriptFunctionOutputTest, OutputsStayAfterAFailure)
+{
+    std::vector<FunctionParameter> outputs{FunctionParameter(42)};
+
+    const bool isDone = callGiving("error('boom', 0)", outputs);
+
+    EXPECT_FALSE(isDone);
+    EXPECT_EQ(outputs[0].getInt(), 42);
+    EXPECT_THAT(m_log.takeEntries(), ElementsAre(LogEntry{"boom", "LuaEnvironment"}));
+}
+
+TEST_F(ScriptFunctionOutputTest, SevenThousandResultsAreRead)
+{
+    run("list = {}  for i = 1, 7000 do list[i] = i end");
+    std::vector<FunctionParameter> outputs(7000, FunctionParameter(0));
+
+    const bool isDone = callGiving("unpack(list)", outputs);
+
+    EXPECT_TRUE(isDone);
+    EXPECT_EQ(outputs[0].getInt(), 1);
+    EXPECT_EQ(outputs[6999].getInt(), 7000);
+}
+
+TEST_F(ScriptFunctionOutputTest, TenThousandResultsAreRead)
+{
+    run("function echo(...) return ... end");
+    std::vector<FunctionParameter> inputs(10000, FunctionParameter(1));
+    inputs.back() = FunctionParameter(2);
+    std::vector<FunctionParameter> outputs(10000, FunctionParameter(0));
+
+    call("echo", inputs, outputs);
+
+    EXPECT_EQ(outputs[0].getInt(), 1);
+    EXPECT_EQ(outputs[9998].getInt(), 1);
+    EXPECT_EQ(outputs[9999].getInt(), 2);
+}
+
+TEST_F(ScriptFunctionOutputTest, TenThousandResultsMayBeTables)
+{
+    run("function echo(...) return ... end  shared = {}");
+    const FunctionParameter shared(environment().getVar("shared"));
+    std::vector<FunctionParameter> outputs(10000, outputOf(PARAM_TYPE_SCRIPT_OBJECT));
+
+    call("echo", std::vector<FunctionParameter>(10000, shared), outputs);
+    environment().setVar("v", outputs[9999].getScriptObject());
+
+    run("assert(v == shared)");
+}
+
+} // namespace tbScripts::test

@@ -1,0 +1,197 @@
+// Runs and calls that exhaust the memory of their interpreter.
+
+#include "environments/lua/LuaEnvironmentStrategy.h"
+#include "environments/lua/LuaScriptCalls.h"
+#include "support/Execution.h"
+#include "support/InjectedAllocator.h"
+#include "support/LogFixture.h"
+
+#include <memory>
+#include <string>
+
+namespace tbScripts::test
+{
+
+using ::testing::ElementsAre;
+
+class LuaEnvironmentMemoryTest : public LogFixture
+{
+protected:
+    LuaEnvironmentMemoryTest()
+        : m_strategy(
+              std::make_shared<const tbMemory::String>("world"),
+              std::make_shared<ExecutionResult>())
+        , m_allocator(m_strategy.getHandle().get())
+    {
+    }
+
+    bool execute(const std::string& sources)
+    {
+        CompiledScript script(sources, "greedy");
+        return m_strategy.execute(script);
+    }
+
+    Outcome outcome() const { return outcomeOf(m_strategy.getLastExecutionResult()); }
+
+    lua::LuaEnvironmentStrategy m_strategy;
+    InjectedAllocator m_allocator; // goes first
+};
+
+namespace
+{
+
+// Ways to ask for memory without end.
+struct GreedRow
+{
+    const char* name;
+    const char* body;
+};
+
+void PrintTo(const GreedRow& row, std::ostream* stream)
+{
+    *stream << row.name;
+}
+
+} // namespace
+
+class LuaEnvironmentGreedTest : public LuaEnvironmentMemoryTest,
+                                public ::testing::WithParamInterface<GreedRow>
+{
+};
+
+TEST_P(LuaEnvironmentGreedTest, FailsARunWithCode6)
+{
+    m_allocator.refuseAfter(500);
+
+    const bool isDone = execute(GetParam().body);
+    m_allocator.allowAll();
+
+    EXPECT_FALSE(isDone);
+    EXPECT_EQ(
+        outcome(), Outcome(6, false, "Error while executing script 'greedy' : not enough memory"));
+    EXPECT_THAT(
+        m_log.takeEntries(),
+        ElementsAre(LogEntry{
+            "Error while executing script 'greedy' : not enough memory", "LuaEnvironment"}));
+}
+
+TEST_P(LuaEnvironmentGreedTest, FailsACallWithCode6)
+{
+    execute(std::string("function f() ") + GetParam().body + " end");
+    const ScriptObjectReference function = m_strategy.getScriptFunction("f");
+    tbMemory::BufferView<FunctionParameter> outputs;
+    m_allocator.refuseAfter(500);
+
+    const bool isDone =
+        m_strategy.callScriptFunction(function, tbMemory::BufferView<FunctionParameter>(), outputs);
+    m_allocator.allowAll();
+
+    EXPECT_FALSE(isDone);
+    EXPECT_EQ(outcome(), Outcome(6, false, "not enough memory"));
+    EXPECT_THAT(m_log.takeEntries(), ElementsAre(LogEntry{"not enough memory", "LuaEnvironment"}));
+}
+
+TEST_P(LuaEnvironmentGreedTest, LeavesAUsableEnvironment)
+{
+    m_allocator.refuseAfter(500);
+    execute(GetParam().body);
+    m_allocator.allowAll();
+    m_log.takeEntries();
+
+    EXPECT_TRUE(execute("answer = 42"));
+    EXPECT_EQ(m_strategy.getVarInt("answer", 0), 42);
+    EXPECT_EQ(outcome(), Outcome(0, true, ""));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Bodies,
+    LuaEnvironmentGreedTest,
+    ::testing::Values(
+        GreedRow{"Tables", "local list = {}  while true do list[#list + 1] = {} end"},
+        GreedRow{"Texts", "local list = {}  for i = 1, 1e9 do list[i] = 'text' .. i end"},
+        GreedRow{
+            "Closures",
+            "local last  while true do local p = last  last = function() return p end end"}),
+    [](const auto& row) { return std::string(row.param.name); });
+
+TEST_F(LuaEnvironmentMemoryTest, InputsThatFindNoMemoryFailWithCode6)
+{
+    execute("function f() end");
+    const ScriptObjectReference function = m_strategy.getScriptFunction("f");
+    const std::vector<FunctionParameter> inputs(1000, FunctionParameter("an input of this call"));
+    tbMemory::BufferView<FunctionParameter> outputs;
+    m_allocator.refuseAfter(0);
+
+    const bool isDone = m_strategy.callScriptFunction(function, inputs, outputs);
+    m_allocator.allowAll();
+
+    EXPECT_FALSE(isDone);
+    EXPECT_EQ(outcome(), Outcome(6, false, "not enough memory"));
+    EXPECT_THAT(m_log.takeEntries(), ElementsAre(LogEntry{"not enough memory", "LuaEnvironment"}));
+}
+
+// The failed load leaves its message where the chunk should be, and calling that is the error. The
+// interpreter needs no memory to say so if a script holds the very text already.
+TEST_F(LuaEnvironmentMemoryTest, ChunkThatFindsNoMemoryToBeLoadedFailsWithCode5)
+{
+    execute("pcall(function() local text = 'x'  text() end) "
+            "kept = 'attempt to call a string value'");
+    CompiledScript script(std::string(5000, ' ') + "local answer = 42", "greedy");
+    m_allocator.refuseAfter(0);
+
+    const bool isDone = m_strategy.execute(script);
+    m_allocator.allowAll();
+
+    EXPECT_FALSE(isDone);
+    EXPECT_EQ(
+        outcome(),
+        Outcome(
+            5, false, "Error while executing script 'greedy' : attempt to call a string value"));
+    m_log.takeEntries();
+}
+
+namespace
+{
+
+// What a chunk that is none does to a run.
+struct ChunkRow
+{
+    const char* name;
+    std::string bytes;
+};
+
+void PrintTo(const ChunkRow& row, std::ostream* stream)
+{
+    *stream << row.name;
+}
+
+} // namespace
+
+class LuaBrokenChunkTest : public LuaEnvironmentMemoryTest,
+                           public ::testing::WithParamInterface<ChunkRow>
+{
+};
+
+TEST_P(LuaBrokenChunkTest, FailsWithCode5AsCallingAText)
+{
+    const tbMemory::Buffer bytes(GetParam().bytes.data(), GetParam().bytes.size());
+    lua::LuaHostCall call(m_strategy.getHandle());
+
+    const lua::LuaCallOutcome outcome =
+        lua::runChunk(call, m_strategy.getHandle(), bytes, "broken");
+
+    EXPECT_EQ(outcome.code, 5);
+    EXPECT_EQ(outcome.errorText, "attempt to call a string value");
+    EXPECT_EQ(lua_gettop(m_strategy.getHandle().get()), 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Chunks,
+    LuaBrokenChunkTest,
+    ::testing::Values(
+        ChunkRow{"NoSentence", "return +"},
+        ChunkRow{"TruncatedBytecode", "\x1bLJ"},
+        ChunkRow{"BytecodeOfAnotherVersion", std::string("\x1bLJ\x7f\x02\x00", 6)}),
+    [](const auto& row) { return std::string(row.param.name); });
+
+} // namespace tbScripts::test

@@ -1,0 +1,307 @@
+// What host callables throw: a text becomes a script error and is logged, anything else is left to
+// the interpreter. Nothing reaches the caller of the library.
+
+#include "support/CallContextFixture.h"
+#include "support/CountedObject.h"
+#include "support/Sanitizers.h"
+
+#include <new>
+#include <stdexcept>
+#include <string>
+
+namespace tbScripts::test
+{
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+namespace
+{
+
+struct ForeignException
+{
+};
+
+struct ThrownRow
+{
+    const char* name;
+    void (*throwIt)();
+    const char* scriptText;
+    std::vector<LogEntry> entries;
+};
+
+std::ostream& operator<<(std::ostream& stream, const ThrownRow& row)
+{
+    return stream << row.name;
+}
+
+std::vector<ThrownRow> allThrown()
+{
+    return {
+        {"String",
+         [] { throw std::string("no such enemy"); },
+         "no such enemy",
+         {LogEntry{"no such enemy", "LuaFunction"}}},
+        {"EmptyString", [] { throw std::string(); }, "", {LogEntry{"", "LuaFunction"}}},
+        {"RuntimeError",
+         [] { throw std::runtime_error("out of range"); },
+         "out of range",
+         {LogEntry{"out of range", "LuaFunction"}}},
+        {"BadAlloc",
+         [] { throw std::bad_alloc(); },
+         "std::bad_alloc",
+         {LogEntry{"std::bad_alloc", "LuaFunction"}}},
+        {"Int", [] { throw 7; }, "C++ exception", {}},
+        {"CString", [] { throw "text"; }, "C++ exception", {}},
+        {"ForeignClass", [] { throw ForeignException(); }, "C++ exception", {}}};
+}
+
+} // namespace
+
+class ThrownByHostTest
+    : public EnvironmentFixture
+    , public ::testing::WithParamInterface<ThrownRow>
+{
+protected:
+    ThrownByHostTest()
+    {
+        declare(
+            "fail",
+            {},
+            [](const Parameters&)
+            {
+                const CountedObject local;
+                GetParam().throwIt();
+                return FunctionParameter::VOID;
+            });
+    }
+};
+
+INSTANTIATE_TEST_SUITE_P(
+    Kinds,
+    ThrownByHostTest,
+    ::testing::ValuesIn(allThrown()),
+    ::testing::PrintToStringParamName());
+
+TEST_P(ThrownByHostTest, ScriptCatchesItAsItsText)
+{
+    run("works, text = pcall(fail)");
+
+    EXPECT_FALSE(environment().getVar("works", true));
+    EXPECT_EQ(environment().getVar("text", "none"), GetParam().scriptText);
+    EXPECT_EQ(m_log.takeEntries(), GetParam().entries);
+}
+
+TEST_P(ThrownByHostTest, UncaughtItFailsTheExecution)
+{
+    const bool hasSucceeded = runScript(environment(), "fail()", "round");
+
+    std::vector<LogEntry> expected = GetParam().entries;
+    expected.push_back(
+        {std::string("Error while executing script 'round' : ") + GetParam().scriptText,
+         "LuaEnvironment"});
+    EXPECT_FALSE(hasSucceeded);
+    EXPECT_EQ(environment().getLastExecutionResult().code, 5);
+    EXPECT_EQ(m_log.takeEntries(), expected);
+}
+
+TEST_P(ThrownByHostTest, DestructorsOfTheCallableRun)
+{
+    CountedObject::restart();
+
+    run("for i = 1, 100 do pcall(fail) end");
+
+    m_log.takeEntries();
+    EXPECT_EQ(CountedObject::getMade(), 100);
+    EXPECT_EQ(CountedObject::getLiving(), 0);
+}
+
+TEST_P(ThrownByHostTest, CoroutineDiesOfItAndOthersGoOn)
+{
+    run(R"(
+        local failing = coroutine.create(fail)
+        local other = coroutine.create(function() coroutine.yield(1) return 2 end)
+        coroutine.resume(other)
+        works, text = coroutine.resume(failing)
+        state = coroutine.status(failing)
+        _, second = coroutine.resume(other)
+    )");
+
+    m_log.takeEntries();
+    EXPECT_EQ(environment().getVar("text", "none"), GetParam().scriptText);
+    EXPECT_EQ(environment().getVar("state", "none"), "dead");
+    EXPECT_EQ(environment().getVar("second", 0), 2);
+}
+
+TEST_P(ThrownByHostTest, CallByTheHostItselfFails)
+{
+    const ScriptObjectReference fail = environment().getScriptFunction("fail");
+    Parameters outputs;
+
+    EXPECT_FALSE(environment().callScriptFunction(fail, {}, outputs));
+
+    m_log.takeEntries();
+    EXPECT_EQ(environment().getLastExecutionResult().message, GetParam().scriptText);
+    EXPECT_EQ(environment().getLastExecutionResult().code, 5);
+}
+
+TEST_P(ThrownByHostTest, HalfWayUpAnotherHostCallItStops)
+{
+    int reached = 0;
+    run("function callFail() fail() end");
+    const ScriptObjectReference callFail = environment().getScriptFunction("callFail");
+    declare(
+        "outer",
+        {},
+        [&](const Parameters&)
+        {
+            Parameters outputs;
+            reached += environment().callScriptFunction(callFail, {}, outputs) ? 100 : 1;
+            return FunctionParameter::VOID;
+        });
+
+    run("outer() outer()");
+
+    m_log.takeEntries();
+    EXPECT_EQ(reached, 2);
+}
+
+class HostExceptionContextTest
+    : public CallContextFixture
+    , public ::testing::WithParamInterface<CALL_CONTEXT>
+{
+};
+
+INSTANTIATE_TEST_SUITE_P(
+    Contexts,
+    HostExceptionContextTest,
+    ::testing::ValuesIn(allCallContexts()),
+    ::testing::PrintToStringParamName());
+
+TEST_P(HostExceptionContextTest, ForeignExceptionUnderAMetamethodOfTheGlobalsIsContained)
+{
+    declare("index", {}, [](const Parameters&) -> FunctionParameter { throw 7; });
+    run("setmetatable(_G, {__index = index})");
+
+    int score = 0;
+    performIn(GetParam(), [&] { score = environment().getVar("score", -1); });
+
+    EXPECT_EQ(score, -1);
+    EXPECT_THAT(m_log.takeEntries(), ElementsAre(LogEntry{"C++ exception", "LuaEnvironment"}));
+}
+
+TEST_P(HostExceptionContextTest, TextUnderAMetamethodOfTheGlobalsIsLoggedByBothSides)
+{
+    declare("index", {}, [](const Parameters&) -> FunctionParameter { throw std::string("no"); });
+    run("setmetatable(_G, {__index = index})");
+
+    int score = 0;
+    performIn(GetParam(), [&] { score = environment().getVar("score", -1); });
+
+    EXPECT_EQ(score, -1);
+    EXPECT_THAT(
+        m_log.takeEntries(),
+        ElementsAre(LogEntry{"no", "LuaFunction"}, LogEntry{"no", "LuaEnvironment"}));
+}
+
+TEST_P(HostExceptionContextTest, ForeignExceptionUnderAnExecutionIsContained)
+{
+    declare("fail", {}, [](const Parameters&) -> FunctionParameter { throw 7; });
+
+    bool hasSucceeded = true;
+    performIn(GetParam(), [&] { hasSucceeded = runScript(environment(), "fail()", "round"); });
+
+    EXPECT_FALSE(hasSucceeded);
+    EXPECT_THAT(
+        m_log.takeEntries(),
+        ElementsAre(LogEntry{
+            "Error while executing script 'round' : C++ exception", "LuaEnvironment"}));
+}
+
+class HostExceptionTest : public EnvironmentFixture
+{
+};
+
+TEST_F(HostExceptionTest, EmptyCallableIsAnErrorOfEachCall)
+{
+    declare("empty", {}, nullptr);
+
+    run("works, text = pcall(empty)");
+
+    EXPECT_FALSE(environment().getVar("works", true));
+    EXPECT_EQ(environment().getVar("text", "none"), "C++ exception");
+    EXPECT_THAT(m_log.takeEntries(), IsEmpty());
+}
+
+TEST_F(HostExceptionTest, NoexceptFunctionWithAWrongArgumentIsAScriptError)
+{
+    bool isCalled = false;
+    declare(
+        "take",
+        {PARAM_TYPE_INT},
+        [&isCalled](const Parameters&) noexcept
+        {
+            isCalled = true;
+            return FunctionParameter();
+        });
+
+    run("\nworks, text = pcall(function() take({}) end)");
+
+    EXPECT_FALSE(isCalled);
+    EXPECT_EQ(
+        environment().getVar("text", "none"),
+        "Error l.2 while calling take. Expected int, got table.");
+    EXPECT_THAT(
+        m_log.takeEntries(),
+        ElementsAre(
+            LogEntry{"Error l.2 while calling take. Expected int, got table.", "LuaFunction"}));
+}
+
+TEST_F(HostExceptionTest, MismatchWithoutCallingScriptHasNoLine)
+{
+    declare("take", {PARAM_TYPE_INT}, [](const Parameters&) { return FunctionParameter(1); });
+    const ScriptObjectReference take = environment().getScriptFunction("take");
+    const std::vector<FunctionParameter> inputs{FunctionParameter("text")};
+    Parameters outputs;
+
+    EXPECT_FALSE(environment().callScriptFunction(take, inputs, outputs));
+
+    const std::string text = "Error l.-1 while calling take. Expected int, got string.";
+    EXPECT_THAT(
+        m_log.takeEntries(),
+        ElementsAre(LogEntry{text, "LuaFunction"}, LogEntry{text, "LuaEnvironment"}));
+}
+
+TEST_F(HostExceptionTest, MismatchInAHostFunctionThatIsACoroutinesBodyHasNoLine)
+{
+    declare("take", {PARAM_TYPE_INT}, [](const Parameters&) { return FunctionParameter(1); });
+
+    run("works, text = coroutine.resume(coroutine.create(take), {})");
+
+    EXPECT_FALSE(environment().getVar("works", true));
+    EXPECT_THAT(
+        m_log.takeEntries(),
+        ElementsAre(
+            LogEntry{"Error l.-1 while calling take. Expected int, got table.", "LuaFunction"}));
+}
+
+TEST_F(HostExceptionTest, ManyMismatchesLeaveNothingBehind)
+{
+    CountedObject::restart();
+    declare(
+        "take",
+        {PARAM_TYPE_STRING, PARAM_TYPE_INT},
+        [held = CountedObject()](const Parameters&) { return FunctionParameter(1); });
+    const int living = CountedObject::getLiving();
+    environment().setVar("tries", repetitions(10000));
+
+    run("local text = string.rep('x', 10000)"
+        "failures = 0 for i = 1, tries do"
+        "  if not pcall(take, text, {}) then failures = failures + 1 end end");
+
+    EXPECT_EQ(environment().getVar("failures", 0), repetitions(10000));
+    EXPECT_EQ(CountedObject::getLiving(), living);
+    EXPECT_EQ(m_log.takeEntries().size(), static_cast<std::size_t>(repetitions(10000)));
+}
+
+} // namespace tbScripts::test

@@ -1,0 +1,282 @@
+// The receiver of the log is code of the host, called in the middle of things. It may change
+// whatever it likes, down to the environment that it is told about.
+
+#include "support/EnvironmentFixture.h"
+
+#include <tbScripts/LogManager.h>
+#include <tbScripts/Script.h>
+
+#include <functional>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace tbScripts::test
+{
+
+using ::testing::SizeIs;
+
+namespace
+{
+
+// Records like any other and then does what it was told to, once.
+class ActingLogger : public RecordingLogger
+{
+public:
+    void log(const tbLog::StringView& message, const tbLog::StringView& source) override
+    {
+        RecordingLogger::log(message, source);
+        if (const std::function<void()> action = std::exchange(m_action, nullptr))
+            action();
+    }
+
+    void actAtNextEntry(std::function<void()> action) { m_action = std::move(action); }
+
+private:
+    std::function<void()> m_action;
+};
+
+// Something that makes the library log, in an environment that was prepared by a script.
+struct Trigger
+{
+    const char* name;
+    const char* script;
+    void (*pull)(Environment& environment);
+    const char* firstMessage;
+};
+
+std::ostream& operator<<(std::ostream& stream, const Trigger& trigger)
+{
+    return stream << trigger.name;
+}
+
+bool callGlobal(Environment& environment, const char* name, FUNCTION_PARAMETER_TYPE output)
+{
+    std::vector<FunctionParameter> outputs{FunctionParameter::ofType(output)};
+    Parameters outputView(outputs);
+    return environment.callScriptFunction(
+        environment.getScriptFunction(name), {}, outputView);
+}
+
+constexpr const char* STRICT =
+    "local function fail() error('strict', 0) end"
+    " setmetatable(_G, {__index = fail, __newindex = fail})";
+
+std::vector<Trigger> allTriggers()
+{
+    return {
+        {"FailingExecution",
+         "",
+         [](Environment& environment) { runScript(environment, "error('lost', 0)", "round"); },
+         "Error while executing script 'round' : lost"},
+        {"ExecutionWithoutBytecode",
+         "",
+         [](Environment& environment)
+         {
+             Script script;
+             script.setName("round");
+             script.setTargetInterpreter(INTERPRETER_LUA);
+             environment.execute(script);
+         },
+         "Script 'round' has no bytecode ready. Cannot execute anything, be sure the script is "
+         "correctly loaded."},
+        {"ExecutionForAnotherInterpreter",
+         "",
+         [](Environment& environment)
+         {
+             Script script;
+             script.setName("round");
+             environment.execute(script);
+         },
+         "Script 'round'not of the right InterpreterType. Currently expecting Lua."},
+        {"FailingScriptFunctionCall",
+         "function fail() error('lost', 0) end",
+         [](Environment& environment) { callGlobal(environment, "fail", PARAM_TYPE_INT); },
+         "lost"},
+        {"ResultOfAnotherKind",
+         "function give() return {} end",
+         [](Environment& environment) { callGlobal(environment, "give", PARAM_TYPE_INT); },
+         "Could not unpack parameter 0 of output from lua function, type mismatch. Aborting "
+         "unpack."},
+        {"FailingReading",
+         STRICT,
+         [](Environment& environment) { environment.getVar("score", 1); },
+         "strict"},
+        {"FailingTextReading",
+         STRICT,
+         [](Environment& environment) { environment.getVar("score", "text"); },
+         "strict"},
+        {"FailingReferenceReading",
+         STRICT,
+         [](Environment& environment) { environment.getVar("score"); },
+         "strict"},
+        {"FailingWriting",
+         STRICT,
+         [](Environment& environment) { environment.setVar("score", 1); },
+         "strict"},
+        {"FailingDeclaration",
+         STRICT,
+         [](Environment& environment) { environment.setFunc("late"); },
+         "strict"},
+        {"RepeatedDeclaration",
+         "",
+         [](Environment& environment) { environment.setFunc("known"); },
+         "Function 'known' already existant. Resetting its state before returning it. This might "
+         "break previous usage of the function."},
+        {"UnboundFunction",
+         "",
+         [](Environment& environment)
+         {
+             environment.getFunc("known")->reset();
+             runScript(environment, "known()");
+         },
+         "Function 'known' called but no user function is bound. Call having no effect."},
+        {"MismatchOfAnArgument",
+         "",
+         [](Environment& environment)
+         {
+             environment.getFunc("known")->addParameter(PARAM_TYPE_INT);
+             runScript(environment, "pcall(known)");
+         },
+         "Error l.-1 while calling known. Expected int, got no value."},
+        {"RaisingFinaliser",
+         "collectgarbage('stop') local error = error for i = 1, 3 do"
+         " getmetatable(newproxy(true)).__gc = function() error('finaliser failed', 0) end end",
+         [](Environment& environment) { environment.requestGarbageCollection(); },
+         "finaliser failed"},
+        {"UnknownInterpreter",
+         "",
+         [](Environment& environment) { environment.setEnvironmentFor(INTERPRETER_UNKNOWN); },
+         "Environment type requested unknown. This will disable the Environment."},
+        {"SwitchWhileRunning",
+         "",
+         [](Environment& environment)
+         {
+             environment.getFunc("known")->setFunction(
+                 [&environment](const Parameters&)
+                 {
+                     environment.setEnvironmentFor(INTERPRETER_LUA);
+                     return FunctionParameter::VOID;
+                 });
+             runScript(environment, "known()");
+         },
+         "Environment 'world' is running a script. Its type can't be changed from inside."}};
+}
+
+} // namespace
+
+class LogReceiverTest
+    : public ::testing::Test
+    , public ::testing::WithParamInterface<Trigger>
+{
+protected:
+    LogReceiverTest()
+        : m_environment(std::make_unique<Environment>())
+        , m_witness(std::make_shared<int>())
+    {
+        LogManager::getInstance()->setReceiver(&m_log);
+        m_environment->setName("world");
+        m_environment->setEnvironmentFor(INTERPRETER_LUA);
+        m_environment->setFunc("known");
+        // Held by a binding, so that it tells when the bindings are gone.
+        m_environment->setFunc("witness")->setFunction(
+            [witness = m_witness](const Parameters&) { return FunctionParameter::VOID; });
+        runScript(*m_environment, GetParam().script);
+    }
+
+    ~LogReceiverTest() override
+    {
+        m_environment.reset();
+        LogManager::getInstance()->kill();
+    }
+
+    bool areBindingsGone() const { return m_witness.use_count() == 1; }
+
+    std::string firstMessage() { return m_log.takeEntries().at(0).message; }
+
+    ActingLogger m_log;
+    std::unique_ptr<Environment> m_environment;
+
+private:
+    std::shared_ptr<int> m_witness;
+};
+
+INSTANTIATE_TEST_SUITE_P(
+    Triggers,
+    LogReceiverTest,
+    ::testing::ValuesIn(allTriggers()),
+    ::testing::PrintToStringParamName());
+
+TEST_P(LogReceiverTest, MayDestroyTheEnvironmentThatItIsToldAbout)
+{
+    Environment& environment = *m_environment;
+    m_log.actAtNextEntry([this] { m_environment.reset(); });
+
+    GetParam().pull(environment);
+
+    EXPECT_EQ(firstMessage(), GetParam().firstMessage);
+    EXPECT_TRUE(areBindingsGone());
+}
+
+TEST_P(LogReceiverTest, MayKillTheLogManager)
+{
+    m_log.actAtNextEntry([] { LogManager::getInstance()->kill(); });
+
+    GetParam().pull(*m_environment);
+
+    const std::vector<LogEntry> entries = m_log.takeEntries();
+    ASSERT_THAT(entries, SizeIs(1)); // whoever is made next has no receiver
+    EXPECT_EQ(entries[0].message, GetParam().firstMessage);
+}
+
+TEST_P(LogReceiverTest, MayReplaceItself)
+{
+    RecordingLogger next;
+    m_log.actAtNextEntry([&next] { LogManager::getInstance()->setReceiver(&next); });
+
+    GetParam().pull(*m_environment);
+
+    EXPECT_EQ(m_log.takeEntries().size(), 1U);
+    LogManager::getInstance()->setReceiver(nullptr);
+}
+
+TEST_P(LogReceiverTest, MayThrow)
+{
+    m_log.actAtNextEntry([] { throw std::runtime_error("disk full"); });
+
+    EXPECT_NO_THROW(GetParam().pull(*m_environment));
+
+    EXPECT_EQ(firstMessage(), GetParam().firstMessage);
+}
+
+TEST_P(LogReceiverTest, MayThrowWhatIsNoException)
+{
+    m_log.actAtNextEntry([] { throw 7; });
+
+    EXPECT_NO_THROW(GetParam().pull(*m_environment));
+
+    EXPECT_EQ(firstMessage(), GetParam().firstMessage);
+}
+
+TEST_P(LogReceiverTest, MayUseTheEnvironmentThatItIsToldAbout)
+{
+    bool isUsed = false;
+    m_log.actAtNextEntry(
+        [this, &isUsed]
+        {
+            m_environment->getVar("anything", 1);
+            m_environment->setVar("anything", 1);
+            runScript(*m_environment, "return 1");
+            m_environment->requestGarbageCollection();
+            m_environment->setFunc("another");
+            isUsed = true;
+        });
+
+    GetParam().pull(*m_environment);
+
+    EXPECT_TRUE(isUsed);
+}
+
+} // namespace tbScripts::test

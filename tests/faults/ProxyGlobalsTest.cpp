@@ -1,0 +1,194 @@
+// Metamethods of the global table that work are part of the script's world: the host goes through
+// them as scripts do.
+
+#include "support/CallContextFixture.h"
+
+namespace tbScripts::test
+{
+
+using ::testing::ElementsAre;
+
+class ProxyGlobalsTest : public EnvironmentFixture
+{
+protected:
+    // Reads come from `store` and writes go there.
+    void makeGlobalsAProxy()
+    {
+        run("store = {}"
+            "setmetatable(_G, {__index = store,"
+            "__newindex = function(_, name, value) store[name] = value end})");
+    }
+};
+
+TEST_F(ProxyGlobalsTest, SetVarGoesThroughNewindex)
+{
+    makeGlobalsAProxy();
+
+    environment().setVar("score", 12);
+
+    run("assert(store.score == 12 and rawget(_G, 'score') == nil)");
+}
+
+TEST_F(ProxyGlobalsTest, SetVarReachesARawGlobalDirectly)
+{
+    makeGlobalsAProxy();
+    run("rawset(_G, 'score', 1)");
+
+    environment().setVar("score", 12);
+
+    run("assert(rawget(_G, 'score') == 12 and store.score == nil)");
+}
+
+TEST_F(ProxyGlobalsTest, GetVarGoesThroughIndex)
+{
+    makeGlobalsAProxy();
+    run("store.score = 12");
+
+    EXPECT_EQ(environment().getVar("score", -1), 12);
+}
+
+TEST_F(ProxyGlobalsTest, GetVarSeesWhatAnIndexFunctionComputes)
+{
+    run("setmetatable(_G, {__index = function(_, name) return name .. '!' end})");
+
+    EXPECT_EQ(environment().getVar("greeting", "none"), tbMemory::StringView("greeting!"));
+}
+
+TEST_F(ProxyGlobalsTest, IsVarSetAsksIndex)
+{
+    makeGlobalsAProxy();
+    run("store.score = false");
+
+    EXPECT_TRUE(environment().isVarSet("score"));
+    EXPECT_FALSE(environment().isVarSet("other"));
+}
+
+TEST_F(ProxyGlobalsTest, ReferenceToAValueBehindIndexWorks)
+{
+    makeGlobalsAProxy();
+    run("store.list = {7}");
+
+    const ScriptObjectReference list = environment().getVar("list");
+    environment().setVar("again", list);
+
+    EXPECT_EQ(list.getType(), PARAM_TYPE_SCRIPT_OBJECT);
+    run("assert(again == store.list)");
+}
+
+TEST_F(ProxyGlobalsTest, ScriptFunctionBehindIndexIsCallable)
+{
+    makeGlobalsAProxy();
+    run("function double(n) return n * 2 end assert(rawget(_G, 'double') == nil)");
+    std::vector<FunctionParameter> outputs{FunctionParameter(0)};
+
+    call("double", {FunctionParameter(21)}, outputs);
+
+    EXPECT_EQ(outputs[0].getInt(), 42);
+}
+
+TEST_F(ProxyGlobalsTest, HostObjectIsSetAndReadThroughBothMetamethods)
+{
+    int object = 0;
+    makeGlobalsAProxy();
+
+    environment().setObject("thing", "Type", &object);
+
+    EXPECT_EQ(environment().getObject("thing", tbMemory::StringView()), &object);
+    run("assert(store.thing ~= nil)");
+}
+
+TEST_F(ProxyGlobalsTest, HostFunctionIsPublishedThroughNewindex)
+{
+    makeGlobalsAProxy();
+
+    declare("answer", {}, [](const Parameters&) { return FunctionParameter(42); });
+
+    run("assert(store.answer() == 42 and rawget(_G, 'answer') == nil)");
+}
+
+TEST_F(ProxyGlobalsTest, EndOfAFunctionIsToldToNewindex)
+{
+    int told = 0;
+    declare(
+        "tell",
+        {PARAM_TYPE_STRING, PARAM_TYPE_BOOL},
+        [&told](const Parameters& parameters)
+        {
+            const bool isRemoved =
+                parameters[0].getString() == "answer" && !parameters[1].getBool();
+            told += isRemoved ? 1 : 0;
+            return FunctionParameter::VOID;
+        });
+    // The later one goes last, so `tell` is dead by then, and its name must not be needed.
+    run("local tell = tell rawset(_G, 'tell', nil)"
+        "setmetatable(_G, {__newindex = function(_, name, value)"
+        "  if name == 'tell' then tell('answer', nil) else rawset(_G, name, value) end end})");
+
+    destroyEnvironment();
+
+    // The function is gone for scripts before its name is.
+    EXPECT_EQ(told, 0);
+    EXPECT_THAT(
+        m_log.takeEntries(),
+        ElementsAre(LogEntry{"Function 'tell' does not exist anymore.", "LuaEnvironment"}));
+}
+
+TEST_F(ProxyGlobalsTest, MetamethodThatCallsTheHostSeesItsOwnEnvironment)
+{
+    declare(
+        "lookUp",
+        {PARAM_TYPE_STRING},
+        [this](const Parameters& parameters)
+        {
+            const std::string hidden = "hidden_" + std::string(parameters[0].getString().data());
+            return FunctionParameter(environment().getVar(hidden, 0));
+        });
+    run("hidden_score = 9 setmetatable(_G, {__index = function(_, name)"
+        " if name == 'score' then return lookUp(name) end end})");
+
+    EXPECT_EQ(environment().getVar("score", -1), 9);
+}
+
+class ProxyGlobalsContextTest
+    : public CallContextFixture
+    , public ::testing::WithParamInterface<CALL_CONTEXT>
+{
+};
+
+INSTANTIATE_TEST_SUITE_P(
+    Contexts,
+    ProxyGlobalsContextTest,
+    ::testing::ValuesIn(allCallContexts()),
+    ::testing::PrintToStringParamName());
+
+TEST_P(ProxyGlobalsContextTest, WhatWasSetIsRead)
+{
+    run("local store = {} setmetatable(_G, {__index = store,"
+        "__newindex = function(_, name, value) store[name] = value end})");
+
+    double score = 0;
+    performIn(
+        GetParam(),
+        [&]
+        {
+            environment().setVar("score", 2.5);
+            score = environment().getVar("score", -1.0);
+        });
+
+    EXPECT_EQ(score, 2.5);
+}
+
+TEST_P(ProxyGlobalsContextTest, MetamethodMayRaiseAndCatchInsideItself)
+{
+    run("setmetatable(_G, {__index = function(_, name)"
+        " local _, text = pcall(error, 'inner', 0) return text end})");
+
+    std::string text;
+    performIn(
+        GetParam(),
+        [&] { text = std::string(std::string_view(environment().getVar("score", "none"))); });
+
+    EXPECT_EQ(text, "inner");
+}
+
+} // namespace tbScripts::test

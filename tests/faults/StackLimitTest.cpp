@@ -1,0 +1,203 @@
+// The interpreter's stack ends at about 65,000 values. Calls with many values either work or fail
+// as scripts do; nothing is written beyond the end.
+
+#include "support/EnvironmentFixture.h"
+
+#include <string>
+#include <vector>
+
+namespace tbScripts::test
+{
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+class StackLimitTest : public EnvironmentFixture
+{
+protected:
+    StackLimitTest() { run("function count(...) return select('#', ...), (select(-1, ...)) end"); }
+
+    // Calls `count` with the numbers up to `inputCount`.
+    bool callWith(int inputCount)
+    {
+        std::vector<FunctionParameter> inputs;
+        for (int i = 1; i <= inputCount; ++i)
+            inputs.emplace_back(i);
+        Parameters outputView(m_outputs);
+        return environment().callScriptFunction(
+            environment().getScriptFunction("count"), inputs, outputView);
+    }
+
+    std::vector<FunctionParameter> m_outputs{FunctionParameter(0), FunctionParameter(0)};
+};
+
+class ManyInputsTest
+    : public StackLimitTest
+    , public ::testing::WithParamInterface<int>
+{
+};
+
+INSTANTIATE_TEST_SUITE_P(
+    Counts, ManyInputsTest, ::testing::Values(1, 19, 20, 21, 300, 8000, 10000, 20000));
+
+TEST_P(ManyInputsTest, AllArriveInTheirOrder)
+{
+    EXPECT_TRUE(callWith(GetParam()));
+
+    EXPECT_EQ(m_outputs[0].getInt(), GetParam());
+    EXPECT_EQ(m_outputs[1].getInt(), GetParam());
+}
+
+TEST_F(StackLimitTest, InputsBeyondTheStackFailTheCall)
+{
+    EXPECT_FALSE(callWith(70000));
+
+    EXPECT_EQ(environment().getLastExecutionResult().code, 5);
+    EXPECT_THAT(m_log.takeEntries(), ElementsAre(LogEntry{"stack overflow", "LuaEnvironment"}));
+}
+
+TEST_F(StackLimitTest, InputsBeyondTheStackLeaveTheOutputsAsTheyWere)
+{
+    m_outputs[0] = FunctionParameter(12);
+
+    callWith(70000);
+
+    m_log.takeEntries();
+    EXPECT_EQ(m_outputs[0].getInt(), 12);
+}
+
+TEST_F(StackLimitTest, NextCallAfterAnOverflowWorks)
+{
+    callWith(70000);
+    m_log.takeEntries();
+
+    EXPECT_TRUE(callWith(10000));
+
+    EXPECT_EQ(m_outputs[0].getInt(), 10000);
+}
+
+TEST_F(StackLimitTest, InputsBeyondTheStackFailInsideAHostFunctionToo)
+{
+    bool hasSucceeded = true;
+    declare(
+        "overflow",
+        {},
+        [&](const Parameters&)
+        {
+            hasSucceeded = callWith(70000);
+            return FunctionParameter::VOID;
+        });
+
+    run("overflow() after = true");
+
+    EXPECT_FALSE(hasSucceeded);
+    EXPECT_TRUE(environment().getVar("after", false));
+    EXPECT_THAT(m_log.takeEntries(), ElementsAre(LogEntry{"stack overflow", "LuaEnvironment"}));
+}
+
+TEST_F(StackLimitTest, InputsBeyondTheStackOfACoroutineFailThere)
+{
+    bool hasSucceeded = true;
+    declare(
+        "overflow",
+        {},
+        [&](const Parameters&)
+        {
+            hasSucceeded = callWith(70000);
+            return FunctionParameter::VOID;
+        });
+
+    run("state = coroutine.resume(coroutine.create(overflow))");
+
+    EXPECT_FALSE(hasSucceeded);
+    EXPECT_TRUE(environment().getVar("state", false));
+    EXPECT_THAT(m_log.takeEntries(), ElementsAre(LogEntry{"stack overflow", "LuaEnvironment"}));
+}
+
+TEST_F(StackLimitTest, SevenThousandResultsAreRead)
+{
+    run("local numbers = {} for i = 1, 7000 do numbers[i] = i end "
+        "function give() return unpack(numbers) end");
+    std::vector<FunctionParameter> outputs(10000, FunctionParameter(-1));
+
+    call("give", {}, outputs);
+
+    EXPECT_EQ(outputs[0].getInt(), 1);
+    EXPECT_EQ(outputs[6999].getInt(), 7000);
+    EXPECT_EQ(outputs[7000].getInt(), -1); // there was no result for this one
+}
+
+TEST_F(StackLimitTest, MoreResultsThanAScriptCanReturnFailTheCall)
+{
+    run("local numbers = {} for i = 1, 10000 do numbers[i] = i end "
+        "function give() return unpack(numbers) end");
+    std::vector<FunctionParameter> outputs(10000, FunctionParameter(-1));
+    Parameters outputView(outputs);
+
+    EXPECT_FALSE(environment().callScriptFunction(
+        environment().getScriptFunction("give"), {}, outputView));
+
+    EXPECT_EQ(outputs[0].getInt(), -1);
+    EXPECT_THAT(
+        m_log.takeEntries(),
+        ElementsAre(LogEntry{"too many results to unpack", "LuaEnvironment"}));
+}
+
+TEST_F(StackLimitTest, ResultsOfAChunkAreDropped)
+{
+    run("local numbers = {} for i = 1, 7000 do numbers[i] = i end "
+        "function give() return unpack(numbers) end");
+
+    for (int i = 0; i < 100; ++i)
+        run("return give()");
+
+    EXPECT_THAT(m_log.takeEntries(), IsEmpty()); // else the stack would have overflowed
+}
+
+TEST_F(StackLimitTest, HostFunctionMayBeCalledWithMoreArgumentsThanItDeclares)
+{
+    int received = 0;
+    declare(
+        "take",
+        {PARAM_TYPE_INT},
+        [&received](const Parameters& parameters)
+        {
+            received = parameters[0].getInt() + static_cast<int>(parameters.size());
+            return FunctionParameter::VOID;
+        });
+
+    run("local numbers = {} for i = 1, 7000 do numbers[i] = i end take(unpack(numbers))");
+
+    EXPECT_EQ(received, 2);
+}
+
+TEST_F(StackLimitTest, ScriptThatRecursesWithoutEndIsAnError)
+{
+    run("function recurse() return 1 + recurse() end works, text = pcall(recurse)");
+
+    EXPECT_FALSE(environment().getVar("works", true));
+    EXPECT_THAT(
+        std::string(std::string_view(environment().getVar("text", ""))),
+        ::testing::HasSubstr("stack overflow"));
+}
+
+TEST_F(StackLimitTest, HostFunctionAtTheEndOfTheStackIsSafe)
+{
+    declare(
+        "touch",
+        {PARAM_TYPE_INT, PARAM_TYPE_STRING},
+        [this](const Parameters& parameters)
+        {
+            environment().setVar("touched", parameters[0].getInt());
+            return FunctionParameter("text");
+        });
+
+    run("function recurse(level) touch(level, 'x') return 1 + recurse(level + 1) end "
+        "works = pcall(recurse, 1)");
+
+    m_log.takeEntries();
+    EXPECT_FALSE(environment().getVar("works", true));
+    EXPECT_GT(environment().getVar("touched", 0), 1000);
+}
+
+} // namespace tbScripts::test

@@ -1,0 +1,361 @@
+// Scripts write themselves into a tree and read themselves back.
+
+#include "support/RowName.h"
+#include "support/ScriptFixture.h"
+
+#include <tbExport/Node.h>
+
+#include <ostream>
+#include <string>
+
+namespace tbScripts::test
+{
+
+using tbExport::Node;
+using tbMemory::StringView;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+namespace
+{
+
+const LogEntry SCRIPT_WAS_DISABLED = {
+    "Script type requested unknown. This will disable the Script.", "Script"};
+
+Node makeObject()
+{
+    Node node;
+    node.setObject();
+    return node;
+}
+
+// A declaration with the member "type" and nothing else.
+Node declareType(StringView type)
+{
+    Node node = makeObject();
+    node.addMember("type")->setString(type);
+    return node;
+}
+
+Node declareSources(StringView sources)
+{
+    Node node = makeObject();
+    node.addMember("sources")->setString(sources);
+    return node;
+}
+
+} // namespace
+
+class ScriptDeclarationTest : public ScriptFixture
+{
+};
+
+TEST_F(ScriptDeclarationTest, ExportOfANewScriptHasEmptyTextsAndNoInterpreter)
+{
+    Script script;
+    Node node = makeObject();
+
+    script.exportClassToTree(&node);
+
+    ASSERT_EQ(node.getSize(), 3U);
+    EXPECT_TRUE(node.getMember("name")->isString());
+    EXPECT_EQ(node.getMember("name")->getString(), "");
+    EXPECT_EQ(node.getMember("type")->getString(), "UNKNOWN");
+    EXPECT_TRUE(node.getMember("sources")->isString());
+    EXPECT_EQ(node.getMember("sources")->getString(), "");
+}
+
+TEST_F(ScriptDeclarationTest, ExportWritesNameTypeAndSourcesInThisOrder)
+{
+    m_script.setSources("x = 1");
+    Node node = makeObject();
+
+    m_script.exportClassToTree(&node);
+
+    EXPECT_EQ(node.getMemberName(0), "name");
+    EXPECT_EQ(node.getMemberName(1), "type");
+    EXPECT_EQ(node.getMemberName(2), "sources");
+    EXPECT_EQ(node.getMember("name")->getString(), "x");
+    EXPECT_EQ(node.getMember("type")->getString(), "lua");
+    EXPECT_EQ(node.getMember("sources")->getString(), "x = 1");
+}
+
+TEST_F(ScriptDeclarationTest, ExportOfADisabledScriptWritesTheStoredInterpreter)
+{
+    m_script.setTargetInterpreter(INTERPRETER_UNKNOWN);
+    m_log.takeEntries();
+    Node node = makeObject();
+
+    m_script.exportClassToTree(&node);
+
+    EXPECT_EQ(node.getMember("type")->getString(), "lua");
+}
+
+TEST_F(ScriptDeclarationTest, ExportWritesAllBytes)
+{
+    m_script.setName(StringView("a\0b", 3));
+    m_script.setSources(StringView("x = '\0\xff'\r\n", 10));
+    Node node = makeObject();
+
+    m_script.exportClassToTree(&node);
+
+    EXPECT_EQ(node.getMember("name")->getString(), StringView("a\0b", 3));
+    EXPECT_EQ(node.getMember("sources")->getString(), StringView("x = '\0\xff'\r\n", 10));
+}
+
+TEST_F(ScriptDeclarationTest, ExportLeavesOtherMembers)
+{
+    Node node = makeObject();
+    node.addMember("author")->setString("somebody");
+
+    m_script.exportClassToTree(&node);
+
+    EXPECT_EQ(node.getSize(), 4U);
+    EXPECT_EQ(node.getMember("author")->getString(), "somebody");
+}
+
+TEST_F(ScriptDeclarationTest, ExportIntoANodeThatIsNoObjectWritesNothing)
+{
+    Node node;
+    node.setArray();
+
+    m_script.exportClassToTree(&node);
+
+    EXPECT_TRUE(node.isArray());
+    EXPECT_EQ(node.getSize(), 0U);
+}
+
+TEST_F(ScriptDeclarationTest, ExportAndImportWithoutNodeDoNothing)
+{
+    m_script.setSources("x = 1");
+
+    m_script.exportClassToTree(nullptr);
+    m_script.importClassFromTree(nullptr);
+
+    EXPECT_EQ(m_script.getSources(), "x = 1");
+    EXPECT_EQ(m_script.getTargetInterpreter(), 1U);
+}
+
+TEST_F(ScriptDeclarationTest, ImportTakesInterpreterAndSources)
+{
+    Script script;
+    Node node = declareType("lua");
+    node.addMember("sources")->setString("x = 8");
+
+    script.importClassFromTree(&node);
+
+    EXPECT_EQ(script.getTargetInterpreter(), 1U);
+    EXPECT_EQ(script.getSources(), "x = 8");
+    EXPECT_TRUE(script.load());
+    EXPECT_EQ(run(script), 8);
+}
+
+TEST_F(ScriptDeclarationTest, ImportTakesAllBytesOfTheSources)
+{
+    Node node = declareSources(StringView("x = '\0\xff'\r\n", 10));
+
+    m_script.importClassFromTree(&node);
+
+    EXPECT_EQ(m_script.getSources(), StringView("x = '\0\xff'\r\n", 10));
+}
+
+TEST_F(ScriptDeclarationTest, ImportOfEmptySourcesReplacesThem)
+{
+    m_script.setSources("x = 1");
+    Node node = declareSources("");
+
+    m_script.importClassFromTree(&node);
+
+    EXPECT_EQ(m_script.getSources(), "");
+}
+
+TEST_F(ScriptDeclarationTest, ImportNeverChangesTheName)
+{
+    Node node = declareType("lua");
+    node.addMember("name")->setString("declared");
+
+    m_script.importClassFromTree(&node);
+
+    EXPECT_EQ(m_script.getName(), "x");
+}
+
+TEST_F(ScriptDeclarationTest, ImportNeverCompiles)
+{
+    Node node = declareType("lua");
+    node.addMember("sources")->setString("x = = 1");
+
+    m_script.importClassFromTree(&node);
+
+    EXPECT_TRUE(m_script.getLastCompilationResult().success);
+    EXPECT_FALSE(hasBytecode(m_script));
+}
+
+TEST_F(ScriptDeclarationTest, ImportOfSourcesAloneKeepsTheCompiledForm)
+{
+    load("x = 1");
+    Node node = declareSources("x = 2");
+
+    m_script.importClassFromTree(&node);
+
+    EXPECT_EQ(m_script.getTargetInterpreter(), 1U);
+    EXPECT_EQ(run(m_script), 1);
+}
+
+TEST_F(ScriptDeclarationTest, ImportOfTheSameTypeDropsTheCompiledForm)
+{
+    load("x = 1");
+    Node node = declareType("lua");
+
+    m_script.importClassFromTree(&node);
+
+    EXPECT_FALSE(hasBytecode(m_script));
+}
+
+TEST_F(ScriptDeclarationTest, ImportOfAnEmptyObjectChangesNothing)
+{
+    load("x = 1");
+    Node node = makeObject();
+
+    m_script.importClassFromTree(&node);
+
+    EXPECT_EQ(m_script.getSources(), "x = 1");
+    EXPECT_EQ(run(m_script), 1);
+}
+
+TEST_F(ScriptDeclarationTest, ImportFromANodeThatIsNoObjectChangesNothing)
+{
+    load("x = 1");
+    Node node;
+    node.setString("sources");
+
+    m_script.importClassFromTree(&node);
+
+    EXPECT_EQ(m_script.getSources(), "x = 1");
+    EXPECT_EQ(run(m_script), 1);
+}
+
+TEST_F(ScriptDeclarationTest, ImportUndoesExportButForTheName)
+{
+    m_script.setSources("x = 9");
+    Node node = makeObject();
+    m_script.exportClassToTree(&node);
+    Script script;
+
+    script.importClassFromTree(&node);
+
+    EXPECT_EQ(script.getName(), "");
+    EXPECT_EQ(script.getTargetInterpreter(), 1U);
+    EXPECT_EQ(script.getSources(), "x = 9");
+}
+
+namespace
+{
+
+struct UnknownType
+{
+    const char* row;
+    const char* text;
+};
+
+void PrintTo(const UnknownType& type, std::ostream* stream) // the framework's name for this
+{
+    *stream << type.text;
+}
+
+} // namespace
+
+class ScriptDeclarationUnknownTypeTest : public ScriptFixture,
+                                         public ::testing::WithParamInterface<UnknownType>
+{
+};
+
+INSTANTIATE_TEST_SUITE_P(
+    Texts,
+    ScriptDeclarationUnknownTypeTest,
+    ::testing::Values(
+        UnknownType{"CapitalLetter", "Lua"},
+        UnknownType{"CapitalLetters", "LUA"},
+        UnknownType{"Empty", ""},
+        UnknownType{"Unknown", "UNKNOWN"},
+        UnknownType{"BlankBehind", "lua "},
+        UnknownType{"Number", "1"}),
+    RowName());
+
+TEST_P(ScriptDeclarationUnknownTypeTest, DisablesTheScriptAndIsLogged)
+{
+    Node node = declareType(GetParam().text);
+
+    m_script.importClassFromTree(&node);
+
+    EXPECT_THAT(m_log.takeEntries(), ElementsAre(SCRIPT_WAS_DISABLED));
+    EXPECT_FALSE(m_script.load());
+    EXPECT_EQ(m_script.getLastCompilationResult().errorCode, 2U);
+}
+
+TEST_P(ScriptDeclarationUnknownTypeTest, StillTakesTheSources)
+{
+    Node node = declareType(GetParam().text);
+    node.addMember("sources")->setString("x = 1");
+
+    m_script.importClassFromTree(&node);
+
+    m_log.takeEntries();
+    EXPECT_EQ(m_script.getSources(), "x = 1");
+}
+
+namespace
+{
+
+struct NoText
+{
+    const char* row;
+    void (*set)(Node& node);
+};
+
+void PrintTo(const NoText& kind, std::ostream* stream) // the framework's name for this
+{
+    *stream << kind.row;
+}
+
+} // namespace
+
+class ScriptDeclarationNoTextTest : public ScriptFixture,
+                                    public ::testing::WithParamInterface<NoText>
+{
+};
+
+INSTANTIATE_TEST_SUITE_P(
+    Kinds,
+    ScriptDeclarationNoTextTest,
+    ::testing::Values(
+        NoText{"Null", [](Node& node) { node.setNull(); }},
+        NoText{"Bool", [](Node& node) { node.setBool(true); }},
+        NoText{"Number", [](Node& node) { node.setNumber(1); }},
+        NoText{"Array", [](Node& node) { node.setArray(); }},
+        NoText{"Object", [](Node& node) { node.setObject(); }}),
+    RowName());
+
+TEST_P(ScriptDeclarationNoTextTest, TypeThatIsNoTextIsIgnored)
+{
+    load("x = 1");
+    Node node = makeObject();
+    GetParam().set(*node.addMember("type"));
+
+    m_script.importClassFromTree(&node);
+
+    EXPECT_EQ(m_script.getTargetInterpreter(), 1U);
+    EXPECT_EQ(run(m_script), 1);
+}
+
+TEST_P(ScriptDeclarationNoTextTest, SourcesThatAreNoTextAreIgnored)
+{
+    m_script.setSources("x = 1");
+    Node node = makeObject();
+    GetParam().set(*node.addMember("sources"));
+
+    m_script.importClassFromTree(&node);
+
+    EXPECT_EQ(m_script.getSources(), "x = 1");
+}
+
+} // namespace tbScripts::test

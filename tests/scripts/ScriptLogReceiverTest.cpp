@@ -1,0 +1,200 @@
+// The receiver of the log may do anything to the script of whose failure it reads.
+
+#include "support/ScriptFixture.h"
+
+#include <tbScripts/LogManager.h>
+
+#include <functional>
+#include <memory>
+#include <utility>
+
+namespace tbScripts::test
+{
+
+using ::testing::ElementsAre;
+
+namespace
+{
+
+// Acts on its first message, then reads it.
+class ActingReceiver : public RecordingLogger
+{
+public:
+    using Action = std::function<void()>;
+
+    explicit ActingReceiver(Action action)
+        : m_action(std::move(action))
+    {
+        LogManager::getInstance()->setReceiver(this);
+    }
+
+    void log(const tbLog::StringView& message, const tbLog::StringView& source) override
+    {
+        if (const Action action = std::exchange(m_action, nullptr))
+            action();
+        RecordingLogger::log(message, source);
+    }
+
+private:
+    Action m_action;
+};
+
+const LogEntry FAILURE = {
+    "Error while compiling script 'x' : [string \"x = = 1\"]:1: unexpected symbol near '='",
+    "LuaScript"};
+
+const LogEntry DISABLED = {
+    "Script type requested unknown. This will disable the Script.", "Script"};
+
+} // namespace
+
+class ScriptLogReceiverTest : public ScriptFixture
+{
+protected:
+    ScriptLogReceiverTest()
+        : m_own(std::make_unique<Script>())
+    {
+        m_own->setName("x");
+        m_own->setTargetInterpreter(INTERPRETER_LUA);
+        m_own->setSources("x = = 1");
+    }
+
+    std::unique_ptr<Script> m_own;
+};
+
+TEST_F(ScriptLogReceiverTest, MayLoadTheScriptAnew)
+{
+    ActingReceiver receiver(
+        [this]
+        {
+            m_own->setSources("x = 1");
+            m_own->load();
+        });
+
+    m_own->load();
+
+    EXPECT_THAT(receiver.takeEntries(), ElementsAre(FAILURE));
+    EXPECT_TRUE(m_own->getLastCompilationResult().success);
+    EXPECT_EQ(run(*m_own), 1);
+}
+
+TEST_F(ScriptLogReceiverTest, MayLoadTheScriptAnewInVain)
+{
+    ActingReceiver receiver(
+        [this]
+        {
+            m_own->setSources("y = = 1");
+            m_own->load();
+        });
+
+    EXPECT_FALSE(m_own->load());
+
+    EXPECT_THAT(
+        receiver.takeEntries(),
+        ElementsAre(
+            LogEntry{
+                "Error while compiling script 'x' : [string \"y = = 1\"]:1: unexpected symbol near "
+                "'='",
+                "LuaScript"},
+            FAILURE));
+}
+
+TEST_F(ScriptLogReceiverTest, MayDestroyTheScript)
+{
+    ActingReceiver receiver([this] { m_own.reset(); });
+
+    EXPECT_FALSE(m_own->load());
+
+    EXPECT_THAT(receiver.takeEntries(), ElementsAre(FAILURE));
+}
+
+TEST_F(ScriptLogReceiverTest, MayDestroyTheScriptWhileACopyCompiles)
+{
+    Script copy(*m_own);
+    ActingReceiver receiver([this] { m_own.reset(); });
+
+    EXPECT_FALSE(copy.load());
+
+    EXPECT_THAT(receiver.takeEntries(), ElementsAre(FAILURE));
+    EXPECT_EQ(copy.getLastCompilationResult().errorCode, 3U);
+    EXPECT_EQ(copy.getLastCompilationResult().message, FAILURE.message);
+}
+
+TEST_F(ScriptLogReceiverTest, MayDisableTheScript)
+{
+    ActingReceiver receiver([this] { m_own->setTargetInterpreter(INTERPRETER_UNKNOWN); });
+
+    EXPECT_FALSE(m_own->load());
+
+    EXPECT_THAT(receiver.takeEntries(), ElementsAre(DISABLED, FAILURE));
+    EXPECT_TRUE(m_own->getLastCompilationResult().success);
+}
+
+TEST_F(ScriptLogReceiverTest, MayChangeNameAndSources)
+{
+    ActingReceiver receiver(
+        [this]
+        {
+            m_own->setName("a name that is longer than the one before, and stored elsewhere");
+            m_own->setSources("x = 'sources that are longer than those before'");
+        });
+
+    EXPECT_FALSE(m_own->load());
+
+    EXPECT_THAT(receiver.takeEntries(), ElementsAre(FAILURE));
+    EXPECT_EQ(m_own->getLastCompilationResult().message, FAILURE.message);
+}
+
+TEST_F(ScriptLogReceiverTest, MayAssignOverTheScript)
+{
+    ActingReceiver receiver([this] { *m_own = Script(); });
+
+    EXPECT_FALSE(m_own->load());
+
+    EXPECT_THAT(receiver.takeEntries(), ElementsAre(FAILURE));
+    EXPECT_EQ(m_own->getName(), "");
+}
+
+TEST_F(ScriptLogReceiverTest, MayUnloadTheScript)
+{
+    ActingReceiver receiver([this] { m_own->unload(); });
+
+    EXPECT_FALSE(m_own->load());
+
+    EXPECT_THAT(receiver.takeEntries(), ElementsAre(FAILURE));
+    EXPECT_EQ(m_own->getLastCompilationResult().errorCode, 3U);
+}
+
+TEST_F(ScriptLogReceiverTest, MayDestroyTheScriptThatIsBeingDisabled)
+{
+    ActingReceiver receiver([this] { m_own.reset(); });
+
+    m_own->setTargetInterpreter(INTERPRETER_UNKNOWN);
+
+    EXPECT_THAT(receiver.takeEntries(), ElementsAre(DISABLED));
+}
+
+TEST_F(ScriptLogReceiverTest, FindsTheScriptDisabledWhenItReadsOfThat)
+{
+    bool hasLoaded = true;
+    ActingReceiver receiver([&] { hasLoaded = m_own->load(); });
+
+    m_own->setTargetInterpreter(INTERPRETER_UNKNOWN);
+
+    EXPECT_FALSE(hasLoaded);
+    EXPECT_EQ(m_own->getLastCompilationResult().errorCode, 2U);
+    EXPECT_THAT(receiver.takeEntries(), ElementsAre(DISABLED));
+}
+
+TEST_F(ScriptLogReceiverTest, MayKillTheManager)
+{
+    ActingReceiver receiver([] { LogManager::getInstance()->kill(); });
+
+    EXPECT_FALSE(m_own->load());
+
+    EXPECT_EQ(LogManager::getInstanceIfExisting(), nullptr);
+    EXPECT_EQ(m_own->getLastCompilationResult().errorCode, 3U);
+    EXPECT_THAT(receiver.takeEntries(), ElementsAre(FAILURE));
+}
+
+} // namespace tbScripts::test

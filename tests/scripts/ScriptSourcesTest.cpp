@@ -1,0 +1,194 @@
+// Sources of odd form: which ones compile, and what those that do not are told.
+
+#include "support/RowName.h"
+#include "support/ScriptFixture.h"
+
+#include <ostream>
+#include <string>
+#include <string_view>
+
+namespace tbScripts::test
+{
+
+namespace
+{
+
+struct OddSources
+{
+    std::string row;
+    std::string text;
+    int left; // what a run leaves in the global "x", -1 for nothing
+};
+
+void PrintTo(const OddSources& sources, std::ostream* stream) // the framework's name for this
+{
+    *stream << sources.row;
+}
+
+struct WrongSources
+{
+    std::string row;
+    std::string text;
+    std::string reason;
+};
+
+void PrintTo(const WrongSources& sources, std::ostream* stream) // the framework's name for this
+{
+    *stream << sources.row;
+}
+
+std::string repeated(const std::string& text, int count)
+{
+    std::string result;
+    result.reserve(text.size() * static_cast<std::size_t>(count));
+    for (int round = 0; round < count; ++round)
+        result += text;
+    return result;
+}
+
+} // namespace
+
+class ScriptSourcesTest : public ScriptFixture, public ::testing::WithParamInterface<OddSources>
+{
+};
+
+INSTANTIATE_TEST_SUITE_P(
+    Forms,
+    ScriptSourcesTest,
+    ::testing::Values(
+        OddSources{"Empty", "", -1},
+        OddSources{"Blanks", " \t\n\r\n ", -1},
+        OddSources{"OnlyAComment", "-- nothing", -1},
+        OddSources{"OnlyALongComment", "--[[ nothing\nat all ]]", -1},
+        OddSources{"OnlyAByteOrderMark", "\xef\xbb\xbf", -1},
+        OddSources{"ByteOrderMark", "\xef\xbb\xbfx = 1", 1},
+        OddSources{"OnlyAnInterpreterLine", "#!/usr/bin/lua", -1},
+        OddSources{"InterpreterLine", "#!/usr/bin/lua\nx = 1", 1},
+        OddSources{"ByteOrderMarkAndInterpreterLine", "\xef\xbb\xbf#!/usr/bin/lua\nx = 1", 1},
+        OddSources{"NoFinalNewline", "x = 1", 1},
+        OddSources{"FinalNewline", "x = 1\n", 1},
+        OddSources{"NewlinesOfTwoCharacters", "x = 1\r\nx = 2\r\n", 2},
+        OddSources{"CommentAtTheEnd", "x = 1 -- done", 1},
+        OddSources{"BytesThatAreNoUnicode", "x = #'\xff\xfe\x80'", 3},
+        OddSources{"ReturnedValue", "x = 1 return x", 1}),
+    RowName());
+
+TEST_P(ScriptSourcesTest, CompileAndRun)
+{
+    EXPECT_TRUE(load(GetParam().text));
+
+    EXPECT_TRUE(hasBytecode(m_script));
+    EXPECT_EQ(run(m_script), GetParam().left);
+}
+
+TEST_P(ScriptSourcesTest, AreKeptAsTheyWereSet)
+{
+    load(GetParam().text);
+
+    EXPECT_EQ(m_script.getSources(), GetParam().text);
+}
+
+class ScriptWrongSourcesTest : public ScriptFixture,
+                               public ::testing::WithParamInterface<WrongSources>
+{
+};
+
+INSTANTIATE_TEST_SUITE_P(
+    DeepNesting,
+    ScriptWrongSourcesTest,
+    ::testing::Values(
+        WrongSources{
+            "Parentheses",
+            "x = " + repeated("(", 100'000),
+            "[string \"x = (((((((((((((((((((((((((((((((((((((((((...\"]:1: chunk has too many "
+            "syntax levels"},
+        WrongSources{
+            "ClosedParentheses",
+            "x = " + repeated("(", 100'000) + "1" + repeated(")", 100'000),
+            "[string \"x = (((((((((((((((((((((((((((((((((((((((((...\"]:1: chunk has too many "
+            "syntax levels"},
+        WrongSources{
+            "Tables",
+            "x = " + repeated("{", 100'000),
+            "[string \"x = {{{{{{{{{{{{{{{{{{{{{{{{{{{{{{{{{{{{{{{{{...\"]:1: chunk has too many "
+            "syntax levels"},
+        WrongSources{
+            "Blocks",
+            repeated("do ", 100'000),
+            "[string \"do do do do do do do do do do do do do do do ...\"]:1: chunk has too many "
+            "syntax levels"},
+        WrongSources{
+            "Functions",
+            "x = " + repeated("function() return ", 100'000),
+            "[string \"x = function() return function() return funct...\"]:1: chunk has too many "
+            "syntax levels"},
+        WrongSources{
+            "Operators",
+            "x = " + repeated("-", 1) + repeated("not ", 100'000) + "1",
+            "[string \"x = -not not not not not not not not not not ...\"]:1: chunk has too many "
+            "syntax levels"}),
+    RowName());
+
+INSTANTIATE_TEST_SUITE_P(
+    Bytecode,
+    ScriptWrongSourcesTest,
+    ::testing::Values(
+        WrongSources{"OnlyTheFirstByte", "\x1b", "attempt to load chunk with wrong mode"},
+        WrongSources{"Header", "\x1bLJ\x02", "attempt to load chunk with wrong mode"},
+        WrongSources{
+            "OfTheReferenceVirtualMachine", "\x1bLua\x51", "attempt to load chunk with wrong mode"},
+        WrongSources{
+            "BehindAByteOrderMark", "\xef\xbb\xbf\x1bLJ\x02", "cannot load malformed bytecode"},
+        WrongSources{
+            "BehindAnInterpreterLine", "#!/bin/lua\n\x1bLJ\x02", "cannot load malformed bytecode"}),
+    RowName());
+
+INSTANTIATE_TEST_SUITE_P(
+    Mistakes,
+    ScriptWrongSourcesTest,
+    ::testing::Values(
+        WrongSources{
+            "UnfinishedText",
+            "x = 'abc",
+            "[string \"x = 'abc\"]:1: unfinished string near '<eof>'"},
+        WrongSources{
+            "UnfinishedLongText",
+            "x = [[abc\n",
+            "[string \"x = [[abc...\"]:2: unfinished long string near '<eof>'"},
+        WrongSources{
+            "UnfinishedBlock",
+            "if x then",
+            "[string \"if x then\"]:1: 'end' expected near '<eof>'"},
+        WrongSources{
+            "UndefinedLabel", "goto away", "[string \"goto away\"]:1: undefined label 'away'"}),
+    RowName());
+
+TEST_P(ScriptWrongSourcesTest, AreASyntaxError)
+{
+    EXPECT_EQ(
+        loadExpectingError(GetParam().text),
+        "Error while compiling script 'x' : " + GetParam().reason);
+
+    EXPECT_EQ(m_script.getLastCompilationResult().errorCode, 3U);
+    EXPECT_FALSE(hasBytecode(m_script));
+}
+
+class ScriptBytecodeSourcesTest : public ScriptFixture
+{
+};
+
+TEST_F(ScriptBytecodeSourcesTest, CompiledCodeThatAScriptDumpedIsRefused)
+{
+    Environment environment;
+    environment.setEnvironmentFor(INTERPRETER_LUA);
+    load("x = string.dump(loadstring('y = 1'))");
+    ASSERT_TRUE(environment.execute(m_script));
+
+    EXPECT_EQ(
+        loadExpectingError(environment.getVar("x", "")),
+        "Error while compiling script 'x' : attempt to load chunk with wrong mode");
+
+    EXPECT_EQ(m_script.getLastCompilationResult().errorCode, 3U);
+}
+
+} // namespace tbScripts::test

@@ -1,0 +1,122 @@
+// The compiled form itself.
+
+#include "scripts/lua/LuaScriptStrategy.h"
+
+#include "support/LuaStateFixture.h"
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace tbScripts::test
+{
+
+class LuaScriptStrategyTest : public LuaStateFixture
+{
+protected:
+    LuaScriptStrategyTest()
+        : m_strategy(std::make_shared<const tbMemory::String>("x"))
+    {
+    }
+
+    // The bytes of the compiled form, "none" if there is none.
+    std::string getBytecode() const
+    {
+        const std::shared_ptr<const tbMemory::Buffer> bytecode = m_strategy.getBytecode();
+        if (!bytecode)
+            return "none";
+        return std::string(reinterpret_cast<const char*>(bytecode->data()), bytecode->size());
+    }
+
+    // What the interpreter's own dump of `sources`, which names the chunk, looks like.
+    std::string dump(const std::string& sources)
+    {
+        EXPECT_EQ(luaL_loadstring(state(), sources.c_str()), 0);
+        lua_getglobal(state(), "string");
+        lua_getfield(state(), -1, "dump");
+        lua_pushvalue(state(), -3);
+        EXPECT_EQ(lua_pcall(state(), 1, 1, 0), 0);
+        std::size_t size = 0;
+        const char* const data = lua_tolstring(state(), -1, &size);
+        const std::string bytes(data, size);
+        lua_settop(state(), 0);
+        return bytes;
+    }
+
+    lua::LuaScriptStrategy m_strategy;
+};
+
+TEST_F(LuaScriptStrategyTest, HasNoBytecodeBeforeItLoads)
+{
+    EXPECT_EQ(getBytecode(), "none");
+}
+
+TEST_F(LuaScriptStrategyTest, BytecodeIsTheWholeDumpWithItsDebugInformation)
+{
+    EXPECT_TRUE(m_strategy.load("local first = 1\nreturn first"));
+
+    EXPECT_EQ(getBytecode(), dump("local first = 1\nreturn first"));
+}
+
+TEST_F(LuaScriptStrategyTest, EmptySourcesHaveBytecodeToo)
+{
+    EXPECT_TRUE(m_strategy.load(""));
+
+    EXPECT_EQ(getBytecode().substr(0, 3), "\x1bLJ");
+}
+
+TEST_F(LuaScriptStrategyTest, NullSourcesAreEmptyOnes)
+{
+    EXPECT_TRUE(m_strategy.load(tbMemory::StringView()));
+
+    EXPECT_EQ(getBytecode(), dump(""));
+}
+
+TEST_F(LuaScriptStrategyTest, SourcesNeedNotEndWithAZero)
+{
+    const std::vector<char> bytes = {'x', '=', '1'};
+
+    EXPECT_TRUE(m_strategy.load(tbMemory::StringView(bytes.data(), bytes.size())));
+
+    EXPECT_EQ(getBytecode(), dump("x=1"));
+}
+
+TEST_F(LuaScriptStrategyTest, SourcesBehindAZeroAreNoPartOfTheBytecode)
+{
+    EXPECT_TRUE(m_strategy.load(tbMemory::StringView("x=1\0x=2", 7)));
+
+    EXPECT_EQ(getBytecode(), dump("x=1"));
+}
+
+TEST_F(LuaScriptStrategyTest, FailedLoadLeavesNoBytecode)
+{
+    m_strategy.load("x = 1");
+
+    EXPECT_FALSE(m_strategy.load("x = = 1"));
+
+    EXPECT_EQ(getBytecode(), "none");
+    EXPECT_EQ(m_log.takeEntries().size(), 1U);
+}
+
+TEST_F(LuaScriptStrategyTest, UnloadLeavesNoBytecode)
+{
+    m_strategy.load("x = 1");
+
+    m_strategy.unload();
+
+    EXPECT_EQ(getBytecode(), "none");
+}
+
+TEST_F(LuaScriptStrategyTest, BytecodeThatARunHoldsOutlivesTheNextLoad)
+{
+    m_strategy.load("x = 1");
+    const std::shared_ptr<const tbMemory::Buffer> held = m_strategy.getBytecode();
+
+    m_strategy.load("x = 2");
+    m_strategy.unload();
+
+    EXPECT_EQ(
+        std::string(reinterpret_cast<const char*>(held->data()), held->size()), dump("x = 1"));
+}
+
+} // namespace tbScripts::test
