@@ -177,9 +177,11 @@ set(TOBREL_SCRIPTS_PUBLIC_TESTS
     tests/scripts/ScriptMemoryTest.cpp
     tests/scripts/ScriptSourcesTest.cpp
     tests/scripts/ScriptTest.cpp
+    tests/support/ExecutionTest.cpp
     tests/support/FakeScriptObjectsTest.cpp
     tests/support/ReactingLoggerTest.cpp
-    tests/support/SupportTest.cpp)
+    tests/support/SupportTest.cpp
+    tests/support/TeardownFixtureTest.cpp)
 set(TOBREL_SCRIPTS_INTERNAL_TESTS
     tests/bindings/lua/HostFunctionFinaliserTest.cpp
     tests/bindings/lua/LuaCallBridgeMismatchTest.cpp

@@ -1,7 +1,6 @@
 #include "support/EnvironmentFixture.h"
 
 #include <memory>
-#include <utility>
 
 namespace tbScripts::test
 {

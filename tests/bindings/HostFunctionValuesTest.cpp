@@ -1,11 +1,12 @@
 #include "support/EnvironmentFixture.h"
 
+#include <array>
 #include <cmath>
 #include <cstdint>
+#include <cstdio>
 #include <cstring>
 #include <limits>
 #include <ostream>
-#include <utility>
 
 namespace tbScripts::test
 {

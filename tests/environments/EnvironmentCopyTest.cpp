@@ -215,6 +215,31 @@ TEST_F(EnvironmentCopyTest, AssignmentTearsItsOwnWorldDown)
     EXPECT_THAT(m_log.takeEntries(), ElementsAre(LogEntry{"gone", "LuaEnvironment"}));
 }
 
+TEST_F(EnvironmentCopyTest, AssignmentInsideARunWaitsWithTheTeardown)
+{
+    CountedObject::restart();
+    m_copy.reset();
+    Environment other;
+    other.setEnvironmentFor(INTERPRETER_LUA);
+    int livingAfterwards = -1;
+    declare(
+        "assign",
+        {},
+        [&, counted = CountedObject()](const Parameters&)
+        {
+            environment() = other;
+            livingAfterwards = CountedObject::getLiving();
+            return FunctionParameter::VOID;
+        });
+
+    run("assign()  assert(type(assign) == 'function')");
+
+    EXPECT_EQ(livingAfterwards, 1);
+    EXPECT_EQ(CountedObject::getLiving(), 0);
+    other.setVar("v", 1);
+    EXPECT_EQ(environment().getVar("v", -1), 1);
+}
+
 // The order in which source and copy end.
 class EnvironmentCopyEndTest : public EnvironmentCopyTest,
                                public ::testing::WithParamInterface<bool>

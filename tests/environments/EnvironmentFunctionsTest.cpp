@@ -197,7 +197,9 @@ TEST_F(EnvironmentFunctionsTest, ThousandFunctionsKeepTheirPointers)
         functions.push_back(declareAnswer("f" + std::to_string(i), i));
 
     for (int i = 0; i < 1000; ++i)
-        ASSERT_EQ(environment().getFunc("f" + std::to_string(i)), functions[i]);
+        ASSERT_EQ(
+            environment().getFunc("f" + std::to_string(i)),
+            functions.at(static_cast<std::size_t>(i)));
     run("for i = 0, 999 do assert(_G['f' .. i]() == i) end");
 }
 

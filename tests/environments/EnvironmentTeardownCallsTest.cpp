@@ -67,7 +67,6 @@ TEST_F(EnvironmentTeardownCallsTest, ReadingGivesTheDefaultMeanwhile)
 
 TEST_F(EnvironmentTeardownCallsTest, SettingDoesNothingMeanwhile)
 {
-    run("local note = note  setmetatable(_G, {__newindex = function() note(('s'):byte()) end})");
     Environment& going = environment();
     declareWithEnd(
         "f",
@@ -76,6 +75,7 @@ TEST_F(EnvironmentTeardownCallsTest, SettingDoesNothingMeanwhile)
             going.setVar("late", true);
             m_trace.add('F');
         });
+    run("local note = note  setmetatable(_G, {__newindex = function() note(('s'):byte()) end})");
 
     destroyEnvironment();
 

@@ -411,6 +411,25 @@ TEST_F(ScriptFunctionOutputTest, TenThousandResultsAreRead)
     EXPECT_EQ(outputs[9999].getInt(), 2);
 }
 
+// The interpreter's stack ends at about 65,000 values, and each of these is there twice.
+TEST_F(ScriptFunctionOutputTest, ResultsBeyondTheStackFailWithCode5)
+{
+    run("function echo(...) return ... end");
+    const std::vector<FunctionParameter> inputs(40000, FunctionParameter(1));
+    std::vector<FunctionParameter> outputs{FunctionParameter(42)};
+    Parameters view(outputs);
+
+    const bool isDone =
+        environment().callScriptFunction(environment().getScriptFunction("echo"), inputs, view);
+
+    EXPECT_FALSE(isDone);
+    EXPECT_EQ(outputs[0].getInt(), 42);
+    const Outcome outcome(
+        5, false, "[string \"function echo(...) return ... end\"]:1: stack overflow");
+    EXPECT_EQ(lastOutcome(environment()), outcome);
+    EXPECT_THAT(m_log.takeEntries(), ElementsAre(LogEntry{std::get<2>(outcome), "LuaEnvironment"}));
+}
+
 TEST_F(ScriptFunctionOutputTest, TenThousandResultsMayBeTables)
 {
     run("function echo(...) return ... end  shared = {}");

@@ -31,7 +31,7 @@ void clearRegistryTable(lua_State* state, const char* key)
 
 void keepForeignTables(lua_State* state)
 {
-    lua_gc(state, LUA_GCSTOP, 0); // see below
+    lua_gc(state, LUA_GCSTOP, 0); // as in clearAllGlobals
     lua_pushstring(state, LOADED_MODULES);
     lua_rawget(state, LUA_REGISTRYINDEX);
     if (lua_istable(state, -1))

@@ -1,5 +1,6 @@
 #include "support/LuaFunctionFixture.h"
 
+#include <cstring>
 #include <ostream>
 
 namespace tbScripts::test

@@ -1,0 +1,103 @@
+// Scripts that use up all memory fail; as soon as there is memory again the environment goes on.
+
+#include "support/EnvironmentFixture.h"
+#include "support/InterpreterCalls.h"
+
+#include <tbScripts/Script.h>
+
+#include <string>
+
+namespace tbScripts::test
+{
+
+using ::testing::ElementsAre;
+
+namespace
+{
+
+struct GreedyRow
+{
+    const char* name;
+    const char* sources;
+};
+
+std::ostream& operator<<(std::ostream& stream, const GreedyRow& row)
+{
+    return stream << row.name;
+}
+
+} // namespace
+
+class ScriptMemoryTest
+    : public LogFixture
+    , public ::testing::WithParamInterface<GreedyRow>
+{
+protected:
+    ScriptMemoryTest()
+    {
+        m_environment.setEnvironmentFor(INTERPRETER_LUA);
+        m_script.setName("greedy");
+        m_script.setTargetInterpreter(INTERPRETER_LUA);
+        m_script.setSources(GetParam().sources);
+        EXPECT_TRUE(m_script.load());
+    }
+
+    // Enough for loops to become hot and be compiled.
+    bool runShortOfMemory()
+    {
+        m_memory.refuseAfter(20000);
+        const bool hasSucceeded = m_environment.execute(m_script);
+        m_memory.allowAll();
+        return hasSucceeded;
+    }
+
+    StateMemory m_memory;
+    Environment m_environment;
+    Script m_script;
+};
+
+INSTANTIATE_TEST_SUITE_P(
+    Scripts,
+    ScriptMemoryTest,
+    ::testing::Values(
+        GreedyRow{"Tables", "local all = {} while true do all[#all + 1] = {} end"},
+        GreedyRow{"Fields", "local all = {} for i = 1, 1e9 do all['k' .. i] = i end"},
+        GreedyRow{"Texts", "local all = {} for i = 1, 1e9 do all[i % 9] = 'a' .. i end"},
+        GreedyRow{"Closures", "local f while true do local g = f f = function() return g end end"},
+        GreedyRow{
+            "Coroutines",
+            "local all = {} while true do all[#all + 1] = coroutine.create(print) end"},
+        GreedyRow{"LoadedCode", "while true do loadstring('return 1') end"},
+        GreedyRow{
+            "InterpretedLoop",
+            "jit.off() local all = {} for i = 1, 1e9 do all[i] = {i} end"},
+        GreedyRow{
+            "ProtectedCalls",
+            "while true do local ok, text = pcall(function() local t = {} for i = 1, 1e9 do"
+            " t[i] = {} end end) if not ok then error(text, 0) end end"}),
+    ::testing::PrintToStringParamName());
+
+TEST_P(ScriptMemoryTest, FailsWithTheCodeOfItsError)
+{
+    EXPECT_FALSE(runShortOfMemory());
+
+    const bool isCaughtByTheScript = std::string(GetParam().name) == "ProtectedCalls";
+    EXPECT_EQ(m_environment.getLastExecutionResult().code, isCaughtByTheScript ? 5 : 6);
+    EXPECT_THAT(
+        m_log.takeEntries(),
+        ElementsAre(LogEntry{
+            "Error while executing script 'greedy' : not enough memory", "LuaEnvironment"}));
+}
+
+TEST_P(ScriptMemoryTest, LeavesAUsableEnvironment)
+{
+    runShortOfMemory();
+    m_log.takeEntries();
+
+    m_environment.requestGarbageCollection();
+
+    EXPECT_TRUE(runScript(
+        m_environment, "local t = {} for i = 1, 1000 do t[i] = {i} end assert(t[1000][1] == 1000)"));
+}
+
+} // namespace tbScripts::test

@@ -1,0 +1,149 @@
+// Host functions are gone when the last finalisers of an environment run, but other code of the
+// host may be reached by them. Whatever it asks of the dying environment has no effect.
+
+#include "core/lua/LuaApi.h"
+#include "support/EnvironmentStateFixture.h"
+#include "support/GlobalOperations.h"
+
+#include <functional>
+#include <string>
+
+namespace tbScripts::test
+{
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+namespace
+{
+
+using Action = std::function<void(Environment&)>;
+
+int runAction(lua_State* state)
+{
+    const Action& action = *static_cast<const Action*>(lua_touserdata(state, lua_upvalueindex(1)));
+    action(*static_cast<Environment*>(lua_touserdata(state, lua_upvalueindex(2))));
+    return 0;
+}
+
+} // namespace
+
+class DyingEnvironmentFixture : public EnvironmentStateFixture
+{
+protected:
+    // Has a finaliser perform `action` when the globals go. Requires: `action` outlives that.
+    void finaliseBy(const Action& action)
+    {
+        lua_newuserdata(state(), 1);
+        lua_createtable(state(), 0, 1);
+        lua_pushlightuserdata(state(), const_cast<Action*>(&action));
+        lua_pushlightuserdata(state(), &environment());
+        lua_pushcclosure(state(), &runAction, 2);
+        lua_setfield(state(), -2, "__gc");
+        lua_setmetatable(state(), -2);
+        lua_setglobal(state(), "kept");
+    }
+};
+
+class DyingEnvironmentAccessTest
+    : public DyingEnvironmentFixture
+    , public ::testing::WithParamInterface<GlobalOperation>
+{
+};
+
+INSTANTIATE_TEST_SUITE_P(
+    Accesses,
+    DyingEnvironmentAccessTest,
+    ::testing::ValuesIn(allGlobalOperations()),
+    ::testing::PrintToStringParamName());
+
+TEST_P(DyingEnvironmentAccessTest, IsNeutralAndSilent)
+{
+    std::string answer;
+    const Action action = [&](Environment& dying)
+    { answer = GetParam().perform(dying, "_VERSION"); };
+    finaliseBy(action);
+
+    destroyEnvironment();
+
+    EXPECT_EQ(answer, GetParam().neutralAnswer);
+    EXPECT_THAT(m_log.takeEntries(), IsEmpty());
+}
+
+class DyingEnvironmentTest : public DyingEnvironmentFixture
+{
+};
+
+TEST_F(DyingEnvironmentTest, ExecutionIsRefused)
+{
+    bool isDone = true;
+    const Action action = [&](Environment& dying) { isDone = runScript(dying, "return 1"); };
+    finaliseBy(action);
+
+    destroyEnvironment();
+
+    EXPECT_FALSE(isDone);
+    EXPECT_THAT(m_log.takeEntries(), IsEmpty());
+}
+
+TEST_F(DyingEnvironmentTest, ScriptFunctionCallIsRefused)
+{
+    bool isDone = true;
+    run("function give() end");
+    const ScriptObjectReference give = environment().getScriptFunction("give");
+    const Action action = [&](Environment& dying)
+    {
+        Parameters outputs;
+        isDone = dying.callScriptFunction(give, {}, outputs);
+    };
+    finaliseBy(action);
+
+    destroyEnvironment();
+
+    EXPECT_FALSE(isDone);
+    EXPECT_THAT(m_log.takeEntries(), IsEmpty());
+}
+
+TEST_F(DyingEnvironmentTest, CollectionInsideTheLastCollectionDoesNothing)
+{
+    int calls = 0;
+    const Action action = [&](Environment& dying)
+    {
+        ++calls;
+        dying.requestGarbageCollection();
+    };
+    finaliseBy(action);
+
+    destroyEnvironment();
+
+    EXPECT_EQ(calls, 1);
+    EXPECT_THAT(m_log.takeEntries(), IsEmpty());
+}
+
+TEST_F(DyingEnvironmentTest, SwitchIsRefused)
+{
+    const Action action = [](Environment& dying) { dying.setEnvironmentFor(INTERPRETER_LUA); };
+    finaliseBy(action);
+
+    destroyEnvironment();
+
+    EXPECT_THAT(
+        m_log.takeEntries(),
+        ElementsAre(LogEntry{
+            "Environment 'world' is running a script. Its type can't be changed from inside.",
+            "Environment"}));
+}
+
+TEST_F(DyingEnvironmentTest, ReferencesCanStillBeReleased)
+{
+    run("list = {}");
+    auto list = std::make_unique<ScriptObjectReference>(environment().getVar("list"));
+    const Action action = [&list](Environment&) { list.reset(); };
+    finaliseBy(action);
+
+    destroyEnvironment();
+
+    EXPECT_EQ(list, nullptr);
+}
+
+} // namespace tbScripts::test

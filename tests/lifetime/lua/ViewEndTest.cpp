@@ -1,0 +1,237 @@
+// Views look at the interpreter's stack and end with the call that lent them.
+
+#include "bindings/lua/LuaInstanceBox.h"
+#include "environments/lua/LuaEnvironmentStrategy.h"
+#include "support/EnvironmentFixture.h"
+#include "support/InterpreterCalls.h"
+
+#include <tbScripts/Script.h>
+#include <tbScripts/ScriptObjectInterpreterReference.h>
+#include <tbScripts/ScriptObjectInterpreterView.h>
+#include <tbScripts/ScriptObjectView.h>
+
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace tbScripts::test
+{
+
+using ::testing::ElementsAre;
+
+class ViewEndTest : public LogFixture
+{
+protected:
+    ViewEndTest()
+        : m_strategy(std::make_unique<lua::LuaEnvironmentStrategy>(
+              std::make_shared<tbMemory::String>("world"), std::make_shared<ExecutionResult>()))
+    {
+        lua_State* const state = m_strategy->getHandle().get();
+        luaL_newmetatable(state, "Type");
+        lua::registerTypeTable(*m_strategy->getHandle().getSlot(), state, "Type");
+        lua_pop(state, 1);
+        m_strategy->setObject("thing", "Type", &m_object);
+    }
+
+    // Declares `take`, which gets an instance as a value that the script owns.
+    void declareTake(Function::Callable callable)
+    {
+        m_take = m_strategy->createFunction("take");
+        m_take->addParameter(PARAM_TYPE_USER_TYPE_OWNED, "Type");
+        m_take->setFunction(std::move(callable));
+    }
+
+    bool run(const std::string& sources)
+    {
+        Script script;
+        script.setTargetInterpreter(INTERPRETER_LUA);
+        script.setSources(sources);
+        return script.load() && m_strategy->execute(script);
+    }
+
+    static bool isEmpty(const ScriptObjectView& view)
+    {
+        return ScriptObjectReference(view).getInterpreterReference() == nullptr;
+    }
+
+    StateMemory m_memory;
+    int m_object = 0;
+    std::unique_ptr<lua::LuaEnvironmentStrategy> m_strategy;
+    std::unique_ptr<Function> m_take;
+    ScriptObjectView m_view;
+};
+
+TEST_F(ViewEndTest, ViewOfAParameterIsGoodDuringTheCall)
+{
+    bool isGood = false;
+    declareTake(
+        [&](const Parameters& parameters)
+        {
+            const ScriptObjectReference kept(parameters[0].getUserTypeView());
+            m_strategy->setVarObjectReference("kept", kept);
+            isGood = !isEmpty(parameters[0].getUserTypeView());
+            return FunctionParameter::VOID;
+        });
+
+    EXPECT_TRUE(run("take(thing) assert(kept == thing)"));
+
+    EXPECT_TRUE(isGood);
+}
+
+TEST_F(ViewEndTest, ViewThatIsKeptLooksAtNothingAfterwards)
+{
+    declareTake(
+        [&](const Parameters& parameters)
+        {
+            m_view = parameters[0].getUserTypeView();
+            return FunctionParameter::VOID;
+        });
+
+    EXPECT_TRUE(run("take(thing)"));
+
+    EXPECT_TRUE(isEmpty(m_view));
+    EXPECT_TRUE(isEmpty(ScriptObjectView(m_view)));
+}
+
+TEST_F(ViewEndTest, ViewThatIsKeptLooksAtNothingInALaterCall)
+{
+    bool isStale = false;
+    declareTake(
+        [&](const Parameters& parameters)
+        {
+            isStale = isEmpty(m_view);
+            m_view = parameters[0].getUserTypeView();
+            return FunctionParameter::VOID;
+        });
+
+    EXPECT_TRUE(run("take(thing) take(thing)"));
+
+    EXPECT_TRUE(isStale);
+}
+
+TEST_F(ViewEndTest, ViewStaysGoodOverOtherCallsInside)
+{
+    declareTake(
+        [&](const Parameters& parameters)
+        {
+            EXPECT_TRUE(run("local a, b, c, d = 1, 2, 3, 4 collectgarbage()"));
+            m_strategy->setVarInt("number", 12);
+            const ScriptObjectReference kept(parameters[0].getUserTypeView());
+            m_strategy->setVarObjectReference("kept", kept);
+            return FunctionParameter::VOID;
+        });
+
+    EXPECT_TRUE(run("take(thing) assert(kept == thing)"));
+}
+
+TEST_F(ViewEndTest, OuterViewIsReadInsideAnInnerCall)
+{
+    int depth = 0;
+    declareTake(
+        [&](const Parameters& parameters)
+        {
+            if (++depth == 1)
+            {
+                m_view = parameters[0].getUserTypeView();
+                EXPECT_TRUE(run("local a, b = 1, 2 take(thing) assert(kept == other)"));
+                return FunctionParameter::VOID;
+            }
+            m_strategy->setVarObjectReference("kept", ScriptObjectReference(m_view));
+            return FunctionParameter::VOID;
+        });
+    m_strategy->setObject("other", "Type", &m_object);
+
+    EXPECT_TRUE(run("take(other)"));
+
+    EXPECT_EQ(depth, 2);
+}
+
+TEST_F(ViewEndTest, ViewEndsWithACallThatFails)
+{
+    declareTake(
+        [&](const Parameters& parameters) -> FunctionParameter
+        {
+            m_view = parameters[0].getUserTypeView();
+            throw 7;
+        });
+
+    EXPECT_TRUE(run("pcall(take, thing)"));
+
+    EXPECT_TRUE(isEmpty(m_view));
+}
+
+TEST_F(ViewEndTest, ViewsAmongOutputsHaveEndedWhenTheCallReturns)
+{
+    EXPECT_TRUE(run("function give() return thing end"));
+    std::vector<FunctionParameter> outputs{
+        FunctionParameter::ofType(PARAM_TYPE_USER_TYPE_OWNED, "Type")};
+    Parameters outputView(outputs);
+
+    EXPECT_TRUE(
+        m_strategy->callScriptFunction(m_strategy->getScriptFunction("give"), {}, outputView));
+
+    EXPECT_EQ(outputs[0].getUserTypeObject(), &m_object);
+    EXPECT_TRUE(isEmpty(outputs[0].getUserTypeView()));
+}
+
+TEST_F(ViewEndTest, ViewOutlivesTheStateWithoutTouchingIt)
+{
+    declareTake(
+        [&](const Parameters& parameters)
+        {
+            m_view = parameters[0].getUserTypeView();
+            run("return 1"); // has the value kept in the registry
+            return FunctionParameter::VOID;
+        });
+    EXPECT_TRUE(run("take(thing)"));
+
+    m_take.reset();
+    m_strategy.reset();
+
+    EXPECT_TRUE(isEmpty(m_view));
+}
+
+TEST_F(ViewEndTest, CallInsideFailsIfTheViewCannotBeKept)
+{
+    std::size_t refusals = 0;
+    declareTake(
+        [&](const Parameters&)
+        {
+            m_memory.refuseAfter(0);
+            m_strategy->isVarSet("thing");
+            m_memory.allowAll();
+            refusals += m_memory.hasRefused() ? 1 : 0;
+            return FunctionParameter::VOID;
+        });
+    // Fills the registry, so that a further value makes it grow.
+    std::vector<ScriptObjectReference> fill;
+    for (int i = 0; i < 40; ++i)
+    {
+        fill.push_back(m_strategy->getVarObjectReference("thing"));
+        EXPECT_TRUE(run("take(thing)"));
+    }
+
+    const std::vector<LogEntry> entries = m_log.takeEntries();
+    EXPECT_GT(refusals, 0U);
+    EXPECT_EQ(entries.size(), refusals);
+    EXPECT_EQ(entries.at(0), (LogEntry{"not enough memory", "LuaEnvironment"}));
+}
+
+TEST_F(ViewEndTest, KeptValuesAreReleasedWithTheCall)
+{
+    declareTake(
+        [&](const Parameters&)
+        {
+            run("return 1");
+            return FunctionParameter::VOID;
+        });
+    EXPECT_TRUE(run("released = setmetatable({}, {__mode = 'v'}) released[1] = thing"
+                    " take(thing) thing = nil"));
+
+    m_strategy->requestGarbageCollection();
+
+    EXPECT_TRUE(run("assert(released[1] == nil)"));
+}
+
+} // namespace tbScripts::test
