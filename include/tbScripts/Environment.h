@@ -169,6 +169,8 @@ private:
     // interpreter runs, when its outermost call returns.
     void _dispose();
 
+    void _startStrategy(std::shared_ptr<EnvironmentStrategy> strategy, INTERPRETER interpreter);
+
     // Closes the interpreter, unless a copy shares it. Returns false if this object is gone.
     bool _endStrategy();
 
@@ -186,6 +188,7 @@ private:
     std::shared_ptr<EnvironmentBindings> m_bindings; // shared by copies
     std::shared_ptr<EnvironmentStrategy> m_strategy; // never null, shared by copies
     INTERPRETER m_interpreter;
+    ExecutionResult m_result; // written by whichever strategy serves
 
     // Expires with this object: scripts and the log receiver may destroy it during an operation.
     std::shared_ptr<const char> m_life;

@@ -17,11 +17,11 @@ namespace tbScripts
 Environment::Environment()
     : m_name(std::make_shared<tbMemory::String>())
     , m_bindings(std::make_shared<EnvironmentBindings>())
-    , m_strategy(
-          std::make_shared<DummyEnvironmentStrategy>(m_name, std::make_shared<ExecutionResult>()))
+    , m_strategy(std::make_shared<DummyEnvironmentStrategy>(m_name))
     , m_interpreter(INTERPRETER_UNKNOWN)
     , m_life(std::make_shared<const char>())
 {
+    m_strategy->addResult(m_result);
 }
 
 Environment::Environment(const Environment& other)
@@ -34,21 +34,26 @@ Environment::Environment(const Environment& other)
     , m_interpreter(other.m_interpreter)
     , m_life(std::make_shared<const char>())
 {
+    m_strategy->addResult(m_result);
 }
 
 Environment& Environment::operator=(const Environment& other)
 {
     if (this == &other)
         return *this;
-    *m_name = *other.m_name;
-    if (m_bindings != other.m_bindings || m_strategy != other.m_strategy)
+    const Environment source(other); // finalisers of what this one gives up may reach `other`
+    if (m_bindings == source.m_bindings && m_strategy == source.m_strategy)
+        m_strategy->removeResult(m_result);
+    else
         _dispose();
-    m_functions = other.m_functions;
-    m_userTypes = other.m_userTypes;
-    m_namespaces = other.m_namespaces;
-    m_bindings = other.m_bindings;
-    m_strategy = other.m_strategy;
-    m_interpreter = other.m_interpreter;
+    *m_name = *source.m_name;
+    m_functions = source.m_functions;
+    m_userTypes = source.m_userTypes;
+    m_namespaces = source.m_namespaces;
+    m_bindings = source.m_bindings;
+    m_strategy = source.m_strategy;
+    m_interpreter = source.m_interpreter;
+    m_strategy->addResult(m_result);
     return *this;
 }
 
@@ -69,7 +74,7 @@ void Environment::setName(const tbMemory::StringView& name)
 
 const ExecutionResult& Environment::getLastExecutionResult() const
 {
-    return m_strategy->getLastExecutionResult();
+    return m_result;
 }
 
 void Environment::setEnvironmentFor(INTERPRETER interpreter)
@@ -85,19 +90,15 @@ void Environment::setEnvironmentFor(INTERPRETER interpreter)
     if (!_endStrategy())
         return;
 
-    const EnvironmentStrategy::Result result = m_strategy->getSharedResult();
+    std::shared_ptr<lua::LuaEnvironmentStrategy> strategy;
     if (interpreter == INTERPRETER_LUA)
+        strategy = std::make_shared<lua::LuaEnvironmentStrategy>(m_name);
+    if (strategy && strategy->hasState())
     {
-        auto strategy = std::make_shared<lua::LuaEnvironmentStrategy>(m_name, result);
-        if (strategy->hasState())
-        {
-            m_strategy = std::move(strategy);
-            m_interpreter = INTERPRETER_LUA;
-            return;
-        }
+        _startStrategy(std::move(strategy), INTERPRETER_LUA);
+        return;
     }
-    m_strategy = std::make_shared<DummyEnvironmentStrategy>(m_name, result);
-    m_interpreter = INTERPRETER_UNKNOWN;
+    _startStrategy(std::make_shared<DummyEnvironmentStrategy>(m_name), INTERPRETER_UNKNOWN);
     LogManager::getInstance()->log(
         interpreter == INTERPRETER_LUA ? messages::NO_MEMORY_FOR_STATE
                                        : messages::ENVIRONMENT_TYPE_UNKNOWN,
@@ -228,8 +229,18 @@ Environment::deserializeScriptObject(const tbMemory::BufferView<unsigned char>& 
     return m_strategy->deserializeScriptObject(bytes);
 }
 
+void Environment::_startStrategy(
+    std::shared_ptr<EnvironmentStrategy> strategy, INTERPRETER interpreter)
+{
+    m_strategy->removeResult(m_result);
+    m_strategy = std::move(strategy);
+    m_interpreter = interpreter;
+    m_strategy->addResult(m_result);
+}
+
 void Environment::_dispose()
 {
+    m_strategy->removeResult(m_result);
     // Objects leave their registry before they go: what is asked for meanwhile is not found.
     m_functions.clear();
     m_userTypes.clear();

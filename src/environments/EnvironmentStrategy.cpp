@@ -1,27 +1,32 @@
 #include "environments/EnvironmentStrategy.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace tbScripts
 {
 
-EnvironmentStrategy::EnvironmentStrategy(Name environmentName, Result result)
+EnvironmentStrategy::EnvironmentStrategy(Name environmentName)
     : m_environmentName(std::move(environmentName))
-    , m_result(std::move(result))
 {
-    resetResult();
 }
 
 EnvironmentStrategy::~EnvironmentStrategy() = default;
 
 const ExecutionResult& EnvironmentStrategy::getLastExecutionResult() const
 {
-    return *m_result;
+    return m_lastResult;
 }
 
-const EnvironmentStrategy::Result& EnvironmentStrategy::getSharedResult() const
+void EnvironmentStrategy::addResult(ExecutionResult& result)
 {
-    return m_result;
+    result = m_lastResult;
+    m_shownIn.push_back(&result);
+}
+
+void EnvironmentStrategy::removeResult(ExecutionResult& result)
+{
+    m_shownIn.erase(std::remove(m_shownIn.begin(), m_shownIn.end(), &result), m_shownIn.end());
 }
 
 tbMemory::StringView EnvironmentStrategy::getEnvironmentName() const
@@ -31,16 +36,24 @@ tbMemory::StringView EnvironmentStrategy::getEnvironmentName() const
 
 void EnvironmentStrategy::resetResult()
 {
-    m_result->message.clear();
-    m_result->code = 0;
-    m_result->success = true;
+    m_lastResult.message.clear();
+    m_lastResult.code = 0;
+    m_lastResult.success = true;
+    _showResult();
 }
 
 void EnvironmentStrategy::setFailure(const tbMemory::StringView& message, std::int32_t code)
 {
-    m_result->message = message;
-    m_result->code = code;
-    m_result->success = false;
+    m_lastResult.message = message;
+    m_lastResult.code = code;
+    m_lastResult.success = false;
+    _showResult();
+}
+
+void EnvironmentStrategy::_showResult()
+{
+    for (ExecutionResult* const result : m_shownIn)
+        *result = m_lastResult;
 }
 
 } // namespace tbScripts

@@ -12,6 +12,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <vector>
 
 namespace tbScripts
 {
@@ -29,10 +30,8 @@ class EnvironmentStrategy
 {
 public:
     using Name = std::shared_ptr<const tbMemory::String>;
-    using Result = std::shared_ptr<ExecutionResult>;
 
-    /// Resets `result`, in which the outcome of runs and calls is kept from here on.
-    EnvironmentStrategy(Name environmentName, Result result);
+    explicit EnvironmentStrategy(Name environmentName);
 
     EnvironmentStrategy(const EnvironmentStrategy&) = delete;
     EnvironmentStrategy& operator=(const EnvironmentStrategy&) = delete;
@@ -98,7 +97,12 @@ public:
     virtual void putOff(std::function<void()> action) = 0;
 
     const ExecutionResult& getLastExecutionResult() const;
-    const Result& getSharedResult() const;
+
+    /// Has `result` show the last outcome, and each further one until it is removed again. Every
+    /// environment that shares this back-end keeps one, so that its address stays the same whatever
+    /// back-end it has.
+    void addResult(ExecutionResult& result);
+    void removeResult(ExecutionResult& result);
 
 protected:
     tbMemory::StringView getEnvironmentName() const;
@@ -107,8 +111,11 @@ protected:
     void setFailure(const tbMemory::StringView& message, std::int32_t code);
 
 private:
+    void _showResult();
+
     Name m_environmentName;
-    Result m_result; // the environment hands it on to its next back-end
+    ExecutionResult m_lastResult;
+    std::vector<ExecutionResult*> m_shownIn; // not owned; one for each environment
 };
 
 } // namespace tbScripts

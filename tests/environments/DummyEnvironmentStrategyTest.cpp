@@ -4,6 +4,8 @@
 
 #include "support/LogFixture.h"
 
+#include <tbScripts/Script.h>
+
 #include <memory>
 
 namespace tbScripts::test
@@ -15,8 +17,7 @@ using ::testing::IsEmpty;
 class DummyEnvironmentStrategyTest : public LogFixture
 {
 protected:
-    DummyEnvironmentStrategy m_strategy{
-        std::make_shared<const tbMemory::String>("limbo"), std::make_shared<ExecutionResult>()};
+    DummyEnvironmentStrategy m_strategy{std::make_shared<const tbMemory::String>("limbo")};
 };
 
 TEST_F(DummyEnvironmentStrategyTest, ClearsGlobalsSilently)
@@ -50,20 +51,55 @@ TEST_F(DummyEnvironmentStrategyTest, GivesNoNamespace)
             "Environment"}));
 }
 
-TEST(EnvironmentStrategyTest, ResetsTheResultItIsGiven)
+class EnvironmentStrategyResultTest : public LogFixture
 {
-    const auto result = std::make_shared<ExecutionResult>();
-    result->message = "boom";
-    result->code = 5;
-    result->success = false;
+protected:
+    EnvironmentStrategyResultTest()
+    {
+        m_strategy.execute(Script()); // fails: there is no interpreter
+        m_log.takeEntries();
+    }
 
-    const DummyEnvironmentStrategy strategy(
-        std::make_shared<const tbMemory::String>("limbo"), result);
+    DummyEnvironmentStrategy m_strategy{std::make_shared<const tbMemory::String>("limbo")};
+};
 
-    EXPECT_EQ(&strategy.getLastExecutionResult(), result.get());
-    EXPECT_EQ(result->message, "");
-    EXPECT_EQ(result->code, 0);
-    EXPECT_TRUE(result->success);
+TEST_F(EnvironmentStrategyResultTest, ShowsTheLastOutcomeToAResultThatIsAddedLater)
+{
+    ExecutionResult result;
+
+    m_strategy.addResult(result);
+
+    EXPECT_EQ(result.code, 2);
+    EXPECT_FALSE(result.success);
+}
+
+TEST_F(EnvironmentStrategyResultTest, ShowsEachOutcomeToAllResults)
+{
+    ExecutionResult first;
+    ExecutionResult second;
+    m_strategy.addResult(first);
+    m_strategy.addResult(second);
+    first = ExecutionResult();
+    second = ExecutionResult();
+
+    m_strategy.execute(Script());
+    m_log.takeEntries();
+
+    EXPECT_EQ(first.code, 2);
+    EXPECT_EQ(second.code, 2);
+}
+
+TEST_F(EnvironmentStrategyResultTest, LeavesARemovedResultAlone)
+{
+    ExecutionResult result;
+    m_strategy.addResult(result);
+    m_strategy.removeResult(result);
+    result = ExecutionResult();
+
+    m_strategy.execute(Script());
+    m_log.takeEntries();
+
+    EXPECT_EQ(result.code, 0);
 }
 
 } // namespace tbScripts::test

@@ -49,6 +49,30 @@ TEST_F(EnvironmentCopyTest, SharesTheResult)
         lastOutcome(*m_copy), Outcome(5, false, "Error while executing script 'test' : boom"));
 }
 
+TEST_F(EnvironmentCopyTest, SwitchResetsTheResultOfTheSwitchedOneOnly)
+{
+    runExpectingError("error('boom', 0)");
+
+    environment().setEnvironmentFor(INTERPRETER_LUA);
+
+    EXPECT_EQ(lastOutcome(environment()), Outcome(0, true, ""));
+    EXPECT_EQ(
+        lastOutcome(*m_copy), Outcome(5, false, "Error while executing script 'test' : boom"));
+}
+
+TEST_F(EnvironmentCopyTest, ResultStaysInItsPlaceThroughAnAssignment)
+{
+    Environment other;
+    const ExecutionResult& result = other.getLastExecutionResult();
+
+    other = environment();
+    m_log.takeEntries(); // of the end of what it had
+    runExpectingError("error('boom', 0)");
+
+    EXPECT_EQ(&other.getLastExecutionResult(), &result);
+    EXPECT_EQ(result.message, "Error while executing script 'test' : boom");
+}
+
 TEST_F(EnvironmentCopyTest, StartsWithTheNameOfItsSource)
 {
     EXPECT_EQ(m_copy->getName(), "world");

@@ -28,9 +28,7 @@ class RecordingStrategy final : public EnvironmentStrategy
 {
 public:
     explicit RecordingStrategy(Steps& steps)
-        : EnvironmentStrategy(
-              std::make_shared<const tbMemory::String>("world"),
-              std::make_shared<ExecutionResult>())
+        : EnvironmentStrategy(std::make_shared<const tbMemory::String>("world"))
         , m_steps(steps)
     {
     }

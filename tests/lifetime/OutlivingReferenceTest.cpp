@@ -1,7 +1,6 @@
 // References that outlive what they refer to: used in every way afterwards they are empty.
 
 #include "support/EnvironmentFixture.h"
-#include "support/Sanitizers.h"
 
 #include <tbScripts/ScriptObjectInterpreterReference.h>
 
@@ -259,12 +258,11 @@ protected:
                 m_global = environment().getVar("shared");
                 return FunctionParameter::VOID;
             });
-        environment().setVar("count", repetitions(20000));
         run("shared = {7} coroutine.wrap(function()"
             "  local t = {5} give(function() return t[1] end, t) "
             "end)() "
             "collectgarbage() collectgarbage()"
-            "for i = 1, count do coroutine.wrap(function(n) return n * 2 end)(i) end "
+            "for i = 1, 20000 do coroutine.wrap(function(n) return n * 2 end)(i) end "
             "collectgarbage()");
     }
 

@@ -310,9 +310,11 @@ bool LuaCallBridge::_pushOriginal(const FunctionParameter& parameter) const
         static_cast<const LuaScriptObjectInterpreterView*>(parameter.m_storage.userType.view.get());
     if (!view || !view->pushValue(m_state))
         return false;
-    const LuaInstance instance = instanceAt(m_scope.getSlot(), m_state, -1);
-    if (instance.box && instance.box->gcEnabled &&
-        instance.box->object == parameter.getUserTypeObject())
+    const LuaInstance instance = boxAt(m_scope.getSlot(), m_state, -1);
+    // A dead one too: its object was destroyed meanwhile, and a new box would do that again.
+    if (instance.box &&
+        (instance.box->isDestroyed ||
+         (instance.box->gcEnabled && instance.box->object == parameter.getUserTypeObject())))
         return true;
     lua_pop(m_state, 1);
     return false;

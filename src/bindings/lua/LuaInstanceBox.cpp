@@ -10,27 +10,6 @@ namespace tbScripts::lua
 namespace
 {
 
-// Returns the box at `index` if a type of ours made it, whether or not its object still lives.
-LuaInstance anyInstanceAt(const LuaStateSlot& slot, lua_State* state, int index)
-{
-    LuaInstance instance{nullptr, tbMemory::StringView()};
-    if (lua_type(state, index) != LUA_TUSERDATA || lua_objlen(state, index) != INSTANCE_BOX_SIZE)
-        return instance;
-    void* const block = lua_touserdata(state, index);
-    if (!lua_getmetatable(state, index))
-        return instance;
-    lua_rawgeti(state, LUA_REGISTRYINDEX, slot.typeTablesKey);
-    lua_insert(state, -2);
-    lua_rawget(state, -2);
-    if (lua_type(state, -1) == LUA_TSTRING)
-    {
-        instance.box = static_cast<LuaInstanceBox*>(block);
-        instance.typeName = textAt(state, -1);
-    }
-    lua_pop(state, 2);
-    return instance;
-}
-
 // Stack: +1, the table of the user type `typeName`, or nil if there is no such type.
 void pushTypeTable(const LuaStateSlot& slot, lua_State* state, const tbMemory::StringView& typeName)
 {
@@ -65,9 +44,29 @@ void registerTypeTable(
     lua_pop(state, 1);
 }
 
+LuaInstance boxAt(const LuaStateSlot& slot, lua_State* state, int index)
+{
+    LuaInstance instance{nullptr, tbMemory::StringView()};
+    if (lua_type(state, index) != LUA_TUSERDATA || lua_objlen(state, index) != INSTANCE_BOX_SIZE)
+        return instance;
+    void* const block = lua_touserdata(state, index);
+    if (!lua_getmetatable(state, index))
+        return instance;
+    lua_rawgeti(state, LUA_REGISTRYINDEX, slot.typeTablesKey);
+    lua_insert(state, -2);
+    lua_rawget(state, -2);
+    if (lua_type(state, -1) == LUA_TSTRING)
+    {
+        instance.box = static_cast<LuaInstanceBox*>(block);
+        instance.typeName = textAt(state, -1);
+    }
+    lua_pop(state, 2);
+    return instance;
+}
+
 LuaInstance instanceAt(const LuaStateSlot& slot, lua_State* state, int index)
 {
-    const LuaInstance instance = anyInstanceAt(slot, state, index);
+    const LuaInstance instance = boxAt(slot, state, index);
     if (instance.box && instance.box->isDestroyed)
         return LuaInstance{nullptr, tbMemory::StringView()};
     return instance;
@@ -92,7 +91,7 @@ void* untypedObjectAt(const LuaStateSlot& slot, lua_State* state, int index)
 {
     if (lua_type(state, index) != LUA_TUSERDATA || lua_objlen(state, index) < sizeof(void*))
         return nullptr;
-    const LuaInstance instance = anyInstanceAt(slot, state, index);
+    const LuaInstance instance = boxAt(slot, state, index);
     if (instance.box && instance.box->isDestroyed)
         return nullptr;
     void* object = nullptr;

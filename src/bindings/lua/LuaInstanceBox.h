@@ -38,6 +38,10 @@ struct LuaInstance
 void registerTypeTable(
     const LuaStateSlot& slot, lua_State* state, const tbMemory::StringView& fullName);
 
+/// Returns the box at `index` whether or not its object still lives; without box if the value there
+/// is none of ours. Never raises.
+LuaInstance boxAt(const LuaStateSlot& slot, lua_State* state, int index);
+
 /// Returns the instance at `index`; without box if the value there is none of ours, or if its
 /// object was destroyed. Never raises.
 LuaInstance instanceAt(const LuaStateSlot& slot, lua_State* state, int index);

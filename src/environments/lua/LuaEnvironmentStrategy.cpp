@@ -41,8 +41,8 @@ bool isFunctionType(int luaType)
 
 } // namespace
 
-LuaEnvironmentStrategy::LuaEnvironmentStrategy(Name environmentName, Result result)
-    : EnvironmentStrategy(std::move(environmentName), std::move(result))
+LuaEnvironmentStrategy::LuaEnvironmentStrategy(Name environmentName)
+    : EnvironmentStrategy(std::move(environmentName))
     , m_handle(LuaStateHandle::open())
 {
 }

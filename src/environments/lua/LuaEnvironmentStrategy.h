@@ -17,7 +17,7 @@ namespace tbScripts::lua
 class LuaEnvironmentStrategy final : public EnvironmentStrategy
 {
 public:
-    LuaEnvironmentStrategy(Name environmentName, Result result);
+    explicit LuaEnvironmentStrategy(Name environmentName);
     ~LuaEnvironmentStrategy() override;
 
     /// Returns whether there was memory for a state.

@@ -83,8 +83,7 @@ TEST_P(UserTypeKindAllocationTest, HostFunctionWithoutDeclaredTypeNeedsNone)
 
 TEST_P(UserTypeKindAllocationTest, ScriptCallWithInstancesNeedsNone)
 {
-    lua::LuaEnvironmentStrategy strategy(
-        std::make_shared<tbMemory::String>("world"), std::make_shared<ExecutionResult>());
+    lua::LuaEnvironmentStrategy strategy(std::make_shared<tbMemory::String>("world"));
     lua_State* const inner = strategy.getHandle().get();
     luaL_newmetatable(inner, "Enemy");
     lua::registerTypeTable(*strategy.getHandle().getSlot(), inner, "Enemy");

@@ -67,6 +67,14 @@ protected:
         return *box;
     }
 
+    /// Marks the box in global `name` as the finaliser of a type does.
+    void destroyObjectOf(const char* name)
+    {
+        lua_getglobal(state(), name);
+        static_cast<lua::LuaInstanceBox*>(lua_touserdata(state(), -1))->isDestroyed = true;
+        lua_pop(state(), 1);
+    }
+
     Unit m_enemy;
     Unit m_player;
     int m_calls = 0;
@@ -329,6 +337,22 @@ TEST_F(UserTypeParameterTest, OwnedValueOfADeclarationWithoutNameReturnedIsTheSa
 {
     declare("pass", [](const Parameters& parameters) { return parameters[0]; })
         .addParameter(PARAM_TYPE_USER_TYPE_OWNED);
+
+    run("isSame = pass(enemy) == enemy");
+
+    EXPECT_EQ(global("isSame"), "true");
+}
+
+TEST_F(UserTypeParameterTest, OwnedValueThatDiedDuringTheCallIsReturnedWithoutASecondOwner)
+{
+    declare(
+        "pass",
+        [this](const Parameters& parameters)
+        {
+            destroyObjectOf("enemy");
+            return parameters[0];
+        })
+        .addParameter(PARAM_TYPE_USER_TYPE_OWNED, "Enemy");
 
     run("isSame = pass(enemy) == enemy");
 

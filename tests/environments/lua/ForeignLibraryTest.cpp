@@ -14,9 +14,7 @@ class ForeignLibraryTest : public LogFixture
 {
 protected:
     ForeignLibraryTest()
-        : m_strategy(
-              std::make_shared<const tbMemory::String>("world"),
-              std::make_shared<ExecutionResult>())
+        : m_strategy(std::make_shared<const tbMemory::String>("world"))
     {
     }
 

@@ -18,9 +18,7 @@ class LuaEnvironmentMemoryTest : public LogFixture
 {
 protected:
     LuaEnvironmentMemoryTest()
-        : m_strategy(
-              std::make_shared<const tbMemory::String>("world"),
-              std::make_shared<ExecutionResult>())
+        : m_strategy(std::make_shared<const tbMemory::String>("world"))
         , m_allocator(m_strategy.getHandle().get())
     {
     }

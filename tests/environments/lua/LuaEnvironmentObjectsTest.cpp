@@ -16,9 +16,7 @@ class LuaEnvironmentObjectsTest : public LogFixture
 {
 protected:
     LuaEnvironmentObjectsTest()
-        : m_strategy(
-              std::make_shared<const tbMemory::String>("world"),
-              std::make_shared<ExecutionResult>())
+        : m_strategy(std::make_shared<const tbMemory::String>("world"))
     {
         declareType("T");
         declareType("Other");

@@ -22,8 +22,7 @@ class LuaEnvironmentStrategyTest : public LogFixture
 protected:
     LuaEnvironmentStrategyTest()
         : m_strategy(std::make_unique<lua::LuaEnvironmentStrategy>(
-              std::make_shared<const tbMemory::String>("world"),
-              std::make_shared<ExecutionResult>()))
+              std::make_shared<const tbMemory::String>("world")))
     {
     }
 

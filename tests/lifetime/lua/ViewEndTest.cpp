@@ -25,7 +25,7 @@ class ViewEndTest : public LogFixture
 protected:
     ViewEndTest()
         : m_strategy(std::make_unique<lua::LuaEnvironmentStrategy>(
-              std::make_shared<tbMemory::String>("world"), std::make_shared<ExecutionResult>()))
+              std::make_shared<tbMemory::String>("world")))
     {
         lua_State* const state = m_strategy->getHandle().get();
         luaL_newmetatable(state, "Type");
