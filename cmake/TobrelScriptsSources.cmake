@@ -104,6 +104,8 @@ set(TOBREL_SCRIPTS_DEMO
 set(TOBREL_SCRIPTS_TEST_SUPPORT
     tests/support/AllocationCounter.cpp
     tests/support/AllocationCounter.h
+    tests/support/CallContextFixture.cpp
+    tests/support/CallContextFixture.h
     tests/support/CountedObject.cpp
     tests/support/CountedObject.h
     tests/support/EnvironmentFixture.cpp
@@ -111,6 +113,9 @@ set(TOBREL_SCRIPTS_TEST_SUPPORT
     tests/support/Execution.h
     tests/support/FakeScriptObjects.cpp
     tests/support/FakeScriptObjects.h
+    tests/support/Farewell.h
+    tests/support/GlobalOperations.cpp
+    tests/support/GlobalOperations.h
     tests/support/LogFixture.cpp
     tests/support/LogFixture.h
     tests/support/ParameterKinds.cpp
@@ -120,13 +125,20 @@ set(TOBREL_SCRIPTS_TEST_SUPPORT
     tests/support/RecordingLogger.cpp
     tests/support/RecordingLogger.h
     tests/support/RowName.h
+    tests/support/Sanitizers.h
     tests/support/ScriptFixture.cpp
     tests/support/ScriptFixture.h
+    tests/support/SmallStackThread.cpp
+    tests/support/SmallStackThread.h
     tests/support/TeardownFixture.cpp
     tests/support/TeardownFixture.h)
 set(TOBREL_SCRIPTS_INTERNAL_TEST_SUPPORT
+    tests/support/EnvironmentStateFixture.cpp
+    tests/support/EnvironmentStateFixture.h
     tests/support/InjectedAllocator.cpp
     tests/support/InjectedAllocator.h
+    tests/support/InterpreterCalls.cpp
+    tests/support/InterpreterCalls.h
     tests/support/LuaCallBridgeFixture.cpp
     tests/support/LuaCallBridgeFixture.h
     tests/support/LuaFunctionFixture.cpp
@@ -170,6 +182,26 @@ set(TOBREL_SCRIPTS_PUBLIC_TESTS
     tests/environments/EnvironmentTest.cpp
     tests/environments/ScriptFunctionCallTest.cpp
     tests/environments/ScriptFunctionOutputTest.cpp
+    tests/faults/AggressiveCollectorTest.cpp
+    tests/faults/CallDepthTest.cpp
+    tests/faults/DeepSourceTest.cpp
+    tests/faults/HostExceptionTest.cpp
+    tests/faults/LogReceiverTest.cpp
+    tests/faults/NoMemoryDeathTest.cpp
+    tests/faults/ProxyGlobalsTest.cpp
+    tests/faults/RaisingFinaliserTest.cpp
+    tests/faults/ScriptErrorTest.cpp
+    tests/faults/StackLimitTest.cpp
+    tests/faults/StrictGlobalsTest.cpp
+    tests/faults/ThreadEndTest.cpp
+    tests/lifetime/CallableEndTest.cpp
+    tests/lifetime/CoroutineCallTest.cpp
+    tests/lifetime/EnvironmentEndTest.cpp
+    tests/lifetime/InterpreterSwitchTest.cpp
+    tests/lifetime/OutlivingReferenceTest.cpp
+    tests/lifetime/RunningScriptTest.cpp
+    tests/lifetime/StorageOrderTest.cpp
+    tests/lifetime/TeardownTest.cpp
     tests/scripts/ScriptCompilationTest.cpp
     tests/scripts/ScriptCopyTest.cpp
     tests/scripts/ScriptDeclarationTest.cpp
@@ -177,9 +209,13 @@ set(TOBREL_SCRIPTS_PUBLIC_TESTS
     tests/scripts/ScriptMemoryTest.cpp
     tests/scripts/ScriptSourcesTest.cpp
     tests/scripts/ScriptTest.cpp
+    tests/support/CallContextFixtureTest.cpp
     tests/support/ExecutionTest.cpp
     tests/support/FakeScriptObjectsTest.cpp
+    tests/support/FarewellTest.cpp
+    tests/support/GlobalOperationsTest.cpp
     tests/support/ReactingLoggerTest.cpp
+    tests/support/SmallStackThreadTest.cpp
     tests/support/SupportTest.cpp
     tests/support/TeardownFixtureTest.cpp)
 set(TOBREL_SCRIPTS_INTERNAL_TESTS
@@ -208,8 +244,17 @@ set(TOBREL_SCRIPTS_INTERNAL_TESTS
     tests/environments/lua/LuaEnvironmentMemoryTest.cpp
     tests/environments/lua/LuaEnvironmentObjectsTest.cpp
     tests/environments/lua/LuaEnvironmentStrategyTest.cpp
+    tests/faults/lua/AllocationFailureTest.cpp
+    tests/faults/lua/ExhaustedMemoryTest.cpp
+    tests/faults/lua/InterpreterCostTest.cpp
+    tests/faults/lua/OpeningFailureTest.cpp
+    tests/faults/lua/StackHeightTest.cpp
+    tests/lifetime/lua/DyingEnvironmentTest.cpp
+    tests/lifetime/lua/ViewEndTest.cpp
     tests/scripts/lua/LuaScriptStrategyTest.cpp
+    tests/support/EnvironmentStateFixtureTest.cpp
     tests/support/InternalSupportTest.cpp
+    tests/support/InterpreterCallsTest.cpp
     tests/support/LuaFunctionFixtureTest.cpp)
 set(TOBREL_PLATFORM_TESTS
     tests/platform/BufferCastTest.cpp

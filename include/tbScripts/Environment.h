@@ -137,7 +137,8 @@ public:
     /// outputs beyond the results stay as they are. A result of another kind is logged (tag
     /// "LuaEnvironmentStrategy"), leaves its output and all later ones as they were, and is no
     /// failure of the call.
-    /// On failure: logged; `getLastExecutionResult` says why; the outputs stay as they are.
+    /// On failure: logged; `getLastExecutionResult` says why; the outputs stay as they are, unless
+    /// memory runs out while they are read.
     bool callScriptFunction(
         const ScriptObjectReference& function,
         const tbMemory::BufferView<FunctionParameter>& inputs,
@@ -154,7 +155,8 @@ public:
     ///
     /// A name declared before is logged, and its function is returned as new; if it was made for
     /// an earlier interpreter it is installed in the present one.
-    /// On failure: null without interpreter, or if the global cannot be set.
+    /// On failure: a new name gives null without interpreter, or if the global cannot be set; it
+    /// counts as declared all the same. A name declared before gives the function that it has.
     /// Ownership: the environment's. Valid until: the environment is destroyed.
     Function* setFunc(const tbMemory::StringView& name);
 
@@ -166,8 +168,10 @@ public:
 
 private:
     // Gives up interpreter and bindings; the last holder tears them down, at once or, while the
-    // interpreter runs, when its outermost call returns.
-    void _dispose();
+    // interpreter runs, when its outermost call returns. Returns false if this object is gone: what
+    // the teardown runs may have destroyed it.
+    bool _dispose();
+    void _disposeOnce();
 
     void _startStrategy(std::shared_ptr<EnvironmentStrategy> strategy, INTERPRETER interpreter);
 

@@ -58,7 +58,7 @@ public:
     /// Returns the kind of the value, `PARAM_TYPE_VOID` for an empty handle.
     FUNCTION_PARAMETER_TYPE getType() const;
 
-    /// Returns how many handles share the value; 1 right after a view was assigned.
+    /// Returns how many handles share the value. Counted anew from 1 after a view was assigned.
     std::uint32_t getUseCount() const;
 
 private:

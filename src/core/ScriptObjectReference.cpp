@@ -135,7 +135,7 @@ void ScriptObjectReference::_release() noexcept
 {
     if (m_block == &PERMANENT_BLOCK)
         return;
-    if (m_block->useCount > 0)
+    if (m_block->useCount > 1)
         --m_block->useCount;
     if (--m_block->holders > 0)
         return;

@@ -44,8 +44,8 @@ Environment& Environment::operator=(const Environment& other)
     const Environment source(other); // finalisers of what this one gives up may reach `other`
     if (m_bindings == source.m_bindings && m_strategy == source.m_strategy)
         m_strategy->removeResult(m_result);
-    else
-        _dispose();
+    else if (!_dispose())
+        return *this;
     *m_name = *source.m_name;
     m_functions = source.m_functions;
     m_userTypes = source.m_userTypes;
@@ -238,22 +238,42 @@ void Environment::_startStrategy(
     m_strategy->addResult(m_result);
 }
 
-void Environment::_dispose()
+bool Environment::_dispose()
+{
+    const std::weak_ptr<const char> life = m_life;
+    while (m_bindings) // again if what runs meanwhile assigns to this environment
+    {
+        _disposeOnce();
+        if (life.expired())
+            return false;
+    }
+    return true;
+}
+
+void Environment::_disposeOnce()
 {
     m_strategy->removeResult(m_result);
     // Objects leave their registry before they go: what is asked for meanwhile is not found.
     m_functions.clear();
     m_userTypes.clear();
     m_namespaces.clear();
-    if (!m_strategy->isRunning())
+    std::shared_ptr<EnvironmentBindings> bindings = std::move(m_bindings);
+
+    // The strategy stays in its place: finalisers that call this environment find one that refuses.
+    // Held beside that, because they may destroy this environment.
+    const bool isLastOfStrategy = m_strategy.use_count() == 1;
+    const std::shared_ptr<EnvironmentStrategy> strategy = m_strategy;
+    if (!strategy->isRunning())
     {
-        // In place: finalisers that call this environment find a strategy that refuses.
-        releaseShares(m_strategy, m_bindings);
+        releaseShares(*strategy, isLastOfStrategy, std::move(bindings));
         return;
     }
-    EnvironmentStrategy& running = *m_strategy;
-    running.putOff([strategy = std::move(m_strategy), bindings = std::move(m_bindings)]() mutable
-                   { releaseShares(strategy, bindings); });
+    strategy->putOff(
+        [held = strategy, bindings = std::move(bindings)]() mutable
+        {
+            releaseShares(*held, held.use_count() == 1, std::move(bindings));
+            held.reset();
+        });
 }
 
 bool Environment::_endStrategy()

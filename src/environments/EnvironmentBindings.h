@@ -17,11 +17,13 @@ struct EnvironmentBindings
     std::vector<std::unique_ptr<Function>> functions;
 };
 
-/// Gives up one environment's share of its interpreter and bindings, and empties both pointers.
+/// Takes down what one environment gives up: everything, in its order, if `bindings` is the last
+/// share of the bindings; else only the interpreter, if no other environment has it.
 ///
-/// The last share of the bindings takes everything down, in its order; a last share of only the
-/// interpreter closes that.
+/// Requires: the caller holds `strategy`. What runs meanwhile may destroy the environment.
 void releaseShares(
-    std::shared_ptr<EnvironmentStrategy>& strategy, std::shared_ptr<EnvironmentBindings>& bindings);
+    EnvironmentStrategy& strategy,
+    bool isLastOfStrategy,
+    std::shared_ptr<EnvironmentBindings> bindings);
 
 } // namespace tbScripts

@@ -40,6 +40,8 @@ Function* Environment::setFunc(const tbMemory::StringView& name)
     if (!function)
         return _declareFunc(name);
     function->reset();
+    if (life.expired())
+        return nullptr; // the end of the old callable has
     m_strategy->installFunction(*function);
     return life.expired() ? nullptr : function;
 }

@@ -33,19 +33,14 @@ void tearDown(EnvironmentStrategy& strategy, EnvironmentBindings& bindings)
 } // namespace
 
 void releaseShares(
-    std::shared_ptr<EnvironmentStrategy>& strategy, std::shared_ptr<EnvironmentBindings>& bindings)
+    EnvironmentStrategy& strategy,
+    bool isLastOfStrategy,
+    std::shared_ptr<EnvironmentBindings> bindings)
 {
     if (bindings.use_count() == 1)
-    {
-        // Held: what runs meanwhile may assign to the environment and so replace both.
-        const std::shared_ptr<EnvironmentStrategy> heldStrategy = strategy;
-        const std::shared_ptr<EnvironmentBindings> heldBindings = bindings;
-        tearDown(*heldStrategy, *heldBindings);
-    }
-    else if (strategy.use_count() == 1)
-        strategy->shutDown();
-    bindings.reset();
-    strategy.reset();
+        tearDown(strategy, *bindings);
+    else if (isLastOfStrategy)
+        strategy.shutDown();
 }
 
 } // namespace tbScripts

@@ -201,6 +201,18 @@ TEST_F(ScriptObjectReferenceViewTest, ViewsAssignedOneAfterTheOtherReleaseEachVa
     EXPECT_EQ(other.getInterpreterReference(), view().getLastReference());
 }
 
+TEST_F(ScriptObjectReferenceViewTest, HolderThatStaysBehindCountsAsOne)
+{
+    ScriptObjectReference staying;
+    FakeView view;
+    {
+        ScriptObjectReference going(staying);
+        going = ScriptObjectView(&view);
+    }
+
+    EXPECT_EQ(staying.getUseCount(), 1U);
+}
+
 TEST_F(ScriptObjectReferenceViewTest, HolderMayTakeAnotherValueAfterwards)
 {
     ScriptObjectReference reference(new FakeReference());

@@ -2,9 +2,11 @@
 
 #include "support/EnvironmentFixture.h"
 #include "support/Execution.h"
+#include "support/ReactingLogger.h"
 
 #include <memory>
 #include <optional>
+#include <utility>
 
 namespace tbScripts::test
 {
@@ -427,5 +429,22 @@ INSTANTIATE_TEST_SUITE_P(
         LibraryRow{"Jit", "jit.version"},
         LibraryRow{"Ffi", "require('ffi').new"}),
     [](const auto& row) { return std::string(row.param.name); });
+
+TEST_F(EnvironmentExecutionTest, ReceiverThatRunsAScriptLeavesNoTraceInTheResultItIsToldOf)
+{
+    bool isReacting = false;
+    const ReactingLogger receiver(
+        [&]
+        {
+            if (!std::exchange(isReacting, true))
+                runScript(environment(), "return 1");
+        });
+
+    runScript(environment(), "error('boom', 0)");
+
+    EXPECT_EQ(
+        lastOutcome(environment()),
+        Outcome(5, false, "Error while executing script 'test' : boom"));
+}
 
 } // namespace tbScripts::test

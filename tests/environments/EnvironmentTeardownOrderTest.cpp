@@ -9,6 +9,7 @@
 
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace tbScripts::test
@@ -144,6 +145,13 @@ protected:
         m_bindings->functions.push_back(std::make_unique<RecordingFunction>(m_steps));
     }
 
+    // Gives the shares up as an environment does at its end.
+    void release()
+    {
+        releaseShares(*m_strategy, m_strategy.use_count() == 1, std::move(m_bindings));
+        m_strategy.reset();
+    }
+
     Steps m_steps;
     std::shared_ptr<EnvironmentStrategy> m_strategy;
     std::shared_ptr<EnvironmentBindings> m_bindings;
@@ -151,7 +159,7 @@ protected:
 
 TEST_F(EnvironmentTeardownOrderTest, LastSharesGoStepByStep)
 {
-    releaseShares(m_strategy, m_bindings);
+    release();
 
     EXPECT_THAT(
         m_steps,
@@ -163,8 +171,6 @@ TEST_F(EnvironmentTeardownOrderTest, LastSharesGoStepByStep)
             "collected",
             "closed",
             "back-end gone"));
-    EXPECT_EQ(m_strategy, nullptr);
-    EXPECT_EQ(m_bindings, nullptr);
 }
 
 TEST_F(EnvironmentTeardownOrderTest, SharesOfACopyGoWithoutAStep)
@@ -172,7 +178,7 @@ TEST_F(EnvironmentTeardownOrderTest, SharesOfACopyGoWithoutAStep)
     const std::shared_ptr<EnvironmentStrategy> strategy = m_strategy;
     const std::shared_ptr<EnvironmentBindings> bindings = m_bindings;
 
-    releaseShares(m_strategy, m_bindings);
+    release();
 
     EXPECT_THAT(m_steps, IsEmpty());
     EXPECT_EQ(bindings->functions.size(), 2U);
@@ -183,7 +189,7 @@ TEST_F(EnvironmentTeardownOrderTest, LastShareOfOnlyTheInterpreterClosesIt)
 {
     const std::shared_ptr<EnvironmentBindings> bindings = m_bindings;
 
-    releaseShares(m_strategy, m_bindings);
+    release();
 
     EXPECT_THAT(m_steps, ElementsAre("closed", "back-end gone"));
 }
@@ -196,7 +202,7 @@ TEST_F(EnvironmentTeardownOrderTest, FunctionsHaveLeftTheListWhenTheyGo)
         [look = std::shared_ptr<void>(nullptr, [&](void*) { left = bindings.functions.size(); })](
             const tbMemory::BufferView<FunctionParameter>&) { return FunctionParameter::VOID; });
 
-    releaseShares(m_strategy, m_bindings);
+    release();
 
     EXPECT_EQ(left, 0U);
 }

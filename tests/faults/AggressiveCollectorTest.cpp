@@ -24,9 +24,8 @@ std::ostream& operator<<(std::ostream& stream, COLLECTOR collector)
     return stream << (collector == COLLECTOR::AS_USUAL ? "AsUsual" : "Aggressive");
 }
 
-class AggressiveCollectorTest
-    : public EnvironmentFixture
-    , public ::testing::WithParamInterface<COLLECTOR>
+class AggressiveCollectorTest : public EnvironmentFixture,
+                                public ::testing::WithParamInterface<COLLECTOR>
 {
 protected:
     AggressiveCollectorTest()

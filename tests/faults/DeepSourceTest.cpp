@@ -29,9 +29,7 @@ std::ostream& operator<<(std::ostream& stream, const NestingRow& row)
 
 } // namespace
 
-class DeepSourceTest
-    : public LogFixture
-    , public ::testing::WithParamInterface<NestingRow>
+class DeepSourceTest : public LogFixture, public ::testing::WithParamInterface<NestingRow>
 {
 };
 

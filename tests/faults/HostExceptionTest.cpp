@@ -58,9 +58,7 @@ std::vector<ThrownRow> allThrown()
 
 } // namespace
 
-class ThrownByHostTest
-    : public EnvironmentFixture
-    , public ::testing::WithParamInterface<ThrownRow>
+class ThrownByHostTest : public EnvironmentFixture, public ::testing::WithParamInterface<ThrownRow>
 {
 protected:
     ThrownByHostTest()
@@ -78,10 +76,7 @@ protected:
 };
 
 INSTANTIATE_TEST_SUITE_P(
-    Kinds,
-    ThrownByHostTest,
-    ::testing::ValuesIn(allThrown()),
-    ::testing::PrintToStringParamName());
+    Kinds, ThrownByHostTest, ::testing::ValuesIn(allThrown()), ::testing::PrintToStringParamName());
 
 TEST_P(ThrownByHostTest, ScriptCatchesItAsItsText)
 {
@@ -166,9 +161,8 @@ TEST_P(ThrownByHostTest, HalfWayUpAnotherHostCallItStops)
     EXPECT_EQ(reached, 2);
 }
 
-class HostExceptionContextTest
-    : public CallContextFixture
-    , public ::testing::WithParamInterface<CALL_CONTEXT>
+class HostExceptionContextTest : public CallContextFixture,
+                                 public ::testing::WithParamInterface<CALL_CONTEXT>
 {
 };
 
@@ -214,8 +208,8 @@ TEST_P(HostExceptionContextTest, ForeignExceptionUnderAnExecutionIsContained)
     EXPECT_FALSE(hasSucceeded);
     EXPECT_THAT(
         m_log.takeEntries(),
-        ElementsAre(LogEntry{
-            "Error while executing script 'round' : C++ exception", "LuaEnvironment"}));
+        ElementsAre(
+            LogEntry{"Error while executing script 'round' : C++ exception", "LuaEnvironment"}));
 }
 
 class HostExceptionTest : public EnvironmentFixture

@@ -56,13 +56,11 @@ bool callGlobal(Environment& environment, const char* name, FUNCTION_PARAMETER_T
 {
     std::vector<FunctionParameter> outputs{FunctionParameter::ofType(output)};
     Parameters outputView(outputs);
-    return environment.callScriptFunction(
-        environment.getScriptFunction(name), {}, outputView);
+    return environment.callScriptFunction(environment.getScriptFunction(name), {}, outputView);
 }
 
-constexpr const char* STRICT =
-    "local function fail() error('strict', 0) end"
-    " setmetatable(_G, {__index = fail, __newindex = fail})";
+constexpr const char* STRICT = "local function fail() error('strict', 0) end"
+                               " setmetatable(_G, {__index = fail, __newindex = fail})";
 
 std::vector<Trigger> allTriggers()
 {
@@ -167,9 +165,7 @@ std::vector<Trigger> allTriggers()
 
 } // namespace
 
-class LogReceiverTest
-    : public ::testing::Test
-    , public ::testing::WithParamInterface<Trigger>
+class LogReceiverTest : public ::testing::Test, public ::testing::WithParamInterface<Trigger>
 {
 protected:
     LogReceiverTest()
@@ -181,8 +177,8 @@ protected:
         m_environment->setEnvironmentFor(INTERPRETER_LUA);
         m_environment->setFunc("known");
         // Held by a binding, so that it tells when the bindings are gone.
-        m_environment->setFunc("witness")->setFunction(
-            [witness = m_witness](const Parameters&) { return FunctionParameter::VOID; });
+        m_environment->setFunc("witness")->setFunction([witness = m_witness](const Parameters&)
+                                                       { return FunctionParameter::VOID; });
         runScript(*m_environment, GetParam().script);
     }
 

@@ -85,12 +85,11 @@ TEST_F(NoMemoryDeathTest, EnvironmentHasNoInterpreterThen)
             switchWithoutMemory();
             const int value = m_environment.getVar("score", -1);
             endChild(
-                value == -1 &&
-                m_log.takeEntries() ==
-                    std::vector<LogEntry>{LogEntry{
-                        "Requesting a variable in environment 'world', which has no "
-                        "InterpreterType. This will have no effect.",
-                        "Environment"}});
+                value == -1 && m_log.takeEntries() ==
+                                   std::vector<LogEntry>{LogEntry{
+                                       "Requesting a variable in environment 'world', which has no "
+                                       "InterpreterType. This will have no effect.",
+                                       "Environment"}});
         },
         ::testing::ExitedWithCode(PASSED),
         "");

@@ -149,9 +149,8 @@ TEST_F(ProxyGlobalsTest, MetamethodThatCallsTheHostSeesItsOwnEnvironment)
     EXPECT_EQ(environment().getVar("score", -1), 9);
 }
 
-class ProxyGlobalsContextTest
-    : public CallContextFixture
-    , public ::testing::WithParamInterface<CALL_CONTEXT>
+class ProxyGlobalsContextTest : public CallContextFixture,
+                                public ::testing::WithParamInterface<CALL_CONTEXT>
 {
 };
 

@@ -47,9 +47,8 @@ protected:
     static LogEntry failure() { return LogEntry{"finaliser failed", "LuaEnvironment"}; }
 };
 
-class RaisingFinaliserAccessTest
-    : public RaisingFinaliserFixture
-    , public ::testing::WithParamInterface<GlobalOperation>
+class RaisingFinaliserAccessTest : public RaisingFinaliserFixture,
+                                   public ::testing::WithParamInterface<GlobalOperation>
 {
 };
 
@@ -81,9 +80,8 @@ TEST_P(RaisingFinaliserAccessTest, FinaliserRunsOnceSoThatTheNextAccessWorks)
     EXPECT_EQ(environment().getVar("known", 0), 42);
 }
 
-class RaisingFinaliserTest
-    : public RaisingFinaliserFixture
-    , public ::testing::WithParamInterface<CALL_CONTEXT>
+class RaisingFinaliserTest : public RaisingFinaliserFixture,
+                             public ::testing::WithParamInterface<CALL_CONTEXT>
 {
 };
 
@@ -173,8 +171,8 @@ TEST_F(RaisingFinaliserCallTest, ExecutionFailsWithTheFinalisersText)
     EXPECT_EQ(environment().getLastExecutionResult().code, 5);
     EXPECT_THAT(
         m_log.takeEntries(),
-        ElementsAre(LogEntry{
-            "Error while executing script 'round' : finaliser failed", "LuaEnvironment"}));
+        ElementsAre(
+            LogEntry{"Error while executing script 'round' : finaliser failed", "LuaEnvironment"}));
 }
 
 TEST_F(RaisingFinaliserCallTest, ErrorDuringAScriptsOwnAllocationIsThatScriptsError)

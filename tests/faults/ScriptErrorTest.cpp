@@ -47,26 +47,23 @@ std::vector<ErrorRow> allErrors()
          "error(setmetatable({}, {__tostring = function() error('inner') end}))",
          "(error object is a table value)"},
         {"Function", "error(print)", "(error object is a function value)"},
-        {"Coroutine",
-         "error(coroutine.create(print))",
-         "(error object is a thread value)"},
+        {"Coroutine", "error(coroutine.create(print))", "(error object is a thread value)"},
         {"Userdata", "error(newproxy(true))", "(error object is a userdata value)"},
-        {"CallOfNil", "local nothing nothing()",
+        {"CallOfNil",
+         "local nothing nothing()",
          "[string \"local nothing nothing()\"]:1: attempt to call local 'nothing' (a nil value)"},
         {"IndexOfNil",
          "local nothing return nothing.field",
-         "[string \"local nothing return nothing.field\"]:1: attempt to index local 'nothing' (a nil "
+         "[string \"local nothing return nothing.field\"]:1: attempt to index local 'nothing' (a "
+         "nil "
          "value)"},
-        {"NanAsKey",
-         "rawset(_G, 0/0, 1)",
-         "table index is NaN"}};
+        {"NanAsKey", "rawset(_G, 0/0, 1)", "table index is NaN"}};
 }
 
 } // namespace
 
-class ScriptErrorTextTest
-    : public EnvironmentFixture
-    , public ::testing::WithParamInterface<ErrorRow>
+class ScriptErrorTextTest : public EnvironmentFixture,
+                            public ::testing::WithParamInterface<ErrorRow>
 {
 };
 
@@ -93,8 +90,8 @@ TEST_P(ScriptErrorTextTest, IsLoggedByAScriptFunctionCall)
     run("fail = loadstring(source)");
     Parameters outputs;
 
-    EXPECT_FALSE(environment().callScriptFunction(
-        environment().getScriptFunction("fail"), {}, outputs));
+    EXPECT_FALSE(
+        environment().callScriptFunction(environment().getScriptFunction("fail"), {}, outputs));
 
     EXPECT_EQ(environment().getLastExecutionResult().message, GetParam().text);
     EXPECT_THAT(m_log.takeEntries(), ElementsAre(LogEntry{GetParam().text, "LuaEnvironment"}));
@@ -216,8 +213,7 @@ TEST_F(ScriptErrorTest, CallingWhatIsNoFunctionFails)
     run("list = {}");
     Parameters outputs;
 
-    EXPECT_FALSE(
-        environment().callScriptFunction(environment().getVar("list"), {}, outputs));
+    EXPECT_FALSE(environment().callScriptFunction(environment().getVar("list"), {}, outputs));
     EXPECT_FALSE(environment().callScriptFunction(ScriptObjectReference(), {}, outputs));
 
     EXPECT_THAT(
@@ -234,8 +230,8 @@ TEST_F(ScriptErrorTest, CallableTableIsCalled)
     std::vector<FunctionParameter> outputs{FunctionParameter(0)};
     Parameters outputView(outputs);
 
-    EXPECT_TRUE(environment().callScriptFunction(
-        environment().getVar("callable"), inputs, outputView));
+    EXPECT_TRUE(
+        environment().callScriptFunction(environment().getVar("callable"), inputs, outputView));
 
     EXPECT_EQ(outputs[0].getInt(), 2);
 }

@@ -31,9 +31,7 @@ protected:
     std::vector<FunctionParameter> m_outputs{FunctionParameter(0), FunctionParameter(0)};
 };
 
-class ManyInputsTest
-    : public StackLimitTest
-    , public ::testing::WithParamInterface<int>
+class ManyInputsTest : public StackLimitTest, public ::testing::WithParamInterface<int>
 {
 };
 
@@ -134,13 +132,12 @@ TEST_F(StackLimitTest, MoreResultsThanAScriptCanReturnFailTheCall)
     std::vector<FunctionParameter> outputs(10000, FunctionParameter(-1));
     Parameters outputView(outputs);
 
-    EXPECT_FALSE(environment().callScriptFunction(
-        environment().getScriptFunction("give"), {}, outputView));
+    EXPECT_FALSE(
+        environment().callScriptFunction(environment().getScriptFunction("give"), {}, outputView));
 
     EXPECT_EQ(outputs[0].getInt(), -1);
     EXPECT_THAT(
-        m_log.takeEntries(),
-        ElementsAre(LogEntry{"too many results to unpack", "LuaEnvironment"}));
+        m_log.takeEntries(), ElementsAre(LogEntry{"too many results to unpack", "LuaEnvironment"}));
 }
 
 TEST_F(StackLimitTest, ResultsOfAChunkAreDropped)

@@ -28,9 +28,7 @@ std::string rowName(const ::testing::TestParamInfo<Row>& row)
 
 } // namespace
 
-class StrictGlobalsTest
-    : public CallContextFixture
-    , public ::testing::WithParamInterface<Row>
+class StrictGlobalsTest : public CallContextFixture, public ::testing::WithParamInterface<Row>
 {
 protected:
     const GlobalOperation& operation() const { return std::get<0>(GetParam()); }
@@ -54,8 +52,7 @@ TEST_P(StrictGlobalsTest, AccessIsAnsweredNeutrallyAndLogged)
     performIn(context(), [&] { answer = operation().perform(environment(), "score"); });
 
     EXPECT_EQ(answer, operation().neutralAnswer);
-    EXPECT_THAT(
-        m_log.takeEntries(), ::testing::ElementsAre(LogEntry{message, "LuaEnvironment"}));
+    EXPECT_THAT(m_log.takeEntries(), ::testing::ElementsAre(LogEntry{message, "LuaEnvironment"}));
 }
 
 TEST_P(StrictGlobalsTest, NextAccessIsOneLikeAnyOther)
@@ -71,9 +68,8 @@ TEST_P(StrictGlobalsTest, NextAccessIsOneLikeAnyOther)
     EXPECT_EQ(known, 42);
 }
 
-class StrictGlobalsContextTest
-    : public CallContextFixture
-    , public ::testing::WithParamInterface<CALL_CONTEXT>
+class StrictGlobalsContextTest : public CallContextFixture,
+                                 public ::testing::WithParamInterface<CALL_CONTEXT>
 {
 };
 

@@ -1,5 +1,5 @@
-// A thread may be ended from inside by the C library, which unwinds it with an exception of its own.
-// That one has to reach the thread's start; swallowing it would abort the process.
+// A thread may be ended from inside by the C library, which unwinds it with an exception of its
+// own. That one has to reach the thread's start; swallowing it would abort the process.
 
 #include "support/EnvironmentFixture.h"
 #include "support/SmallStackThread.h"

@@ -84,8 +84,7 @@ TEST_F(CoroutineCallTest, MainThreadCountsAfterAnEnd)
 
 TEST_F(CoroutineCallTest, MainThreadCountsAfterAScriptError)
 {
-    declare(
-        "fail", {}, [](const Parameters&) -> FunctionParameter { throw std::string("lost"); });
+    declare("fail", {}, [](const Parameters&) -> FunctionParameter { throw std::string("lost"); });
 
     run("works = coroutine.resume(coroutine.create(fail)) collectgarbage()"
         "assert(not works and hostsCurrent() == 'nil')");
@@ -125,8 +124,10 @@ TEST_F(CoroutineCallTest, MainThreadCountsAfterAFailureThatTheHostContained)
 
 TEST_F(CoroutineCallTest, ValuesThatTheHostReadsLandInTheCoroutine)
 {
-    declare("read", {}, [this](const Parameters&)
-            { return FunctionParameter(environment().getVar("shared")); });
+    declare(
+        "read",
+        {},
+        [this](const Parameters&) { return FunctionParameter(environment().getVar("shared")); });
 
     run("shared = {7} "
         "local thread = coroutine.wrap(function() local a, b = 1, 2 local t = read()"

@@ -180,17 +180,13 @@ std::vector<WayRow> allWays()
 
 } // namespace
 
-class EnvironmentEndTest
-    : public EnvironmentEndFixture
-    , public ::testing::WithParamInterface<WayRow>
+class EnvironmentEndTest : public EnvironmentEndFixture,
+                           public ::testing::WithParamInterface<WayRow>
 {
 };
 
 INSTANTIATE_TEST_SUITE_P(
-    Ways,
-    EnvironmentEndTest,
-    ::testing::ValuesIn(allWays()),
-    ::testing::PrintToStringParamName());
+    Ways, EnvironmentEndTest, ::testing::ValuesIn(allWays()), ::testing::PrintToStringParamName());
 
 TEST_P(EnvironmentEndTest, EverythingFollowsWhenTheOutermostCallReturns)
 {
@@ -221,16 +217,12 @@ TEST_P(EnvironmentEndTest, ScriptThatIsNestedDeepStaysAliveToo)
     EXPECT_THAT(
         std::vector<std::string>(outer, m_events.end()),
         ElementsAre(
-            "outer",
-            "first is gone",
-            "second is gone",
-            "Function 'note' does not exist anymore."));
+            "outer", "first is gone", "second is gone", "Function 'note' does not exist anymore."));
 }
 
 // The metamethods of the globals are scripts that a host call runs, too.
-class EnvironmentEndByMetamethodTest
-    : public EnvironmentEndFixture
-    , public ::testing::WithParamInterface<GlobalOperation>
+class EnvironmentEndByMetamethodTest : public EnvironmentEndFixture,
+                                       public ::testing::WithParamInterface<GlobalOperation>
 {
 };
 
@@ -293,17 +285,14 @@ TEST_F(EnvironmentEndDetailTest, HostFunctionThatTheHostCallsMayEndIt)
 {
     Parameters outputs;
 
-    EXPECT_TRUE(m_environment->callScriptFunction(
-        m_environment->getScriptFunction("quit"), {}, outputs));
+    EXPECT_TRUE(
+        m_environment->callScriptFunction(m_environment->getScriptFunction("quit"), {}, outputs));
 
     EXPECT_EQ(m_environment, nullptr);
     EXPECT_THAT(
         m_events,
         ElementsAre(
-            "quit",
-            "first is gone",
-            "second is gone",
-            "Function 'note' does not exist anymore."));
+            "quit", "first is gone", "second is gone", "Function 'note' does not exist anymore."));
 }
 
 TEST_F(EnvironmentEndDetailTest, ResultsOfTheCallStillArrive)
@@ -388,13 +377,14 @@ TEST_F(EnvironmentEndDetailTest, AnotherEnvironmentGoesOn)
 {
     Environment outer;
     outer.setEnvironmentFor(INTERPRETER_LUA);
-    outer.setFunc("runInner")->setFunction(
-        [this](const Parameters&)
-        {
-            run("quit() note('script goes on')");
-            m_events.emplace_back("inner has returned");
-            return FunctionParameter::VOID;
-        });
+    outer.setFunc("runInner")
+        ->setFunction(
+            [this](const Parameters&)
+            {
+                run("quit() note('script goes on')");
+                m_events.emplace_back("inner has returned");
+                return FunctionParameter::VOID;
+            });
 
     EXPECT_TRUE(runScript(outer, "runInner() done = true"));
 
@@ -411,8 +401,7 @@ TEST_F(EnvironmentEndDetailTest, FinaliserMayEndItWhileASwitchClosesTheState)
 
     EXPECT_EQ(m_environment, nullptr);
     EXPECT_THAT(
-        m_events,
-        ElementsAre("quit", "finaliser speaks", "first is gone", "second is gone"));
+        m_events, ElementsAre("quit", "finaliser speaks", "first is gone", "second is gone"));
 }
 
 TEST_F(EnvironmentEndDetailTest, FinaliserMayEndItInTheMiddleOfAnAllocation)

@@ -171,8 +171,7 @@ TEST_F(InterpreterSwitchTest, NullEntryStaysNullWithoutInterpreter)
     EXPECT_EQ(again, nullptr);
     EXPECT_TRUE(environment().isFuncSet("answer"));
     EXPECT_THAT(
-        m_log.takeEntries(),
-        ElementsAre(alreadyExistant("answer"), functionWithoutInterpreter()));
+        m_log.takeEntries(), ElementsAre(alreadyExistant("answer"), functionWithoutInterpreter()));
     switchInterpreter(); // without interpreter, the end of an environment warns
 }
 

@@ -52,9 +52,8 @@ LogEntry callOfNil()
 } // namespace
 
 // The fixture's environment is the one that goes on; `m_ending` is the one that ends.
-class OutlivingReferenceTest
-    : public EnvironmentFixture
-    , public ::testing::WithParamInterface<EndRow>
+class OutlivingReferenceTest : public EnvironmentFixture,
+                               public ::testing::WithParamInterface<EndRow>
 {
 protected:
     OutlivingReferenceTest()
@@ -219,6 +218,7 @@ TEST_F(ForeignReferenceTest, InterpreterSideThatIsNotOursDesignatesNothing)
         {
         }
     };
+
     const ScriptObjectReference foreign(new OfAnotherKind);
     Parameters outputs;
 

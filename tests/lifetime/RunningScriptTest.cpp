@@ -124,8 +124,7 @@ TEST_F(RunningScriptTest, MayBeAssignedByItsRun)
 TEST_F(RunningScriptTest, MayRunItself)
 {
     prepare(
-        "count = (count or 0) + 1 if count < 5 then act() end",
-        [this] { EXPECT_TRUE(execute()); });
+        "count = (count or 0) + 1 if count < 5 then act() end", [this] { EXPECT_TRUE(execute()); });
 
     EXPECT_TRUE(execute());
 

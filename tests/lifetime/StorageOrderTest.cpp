@@ -150,8 +150,8 @@ TEST_F(StorageOrderTest, CallableMayHoldItsOwnEnvironmentsValues)
 {
     fill(environment());
     const ScriptObjectReference list = environment().getVar("list");
-    environment().getFunc("answer")->setFunction(
-        [list](const Parameters&) { return FunctionParameter(list); });
+    environment().getFunc("answer")->setFunction([list](const Parameters&)
+                                                 { return FunctionParameter(list); });
     run("assert(answer() == list)");
 
     destroyEnvironment();

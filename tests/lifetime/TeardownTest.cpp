@@ -19,7 +19,7 @@ namespace tbScripts::test
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-class TeardownFixture : public EnvironmentFixture
+class DepartureFixture : public EnvironmentFixture
 {
 protected:
     // Declares a function whose end performs `action`.
@@ -48,9 +48,8 @@ protected:
     }
 };
 
-class TeardownAccessTest
-    : public TeardownFixture
-    , public ::testing::WithParamInterface<GlobalOperation>
+class TeardownAccessTest : public DepartureFixture,
+                           public ::testing::WithParamInterface<GlobalOperation>
 {
 };
 
@@ -123,9 +122,8 @@ std::vector<RequestRow> allRequests()
 
 } // namespace
 
-class TeardownRequestTest
-    : public TeardownFixture
-    , public ::testing::WithParamInterface<RequestRow>
+class TeardownRequestTest : public DepartureFixture,
+                            public ::testing::WithParamInterface<RequestRow>
 {
 };
 
@@ -162,7 +160,7 @@ TEST_P(TeardownRequestTest, IsRefusedWhileTheStateCloses)
     EXPECT_THAT(m_log.takeEntries(), IsEmpty());
 }
 
-class TeardownTest : public TeardownFixture
+class TeardownTest : public DepartureFixture
 {
 };
 

@@ -14,13 +14,13 @@ namespace tbScripts::test
 enum class CALL_CONTEXT
 {
     TOP_LEVEL,
-    HOST_FUNCTION,         // called by a script
-    COROUTINE,             // the body of the coroutine is the host function
-    CATCH_BLOCK,           // while a C++ exception is handled
-    HOST_FUNCTIONS_CATCH,  // the same inside of a host function
-    UNWINDING,             // in a destructor, while a C++ exception passes
-    INSIDE_CATCH_ALL,      // under a `catch (...)` of the host, which must see nothing
-    INSIDE_NOEXCEPT        // under a host function that is `noexcept`, called by a script
+    HOST_FUNCTION,        // called by a script
+    COROUTINE,            // the body of the coroutine is the host function
+    CATCH_BLOCK,          // while a C++ exception is handled
+    HOST_FUNCTIONS_CATCH, // the same inside of a host function
+    UNWINDING,            // in a destructor, while a C++ exception passes
+    INSIDE_CATCH_ALL,     // under a `catch (...)` of the host, which must see nothing
+    INSIDE_NOEXCEPT       // under a host function that is `noexcept`, called by a script
 };
 
 std::ostream& operator<<(std::ostream& stream, CALL_CONTEXT context);

@@ -8,9 +8,8 @@
 namespace tbScripts::test
 {
 
-class CallContextFixtureTest
-    : public CallContextFixture
-    , public ::testing::WithParamInterface<CALL_CONTEXT>
+class CallContextFixtureTest : public CallContextFixture,
+                               public ::testing::WithParamInterface<CALL_CONTEXT>
 {
 };
 

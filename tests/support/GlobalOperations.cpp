@@ -105,8 +105,7 @@ std::vector<GlobalOperation> writingOperations()
          "done"},
         {"SetInt",
          true,
-         [](Environment& environment, const char* global)
-         { return setTo(environment, global, 3); },
+         [](Environment& environment, const char* global) { return setTo(environment, global, 3); },
          "done"},
         {"SetFloat",
          true,

@@ -1,14 +1,14 @@
 // An operation that would not reach its global could not fail either.
 
-#include "support/EnvironmentFixture.h"
 #include "support/GlobalOperations.h"
+
+#include "support/EnvironmentFixture.h"
 
 namespace tbScripts::test
 {
 
-class GlobalOperationsTest
-    : public EnvironmentFixture
-    , public ::testing::WithParamInterface<GlobalOperation>
+class GlobalOperationsTest : public EnvironmentFixture,
+                             public ::testing::WithParamInterface<GlobalOperation>
 {
 };
 

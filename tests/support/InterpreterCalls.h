@@ -43,9 +43,9 @@ public:
 
     ~StateMemory();
 
-    /// Lets `allowed` further requests pass and refuses all others. A bare new state is one request:
-    /// LuaJIT 2.1.0-beta3 dies if it gets some of the memory for it but not all, which its own
-    /// allocator never does.
+    /// Lets `allowed` further requests pass and refuses all others. A bare new state is one
+    /// request: LuaJIT 2.1.0-beta3 dies if it gets some of the memory for it but not all, which its
+    /// own allocator never does.
     void refuseAfter(std::size_t allowed);
 
     /// Lets all requests pass.

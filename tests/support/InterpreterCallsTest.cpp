@@ -14,7 +14,8 @@ TEST(InterpreterCallsTest, CountsProtectedCalls)
 
     luaL_loadstring(state, "return 1");
     lua_pcall(state, 0, 0, 0);
-    lua_cpcall(state, [](lua_State*) { return 0; }, nullptr);
+    lua_cpcall(
+        state, [](lua_State*) { return 0; }, nullptr);
 
     EXPECT_EQ(calls.countProtectedCalls(), 2U);
     lua_close(state);

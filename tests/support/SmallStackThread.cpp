@@ -29,8 +29,8 @@ void runOnStackOf(std::size_t stackSize, const std::function<void()>& work)
     require(pthread_attr_init(&attributes));
     require(pthread_attr_setstacksize(&attributes, stackSize));
     pthread_t thread{};
-    require(pthread_create(
-        &thread, &attributes, &runWork, const_cast<std::function<void()>*>(&work)));
+    require(
+        pthread_create(&thread, &attributes, &runWork, const_cast<std::function<void()>*>(&work)));
     require(pthread_attr_destroy(&attributes));
     require(pthread_join(thread, nullptr));
 }

@@ -291,30 +291,30 @@ int LuaCallBridge::_pushUserType(const FunctionParameter& parameter) const
     void* const object = parameter.getUserTypeObject();
     if (!object)
         return 0;
-    if (_pushOriginal(parameter))
-        return 1;
-    pushInstance(
-        m_scope.getSlot(),
-        m_state,
-        object,
-        parameter.m_type == PARAM_TYPE_USER_TYPE_OWNED,
-        parameter.getUserTypeName());
+    bool becomesOwner = parameter.m_type == PARAM_TYPE_USER_TYPE_OWNED;
+    if (becomesOwner && parameter.m_storage.userType.view)
+    {
+        // Only this bridge puts views into parameters, and only of this kind.
+        const auto& view =
+            static_cast<const LuaScriptObjectInterpreterView&>(*parameter.m_storage.userType.view);
+        if (view.isForeignTo(m_scope.getSlot()))
+            becomesOwner = false; // a script of another interpreter has it, and keeps it
+        else if (_pushOriginal(view, object))
+            return 1;
+    }
+    pushInstance(m_scope.getSlot(), m_state, object, becomesOwner, parameter.getUserTypeName());
     return 1;
 }
 
-bool LuaCallBridge::_pushOriginal(const FunctionParameter& parameter) const
+bool LuaCallBridge::_pushOriginal(
+    const LuaScriptObjectInterpreterView& view, const void* object) const
 {
-    if (parameter.m_type != PARAM_TYPE_USER_TYPE_OWNED)
-        return false;
-    const auto* const view =
-        static_cast<const LuaScriptObjectInterpreterView*>(parameter.m_storage.userType.view.get());
-    if (!view || !view->pushValue(m_state))
+    if (!view.pushValue(m_state))
         return false;
     const LuaInstance instance = boxAt(m_scope.getSlot(), m_state, -1);
     // A dead one too: its object was destroyed meanwhile, and a new box would do that again.
     if (instance.box &&
-        (instance.box->isDestroyed ||
-         (instance.box->gcEnabled && instance.box->object == parameter.getUserTypeObject())))
+        (instance.box->isDestroyed || (instance.box->gcEnabled && instance.box->object == object)))
         return true;
     lua_pop(m_state, 1);
     return false;

@@ -14,6 +14,8 @@
 namespace tbScripts::lua
 {
 
+class LuaScriptObjectInterpreterView;
+
 /// Carries values between stack slots and parameters, during one callback scope.
 ///
 /// Errors travel as exceptions of type `std::string` that hold the message; whoever calls the
@@ -90,9 +92,9 @@ private:
 
     int _pushUserType(const FunctionParameter& parameter) const;
 
-    // Pushes the very script value that `parameter` was read from, if the script still owns the
-    // object through it: a second owning box would destroy the object twice.
-    bool _pushOriginal(const FunctionParameter& parameter) const;
+    // Pushes the very script value that `view` looks at, if the script still owns `object` through
+    // it: a second owning box would destroy the object twice.
+    bool _pushOriginal(const LuaScriptObjectInterpreterView& view, const void* object) const;
 
     LuaCallbackScope& m_scope;
     lua_State* m_state;

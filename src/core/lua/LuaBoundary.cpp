@@ -43,7 +43,9 @@ int runProtectedWork(lua_State* state)
 
 bool callProtected(const LuaStateSlot& slot, lua_State* state, int arguments, ProtectedWork& work)
 {
-    // Nothing in these lines allocates, so nothing can raise before the call protects.
+    // Nothing in these lines makes an object, and the stack has room: the interpreter keeps some
+    // for each C function, and every operation leaves it as it was. So nothing raises before the
+    // call protects.
     lua_rawgeti(state, LUA_REGISTRYINDEX, slot.trampolineKey);
     lua_insert(state, -1 - arguments);
     lua_pushlightuserdata(state, &work);

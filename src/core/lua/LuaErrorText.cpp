@@ -3,7 +3,8 @@
 #include "core/lua/LuaText.h"
 
 #include <array>
-#include <cstdio>
+#include <charconv>
+#include <cmath>
 
 namespace tbScripts::lua
 {
@@ -11,13 +12,17 @@ namespace tbScripts::lua
 namespace
 {
 
-// As the interpreter writes it. Its own conversion allocates, which may run a finaliser that
-// raises.
+// As the interpreter writes it, whatever the locale. Its own conversion allocates, which may run a
+// finaliser that raises.
 std::string numberText(double number)
 {
+    constexpr int DIGITS = 14;
+    if (std::isnan(number))
+        return "nan"; // without a sign
     std::array<char, 32> text{};
-    std::snprintf(text.data(), text.size(), "%.14g", number);
-    return text.data();
+    const std::to_chars_result end = std::to_chars(
+        text.data(), text.data() + text.size(), number, std::chars_format::general, DIGITS);
+    return std::string(text.data(), end.ptr);
 }
 
 } // namespace

@@ -32,15 +32,17 @@ inline std::int32_t lowBitsToInt(double number)
         static_cast<std::uint32_t>(static_cast<std::uint64_t>(static_cast<std::int64_t>(number))));
 }
 
-/// Returns the nearest `float`, infinite beyond its range.
+/// Returns the nearest `float`, infinite for numbers that would round beyond its range.
 inline float narrowToFloat(double number)
 {
-    constexpr double LIMIT = std::numeric_limits<float>::max();
-    if (number > LIMIT)
-        return std::numeric_limits<float>::infinity();
-    if (number < -LIMIT)
-        return -std::numeric_limits<float>::infinity();
-    return static_cast<float>(number);
+    constexpr double HIGHEST = std::numeric_limits<float>::max();
+    constexpr double ROUNDS_BEYOND = 0x1.ffffffp+127; // half a step above the highest
+    const double magnitude = std::fabs(number);
+    if (!(magnitude > HIGHEST))
+        return static_cast<float>(number);
+    const float nearest = magnitude < ROUNDS_BEYOND ? std::numeric_limits<float>::max()
+                                                    : std::numeric_limits<float>::infinity();
+    return number < 0 ? -nearest : nearest;
 }
 
 } // namespace tbScripts::lua

@@ -40,6 +40,11 @@ void LuaScriptObjectInterpreterView::end()
     std::exchange(m_scope, nullptr)->removeView(*this);
 }
 
+bool LuaScriptObjectInterpreterView::isForeignTo(const LuaStateSlot& slot) const
+{
+    return m_scope && &m_scope->getSlot() != &slot;
+}
+
 bool LuaScriptObjectInterpreterView::pushValue(lua_State* state) const
 {
     if (m_keptSlot != 0)

@@ -34,6 +34,9 @@ public:
     /// Looks at nothing from here on.
     void end();
 
+    /// Returns whether this looks at a value of another interpreter than that of `slot`.
+    bool isForeignTo(const LuaStateSlot& slot) const;
+
     /// Stack: +1, the value; +0 and false if there is none to look at. `state` is the thread that
     /// runs. Never raises.
     bool pushValue(lua_State* state) const;

@@ -337,6 +337,7 @@ bool LuaEnvironmentStrategy::_fail(const tbMemory::StringView& message, std::int
 {
     setFailure(message, code);
     LogManager::getInstance()->log(message, LOG_SOURCE_LUA_ENVIRONMENT);
+    setFailure(message, code); // again: calls of the receiver have left theirs
     return false;
 }
 

@@ -1,3 +1,4 @@
+#include "bindings/lua/LuaCallBridge.h"
 #include "support/LuaFunctionFixture.h"
 
 #include "tbScripts/ScriptObjectInterpreterView.h"
@@ -393,6 +394,30 @@ TEST_F(UserTypeViewTest, OutputOfAScriptCallHasNoneWhenTheCallReturns)
 
     EXPECT_EQ(outputs[0].getUserTypeObject(), &m_second);
     EXPECT_TRUE(isEmpty(*m_reference));
+}
+
+TEST_F(UserTypeViewTest, InputToAnotherInterpreterIsABoxThatDoesNotOwn)
+{
+    lua::LuaStateHandle other = lua::LuaStateHandle::open();
+    lua_State* const otherState = other.get();
+    lua_newtable(otherState); // what an index of the first interpreter would find here
+    declareWithEnemy(
+        "pass",
+        [&](const Parameters& parameters)
+        {
+            lua::LuaCallbackScope scope(*other.getSlot(), otherState);
+            lua::LuaCallBridge(scope).pushParameter(parameters[0], "pass");
+            return FunctionParameter::VOID;
+        });
+
+    run("pass(first, print)");
+
+    ASSERT_EQ(lua_gettop(otherState), 2);
+    const auto* const box = static_cast<lua::LuaInstanceBox*>(lua_touserdata(otherState, -1));
+    ASSERT_NE(box, nullptr);
+    EXPECT_EQ(box->object, &m_first);
+    EXPECT_FALSE(box->gcEnabled);
+    other.close();
 }
 
 TEST_F(UserTypeViewTest, NestedCallsLeaveNoRegistrySlot)

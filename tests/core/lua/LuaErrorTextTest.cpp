@@ -43,6 +43,8 @@ INSTANTIATE_TEST_SUITE_P(
         ErrorValue{"LongFraction", "return 1 / 3", "0.33333333333333"},
         ErrorValue{"LargeNumber", "return 1e300", "1e+300"},
         ErrorValue{"Infinity", "return math.huge", "inf"},
+        ErrorValue{"NegativeInfinity", "return -math.huge", "-inf"},
+        ErrorValue{"NotANumber", "return 0/0", "nan"},
         ErrorValue{"Nil", "return nil", "(error object is a nil value)"},
         ErrorValue{"Boolean", "return false", "(error object is a boolean value)"},
         ErrorValue{"Table", "return {}", "(error object is a table value)"},

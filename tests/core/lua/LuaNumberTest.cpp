@@ -88,6 +88,17 @@ TEST(LuaNumberToFloatTest, LargestFloatIsKept)
     EXPECT_EQ(lua::narrowToFloat(-3.4028234663852886e38), -3.4028234663852886e38F);
 }
 
+TEST(LuaNumberToFloatTest, NumbersThatRoundToTheLargestFloatAreNotInfinite)
+{
+    EXPECT_EQ(lua::narrowToFloat(3.4028235e38), 3.4028234663852886e38F);
+    EXPECT_EQ(lua::narrowToFloat(-3.4028235e38), -3.4028234663852886e38F);
+}
+
+TEST(LuaNumberToFloatTest, IsInfiniteFromHalfAStepAboveTheLargestOn)
+{
+    EXPECT_EQ(lua::narrowToFloat(3.4028235677973366e38), std::numeric_limits<float>::infinity());
+}
+
 TEST(LuaNumberToFloatTest, IsInfiniteBeyondTheRange)
 {
     EXPECT_EQ(lua::narrowToFloat(1e39), std::numeric_limits<float>::infinity());

@@ -123,7 +123,8 @@ protected:
         host->addParameter(PARAM_TYPE_SCRIPT_OBJECT);
         host->addParameter(PARAM_TYPE_SCRIPT_FUNCTION);
         host->addParameter(PARAM_TYPE_STRING);
-        host->setFunction([](const Parameters&) { return FunctionParameter("a text of the host"); });
+        host->setFunction([](const Parameters&)
+                          { return FunctionParameter("a text of the host"); });
         runScript(m_prepared->environment, sources);
         m_prepared->function = m_prepared->environment.getScriptFunction("call");
         m_prepared->script.setName("round");
@@ -164,9 +165,8 @@ private:
     int m_height = 0;
 };
 
-class AllocationFailureAccessTest
-    : public AllocationFailureFixture
-    , public ::testing::WithParamInterface<GlobalOperation>
+class AllocationFailureAccessTest : public AllocationFailureFixture,
+                                    public ::testing::WithParamInterface<GlobalOperation>
 {
 };
 
@@ -203,9 +203,8 @@ TEST_P(AllocationFailureAccessTest, IsAnsweredNeutrallyAndLogged)
     EXPECT_GT(refusals, 0U);
 }
 
-class AllocationFailureCallTest
-    : public AllocationFailureFixture
-    , public ::testing::WithParamInterface<HostCallRow>
+class AllocationFailureCallTest : public AllocationFailureFixture,
+                                  public ::testing::WithParamInterface<HostCallRow>
 {
 };
 

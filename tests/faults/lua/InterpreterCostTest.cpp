@@ -50,9 +50,8 @@ TEST_F(InterpreterCostTest, RaisingFinalisersCostTheEndOfAnEnvironmentNoMoreEith
 
 #ifndef TBSCRIPTS_PROTECTED_BOUNDARY
 
-class UnprotectedAccessTest
-    : public EnvironmentStateFixture
-    , public ::testing::WithParamInterface<GlobalOperation>
+class UnprotectedAccessTest : public EnvironmentStateFixture,
+                              public ::testing::WithParamInterface<GlobalOperation>
 {
 };
 

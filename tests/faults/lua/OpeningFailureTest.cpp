@@ -1,5 +1,5 @@
-// No memory while a state is made, for an environment or for a compilation: whatever step fails, the
-// outcome is the same and nothing is left over.
+// No memory while a state is made, for an environment or for a compilation: whatever step fails,
+// the outcome is the same and nothing is left over.
 
 #include "support/EnvironmentFixture.h"
 #include "support/InterpreterCalls.h"
@@ -151,8 +151,8 @@ TEST_F(CompilationFailureTest, EveryStepMayFail)
         ASSERT_EQ(m_script.getLastCompilationResult().errorCode, 4U);
         ASSERT_THAT(
             m_log.takeEntries(),
-            ElementsAre(LogEntry{
-                "Error while compiling script 'round' : not enough memory", "LuaScript"}));
+            ElementsAre(
+                LogEntry{"Error while compiling script 'round' : not enough memory", "LuaScript"}));
         ASSERT_EQ(m_memory.countLivingBlocks(), 0U);
     }
 

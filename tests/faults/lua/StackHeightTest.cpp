@@ -25,9 +25,8 @@ constexpr const char* MAKE_GLOBALS_STRICT =
 
 } // namespace
 
-class StackHeightAccessTest
-    : public EnvironmentStateFixture
-    , public ::testing::WithParamInterface<GlobalOperation>
+class StackHeightAccessTest : public EnvironmentStateFixture,
+                              public ::testing::WithParamInterface<GlobalOperation>
 {
 protected:
     // Performs the operation on a global of that name.

@@ -45,9 +45,8 @@ protected:
     }
 };
 
-class DyingEnvironmentAccessTest
-    : public DyingEnvironmentFixture
-    , public ::testing::WithParamInterface<GlobalOperation>
+class DyingEnvironmentAccessTest : public DyingEnvironmentFixture,
+                                   public ::testing::WithParamInterface<GlobalOperation>
 {
 };
 

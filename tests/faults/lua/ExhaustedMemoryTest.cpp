@@ -27,12 +27,10 @@ std::ostream& operator<<(std::ostream& stream, const GreedyRow& row)
 
 } // namespace
 
-class ScriptMemoryTest
-    : public LogFixture
-    , public ::testing::WithParamInterface<GreedyRow>
+class ExhaustedMemoryTest : public LogFixture, public ::testing::WithParamInterface<GreedyRow>
 {
 protected:
-    ScriptMemoryTest()
+    ExhaustedMemoryTest()
     {
         m_environment.setEnvironmentFor(INTERPRETER_LUA);
         m_script.setName("greedy");
@@ -57,21 +55,20 @@ protected:
 
 INSTANTIATE_TEST_SUITE_P(
     Scripts,
-    ScriptMemoryTest,
+    ExhaustedMemoryTest,
     ::testing::Values(
         GreedyRow{"Tables", "local all = {} while true do all[#all + 1] = {} end", 6},
         GreedyRow{"Fields", "local all = {} for i = 1, 1e9 do all['k' .. i] = i end", 6},
         GreedyRow{"Texts", "local all = {} for i = 1, 1e9 do all[i % 9] = 'a' .. i end", 6},
-        GreedyRow{"Closures", "local f while true do local g = f f = function() return g end end", 6},
+        GreedyRow{
+            "Closures", "local f while true do local g = f f = function() return g end end", 6},
         GreedyRow{
             "Coroutines",
             "local all = {} while true do all[#all + 1] = coroutine.create(print) end",
             6},
         GreedyRow{"LoadedCode", "while true do assert(loadstring('return 1')) end", 6},
         GreedyRow{
-            "InterpretedLoop",
-            "jit.off() local all = {} for i = 1, 1e9 do all[i] = {i} end",
-            6},
+            "InterpretedLoop", "jit.off() local all = {} for i = 1, 1e9 do all[i] = {i} end", 6},
         GreedyRow{
             "ProtectedCalls",
             "while true do local ok, text = pcall(function() local t = {} for i = 1, 1e9 do"
@@ -79,7 +76,7 @@ INSTANTIATE_TEST_SUITE_P(
             5}),
     ::testing::PrintToStringParamName());
 
-TEST_P(ScriptMemoryTest, FailsWithTheCodeOfItsError)
+TEST_P(ExhaustedMemoryTest, FailsWithTheCodeOfItsError)
 {
     EXPECT_FALSE(runShortOfMemory());
 
@@ -90,7 +87,7 @@ TEST_P(ScriptMemoryTest, FailsWithTheCodeOfItsError)
             "Error while executing script 'greedy' : not enough memory", "LuaEnvironment"}));
 }
 
-TEST_P(ScriptMemoryTest, LeavesAUsableEnvironment)
+TEST_P(ExhaustedMemoryTest, LeavesAUsableEnvironment)
 {
     runShortOfMemory();
     m_log.takeEntries();
@@ -98,7 +95,8 @@ TEST_P(ScriptMemoryTest, LeavesAUsableEnvironment)
     m_environment.requestGarbageCollection();
 
     EXPECT_TRUE(runScript(
-        m_environment, "local t = {} for i = 1, 1000 do t[i] = {i} end assert(t[1000][1] == 1000)"));
+        m_environment,
+        "local t = {} for i = 1, 1000 do t[i] = {i} end assert(t[1000][1] == 1000)"));
 }
 
 } // namespace tbScripts::test
