@@ -33,8 +33,8 @@ class UserType;
 /// "LuaEnvironment". Nothing is ever thrown. Names of globals are plain keys, without path syntax,
 /// and end at their first NUL.
 ///
-/// Calls from the host into one interpreter may nest 200 deep; a deeper one fails with "C stack
-/// overflow". An environment that is destroyed from inside its own call takes its interpreter and
+/// A host that calls scripts which call the host again may do so 200 calls deep; the next one fails
+/// with "C stack overflow". An environment that is destroyed from inside its own call takes its interpreter and
 /// bindings with it when the outermost call returns.
 class TBSCRIPTS_API Environment
 {
@@ -135,8 +135,8 @@ public:
     ///
     /// The kind of each output says what is expected. Results beyond the outputs are dropped,
     /// outputs beyond the results stay as they are. A result of another kind is logged (tag
-    /// "LuaEnvironmentStrategy"), leaves its output and all later ones as they were, and is no
-    /// failure of the call.
+    /// "LuaEnvironmentStrategy") and ends the reading: from that output on all stay untouched. It is
+    /// no failure of the call.
     /// On failure: logged; `getLastExecutionResult` says why; the outputs stay as they are, unless
     /// memory runs out while they are read.
     bool callScriptFunction(

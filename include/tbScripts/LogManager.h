@@ -28,7 +28,7 @@ namespace tbScripts
 class TBSCRIPTS_API LogManager : public tbCommon::SingletonClass<LogManager>
 {
 public:
-    /// Copies the receiver. The copy is not the registered instance.
+    /// Copies the receiver. `getInstance` goes on giving the instance that it gave before.
     LogManager(const LogManager& other);
     LogManager& operator=(const LogManager& other);
 
@@ -42,8 +42,8 @@ public:
 
     /// Hands `message` and `source`, the short tag of the reporting component, to the receiver.
     ///
-    /// The receiver may replace itself or kill this manager while it is called. An exception that
-    /// it throws is dropped.
+    /// Meanwhile the receiver is free to change the receiver, or to kill the manager. What it throws
+    /// goes nowhere.
     void log(const tbMemory::StringView& message, const tbMemory::StringView& source);
 
 private:

@@ -30,8 +30,8 @@ public:
     /// Makes a script without name, sources and interpreter.
     Script();
 
-    /// Kept: a copy is a second handle on the same compiled state, not an independent script.
-    /// Loading or unloading either one is seen by both. Messages of the shared compiler name the
+    /// Kept: copies have name and sources of their own but share what is compiled. Loading or
+    /// unloading either one is seen by both. Messages of the shared compiler name the
     /// script that it was made for.
     Script(const Script& other);
     Script& operator=(const Script& other);

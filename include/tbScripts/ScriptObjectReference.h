@@ -11,7 +11,7 @@ namespace tbScripts
 class ScriptObjectInterpreterReference;
 class ScriptObjectView;
 
-/// Counted handle on a value that lives inside an interpreter.
+/// Keeps a value of a script for the host.
 ///
 /// Handles share a block that holds the interpreter's side of the value. As long as one handle on
 /// it exists, the interpreter keeps the value alive. A handle may outlive its environment: it then

@@ -10,8 +10,8 @@
 // Two cases need the protected call all the same:
 // - The C++ runtime ends the process when an exception that is not its own is caught while one of
 //   its own is being handled. Hosts do call us from their catch blocks, so that is looked up first.
-// - Interpreters that are built without external unwinding jump over C++ frames. Building with
-//   TBSCRIPTS_PROTECTED_BOUNDARY makes every call a protected one.
+// - Interpreters that are built without external unwinding raise by a jump, which a try block does
+//   not see. Building with TBSCRIPTS_PROTECTED_BOUNDARY makes every call a protected one.
 
 #include "core/ExceptionContainment.h"
 #include "core/lua/LuaApi.h"
