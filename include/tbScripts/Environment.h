@@ -34,8 +34,8 @@ class UserType;
 /// and end at their first NUL.
 ///
 /// A host that calls scripts which call the host again may do so 200 calls deep; the next one fails
-/// with "C stack overflow". An environment that is destroyed from inside its own call takes its interpreter and
-/// bindings with it when the outermost call returns.
+/// with "C stack overflow". An environment that is destroyed from inside its own call takes its
+/// interpreter and bindings with it when the outermost call returns.
 class TBSCRIPTS_API Environment
 {
 public:
@@ -135,10 +135,9 @@ public:
     ///
     /// The kind of each output says what is expected. Results beyond the outputs are dropped,
     /// outputs beyond the results stay as they are. A result of another kind is logged (tag
-    /// "LuaEnvironmentStrategy") and ends the reading: from that output on all stay untouched. It is
-    /// no failure of the call.
-    /// On failure: logged; `getLastExecutionResult` says why; the outputs stay as they are, unless
-    /// memory runs out while they are read.
+    /// "LuaEnvironmentStrategy") and ends the reading: from that output on all stay untouched. It
+    /// is no failure of the call. On failure: logged; `getLastExecutionResult` says why; the
+    /// outputs stay as they are, unless memory runs out while they are read.
     bool callScriptFunction(
         const ScriptObjectReference& function,
         const tbMemory::BufferView<FunctionParameter>& inputs,

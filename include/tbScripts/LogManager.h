@@ -42,8 +42,8 @@ public:
 
     /// Hands `message` and `source`, the short tag of the reporting component, to the receiver.
     ///
-    /// Meanwhile the receiver is free to change the receiver, or to kill the manager. What it throws
-    /// goes nowhere.
+    /// Meanwhile the receiver is free to change the receiver, or to kill the manager. What it
+    /// throws goes nowhere.
     void log(const tbMemory::StringView& message, const tbMemory::StringView& source);
 
 private:
