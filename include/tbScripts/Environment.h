@@ -55,8 +55,7 @@ public:
 
     /// Returns the outcome of the last `execute` or `callScriptFunction`.
     ///
-    /// Valid until: the environment is destroyed or assigned to. A change of interpreter resets
-    /// what it shows.
+    /// Valid until: the environment is destroyed. A change of interpreter resets what it shows.
     const ExecutionResult& getLastExecutionResult() const;
 
     /// Throws the present interpreter away, with all globals, and starts `interpreter`.
