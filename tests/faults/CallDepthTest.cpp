@@ -265,14 +265,14 @@ TEST_F(CallDepthTest, EndlessRecursionEndsOnAStackOfOneMebibyte)
     EXPECT_THAT(m_log.takeEntries(), ElementsAre(overflow()));
 }
 
-TEST_F(CallDepthTest, EndlessRecursionEndsOnAStackOfAQuarterMebibyte)
+TEST_F(CallDepthTest, EndlessRecursionEndsOnAStackOfHalfAMebibyte)
 {
     if (IS_SANITIZED)
         GTEST_SKIP() << "the frames of this build are larger than that";
     bool hasSucceeded = false;
     makeEndlessRecursion();
 
-    runOnStackOf(std::size_t{256} << 10, [&] { hasSucceeded = enter(); });
+    runOnStackOf(std::size_t{512} << 10, [&] { hasSucceeded = enter(); });
 
     EXPECT_TRUE(hasSucceeded);
     EXPECT_EQ(environment().getVar("entered", 0), 200);
