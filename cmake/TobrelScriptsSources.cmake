@@ -3,6 +3,7 @@
 # Public headers.
 set(TOBREL_SCRIPTS_HEADERS
     include/tbScripts/Api.h
+    include/tbScripts/BuiltInFunction.h
     include/tbScripts/CompilationResult.h
     include/tbScripts/Environment.h
     include/tbScripts/ExecutionResult.h
@@ -11,20 +12,25 @@ set(TOBREL_SCRIPTS_HEADERS
     include/tbScripts/FunctionParameterType.h
     include/tbScripts/Interpreter.h
     include/tbScripts/LogManager.h
+    include/tbScripts/Namespace.h
     include/tbScripts/Script.h
     include/tbScripts/ScriptObjectInterpreterReference.h
     include/tbScripts/ScriptObjectInterpreterView.h
     include/tbScripts/ScriptObjectReference.h
     include/tbScripts/ScriptObjectView.h
     include/tbScripts/StringUtils.h
+    include/tbScripts/UserType.h
+    include/tbScripts/UserTypeDescriptors.h
     include/tbScripts/Version.h)
 
 # Sources and private headers.
 set(TOBREL_SCRIPTS_SOURCES
     src/bindings/BindingMessages.h
+    src/bindings/CallDefinition.cpp
+    src/bindings/CallDefinition.h
     src/bindings/Function.cpp
-    src/bindings/FunctionDefinition.cpp
-    src/bindings/FunctionDefinition.h
+    src/bindings/Namespace.cpp
+    src/bindings/UserType.cpp
     src/bindings/lua/LuaCallBridge.cpp
     src/bindings/lua/LuaCallBridge.h
     src/bindings/lua/LuaFunction.cpp
@@ -33,10 +39,26 @@ set(TOBREL_SCRIPTS_SOURCES
     src/bindings/lua/LuaFunctionClosure.h
     src/bindings/lua/LuaInstanceBox.cpp
     src/bindings/lua/LuaInstanceBox.h
+    src/bindings/lua/LuaNamedTables.cpp
+    src/bindings/lua/LuaNamedTables.h
+    src/bindings/lua/LuaNamespace.cpp
+    src/bindings/lua/LuaNamespace.h
+    src/bindings/lua/LuaOwner.cpp
+    src/bindings/lua/LuaOwner.h
+    src/bindings/lua/LuaRaise.h
+    src/bindings/lua/LuaTypeClosures.cpp
+    src/bindings/lua/LuaTypeClosures.h
+    src/bindings/lua/LuaTypeCore.cpp
+    src/bindings/lua/LuaTypeCore.h
+    src/bindings/lua/LuaTypeTable.cpp
+    src/bindings/lua/LuaTypeTable.h
+    src/bindings/lua/LuaUserType.cpp
+    src/bindings/lua/LuaUserType.h
     src/core/ExceptionContainment.h
     src/core/FunctionParameter.cpp
     src/core/LogManager.cpp
     src/core/LogSources.h
+    src/core/NameRegistry.h
     src/core/ScriptObjectInterpreterReference.cpp
     src/core/ScriptObjectInterpreterView.cpp
     src/core/ScriptObjectReference.cpp

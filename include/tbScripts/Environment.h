@@ -7,6 +7,7 @@
 #include "tbScripts/ScriptObjectReference.h"
 
 #include <tbMemory/Buffer.h>
+#include <tbMemory/BufferCast.h>
 #include <tbMemory/BufferView.h>
 #include <tbMemory/String.h>
 #include <tbMemory/StringView.h>
@@ -164,6 +165,35 @@ public:
     /// Returns the function declared under `name`, null if there is none.
     Function* getFunc(const tbMemory::StringView& name) const;
 
+    /// Declares the user type `name` and returns it, without methods and fields.
+    ///
+    /// A plain name makes a global. A qualified one, "a::b::T", declares `T` in namespace `b` of
+    /// namespace `a`; namespaces on the way are declared if they are missing. A name declared
+    /// before is logged, and its type is returned cleared; if it, or a namespace on the way, was
+    /// made for an earlier interpreter it is installed in the present one.
+    /// On failure: null, as with functions. A plain name counts as declared all the same.
+    /// Ownership: the environment's, or that of the namespace. Valid until: the environment is
+    /// destroyed or the namespace released.
+    UserType* setUserType(const tbMemory::StringView& name);
+
+    /// Returns whether a user type of that plain or qualified name was declared.
+    bool isUserTypeSet(const tbMemory::StringView& name) const;
+
+    /// Returns the user type of that plain or qualified name, null if there is none. Declares
+    /// nothing.
+    UserType* getUserType(const tbMemory::StringView& name) const;
+
+    /// Declares the namespace `name` and returns it. Plain and qualified names, failure and
+    /// ownership are as with user types; a namespace declared before is returned as it is.
+    Namespace* setNamespace(const tbMemory::StringView& name);
+
+    /// Returns whether a namespace of that plain or qualified name was declared.
+    bool isNamespaceSet(const tbMemory::StringView& name) const;
+
+    /// Returns the namespace of that plain or qualified name, null if there is none. Declares
+    /// nothing.
+    Namespace* getNamespace(const tbMemory::StringView& name) const;
+
 private:
     // Gives up interpreter and bindings; the last holder tears them down, at once or, while the
     // interpreter runs, when its outermost call returns. Returns false if this object is gone: what
@@ -176,8 +206,21 @@ private:
     // Closes the interpreter, unless a copy shares it. Returns false if this object is gone.
     bool _endStrategy();
 
-    // Has the interpreter make a function, null if it cannot, and registers what it gives.
+    // Have the interpreter make an object, null if it cannot, and register what it gives. Null also
+    // if this object is gone, as with everything below: what the interpreter runs meanwhile may
+    // have destroyed it.
     Function* _declareFunc(const tbMemory::StringView& name);
+    UserType* _declareUserType(const tbMemory::StringView& name);
+    Namespace* _declareNamespace(const tbMemory::StringView& name);
+
+    // The operations of the same names, for names that are not qualified.
+    UserType* _setPlainUserType(const tbMemory::StringView& name);
+    Namespace* _setPlainNamespace(const tbMemory::StringView& name);
+
+    // Return the namespace that holds the last of `parts`, of which there are several; null if
+    // there is none. The first declares what is missing on the way.
+    Namespace* _reachNamespaceOf(const tbMemory::BufferCast<tbMemory::String>& parts);
+    Namespace* _findNamespaceOf(const tbMemory::BufferCast<tbMemory::String>& parts) const;
 
     // Shared with the strategy, whose messages use the last name if this object goes first.
     std::shared_ptr<tbMemory::String> m_name;

@@ -40,4 +40,64 @@ inline tbMemory::String typeMismatch(
            expectedTypeName + ", got " + actualTypeName + ".";
 }
 
+inline tbMemory::String methodAlreadyRegistered(
+    const tbMemory::StringView& methodName, const tbMemory::StringView& typeName)
+{
+    return "Setting method '" + tbMemory::String(methodName) + "' on user type '" + typeName +
+           "', but this method is already registered. State will be changed, but this might hold "
+           "unexpected results";
+}
+
+inline tbMemory::String unknownOperator(const tbMemory::StringView& fullTypeName)
+{
+    return "Unknown build in function, can't process overload for type '" +
+           tbMemory::String(fullTypeName) + "'. Aborting.";
+}
+
+inline tbMemory::String
+namespaceAlreadyRegistered(const tbMemory::StringView& name, const tbMemory::StringView& parentName)
+{
+    return "Setting namespace '" + tbMemory::String(name) + "' in namespace '" + parentName +
+           "', but this namespace is already registered. State will be changed, but this might "
+           "hold unexpected results";
+}
+
+inline tbMemory::String
+userTypeAlreadyRegistered(const tbMemory::StringView& name, const tbMemory::StringView& parentName)
+{
+    return "Setting user type '" + tbMemory::String(name) + "' in namespace '" + parentName +
+           "', but this type is already registered. State will be changed, but this might hold "
+           "unexpected results";
+}
+
+inline tbMemory::String
+functionAlreadyRegistered(const tbMemory::StringView& name, const tbMemory::StringView& parentName)
+{
+    return "Setting function '" + tbMemory::String(name) + "' in namespace '" + parentName +
+           "', but this function is already registered. State will be changed, but this might "
+           "hold unexpected results";
+}
+
+inline tbMemory::String userTypeIsGone(const tbMemory::StringView& typeName)
+{
+    return "User type '" + tbMemory::String(typeName) + "' does not exist anymore.";
+}
+
+inline tbMemory::String notAnInstance(const tbMemory::StringView& typeName)
+{
+    return "Expected an instance of user type '" + tbMemory::String(typeName) + "'.";
+}
+
+inline tbMemory::String arrayAccessNotPrepared(const tbMemory::StringView& typeName)
+{
+    return "Array access of user type '" + tbMemory::String(typeName) +
+           "' is not declared with an instance and an index.";
+}
+
+inline tbMemory::String nameIsReserved(const tbMemory::StringView& name)
+{
+    return "The interpreter uses the name '" + tbMemory::String(name) +
+           "' itself. It can't be declared.";
+}
+
 } // namespace tbScripts::messages

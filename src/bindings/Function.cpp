@@ -1,7 +1,7 @@
 #include "tbScripts/Function.h"
 
 #include "bindings/BindingMessages.h"
-#include "bindings/FunctionDefinition.h"
+#include "bindings/CallDefinition.h"
 #include "core/LogSources.h"
 
 #include "tbScripts/LogManager.h"
@@ -33,7 +33,7 @@ Function::Function(const Function& other)
     : m_name(std::make_shared<tbMemory::String>(*other.m_name))
     , m_definition(new FunctionDefinition(m_name))
 {
-    m_definition->parameters = other.m_definition->parameters;
+    m_definition->setParameters(other.m_definition->getParameters());
     m_definition->callable = other.m_definition->callable;
 }
 
@@ -42,7 +42,7 @@ Function& Function::operator=(const Function& other)
     if (this == &other)
         return *this;
     auto definition = std::make_unique<FunctionDefinition>(m_name);
-    definition->parameters = other.m_definition->parameters;
+    definition->setParameters(other.m_definition->getParameters());
     definition->callable = other.m_definition->callable;
     *m_name = *other.m_name;
     _adopt(definition.release());
@@ -86,7 +86,7 @@ Function::defaultFunction(const tbMemory::BufferView<FunctionParameter>& /*param
 FunctionDefinition& Function::_editDefinition()
 {
     if (m_definition->runningCalls > 0)
-        _adopt(m_definition->clone());
+        _adopt(cloneDefinition(*m_definition).release());
     return *m_definition;
 }
 

@@ -9,6 +9,8 @@ constexpr const char* LOG_SOURCE_LUA_ENVIRONMENT = "LuaEnvironment";
 constexpr const char* LOG_SOURCE_LUA_ENVIRONMENT_STRATEGY = "LuaEnvironmentStrategy";
 constexpr const char* LOG_SOURCE_FUNCTION = "Function";
 constexpr const char* LOG_SOURCE_LUA_FUNCTION = "LuaFunction";
+constexpr const char* LOG_SOURCE_LUA_USER_TYPE = "LuaUserType";
+constexpr const char* LOG_SOURCE_LUA_NAMESPACE = "LuaNamespace";
 constexpr const char* LOG_SOURCE_SCRIPT = "Script";
 constexpr const char* LOG_SOURCE_LUA_SCRIPT = "LuaScript";
 

@@ -5,6 +5,8 @@
 
 #include "tbScripts/Function.h"
 #include "tbScripts/LogManager.h"
+#include "tbScripts/Namespace.h"
+#include "tbScripts/UserType.h"
 
 namespace tbScripts
 {
@@ -144,13 +146,15 @@ DummyEnvironmentStrategy::createFunction(const tbMemory::StringView& /*name*/)
     return nullptr;
 }
 
-UserType* DummyEnvironmentStrategy::createUserType(const tbMemory::StringView& /*name*/)
+std::unique_ptr<UserType>
+DummyEnvironmentStrategy::createUserType(const tbMemory::StringView& /*name*/)
 {
     _warn("Requesting a user type in environment '", messages::HAS_NO_INTERPRETER_NULL);
     return nullptr;
 }
 
-Namespace* DummyEnvironmentStrategy::createNamespace(const tbMemory::StringView& /*name*/)
+std::unique_ptr<Namespace>
+DummyEnvironmentStrategy::createNamespace(const tbMemory::StringView& /*name*/)
 {
     _warn("Requesting a namespace in environment '", messages::HAS_NO_INTERPRETER_NULL);
     return nullptr;
@@ -184,6 +188,10 @@ ScriptObjectReference DummyEnvironmentStrategy::deserializeScriptObject(
 }
 
 void DummyEnvironmentStrategy::installFunction(Function& /*function*/) {}
+
+void DummyEnvironmentStrategy::installUserType(UserType& /*type*/) {}
+
+void DummyEnvironmentStrategy::installNamespace(Namespace& /*scope*/) {}
 
 bool DummyEnvironmentStrategy::isRunning() const
 {

@@ -38,8 +38,8 @@ public:
     getObject(const tbMemory::StringView& name, const tbMemory::StringView& userTypeName) override;
     ScriptObjectReference getScriptFunction(const tbMemory::StringView& name) override;
     std::unique_ptr<Function> createFunction(const tbMemory::StringView& name) override;
-    UserType* createUserType(const tbMemory::StringView& name) override;
-    Namespace* createNamespace(const tbMemory::StringView& name) override;
+    std::unique_ptr<UserType> createUserType(const tbMemory::StringView& name) override;
+    std::unique_ptr<Namespace> createNamespace(const tbMemory::StringView& name) override;
     bool callScriptFunction(
         const ScriptObjectReference& function,
         const tbMemory::BufferView<FunctionParameter>& inputs,
@@ -50,6 +50,8 @@ public:
     deserializeScriptObject(const tbMemory::BufferView<unsigned char>& bytes) override;
 
     void installFunction(Function& function) override;
+    void installUserType(UserType& type) override;
+    void installNamespace(Namespace& scope) override;
     bool isRunning() const override;
     bool isTearingDown() const override;
     void beginTeardown() override;

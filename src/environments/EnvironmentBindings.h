@@ -1,6 +1,8 @@
 #pragma once
 
 #include "tbScripts/Function.h"
+#include "tbScripts/Namespace.h"
+#include "tbScripts/UserType.h"
 
 #include <memory>
 #include <vector>
@@ -15,6 +17,8 @@ class EnvironmentStrategy;
 struct EnvironmentBindings
 {
     std::vector<std::unique_ptr<Function>> functions;
+    std::vector<std::unique_ptr<UserType>> userTypes;
+    std::vector<std::unique_ptr<Namespace>> namespaces;
 };
 
 /// Takes down what one environment gives up: everything, in its order, if `bindings` is the last

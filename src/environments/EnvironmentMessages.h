@@ -38,6 +38,19 @@ inline tbMemory::String functionAlreadyExistant(const tbMemory::StringView& func
            "previous usage of the function.";
 }
 
+inline tbMemory::String userTypeAlreadyExistant(const tbMemory::StringView& typeName)
+{
+    return "User type '" + tbMemory::String(typeName) +
+           "' already existant. Resetting its state before returning it. This might hold "
+           "unexpected results.";
+}
+
+inline tbMemory::String namespaceAlreadyExistant(const tbMemory::StringView& namespaceName)
+{
+    return "Namespace '" + tbMemory::String(namespaceName) +
+           "' already existant. Returning it as-is, this might hold unexpected results.";
+}
+
 // The missing blank before "not" belongs to the text.
 inline tbMemory::String scriptOfOtherInterpreter(const tbMemory::StringView& scriptName)
 {

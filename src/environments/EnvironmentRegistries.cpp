@@ -1,6 +1,7 @@
 // The registries of an environment: host bindings by name.
 
 #include "core/LogSources.h"
+#include "core/NameRegistry.h"
 #include "environments/EnvironmentBindings.h"
 #include "environments/EnvironmentMessages.h"
 #include "environments/EnvironmentStrategy.h"
@@ -8,22 +9,15 @@
 #include "tbScripts/Environment.h"
 #include "tbScripts/Function.h"
 #include "tbScripts/LogManager.h"
+#include "tbScripts/Namespace.h"
+#include "tbScripts/StringUtils.h"
+#include "tbScripts/UserType.h"
 
-#include <string_view>
+#include <cstddef>
 #include <utility>
 
 namespace tbScripts
 {
-
-namespace
-{
-
-std::string keyOf(const tbMemory::StringView& name)
-{
-    return std::string(std::string_view(name));
-}
-
-} // namespace
 
 Function* Environment::setFunc(const tbMemory::StringView& name)
 {
@@ -53,8 +47,125 @@ bool Environment::isFuncSet(const tbMemory::StringView& name) const
 
 Function* Environment::getFunc(const tbMemory::StringView& name) const
 {
-    const auto known = m_functions.find(keyOf(name));
-    return known == m_functions.end() ? nullptr : known->second;
+    return findIn(m_functions, name);
+}
+
+UserType* Environment::setUserType(const tbMemory::StringView& name)
+{
+    if (m_strategy->isTearingDown())
+        return nullptr;
+    const auto parts = StringUtils::splitUserTypeName(name);
+    if (parts.size() == 1)
+        return _setPlainUserType(name);
+    const std::weak_ptr<const char> life = m_life;
+    Namespace* const scope = _reachNamespaceOf(parts);
+    UserType* const type = scope ? scope->setUserType(parts[parts.size() - 1]) : nullptr;
+    return life.expired() ? nullptr : type;
+}
+
+bool Environment::isUserTypeSet(const tbMemory::StringView& name) const
+{
+    const auto parts = StringUtils::splitUserTypeName(name);
+    return parts.size() == 1 ? m_userTypes.count(keyOf(name)) > 0 : getUserType(name) != nullptr;
+}
+
+UserType* Environment::getUserType(const tbMemory::StringView& name) const
+{
+    const auto parts = StringUtils::splitUserTypeName(name);
+    if (parts.size() == 1)
+        return findIn(m_userTypes, name);
+    const Namespace* const scope = _findNamespaceOf(parts);
+    return scope ? scope->getUserType(parts[parts.size() - 1]) : nullptr;
+}
+
+Namespace* Environment::setNamespace(const tbMemory::StringView& name)
+{
+    if (m_strategy->isTearingDown())
+        return nullptr;
+    const auto parts = StringUtils::splitUserTypeName(name);
+    if (parts.size() == 1)
+        return _setPlainNamespace(name);
+    const std::weak_ptr<const char> life = m_life;
+    Namespace* const scope = _reachNamespaceOf(parts);
+    Namespace* const inner = scope ? scope->setNamespace(parts[parts.size() - 1]) : nullptr;
+    return life.expired() ? nullptr : inner;
+}
+
+bool Environment::isNamespaceSet(const tbMemory::StringView& name) const
+{
+    const auto parts = StringUtils::splitUserTypeName(name);
+    return parts.size() == 1 ? m_namespaces.count(keyOf(name)) > 0 : getNamespace(name) != nullptr;
+}
+
+Namespace* Environment::getNamespace(const tbMemory::StringView& name) const
+{
+    const auto parts = StringUtils::splitUserTypeName(name);
+    if (parts.size() == 1)
+        return findIn(m_namespaces, name);
+    const Namespace* const scope = _findNamespaceOf(parts);
+    return scope ? scope->getNamespace(parts[parts.size() - 1]) : nullptr;
+}
+
+UserType* Environment::_setPlainUserType(const tbMemory::StringView& name)
+{
+    if (m_userTypes.count(keyOf(name)) == 0)
+        return _declareUserType(name);
+
+    const std::weak_ptr<const char> life = m_life;
+    LogManager::getInstance()->log(messages::userTypeAlreadyExistant(name), LOG_SOURCE_ENVIRONMENT);
+    if (life.expired())
+        return nullptr; // the receiver has destroyed this environment
+    UserType* const type = findIn(m_userTypes, name);
+    if (!type)
+        return _declareUserType(name);
+    type->clear();
+    if (life.expired())
+        return nullptr; // the end of a callable has
+    m_strategy->installUserType(*type);
+    return life.expired() ? nullptr : type;
+}
+
+Namespace* Environment::_setPlainNamespace(const tbMemory::StringView& name)
+{
+    if (m_namespaces.count(keyOf(name)) == 0)
+        return _declareNamespace(name);
+
+    const std::weak_ptr<const char> life = m_life;
+    LogManager::getInstance()->log(
+        messages::namespaceAlreadyExistant(name), LOG_SOURCE_ENVIRONMENT);
+    if (life.expired())
+        return nullptr; // the receiver has destroyed this environment
+    Namespace* const known = findIn(m_namespaces, name);
+    if (!known)
+        return _declareNamespace(name);
+    m_strategy->installNamespace(*known);
+    return life.expired() ? nullptr : known;
+}
+
+Namespace* Environment::_reachNamespaceOf(const tbMemory::BufferCast<tbMemory::String>& parts)
+{
+    const std::weak_ptr<const char> life = m_life;
+    Namespace* reached = findIn(m_namespaces, parts[0]);
+    if (reached)
+        m_strategy->installNamespace(*reached);
+    else
+        reached = _setPlainNamespace(parts[0]);
+    for (std::size_t i = 1; i + 1 < parts.size() && reached && !life.expired(); ++i)
+    {
+        Namespace* const inner = reached->getNamespace(parts[i]);
+        if (inner)
+            m_strategy->installNamespace(*inner);
+        reached = inner ? inner : reached->setNamespace(parts[i]);
+    }
+    return life.expired() ? nullptr : reached;
+}
+
+Namespace* Environment::_findNamespaceOf(const tbMemory::BufferCast<tbMemory::String>& parts) const
+{
+    Namespace* found = findIn(m_namespaces, parts[0]);
+    for (std::size_t i = 1; i + 1 < parts.size() && found; ++i)
+        found = found->getNamespace(parts[i]);
+    return found;
 }
 
 Function* Environment::_declareFunc(const tbMemory::StringView& name)
@@ -68,6 +179,32 @@ Function* Environment::_declareFunc(const tbMemory::StringView& name)
         m_bindings->functions.push_back(std::move(created));
     m_functions[keyOf(name)] = function; // null entries too: the name counts as declared
     return function;
+}
+
+UserType* Environment::_declareUserType(const tbMemory::StringView& name)
+{
+    const std::weak_ptr<const char> life = m_life;
+    std::unique_ptr<UserType> created = m_strategy->createUserType(name);
+    if (life.expired())
+        return nullptr;
+    UserType* const type = created.get();
+    if (created)
+        m_bindings->userTypes.push_back(std::move(created));
+    m_userTypes[keyOf(name)] = type;
+    return type;
+}
+
+Namespace* Environment::_declareNamespace(const tbMemory::StringView& name)
+{
+    const std::weak_ptr<const char> life = m_life;
+    std::unique_ptr<Namespace> created = m_strategy->createNamespace(name);
+    if (life.expired())
+        return nullptr;
+    Namespace* const declared = created.get();
+    if (created)
+        m_bindings->namespaces.push_back(std::move(created));
+    m_namespaces[keyOf(name)] = declared;
+    return declared;
 }
 
 } // namespace tbScripts

@@ -65,8 +65,8 @@ public:
     getObject(const tbMemory::StringView& name, const tbMemory::StringView& userTypeName) = 0;
     virtual ScriptObjectReference getScriptFunction(const tbMemory::StringView& name) = 0;
     virtual std::unique_ptr<Function> createFunction(const tbMemory::StringView& name) = 0;
-    virtual UserType* createUserType(const tbMemory::StringView& name) = 0;
-    virtual Namespace* createNamespace(const tbMemory::StringView& name) = 0;
+    virtual std::unique_ptr<UserType> createUserType(const tbMemory::StringView& name) = 0;
+    virtual std::unique_ptr<Namespace> createNamespace(const tbMemory::StringView& name) = 0;
     virtual bool callScriptFunction(
         const ScriptObjectReference& function,
         const tbMemory::BufferView<FunctionParameter>& inputs,
@@ -79,6 +79,11 @@ public:
     /// Publishes a function that was made for an earlier interpreter in the present one. Within
     /// its own interpreter a function is left as it is.
     virtual void installFunction(Function& function) = 0;
+
+    /// The same for a user type, whose constructor and destructor come with it, and for a
+    /// namespace, which is empty then.
+    virtual void installUserType(UserType& type) = 0;
+    virtual void installNamespace(Namespace& scope) = 0;
 
     /// Returns whether a call of the host into the interpreter is in progress, or its end.
     virtual bool isRunning() const = 0;

@@ -9,25 +9,31 @@ namespace tbScripts
 namespace
 {
 
-// Deletes the functions one by one; each has left the list before it goes, since the end of its
-// callable may run code of the host.
-void deleteFunctions(EnvironmentBindings& bindings)
+// Deletes the objects one by one; each has left the list before it goes, since its end may run code
+// of the host.
+template <typename T>
+void deleteAll(std::vector<std::unique_ptr<T>>& list)
 {
-    std::vector<std::unique_ptr<Function>> functions = std::move(bindings.functions);
-    bindings.functions.clear();
-    for (std::unique_ptr<Function>& function : functions)
-        function.reset();
+    std::vector<std::unique_ptr<T>> objects = std::exchange(list, {});
+    for (std::unique_ptr<T>& object : objects)
+        object.reset();
 }
 
 // The order is fixed: functions go while the globals that show them are still there, what scripts
-// hold is collected before its bindings go, and the interpreter closes last.
+// hold is collected before the types go that destroy it, and the interpreter closes last.
 void tearDown(EnvironmentStrategy& strategy, EnvironmentBindings& bindings)
 {
     strategy.beginTeardown();
-    deleteFunctions(bindings);           // 1
-    strategy.clearGlobals();             // 2
-    strategy.requestGarbageCollection(); // 3
-    strategy.shutDown();                 // 4
+    deleteAll(bindings.functions); // 1
+    strategy.clearGlobals();       // 2
+    for (const std::unique_ptr<Namespace>& scope : bindings.namespaces)
+        scope->release(); // 3
+    for (const std::unique_ptr<UserType>& type : bindings.userTypes)
+        type->clear();                   // 4
+    strategy.requestGarbageCollection(); // 5
+    deleteAll(bindings.namespaces);      // 6
+    deleteAll(bindings.userTypes);
+    strategy.shutDown(); // 7
 }
 
 } // namespace

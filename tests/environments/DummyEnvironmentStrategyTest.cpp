@@ -4,7 +4,9 @@
 
 #include "support/LogFixture.h"
 
+#include <tbScripts/Namespace.h>
 #include <tbScripts/Script.h>
+#include <tbScripts/UserType.h>
 
 #include <memory>
 

@@ -81,9 +81,9 @@ public:
 
     std::unique_ptr<Function> createFunction(const Text&) override { return nullptr; }
 
-    UserType* createUserType(const Text&) override { return nullptr; }
+    std::unique_ptr<UserType> createUserType(const Text&) override { return nullptr; }
 
-    Namespace* createNamespace(const Text&) override { return nullptr; }
+    std::unique_ptr<Namespace> createNamespace(const Text&) override { return nullptr; }
 
     bool callScriptFunction(
         const ScriptObjectReference&,
@@ -105,6 +105,10 @@ public:
     }
 
     void installFunction(Function&) override {}
+
+    void installUserType(UserType&) override {}
+
+    void installNamespace(Namespace&) override {}
 
     bool isRunning() const override { return false; }
 

@@ -3,7 +3,7 @@
 cmake_minimum_required(VERSION 3.25)
 
 set(allowed
-    src/bindings/lua/LuaFunctionClosure.cpp)
+    src/bindings/lua/LuaRaise.h)
 
 set(raising "(^|[^A-Za-z0-9_])(lua_error|luaL_error|luaL_check[a-z]*|luaL_arg[a-z]*)")
 

@@ -138,6 +138,28 @@ int LuaCallBridge::pushParameter(
     return 0;
 }
 
+bool LuaCallBridge::writeObject(FunctionParameter& parameter, void* object)
+{
+    if (parameter.m_type != PARAM_TYPE_USER_TYPE && parameter.m_type != PARAM_TYPE_USER_TYPE_OWNED)
+        return false;
+    if (parameter.m_live != FunctionParameter::MEMBER::USER_TYPE)
+        parameter.prepareForUserType();
+    FunctionParameter::UserTypeValue& value = parameter.m_storage.userType;
+    value.object = object;
+    value.view.reset();
+    return true;
+}
+
+bool LuaCallBridge::writeIndex(FunctionParameter& parameter, int index)
+{
+    if (parameter.m_type != PARAM_TYPE_INT)
+        return false;
+    _makeRoomForPlainValue(parameter);
+    parameter.m_storage.integer = index;
+    parameter.m_live = FunctionParameter::MEMBER::INT;
+    return true;
+}
+
 tbMemory::String LuaCallBridge::buildTypeMismatchMessage(
     lua_State* state,
     lua_Debug& activation,

@@ -43,6 +43,13 @@ public:
     int pushParameter(
         const FunctionParameter& parameter, const tbMemory::StringView& functionName) const;
 
+    /// Makes `parameter` designate `object`, without view, whatever type it was declared with.
+    /// Returns false if it is not of a user type.
+    static bool writeObject(FunctionParameter& parameter, void* object);
+
+    /// Writes `index` into `parameter`. Returns false if it is no `int`.
+    static bool writeIndex(FunctionParameter& parameter, int index);
+
     /// Returns the message for a value of kind `actualType` where `expectedTypeName` was expected,
     /// with the line that the calling script is at; -1 if no script is calling.
     static tbMemory::String buildTypeMismatchMessage(

@@ -3,28 +3,15 @@
 #include "bindings/lua/LuaFunctionClosure.h"
 #include "core/lua/LuaHostCall.h"
 #include "core/lua/LuaRegistry.h"
-#include "core/lua/LuaText.h"
 
 #include <cstring>
+#include <utility>
 
 namespace tbScripts::lua
 {
 
 namespace
 {
-
-// Stack: +1, the table that holds the function under its name.
-void pushOwnerTable(
-    const LuaStateSlot& slot, lua_State* state, const tbMemory::StringView& namespaceKey)
-{
-    if (namespaceKey.empty())
-    {
-        pushGlobals(slot, state);
-        return;
-    }
-    pushName(state, namespaceKey);
-    lua_rawget(state, LUA_REGISTRYINDEX);
-}
 
 // Stack: +1, a new anchor.
 LuaFunctionAnchor* pushAnchor(lua_State* state, const tbMemory::StringView& name)
@@ -41,30 +28,28 @@ LuaFunctionAnchor* pushAnchor(lua_State* state, const tbMemory::StringView& name
 } // namespace
 
 LuaFunction::LuaFunction(const tbMemory::StringView& name, const LuaStateHandle& handle)
-    : LuaFunction(name, tbMemory::StringView(), handle)
+    : LuaFunction(name, LuaOwner::globals(), handle)
 {
 }
 
 LuaFunction::LuaFunction(
-    const tbMemory::StringView& name,
-    const tbMemory::StringView& namespaceKey,
-    const LuaStateHandle& handle)
+    const tbMemory::StringView& name, LuaOwner owner, const LuaStateHandle& handle)
     : Function(name)
-    , m_namespaceKey(namespaceKey)
+    , m_owner(std::move(owner))
 {
     install(handle);
 }
 
 LuaFunction::~LuaFunction()
 {
-    _uninstall();
+    uninstall();
 }
 
 bool LuaFunction::install(const LuaStateHandle& handle)
 {
     if (isInstalled() && m_handle.sharesStateWith(handle))
         return true;
-    _uninstall();
+    uninstall();
     m_handle = handle;
 
     LuaHostCall call(m_handle);
@@ -77,11 +62,7 @@ bool LuaFunction::install(const LuaStateHandle& handle)
             m_anchor = anchor;
             m_anchor->function = this;
             lua_pushcclosure(state, &callHostFunction, 1);
-
-            pushOwnerTable(*m_handle.getSlot(), state, m_namespaceKey);
-            pushName(state, getName());
-            lua_pushvalue(state, -3);
-            lua_settable(state, -3);
+            m_owner.publish(*m_handle.getSlot(), state, getName());
         });
     if (!isDone)
         _dropAnchor();
@@ -93,20 +74,14 @@ bool LuaFunction::isInstalled() const
     return m_anchor && m_handle.get();
 }
 
-void LuaFunction::_uninstall()
+void LuaFunction::uninstall()
 {
     if (isInstalled())
     {
         m_anchor->function = nullptr; // first: the name may not be removable
         LuaHostCall call(m_handle, LuaHostCall::ENTRY::UPKEEP);
-        call.run(
-            [&](lua_State* state)
-            {
-                pushOwnerTable(*m_handle.getSlot(), state, m_namespaceKey);
-                pushName(state, getName());
-                lua_pushnil(state);
-                lua_settable(state, -3);
-            });
+        call.run([&](lua_State* state)
+                 { m_owner.unpublish(*m_handle.getSlot(), state, getName()); });
     }
     _dropAnchor();
 }

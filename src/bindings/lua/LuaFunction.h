@@ -1,12 +1,12 @@
 #pragma once
 
-#include "bindings/FunctionDefinition.h"
+#include "bindings/CallDefinition.h"
+#include "bindings/lua/LuaOwner.h"
 #include "core/lua/LuaApi.h"
 #include "core/lua/LuaStateHandle.h"
 
 #include "tbScripts/Function.h"
 
-#include <tbMemory/String.h>
 #include <tbMemory/StringView.h>
 
 #include <cstddef>
@@ -37,24 +37,23 @@ public:
     /// Publishes the function as global `name`. `isInstalled` says whether that worked.
     LuaFunction(const tbMemory::StringView& name, const LuaStateHandle& handle);
 
-    /// Publishes the function as field `name` of the table that the registry holds under
-    /// `namespaceKey`; an empty key stands for the globals.
-    LuaFunction(
-        const tbMemory::StringView& name,
-        const tbMemory::StringView& namespaceKey,
-        const LuaStateHandle& handle);
+    /// Publishes the function as field `name` of `owner`.
+    LuaFunction(const tbMemory::StringView& name, LuaOwner owner, const LuaStateHandle& handle);
 
     /// Not copyable: one function owns one script-visible name. Copy the `Function` part instead.
     LuaFunction(const LuaFunction&) = delete;
     LuaFunction& operator=(const LuaFunction&) = delete;
 
-    /// Removes the script-visible name, whatever it holds by then. Closures that scripts kept
-    /// raise a script error from here on.
+    /// Ends as `uninstall` does.
     ~LuaFunction() override;
 
     /// Publishes the function in the state of `handle`, unless it is there already. Returns false,
     /// after logging why, if that failed.
     bool install(const LuaStateHandle& handle);
+
+    /// Removes the script-visible name, whatever it holds by then. Closures that scripts kept
+    /// raise a script error from here on.
+    void uninstall();
 
     /// Returns whether the function is published in an open state.
     bool isInstalled() const;
@@ -64,11 +63,10 @@ public:
     FunctionDefinition& getDefinition() const { return *m_definition; }
 
 private:
-    void _uninstall();
     void _dropAnchor();
 
     LuaStateHandle m_handle;
-    tbMemory::String m_namespaceKey;       // empty for a global function
+    LuaOwner m_owner;
     LuaFunctionAnchor* m_anchor = nullptr; // lives as long as m_anchorKey keeps it
     int m_anchorKey = LUA_NOREF;           // registry slot of the anchor
 };

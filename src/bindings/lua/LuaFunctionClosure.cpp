@@ -3,6 +3,7 @@
 #include "bindings/BindingMessages.h"
 #include "bindings/lua/LuaCallBridge.h"
 #include "bindings/lua/LuaFunction.h"
+#include "bindings/lua/LuaRaise.h"
 #include "core/LogSources.h"
 #include "core/lua/LuaCallbackScope.h"
 
@@ -18,10 +19,10 @@ namespace tbScripts::lua
 namespace
 {
 
-constexpr int RAISE_MESSAGE_ON_TOP = -1;
+using HostFunctionCall = DefinitionCall<FunctionDefinition>;
 
 // Reads the arguments, calls the host and pushes its result; returns the number of results.
-int runHostFunction(LuaCallbackScope& scope, const FunctionCall& call)
+int runHostFunction(LuaCallbackScope& scope, const HostFunctionCall& call)
 {
     const LuaCallBridge bridge(scope);
     std::vector<FunctionParameter>& parameters = call.getParameters();
@@ -35,7 +36,8 @@ int runHostFunction(LuaCallbackScope& scope, const FunctionCall& call)
 }
 
 // Returns the number of results, or RAISE_MESSAGE_ON_TOP with the message in `errorText`.
-int runCatchingHostErrors(LuaCallbackScope& scope, const FunctionCall& call, std::string& errorText)
+int runCatchingHostErrors(
+    LuaCallbackScope& scope, const HostFunctionCall& call, std::string& errorText)
 {
     try
     {
@@ -54,42 +56,38 @@ int runCatchingHostErrors(LuaCallbackScope& scope, const FunctionCall& call, std
     return RAISE_MESSAGE_ON_TOP;
 }
 
-int pushMessage(lua_State* state, const char* text)
-{
-    lua_pushstring(state, text);
-    return RAISE_MESSAGE_ON_TOP;
-}
-
-// May own whatever it likes: this frame is gone before the error is raised. `function` may be gone
-// too once the callable has run; the call keeps what is needed.
+// `function` may be gone once the callable has run; the call keeps what is needed.
 int callLivingFunction(LuaFunction& function, lua_State* state)
 {
     LuaCallbackScope scope(*function.getHandle().getSlot(), state);
-    const FunctionCall call(function.getDefinition());
+    const HostFunctionCall call(function.getDefinition());
     std::string errorText;
     const int results = runCatchingHostErrors(scope, call, errorText);
     if (results != RAISE_MESSAGE_ON_TOP)
         return results;
     LogManager::getInstance()->log(errorText, LOG_SOURCE_LUA_FUNCTION);
-    return pushMessage(state, errorText.c_str());
+    return raiseText(state, errorText.c_str());
 }
 
 int reportDeadFunction(const LuaFunctionAnchor* anchor, lua_State* state)
 {
     const tbMemory::StringView name = anchor ? anchor->getName() : tbMemory::StringView();
-    return pushMessage(state, messages::functionIsGone(name).c_str());
+    return raiseText(state, messages::functionIsGone(name).c_str());
+}
+
+int runAnchoredFunction(lua_State* state)
+{
+    const auto* const anchor =
+        static_cast<const LuaFunctionAnchor*>(lua_touserdata(state, lua_upvalueindex(1)));
+    return anchor && anchor->function ? callLivingFunction(*anchor->function, state)
+                                      : reportDeadFunction(anchor, state);
 }
 
 } // namespace
 
-// Owns nothing, so that leaving it through lua_error skips no destructor.
 int callHostFunction(lua_State* state)
 {
-    const auto* const anchor =
-        static_cast<const LuaFunctionAnchor*>(lua_touserdata(state, lua_upvalueindex(1)));
-    const int results = anchor && anchor->function ? callLivingFunction(*anchor->function, state)
-                                                   : reportDeadFunction(anchor, state);
-    return results == RAISE_MESSAGE_ON_TOP ? lua_error(state) : results;
+    return closureOf<&runAnchoredFunction>(state);
 }
 
 } // namespace tbScripts::lua

@@ -87,6 +87,15 @@ void pushInstance(
     lua_setmetatable(state, -2);
 }
 
+void pushHostObject(
+    const LuaStateSlot& slot, lua_State* state, void* object, const tbMemory::StringView& typeName)
+{
+    if (object)
+        pushInstance(slot, state, object, false, typeName);
+    else
+        lua_pushnil(state);
+}
+
 void* untypedObjectAt(const LuaStateSlot& slot, lua_State* state, int index)
 {
     if (lua_type(state, index) != LUA_TUSERDATA || lua_objlen(state, index) < sizeof(void*))

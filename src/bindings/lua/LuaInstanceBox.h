@@ -55,6 +55,10 @@ void pushInstance(
     bool gcEnabled,
     const tbMemory::StringView& typeName);
 
+/// Stack: +1, an instance for `object` that the host goes on owning; nil if `object` is null.
+void pushHostObject(
+    const LuaStateSlot& slot, lua_State* state, void* object, const tbMemory::StringView& typeName);
+
 /// Returns the pointer at the start of any userdata block at `index`; null for light userdata, for
 /// blocks that are too small, and for instances whose object was destroyed.
 void* untypedObjectAt(const LuaStateSlot& slot, lua_State* state, int index);

@@ -25,6 +25,15 @@ public:
         UPKEEP // releases something: always let in while the state is open
     };
 
+    /// Returns how a full collection enters: outside of any call the teardown needs it; inside,
+    /// finalisers that ask for collections without end have to meet the limit of depth.
+    static ENTRY entryOfCollection(const LuaStateHandle& handle)
+    {
+        const LuaStateSlot* const slot = handle.getSlot();
+        const bool isRunning = slot && (slot->hostCalls > 0 || slot->isClosing);
+        return isRunning ? ENTRY::HOST : ENTRY::UPKEEP;
+    }
+
     explicit LuaHostCall(const LuaStateHandle& handle, ENTRY entry = ENTRY::HOST)
         : m_slot(handle.get() ? handle.getSlot() : nullptr)
         , m_state(nullptr)

@@ -32,6 +32,8 @@ int furnishState(lua_State* state)
     lua_pushcfunction(state, &runProtectedWork);
     slot.trampolineKey = luaL_ref(state, LUA_REGISTRYINDEX);
     slot.typeTablesKey = makeTypeTables(state);
+    lua_getglobal(state, "rawget"); // now: scripts may replace the global
+    slot.rawgetKey = luaL_ref(state, LUA_REGISTRYINDEX);
     return 0;
 }
 
@@ -98,6 +100,7 @@ void LuaStateHandle::close()
     m_slot->isClosing = true;
     contain([state] { lua_close(state); }, [] {});
     m_slot->isClosing = false;
+    std::exchange(m_slot->keptUntilClosed, {}).clear();
     runPutOff(*m_slot);
 }
 

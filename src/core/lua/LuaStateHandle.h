@@ -4,6 +4,8 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
+#include <utility>
 #include <vector>
 
 namespace tbScripts::lua
@@ -27,11 +29,14 @@ struct LuaStateSlot
     int trampolineKey = LUA_NOREF; // registry slot of the function that LuaBoundary calls protected
     int typeTablesKey = LUA_NOREF; // registry slot of the weak set of our user types' tables
 
+    int rawgetKey = LUA_NOREF; // registry slot of the interpreter's own rawget
+
     unsigned hostCalls = 0;     // host calls that have been entered and not left
     bool isClosing = false;     // finalisers run inside the end of the state
     bool isTearingDown = false; // the environment is going: only upkeep may enter
     LuaCallbackScope* innermostCallback = nullptr; // the host function that runs, if one does
     std::vector<std::function<void()>> putOff; // what waits for the outermost host call to return
+    std::vector<std::shared_ptr<void>> keptUntilClosed; // what finalisers may need to the very end
 
     std::uint32_t holders = 0;
 };
@@ -84,6 +89,16 @@ private:
 
 /// Runs what waits for the outermost host call to return.
 void runPutOff(LuaStateSlot& slot);
+
+/// Destroys `object`, which has left its registries already: at once, or when the outermost host
+/// call returns, which may be one of an operation of this very object.
+template <typename T>
+void destroyWhenIdle(const LuaStateHandle& handle, std::unique_ptr<T> object)
+{
+    LuaStateSlot* const slot = handle.getSlot();
+    if (slot && slot->hostCalls > 0)
+        slot->putOff.push_back([held = std::shared_ptr<T>(std::move(object))] {});
+}
 
 /// Stack: +1, the global table of the main thread, whichever thread runs.
 void pushGlobals(const LuaStateSlot& slot, lua_State* state);

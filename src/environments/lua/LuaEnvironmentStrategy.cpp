@@ -2,6 +2,8 @@
 
 #include "bindings/lua/LuaFunction.h"
 #include "bindings/lua/LuaInstanceBox.h"
+#include "bindings/lua/LuaNamespace.h"
+#include "bindings/lua/LuaUserType.h"
 #include "core/LogSources.h"
 #include "core/lua/LuaHostCall.h"
 #include "core/lua/LuaNumber.h"
@@ -89,9 +91,7 @@ bool LuaEnvironmentStrategy::execute(const Script& script)
 
 void LuaEnvironmentStrategy::requestGarbageCollection()
 {
-    // Outside of any call it is let in during the teardown, which needs it. Inside, finalisers that
-    // ask for collections without end have to meet the limit of depth.
-    LuaHostCall call(m_handle, isRunning() ? LuaHostCall::ENTRY::HOST : LuaHostCall::ENTRY::UPKEEP);
+    LuaHostCall call(m_handle, LuaHostCall::entryOfCollection(m_handle));
     collectGarbageTwice(call);
 }
 
@@ -141,12 +141,7 @@ void LuaEnvironmentStrategy::setObject(
     _setGlobal(
         name,
         [&](lua_State* state)
-        {
-            if (object)
-                pushInstance(*m_handle.getSlot(), state, object, false, userTypeName);
-            else
-                lua_pushnil(state);
-        });
+        { pushHostObject(*m_handle.getSlot(), state, object, userTypeName); });
 }
 
 bool LuaEnvironmentStrategy::isVarSet(const tbMemory::StringView& name)
@@ -254,14 +249,20 @@ std::unique_ptr<Function> LuaEnvironmentStrategy::createFunction(const tbMemory:
     return function;
 }
 
-UserType* LuaEnvironmentStrategy::createUserType(const tbMemory::StringView& /*name*/)
+std::unique_ptr<UserType> LuaEnvironmentStrategy::createUserType(const tbMemory::StringView& name)
 {
-    return nullptr;
+    auto type = std::make_unique<LuaUserType>(name, m_handle);
+    if (!type->isInstalled())
+        return nullptr;
+    return type;
 }
 
-Namespace* LuaEnvironmentStrategy::createNamespace(const tbMemory::StringView& /*name*/)
+std::unique_ptr<Namespace> LuaEnvironmentStrategy::createNamespace(const tbMemory::StringView& name)
 {
-    return nullptr;
+    auto created = std::make_unique<LuaNamespace>(name, m_handle);
+    if (!created->isInstalled())
+        return nullptr;
+    return created;
 }
 
 bool LuaEnvironmentStrategy::callScriptFunction(
@@ -303,6 +304,18 @@ ScriptObjectReference LuaEnvironmentStrategy::deserializeScriptObject(
 void LuaEnvironmentStrategy::installFunction(Function& function)
 {
     if (auto* const published = dynamic_cast<LuaFunction*>(&function))
+        published->install(m_handle);
+}
+
+void LuaEnvironmentStrategy::installUserType(UserType& type)
+{
+    if (auto* const published = dynamic_cast<LuaUserType*>(&type))
+        published->install(m_handle);
+}
+
+void LuaEnvironmentStrategy::installNamespace(Namespace& scope)
+{
+    if (auto* const published = dynamic_cast<LuaNamespace*>(&scope))
         published->install(m_handle);
 }
 

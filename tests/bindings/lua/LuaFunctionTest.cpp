@@ -40,7 +40,8 @@ protected:
 
     std::unique_ptr<lua::LuaFunction> makeInTable(const char* name, const char* key)
     {
-        auto function = std::make_unique<lua::LuaFunction>(name, key, handle());
+        auto function =
+            std::make_unique<lua::LuaFunction>(name, lua::LuaOwner::table(key), handle());
         function->setFunction(giveSeven);
         return function;
     }
@@ -134,7 +135,7 @@ TEST_F(LuaFunctionTest, MakingAndEndingLeaveNoRegistrySlot)
 
 TEST_F(LuaFunctionTest, WithoutTableForItsKeyIsLoggedAndNotInstalled)
 {
-    const lua::LuaFunction function("spawn", "nowhere", handle());
+    const lua::LuaFunction function("spawn", lua::LuaOwner::table("nowhere"), handle());
 
     EXPECT_FALSE(function.isInstalled());
     EXPECT_EQ(global("spawn"), "nil");
@@ -359,7 +360,7 @@ TEST_F(LuaFunctionTest, LastArgumentsStayInTheDeclaredParameters)
 
     run("take(5, 'spear')");
 
-    const std::vector<FunctionParameter>& parameters = function.getDefinition().parameters;
+    const std::vector<FunctionParameter>& parameters = function.getDefinition().getParameters();
     EXPECT_EQ(parameters[0].getInt(), 5);
     EXPECT_EQ(parameters[1].getString(), "spear");
 }
@@ -399,7 +400,7 @@ TEST_F(LuaFunctionTest, MismatchStopsReadingAtTheWrongArgument)
 
     run("pcall(take, 4, 'x', 6)");
 
-    const std::vector<FunctionParameter>& parameters = function.getDefinition().parameters;
+    const std::vector<FunctionParameter>& parameters = function.getDefinition().getParameters();
     EXPECT_EQ(parameters[0].getInt(), 4);
     EXPECT_EQ(parameters[1].getInt(), 0);
     EXPECT_EQ(parameters[2].getInt(), 3);

@@ -202,7 +202,7 @@ TEST_P(UserTypeParameterKindTest, WithoutNameStaysDeclaredWithoutName)
 
     run("take(enemy)");
 
-    const FunctionParameter declared = function.getDefinition().parameters[0].getDeclaration();
+    const FunctionParameter declared = function.getDefinition().getParameters()[0].getDeclaration();
     EXPECT_EQ(declared.getType(), GetParam().type);
     EXPECT_EQ(declared.getUserTypeName(), "");
 }

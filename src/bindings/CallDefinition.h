@@ -1,0 +1,178 @@
+#pragma once
+
+#include "tbScripts/Function.h"
+#include "tbScripts/FunctionParameter.h"
+
+#include <tbMemory/String.h>
+
+#include <cstdint>
+#include <memory>
+#include <utility>
+#include <vector>
+
+namespace tbScripts
+{
+
+/// What every declared callable has beside itself: its name, its declared parameters, and a set of
+/// parameters for each call of it that runs.
+///
+/// Invariant: while a call runs, only that call and the calls inside it touch the definition.
+class CallDeclaration
+{
+public:
+    explicit CallDeclaration(std::shared_ptr<const tbMemory::String> name);
+
+    CallDeclaration(const CallDeclaration&) = delete;
+    CallDeclaration& operator=(const CallDeclaration&) = delete;
+
+    const tbMemory::String& getName() const { return *m_name; }
+
+    const std::shared_ptr<const tbMemory::String>& getSharedName() const { return m_name; }
+
+    /// Those of the outermost call, which fills them in place.
+    const std::vector<FunctionParameter>& getParameters() const { return m_parameters; }
+
+    /// Replaces the declared parameters by copies of `parameters`. Requires: no call runs.
+    void setParameters(const std::vector<FunctionParameter>& parameters);
+
+    /// Appends a declared parameter. Requires: no call runs.
+    void addParameter(FunctionParameter parameter);
+
+    /// Returns the parameters for a call inside `runningCalls` others of this definition.
+    std::vector<FunctionParameter>& parametersOfNextCall()
+    {
+        return runningCalls == 0 ? m_parameters : _innerParametersOfNextCall();
+    }
+
+    /// Takes over what `other` declares, without the values of its calls. Requires: no call runs.
+    void copyDeclarations(const CallDeclaration& other);
+
+    std::uint32_t holders = 1;
+    std::uint32_t runningCalls = 0;
+
+protected:
+    ~CallDeclaration() = default;
+
+private:
+    std::vector<FunctionParameter>& _innerParametersOfNextCall();
+
+    std::shared_ptr<const tbMemory::String> m_name;
+    std::vector<FunctionParameter> m_parameters;
+    std::vector<std::unique_ptr<std::vector<FunctionParameter>>> m_innerParameters;
+};
+
+/// What one declaration of a callable of the host consists of. Counted: each call that runs it
+/// holds it, so that whoever declared it may change or drop it meanwhile.
+template <typename CallableType>
+struct CallDefinition : CallDeclaration
+{
+    using Callable = CallableType;
+    using CallDeclaration::CallDeclaration;
+
+    Callable callable;
+};
+
+/// The definition of a host function.
+struct FunctionDefinition final : CallDefinition<Function::Callable>
+{
+    using CallDefinition::CallDefinition;
+};
+
+/// Returns a new definition that declares the same, held once.
+template <typename Definition>
+std::unique_ptr<Definition> cloneDefinition(const Definition& definition)
+{
+    auto copy = std::make_unique<Definition>(definition.getSharedName());
+    copy->copyDeclarations(definition);
+    copy->callable = definition.callable;
+    return copy;
+}
+
+/// Gives up one hold on `definition`.
+template <typename Definition>
+void releaseDefinition(Definition* definition)
+{
+    if (--definition->holders == 0)
+        delete definition;
+}
+
+/// One hold on a definition, or none.
+template <typename Definition>
+class DefinitionHolder
+{
+public:
+    DefinitionHolder() = default;
+
+    explicit DefinitionHolder(std::unique_ptr<Definition> definition)
+        : m_definition(definition.release())
+    {
+    }
+
+    DefinitionHolder(DefinitionHolder&& other) noexcept
+        : m_definition(std::exchange(other.m_definition, nullptr))
+    {
+    }
+
+    DefinitionHolder& operator=(DefinitionHolder&& other) noexcept
+    {
+        std::swap(m_definition, other.m_definition);
+        return *this;
+    }
+
+    ~DefinitionHolder()
+    {
+        if (m_definition)
+            releaseDefinition(m_definition);
+    }
+
+    explicit operator bool() const { return m_definition != nullptr; }
+
+    Definition& operator*() const { return *m_definition; }
+
+    /// Returns the definition as one that may be changed: a running one is left to its calls, and
+    /// this holder goes on with a copy. Requires: it holds one.
+    Definition& edit()
+    {
+        if (m_definition->runningCalls > 0)
+            *this = DefinitionHolder(cloneDefinition(*m_definition));
+        return *m_definition;
+    }
+
+private:
+    Definition* m_definition = nullptr; // counted
+};
+
+/// One call of a definition: holds it, and the parameters that are this call's own.
+template <typename Definition>
+class DefinitionCall
+{
+public:
+    explicit DefinitionCall(Definition& definition)
+        : m_definition(definition)
+        , m_parameters(definition.parametersOfNextCall())
+    {
+        ++m_definition.holders;
+        ++m_definition.runningCalls;
+    }
+
+    DefinitionCall(const DefinitionCall&) = delete;
+    DefinitionCall& operator=(const DefinitionCall&) = delete;
+
+    ~DefinitionCall()
+    {
+        --m_definition.runningCalls;
+        releaseDefinition(&m_definition);
+    }
+
+    std::vector<FunctionParameter>& getParameters() const { return m_parameters; }
+
+    const tbMemory::String& getName() const { return m_definition.getName(); }
+
+    const typename Definition::Callable& getCallable() const { return m_definition.callable; }
+
+private:
+    Definition& m_definition;
+    std::vector<FunctionParameter>& m_parameters;
+};
+
+} // namespace tbScripts

@@ -1,0 +1,326 @@
+#include "bindings/lua/LuaNamespace.h"
+
+#include "bindings/BindingMessages.h"
+#include "bindings/lua/LuaFunction.h"
+#include "bindings/lua/LuaInstanceBox.h"
+#include "bindings/lua/LuaNamedTables.h"
+#include "bindings/lua/LuaUserType.h"
+#include "core/LogSources.h"
+#include "core/lua/LuaHostCall.h"
+#include "core/lua/LuaScriptObjectInterpreterReference.h"
+#include "core/lua/LuaTables.h"
+#include "core/lua/LuaText.h"
+
+#include "tbScripts/LogManager.h"
+
+#include <utility>
+#include <vector>
+
+namespace tbScripts::lua
+{
+
+namespace
+{
+
+constexpr const char* SEPARATOR = "::";
+
+void warn(const tbMemory::StringView& message)
+{
+    LogManager::getInstance()->log(message, LOG_SOURCE_LUA_NAMESPACE);
+}
+
+// Good while a host call is in progress: until it returns nothing is destroyed.
+template <typename T>
+std::vector<T*> objectsOf(const OwningRegistry<T>& registry)
+{
+    std::vector<T*> objects;
+    objects.reserve(registry.size());
+    for (const auto& [name, object] : registry)
+        objects.push_back(object.get());
+    return objects;
+}
+
+// Takes each object out of its registry, ends it and destroys it.
+template <typename T>
+void dropAll(OwningRegistry<T>& registry, const LuaStateHandle& handle)
+{
+    OwningRegistry<T> objects = std::exchange(registry, {});
+    for (auto& [name, object] : objects)
+    {
+        object->uninstall();
+        destroyWhenIdle(handle, std::move(object));
+    }
+}
+
+} // namespace
+
+LuaNamespace::LuaNamespace(const tbMemory::StringView& name, const LuaStateHandle& handle)
+    : LuaNamespace(name, name, LuaOwner::globals(), handle)
+{
+}
+
+LuaNamespace::LuaNamespace(
+    const tbMemory::StringView& name,
+    const tbMemory::StringView& parentFullName,
+    const LuaStateHandle& handle)
+    : LuaNamespace(
+          name,
+          tbMemory::String(parentFullName) + SEPARATOR + name,
+          LuaOwner::table(parentFullName),
+          handle)
+{
+}
+
+LuaNamespace::LuaNamespace(
+    const tbMemory::StringView& name,
+    const tbMemory::StringView& fullName,
+    LuaOwner owner,
+    const LuaStateHandle& handle)
+    : Namespace(name)
+    , m_fullName(fullName)
+    , m_owner(std::move(owner))
+{
+    install(handle);
+}
+
+LuaNamespace::~LuaNamespace()
+{
+    uninstall();
+}
+
+bool LuaNamespace::install(const LuaStateHandle& handle)
+{
+    if (isInstalled() && m_handle.sharesStateWith(handle))
+        return true;
+    m_isPublished =
+        false; // an earlier state is closed, or a copy of the environment goes on with it
+    LuaHostCall call(handle);
+    if (call.isRefused())
+        return false;
+    m_handle = handle;
+
+    NAMED_TABLE before = NAMED_TABLE::FOREIGN;
+    m_isPublished = call.run(
+        [&](lua_State* state)
+        {
+            const LuaStateSlot& slot = *m_handle.getSlot();
+            before = makeNamedTable(slot, state, m_fullName);
+            if (before == NAMED_TABLE::FOREIGN)
+                return;
+            registerNamespaceTable(slot, state);
+            m_owner.publish(slot, state, getName());
+        });
+    if (m_isPublished && before == NAMED_TABLE::FOREIGN)
+    {
+        m_isPublished = false;
+        warn(messages::nameIsReserved(m_fullName));
+    }
+    else if (!m_isPublished && before == NAMED_TABLE::NONE)
+    {
+        call.run([this](lua_State* state) { removeNamedTable(state, m_fullName); });
+    }
+    return isInstalled();
+}
+
+void LuaNamespace::uninstall()
+{
+    LuaHostCall call(m_handle, LuaHostCall::ENTRY::UPKEEP);
+    if (!m_isReleased)
+        release();
+    if (!std::exchange(m_isPublished, false) || !m_handle.get())
+        return;
+    call.run([this](lua_State* state)
+             { m_owner.unpublish(*m_handle.getSlot(), state, getName()); });
+    call.run([this](lua_State* state) { removeNamedTable(state, m_fullName); });
+}
+
+bool LuaNamespace::isInstalled() const
+{
+    return m_isPublished && m_handle.get();
+}
+
+Namespace* LuaNamespace::getNamespace(const tbMemory::StringView& name) const
+{
+    return findIn(m_namespaces, name);
+}
+
+UserType* LuaNamespace::getUserType(const tbMemory::StringView& name) const
+{
+    return findIn(m_userTypes, name);
+}
+
+void LuaNamespace::setVar(const tbMemory::StringView& name, const ScriptObjectReference& value)
+{
+    _setField(name, [&](lua_State* state) { pushReferenced(state, value, m_handle); });
+}
+
+void LuaNamespace::setVar(const tbMemory::StringView& name, const tbMemory::StringView& value)
+{
+    _setField(name, [&](lua_State* state) { pushText(state, value); });
+}
+
+void LuaNamespace::setVar(const tbMemory::StringView& name, double value)
+{
+    _setField(name, [value](lua_State* state) { lua_pushnumber(state, value); });
+}
+
+void LuaNamespace::setVar(const tbMemory::StringView& name, float value)
+{
+    setVar(name, static_cast<double>(value));
+}
+
+void LuaNamespace::setVar(const tbMemory::StringView& name, int value)
+{
+    _setField(name, [value](lua_State* state) { lua_pushinteger(state, value); });
+}
+
+void LuaNamespace::setVar(const tbMemory::StringView& name, bool value)
+{
+    _setField(name, [value](lua_State* state) { lua_pushboolean(state, value ? 1 : 0); });
+}
+
+void LuaNamespace::setVar(
+    const tbMemory::StringView& name, const tbMemory::StringView& userTypeName, void* object)
+{
+    _setField(
+        name,
+        [&](lua_State* state)
+        { pushHostObject(*m_handle.getSlot(), state, object, userTypeName); });
+}
+
+Namespace* LuaNamespace::setNamespace(const tbMemory::StringView& name)
+{
+    LuaHostCall call(m_handle);
+    if (!_beginChange(call))
+        return nullptr;
+    if (findIn(m_namespaces, name))
+        warn(messages::namespaceAlreadyRegistered(name, getName()));
+    return _installOrMake(
+        m_namespaces,
+        name,
+        [&] { return std::make_unique<LuaNamespace>(name, m_fullName, m_handle); });
+}
+
+UserType* LuaNamespace::setUserType(const tbMemory::StringView& name)
+{
+    LuaHostCall call(m_handle);
+    if (!_beginChange(call))
+        return nullptr;
+    if (findIn(m_userTypes, name))
+        warn(messages::userTypeAlreadyRegistered(name, getName()));
+    LuaUserType* const type = _installOrMake(
+        m_userTypes,
+        name,
+        [&] { return std::make_unique<LuaUserType>(name, m_fullName, m_handle); });
+    if (!type)
+        return nullptr;
+    type->clear();
+    return findIn(m_userTypes, name); // the end of a callable may have released this namespace
+}
+
+Function* LuaNamespace::setFunction(const tbMemory::StringView& name)
+{
+    LuaHostCall call(m_handle);
+    if (!_beginChange(call))
+        return nullptr;
+    if (findIn(m_functions, name))
+        warn(messages::functionAlreadyRegistered(name, getName()));
+    LuaFunction* const function = _installOrMake(
+        m_functions,
+        name,
+        [&] { return std::make_unique<LuaFunction>(name, LuaOwner::table(m_fullName), m_handle); });
+    if (!function)
+        return nullptr;
+    function->reset();
+    return findIn(m_functions, name); // the end of a callable may have released this namespace
+}
+
+void LuaNamespace::clear()
+{
+    LuaHostCall call(m_handle, LuaHostCall::entryOfCollection(m_handle));
+    if (isInstalled() && call.run([](lua_State*) {}))
+        _clear();
+}
+
+void LuaNamespace::release()
+{
+    LuaHostCall call(m_handle, LuaHostCall::ENTRY::UPKEEP);
+    dropAll(m_functions, m_handle);
+    if (isInstalled())
+    {
+        for (LuaNamespace* const inner : objectsOf(m_namespaces))
+            inner->release();
+        for (LuaUserType* const type : objectsOf(m_userTypes))
+            type->clear();
+        _clear();
+    }
+    dropAll(m_namespaces, m_handle);
+    dropAll(m_userTypes, m_handle);
+    m_isReleased = true;
+}
+
+bool LuaNamespace::_beginChange(const LuaHostCall& call)
+{
+    if (call.isRefused() || !isInstalled())
+        return false;
+    m_isReleased = false;
+    return true;
+}
+
+template <typename T, typename Make>
+T* LuaNamespace::_installOrMake(
+    OwningRegistry<T>& registry, const tbMemory::StringView& name, Make&& make)
+{
+    // Asked for here: the log receiver may have released this namespace.
+    if (!isInstalled())
+        return nullptr;
+    if (T* const known = findIn(registry, name))
+        return known->install(m_handle) && isInstalled() ? known : nullptr;
+    std::unique_ptr<T> made = make();
+    if (!made->isInstalled() || !isInstalled())
+        return nullptr;
+    std::unique_ptr<T>& place = registry[keyOf(name)];
+    std::swap(place, made);
+    T* const object = place.get();
+    if (made) // a finaliser has declared it meanwhile
+        destroyWhenIdle(m_handle, std::move(made));
+    return object;
+}
+
+template <typename PushValue>
+void LuaNamespace::_setField(const tbMemory::StringView& name, PushValue&& pushValue)
+{
+    LuaHostCall call(m_handle);
+    if (!_beginChange(call))
+        return;
+    call.run(
+        [&](lua_State* state)
+        {
+            pushNamedTable(state, m_fullName);
+            pushName(state, name);
+            pushValue(state);
+            lua_settable(state, -3);
+        });
+}
+
+void LuaNamespace::_clear()
+{
+    LuaHostCall call(m_handle, LuaHostCall::ENTRY::UPKEEP);
+    for (LuaFunction* const function : objectsOf(m_functions))
+        function->reset();
+    for (LuaNamespace* const inner : objectsOf(m_namespaces))
+    {
+        if (inner->isInstalled())
+            inner->_clear();
+    }
+    call.run(
+        [this](lua_State* state)
+        {
+            pushNamedTable(state, m_fullName);
+            if (lua_istable(state, -1))
+                clearTable(state);
+        });
+    collectGarbageTwice(call);
+}
+
+} // namespace tbScripts::lua

@@ -1,0 +1,102 @@
+#pragma once
+
+#include "bindings/lua/LuaOwner.h"
+#include "core/NameRegistry.h"
+#include "core/lua/LuaStateHandle.h"
+
+#include "tbScripts/Namespace.h"
+
+#include <tbMemory/String.h>
+#include <tbMemory/StringView.h>
+
+namespace tbScripts::lua
+{
+
+class LuaFunction;
+class LuaHostCall;
+class LuaUserType;
+
+/// Namespace that is published in a Lua state: as a global, or as a field of its parent's table.
+///
+/// Each operation is one `LuaHostCall`, made first. What runs meanwhile, a finaliser or the log
+/// receiver, may release this namespace or its parent, which then go when the call ends.
+class LuaNamespace final : public Namespace
+{
+public:
+    /// Publishes the namespace as global `name`. `isInstalled` says whether that worked.
+    LuaNamespace(const tbMemory::StringView& name, const LuaStateHandle& handle);
+
+    /// Publishes the namespace as field `name` of the namespace of that full name.
+    LuaNamespace(
+        const tbMemory::StringView& name,
+        const tbMemory::StringView& parentFullName,
+        const LuaStateHandle& handle);
+
+    /// Not copyable: one namespace owns what is in it. Copy the `Namespace` part instead.
+    LuaNamespace(const LuaNamespace&) = delete;
+    LuaNamespace& operator=(const LuaNamespace&) = delete;
+
+    /// Ends as `uninstall` does.
+    ~LuaNamespace() override;
+
+    /// Publishes an empty namespace in the state of `handle`, unless it is there already. What was
+    /// declared in it is installed when it is declared again. Returns false, after logging why, if
+    /// that failed.
+    bool install(const LuaStateHandle& handle);
+
+    /// Releases the namespace and removes its script-visible name, whatever that holds by then.
+    void uninstall();
+
+    /// Returns whether the namespace is published in an open state.
+    bool isInstalled() const;
+
+    Namespace* getNamespace(const tbMemory::StringView& name) const override;
+    UserType* getUserType(const tbMemory::StringView& name) const override;
+    void setVar(const tbMemory::StringView& name, const ScriptObjectReference& value) override;
+    void setVar(const tbMemory::StringView& name, const tbMemory::StringView& value) override;
+    void setVar(const tbMemory::StringView& name, double value) override;
+    void setVar(const tbMemory::StringView& name, float value) override;
+    void setVar(const tbMemory::StringView& name, int value) override;
+    void setVar(const tbMemory::StringView& name, bool value) override;
+    void setVar(
+        const tbMemory::StringView& name,
+        const tbMemory::StringView& userTypeName,
+        void* object) override;
+    using Namespace::setVar;
+    Namespace* setNamespace(const tbMemory::StringView& name) override;
+    UserType* setUserType(const tbMemory::StringView& name) override;
+    Function* setFunction(const tbMemory::StringView& name) override;
+    void clear() override;
+    void release() override;
+
+private:
+    LuaNamespace(
+        const tbMemory::StringView& name,
+        const tbMemory::StringView& fullName,
+        LuaOwner owner,
+        const LuaStateHandle& handle);
+
+    // Returns whether the namespace can be changed during `call`.
+    bool _beginChange(const LuaHostCall& call);
+
+    // Returns what `registry` has under `name`, published in the present state; if it has nothing,
+    // what `make` gives. Null if that failed.
+    template <typename T, typename Make>
+    T* _installOrMake(OwningRegistry<T>& registry, const tbMemory::StringView& name, Make&& make);
+
+    template <typename PushValue>
+    void _setField(const tbMemory::StringView& name, PushValue&& pushValue);
+
+    void _clear();
+
+    OwningRegistry<LuaNamespace> m_namespaces;
+    OwningRegistry<LuaUserType> m_userTypes;
+    OwningRegistry<LuaFunction> m_functions;
+    tbMemory::String m_fullName; // also the key of the table in the registry
+    LuaOwner m_owner;
+    LuaStateHandle m_handle;
+    bool m_isPublished = false; // in the state of the handle
+    bool m_isReleased = true;   // nothing was declared since it was made or released
+};
+
+} // namespace tbScripts::lua

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "core/lua/LuaApi.h"
+
+namespace tbScripts::lua
+{
+
+// The script's side of a user type. The first upvalue of each closure is the type's anchor.
+
+/// Reads a field: (instance). Second upvalue: the `LuaTypeField`, as light userdata.
+int readField(lua_State* state);
+
+/// Writes a field: (instance, value). Second upvalue: the same.
+int writeField(lua_State* state);
+
+/// Reads what is no field: (value, key). Upvalues: anchor, the type's table, its readers.
+///
+/// Raw entries that it finds are noted among the readers, so that they are found there next time.
+int readOther(lua_State* state);
+
+/// Writes what is no field: (value, key, new value).
+int writeOther(lua_State* state);
+
+/// Makes an instance. Second upvalue: the type's table.
+int makeInstance(lua_State* state);
+
+/// Destroys the object of the instance on top of the stack, if the script owns it.
+int finaliseInstance(lua_State* state);
+
+/// Says whether the script owns the instance on top of the stack.
+int enableGc(lua_State* state);
+int disableGc(lua_State* state);
+
+} // namespace tbScripts::lua

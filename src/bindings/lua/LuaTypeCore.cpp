@@ -1,0 +1,70 @@
+#include "bindings/lua/LuaTypeCore.h"
+
+#include <cstring>
+#include <new>
+#include <utility>
+
+namespace tbScripts::lua
+{
+
+namespace
+{
+
+int releaseTypeAnchor(lua_State* state)
+{
+    auto* const anchor = static_cast<LuaTypeAnchor*>(lua_touserdata(state, 1));
+    if (!anchor || !anchor->hold)
+        return 0;
+    const std::shared_ptr<LuaTypeCore> core = std::move(anchor->hold);
+    LuaStateSlot& slot = *core->handle.getSlot();
+    if (slot.isClosing)
+        slot.keptUntilClosed.push_back(core); // instances may still be made and finalised
+    else if (core.use_count() == 1)
+        anchor->core = nullptr;
+    return 0;
+}
+
+} // namespace
+
+LuaTypeCore::LuaTypeCore(const LuaStateHandle& stateHandle, const tbMemory::StringView& name)
+    : handle(stateHandle)
+    , fullName(name)
+{
+}
+
+LuaInstanceBox* LuaTypeCore::boxAt(lua_State* state, int index) const
+{
+    if (lua_type(state, index) != LUA_TUSERDATA || lua_objlen(state, index) != INSTANCE_BOX_SIZE ||
+        !lua_getmetatable(state, index))
+        return nullptr;
+    const bool isOfThisTable = lua_topointer(state, -1) == table;
+    lua_pop(state, 1);
+    if (isOfThisTable)
+        return static_cast<LuaInstanceBox*>(lua_touserdata(state, index));
+    const LuaInstance instance = lua::boxAt(*handle.getSlot(), state, index);
+    return instance.box && instance.typeName == fullName ? instance.box : nullptr;
+}
+
+LuaInstanceBox* LuaTypeCore::instanceAt(lua_State* state, int index) const
+{
+    LuaInstanceBox* const box = boxAt(state, index);
+    return box && !box->isDestroyed ? box : nullptr;
+}
+
+void pushTypeAnchor(lua_State* state, const std::shared_ptr<LuaTypeCore>& core)
+{
+    const std::size_t nameSize = core->fullName.size();
+    void* const block = lua_newuserdata(state, sizeof(LuaTypeAnchor) + nameSize);
+    auto* const anchor = new (block) LuaTypeAnchor{nullptr, nullptr, nameSize};
+    if (nameSize > 0)
+        std::memcpy(static_cast<void*>(anchor + 1), core->fullName.data(), nameSize);
+
+    lua_createtable(state, 0, 1);
+    lua_pushcfunction(state, &releaseTypeAnchor);
+    lua_setfield(state, -2, "__gc");
+    anchor->core = core.get(); // last: from here on the block is finalised
+    anchor->hold = core;
+    lua_setmetatable(state, -2);
+}
+
+} // namespace tbScripts::lua

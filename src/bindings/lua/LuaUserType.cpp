@@ -1,0 +1,385 @@
+#include "bindings/lua/LuaUserType.h"
+
+#include "bindings/BindingMessages.h"
+#include "bindings/lua/LuaFunction.h"
+#include "bindings/lua/LuaNamedTables.h"
+#include "bindings/lua/LuaTypeTable.h"
+#include "core/LogSources.h"
+#include "core/lua/LuaHostCall.h"
+#include "core/lua/LuaRegistry.h"
+
+#include "tbScripts/LogManager.h"
+
+#include <array>
+#include <cstddef>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace tbScripts::lua
+{
+
+namespace
+{
+
+constexpr const char* SEPARATOR = "::";
+constexpr const char* ARRAY_READ = "__arrayRead";
+constexpr const char* ARRAY_WRITE = "__arrayWrite";
+
+template <typename Definition>
+DefinitionHolder<Definition> makeDefinition(const tbMemory::StringView& name)
+{
+    return DefinitionHolder<Definition>(
+        std::make_unique<Definition>(std::make_shared<const tbMemory::String>(name)));
+}
+
+// Swapped, so that the old callable goes last: its end may run code of the host.
+template <typename Definition>
+void setCallable(
+    DefinitionHolder<Definition>& holder,
+    const tbMemory::StringView& name,
+    typename Definition::Callable& callable)
+{
+    if (!holder)
+        holder = makeDefinition<Definition>(name);
+    std::swap(holder.edit().callable, callable);
+}
+
+} // namespace
+
+LuaUserType::LuaUserType(const tbMemory::StringView& name, const LuaStateHandle& handle)
+    : LuaUserType(name, name, LuaOwner::globals(), handle)
+{
+}
+
+LuaUserType::LuaUserType(
+    const tbMemory::StringView& name,
+    const tbMemory::StringView& namespaceFullName,
+    const LuaStateHandle& handle)
+    : LuaUserType(
+          name,
+          tbMemory::String(namespaceFullName) + SEPARATOR + name,
+          LuaOwner::table(namespaceFullName),
+          handle)
+{
+}
+
+LuaUserType::LuaUserType(
+    const tbMemory::StringView& name,
+    const tbMemory::StringView& fullName,
+    LuaOwner owner,
+    const LuaStateHandle& handle)
+    : UserType(name)
+    , m_owner(std::move(owner))
+    , m_core(std::make_shared<LuaTypeCore>(LuaStateHandle(), fullName))
+{
+    _setFullName(fullName);
+    Destructor doNothing = [](void*) {};
+    setCallable(m_core->destructor, fullName, doNothing);
+    install(handle);
+}
+
+LuaUserType::~LuaUserType()
+{
+    uninstall();
+}
+
+bool LuaUserType::install(const LuaStateHandle& handle)
+{
+    if (isInstalled() && m_core->handle.sharesStateWith(handle))
+        return true;
+    uninstall();
+    LuaHostCall call(handle);
+    if (call.isRefused())
+        return false;
+
+    // A core of its own for each state: instances of an earlier one still need theirs.
+    auto core = std::make_shared<LuaTypeCore>(handle, getFullName());
+    core->constructor = std::move(m_core->constructor);
+    Destructor destructor = (*m_core->destructor).callable;
+    setCallable(core->destructor, getFullName(), destructor);
+    m_core = std::move(core);
+
+    NAMED_TABLE before = NAMED_TABLE::FOREIGN;
+    const bool isDone = call.run(
+        [&](lua_State* state)
+        {
+            LuaStateSlot& slot = *m_core->handle.getSlot();
+            before = LuaTypeTable::pushParts(slot, state, m_core);
+            if (before == NAMED_TABLE::FOREIGN)
+                return;
+            if (m_core->constructor)
+                LuaTypeTable::publishFactory(state);
+            LuaTypeTable::pushTable(state);
+            m_owner.publish(slot, state, getName());
+            m_partsKey = luaL_ref(state, LUA_REGISTRYINDEX);
+        });
+    m_core->isAlive = isInstalled();
+    if (isDone && before == NAMED_TABLE::FOREIGN)
+    {
+        LogManager::getInstance()->log(
+            messages::nameIsReserved(getFullName()), LOG_SOURCE_LUA_USER_TYPE);
+    }
+    else if (!isDone && before == NAMED_TABLE::NONE)
+    {
+        call.run([this](lua_State* state) { removeNamedTable(state, getFullName()); });
+    }
+    return isInstalled();
+}
+
+void LuaUserType::uninstall()
+{
+    if (isInstalled())
+    {
+        LuaHostCall call(m_core->handle, LuaHostCall::ENTRY::UPKEEP);
+        clear();
+        const LuaStateSlot& slot = *m_core->handle.getSlot();
+        freeRegistrySlot(slot, std::exchange(m_partsKey, LUA_NOREF));
+        call.run([&](lua_State* state) { m_owner.unpublish(slot, state, getName()); });
+        call.run([this](lua_State* state) { removeNamedTable(state, getFullName()); });
+    }
+    m_partsKey = LUA_NOREF;
+    m_core->isAlive = false;
+    _dropMethods();
+    _dropFields();
+}
+
+bool LuaUserType::isInstalled() const
+{
+    return m_partsKey != LUA_NOREF && m_core->handle.get();
+}
+
+Function* LuaUserType::getMethod(const tbMemory::StringView& name) const
+{
+    return _findMethod(name);
+}
+
+Function* LuaUserType::getStaticMethod(const tbMemory::StringView& name) const
+{
+    return _findMethod(name);
+}
+
+void LuaUserType::setConstructor(Constructor constructor)
+{
+    LuaHostCall call(m_core->handle);
+    if (!_isUsable(call))
+        return;
+    setCallable(m_core->constructor, getFullName(), constructor);
+    _runWithParts(call, [](lua_State* state) { LuaTypeTable::publishFactory(state); });
+}
+
+void LuaUserType::setDestructor(Destructor destructor)
+{
+    LuaHostCall call(m_core->handle);
+    if (!_isUsable(call))
+        return;
+    setCallable(m_core->destructor, getFullName(), destructor);
+    _runWithParts(call, [](lua_State* state) { LuaTypeTable::publishFinaliser(state); });
+}
+
+Function* LuaUserType::setMethod(const tbMemory::StringView& name, bool selfOwnedByScript)
+{
+    LuaHostCall call(m_core->handle);
+    Function* const method = setStaticMethod(name);
+    if (method)
+    {
+        method->addParameter(
+            selfOwnedByScript ? PARAM_TYPE_USER_TYPE_OWNED : PARAM_TYPE_USER_TYPE, getFullName());
+    }
+    return method;
+}
+
+Function* LuaUserType::setStaticMethod(const tbMemory::StringView& name)
+{
+    LuaHostCall call(m_core->handle);
+    if (!_isUsable(call))
+        return nullptr;
+    if (_findMethod(name))
+    {
+        LogManager::getInstance()->log(
+            messages::methodAlreadyRegistered(name, getName()), LOG_SOURCE_LUA_USER_TYPE);
+    }
+    // Looked up again: the receiver may have cleared this type.
+    LuaFunction* const known = _findMethod(name);
+    LuaFunction* const method = known ? known : _makeMethod(name);
+    if (!method || !isInstalled())
+        return nullptr;
+    method->reset();
+    return _findMethod(name); // the end of the old callable may have cleared this type
+}
+
+Function* LuaUserType::setOperator(BUILT_IN_FUNCTION op)
+{
+    struct Operator
+    {
+        const char* name;
+        bool isBinary;
+    };
+
+    constexpr std::array<Operator, 12> OPERATORS{
+        {{"__tostring", false},
+         {"__unm", false},
+         {"__add", true},
+         {"__sub", true},
+         {"__mul", true},
+         {"__div", true},
+         {"__mod", true},
+         {"__pow", true},
+         {"__concat", true},
+         {"__eq", true},
+         {"__lt", true},
+         {"__le", true}}};
+    const auto number = static_cast<std::size_t>(op);
+    LuaHostCall call(m_core->handle);
+    if (!_isUsable(call))
+        return nullptr;
+    if (number >= OPERATORS.size())
+    {
+        LogManager::getInstance()->log(
+            messages::unknownOperator(getFullName()), LOG_SOURCE_LUA_USER_TYPE);
+        return nullptr;
+    }
+    Function* const function = setMethod(OPERATORS[number].name, false);
+    if (function && OPERATORS[number].isBinary)
+        function->addParameter(PARAM_TYPE_USER_TYPE_OWNED, getFullName());
+    return function;
+}
+
+void LuaUserType::setField(UserTypeFieldDescriptor descriptor)
+{
+    LuaHostCall call(m_core->handle);
+    if (!_isUsable(call))
+        return;
+    if (descriptor.getter)
+        _setGetter(call, descriptor.name, std::move(descriptor.getter));
+    if (!descriptor.setter)
+        return;
+    if (SetterDefinition* const definition =
+            _setSetter(call, descriptor.name, std::move(descriptor.setter)))
+    {
+        definition->addParameter(
+            FunctionParameter::ofType(PARAM_TYPE_USER_TYPE_OWNED, getFullName()));
+        definition->addParameter(
+            FunctionParameter::ofType(descriptor.type, descriptor.userTypeName));
+    }
+}
+
+void LuaUserType::setArrayAccess(UserTypeArrayDescriptor descriptor)
+{
+    LuaHostCall call(m_core->handle);
+    if (!_isUsable(call))
+        return;
+    if (descriptor.read)
+    {
+        if (Function* const function = setMethod(ARRAY_READ, false))
+        {
+            function->addParameter(PARAM_TYPE_INT);
+            function->setFunction(std::move(descriptor.read));
+        }
+    }
+    if (!descriptor.write)
+        return;
+    if (SetterDefinition* const definition =
+            _setSetter(call, ARRAY_WRITE, std::move(descriptor.write)))
+    {
+        definition->addParameter(
+            FunctionParameter::ofType(PARAM_TYPE_USER_TYPE_OWNED, getFullName()));
+        definition->addParameter(FunctionParameter::ofType(PARAM_TYPE_INT));
+        definition->addParameter(
+            FunctionParameter::ofType(descriptor.type, descriptor.userTypeName));
+    }
+}
+
+void LuaUserType::clear()
+{
+    LuaHostCall call(m_core->handle, LuaHostCall::ENTRY::UPKEEP);
+    if (isInstalled())
+        _runWithParts(call, &LuaTypeTable::forgetFields);
+    _dropMethods();
+    _dropFields();
+}
+
+bool LuaUserType::_isUsable(const LuaHostCall& call) const
+{
+    return !call.isRefused() && isInstalled();
+}
+
+LuaFunction* LuaUserType::_findMethod(const tbMemory::StringView& name) const
+{
+    return findIn(m_core->methods, name);
+}
+
+LuaFunction* LuaUserType::_makeMethod(const tbMemory::StringView& name)
+{
+    auto made = std::make_unique<LuaFunction>(name, LuaOwner::table(getFullName()), m_core->handle);
+    if (!made->isInstalled() || !isInstalled())
+        return nullptr;
+    LuaFunction* const method = made.get();
+    std::unique_ptr<LuaFunction>& place = m_core->methods[keyOf(name)];
+    std::swap(place, made);
+    if (name == tbMemory::StringView(ARRAY_READ))
+        m_core->arrayRead = method;
+    if (made) // a finaliser has declared it meanwhile
+        destroyWhenIdle(m_core->handle, std::move(made));
+    return method;
+}
+
+void LuaUserType::_setGetter(
+    LuaHostCall& call,
+    const tbMemory::StringView& name,
+    decltype(UserTypeFieldDescriptor::getter) getter)
+{
+    LuaTypeField& field = m_core->fields[keyOf(name)];
+    setCallable(field.getter, name, getter);
+    _runWithParts(call, [&](lua_State* state) { LuaTypeTable::publishGetter(state, name, field); });
+}
+
+SetterDefinition* LuaUserType::_setSetter(
+    LuaHostCall& call,
+    const tbMemory::StringView& name,
+    decltype(UserTypeFieldDescriptor::setter) setter)
+{
+    LuaTypeField& field = m_core->fields[keyOf(name)];
+    setCallable(field.setter, name, setter);
+    if (name == tbMemory::StringView(ARRAY_WRITE))
+        m_core->arrayWrite = &field;
+    _runWithParts(call, [&](lua_State* state) { LuaTypeTable::publishSetter(state, name, field); });
+    return field.setter ? &field.setter.edit() : nullptr;
+}
+
+template <typename Work>
+bool LuaUserType::_runWithParts(LuaHostCall& call, Work&& work)
+{
+    return call.run(
+        [&](lua_State* state)
+        {
+            lua_rawgeti(state, LUA_REGISTRYINDEX, m_partsKey);
+            work(state);
+        });
+}
+
+void LuaUserType::_dropMethods()
+{
+    // Each has left the registry before it goes, since the end of its callable may run code of the
+    // host.
+    auto methods = std::exchange(m_core->methods, {});
+    m_core->arrayRead = nullptr;
+    for (auto& [name, method] : methods)
+    {
+        method->uninstall();
+        destroyWhenIdle(m_core->handle, std::move(method));
+    }
+}
+
+void LuaUserType::_dropFields()
+{
+    std::vector<DefinitionHolder<GetterDefinition>> getters;
+    std::vector<DefinitionHolder<SetterDefinition>> setters;
+    for (auto& [name, field] : m_core->fields)
+    {
+        getters.push_back(std::move(field.getter));
+        setters.push_back(std::move(field.setter));
+    }
+}
+
+} // namespace tbScripts::lua

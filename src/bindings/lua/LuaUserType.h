@@ -1,0 +1,100 @@
+#pragma once
+
+#include "bindings/lua/LuaOwner.h"
+#include "bindings/lua/LuaTypeCore.h"
+#include "core/lua/LuaApi.h"
+#include "core/lua/LuaStateHandle.h"
+
+#include "tbScripts/UserType.h"
+
+#include <memory>
+
+namespace tbScripts::lua
+{
+
+class LuaHostCall;
+
+/// User type that is published in a Lua state: as a global, or as a field of a namespace's table.
+///
+/// Each operation is one `LuaHostCall`, made first. What runs meanwhile, a finaliser or the log
+/// receiver, may clear or release this type, which then goes when the call ends.
+class LuaUserType final : public UserType
+{
+public:
+    /// Publishes the type as global `name`. `isInstalled` says whether that worked.
+    LuaUserType(const tbMemory::StringView& name, const LuaStateHandle& handle);
+
+    /// Publishes the type as field `name` of the namespace of that full name.
+    LuaUserType(
+        const tbMemory::StringView& name,
+        const tbMemory::StringView& namespaceFullName,
+        const LuaStateHandle& handle);
+
+    /// Not copyable: one type owns one script-visible name. Copy the `UserType` part instead.
+    LuaUserType(const LuaUserType&) = delete;
+    LuaUserType& operator=(const LuaUserType&) = delete;
+
+    /// Ends as `uninstall` does.
+    ~LuaUserType() override;
+
+    /// Publishes the type in the state of `handle`, unless it is there already, with constructor
+    /// and destructor and without anything else. Returns false, after logging why, if that failed.
+    bool install(const LuaStateHandle& handle);
+
+    /// Clears the type and removes its script-visible name, whatever that holds by then. Instances
+    /// stay, but their fields and methods are gone.
+    void uninstall();
+
+    /// Returns whether the type is published in an open state.
+    bool isInstalled() const;
+
+    Function* getMethod(const tbMemory::StringView& name) const override;
+    Function* getStaticMethod(const tbMemory::StringView& name) const override;
+    void setConstructor(Constructor constructor) override;
+    void setDestructor(Destructor destructor) override;
+    Function* setMethod(const tbMemory::StringView& name, bool selfOwnedByScript) override;
+    Function* setStaticMethod(const tbMemory::StringView& name) override;
+    Function* setOperator(BUILT_IN_FUNCTION op) override;
+    void setField(UserTypeFieldDescriptor descriptor) override;
+    void setArrayAccess(UserTypeArrayDescriptor descriptor) override;
+    void clear() override;
+
+private:
+    LuaUserType(
+        const tbMemory::StringView& name,
+        const tbMemory::StringView& fullName,
+        LuaOwner owner,
+        const LuaStateHandle& handle);
+
+    // Returns whether the type can be changed during `call`.
+    bool _isUsable(const LuaHostCall& call) const;
+
+    LuaFunction* _findMethod(const tbMemory::StringView& name) const;
+
+    // Makes the function of a new method; null if it cannot be published.
+    LuaFunction* _makeMethod(const tbMemory::StringView& name);
+
+    void _setGetter(
+        LuaHostCall& call,
+        const tbMemory::StringView& name,
+        decltype(UserTypeFieldDescriptor::getter) getter);
+
+    // Returns the setter's definition, to which its parameters are added.
+    SetterDefinition* _setSetter(
+        LuaHostCall& call,
+        const tbMemory::StringView& name,
+        decltype(UserTypeFieldDescriptor::setter) setter);
+
+    // Runs `work(state)` with the parts of the type's table on top of the stack.
+    template <typename Work>
+    bool _runWithParts(LuaHostCall& call, Work&& work);
+
+    void _dropMethods();
+    void _dropFields();
+
+    LuaOwner m_owner;
+    std::shared_ptr<LuaTypeCore> m_core; // never null
+    int m_partsKey = LUA_NOREF;          // registry slot of the table's parts
+};
+
+} // namespace tbScripts::lua
