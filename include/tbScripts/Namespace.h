@@ -21,6 +21,9 @@ class UserType;
 /// holds, a function, type or namespace included. One that belongs to an interpreter which was
 /// switched away or closed does nothing and gives null, until it is declared again. Failures of the
 /// interpreter are logged (tag "LuaEnvironment").
+///
+/// Kept: a namespace and a user type of one full name share one table. Clearing the namespace takes
+/// the type's entries too, and instances that are collected afterwards are not destroyed.
 class TBSCRIPTS_API Namespace
 {
 public:

@@ -92,8 +92,7 @@ bool LuaNamespace::install(const LuaStateHandle& handle)
 {
     if (isInstalled() && m_handle.sharesStateWith(handle))
         return true;
-    m_isPublished =
-        false; // an earlier state is closed, or a copy of the environment goes on with it
+    _unpublish(); // what is in it stays where it is, until it is declared again
     LuaHostCall call(handle);
     if (call.isRefused())
         return false;
@@ -127,11 +126,7 @@ void LuaNamespace::uninstall()
     LuaHostCall call(m_handle, LuaHostCall::ENTRY::UPKEEP);
     if (!m_isReleased)
         release();
-    if (!std::exchange(m_isPublished, false) || !m_handle.get())
-        return;
-    call.run([this](lua_State* state)
-             { m_owner.unpublish(*m_handle.getSlot(), state, getName()); });
-    call.run([this](lua_State* state) { removeNamedTable(state, m_fullName); });
+    _unpublish();
 }
 
 bool LuaNamespace::isInstalled() const
@@ -301,6 +296,18 @@ void LuaNamespace::_setField(const tbMemory::StringView& name, PushValue&& pushV
             pushValue(state);
             lua_settable(state, -3);
         });
+}
+
+void LuaNamespace::_unpublish()
+{
+    const bool wasInstalled = isInstalled();
+    m_isPublished = false;
+    if (!wasInstalled)
+        return;
+    LuaHostCall call(m_handle, LuaHostCall::ENTRY::UPKEEP);
+    call.run([this](lua_State* state)
+             { m_owner.unpublish(*m_handle.getSlot(), state, getName()); });
+    call.run([this](lua_State* state) { removeNamedTable(state, m_fullName); });
 }
 
 void LuaNamespace::_clear()

@@ -87,6 +87,7 @@ private:
     template <typename PushValue>
     void _setField(const tbMemory::StringView& name, PushValue&& pushValue);
 
+    void _unpublish();
     void _clear();
 
     OwningRegistry<LuaNamespace> m_namespaces;
