@@ -1,7 +1,6 @@
 #include "demo/Arena.h"
 
 #include <algorithm>
-#include <cmath>
 #include <utility>
 
 namespace demo
@@ -12,96 +11,86 @@ namespace
 
 constexpr int FULL_HIT_POINTS = 60;
 
-double squaredDistance(const Unit& a, const Unit& b)
-{
-    return (a.x - b.x) * (a.x - b.x) + (a.y - b.y) * (a.y - b.y);
-}
-
 } // namespace
 
-void Arena::resize(double width, double height)
+void Arena::resize(const Vec& size)
 {
-    m_width = std::max(width, 1.0);
-    m_height = std::max(height, 1.0);
+    m_size = {std::max(size.x, 1.0), std::max(size.y, 1.0)};
 }
 
-int Arena::spawn(KIND kind, double x, double y)
+Entity& Arena::spawn(KIND kind)
 {
-    const int id = getUnitCount() + 1;
-    const double insideX = std::clamp(x, 0.0, m_width);
-    const double insideY = std::clamp(y, 0.0, m_height);
-    m_units.push_back({id, kind, insideX, insideY, FULL_HIT_POINTS, false});
-    m_events.push_back({"spawned", id, FULL_HIT_POINTS});
+    const int id = countEntities() + 1;
+    m_entities.push_back({id, kind, nameOf(kind), Vec(), FULL_HIT_POINTS, false});
+    Entity& entity = m_entities.back();
+    m_events.push_back({"spawned", &entity, FULL_HIT_POINTS});
     ++m_totals.spawned;
-    return id;
+    return entity;
 }
 
-int Arena::damage(int id, int amount)
+void Arena::place(Entity& entity, const Vec& position)
 {
-    Unit* const unit = _findAlive(id);
-    if (!unit || amount <= 0)
+    if (!isAlive(entity))
+        return;
+    entity.position.x = std::clamp(position.x, 0.0, m_size.x);
+    entity.position.y = std::clamp(position.y, 0.0, m_size.y);
+}
+
+void Arena::walk(Entity& entity, const Vec& step)
+{
+    if (!isAlive(entity))
+        return;
+    place(entity, entity.position + step);
+    m_totals.walked += length(step);
+}
+
+void Arena::rest(Entity& entity)
+{
+    if (isAlive(entity))
+        entity.hitPoints = std::min(entity.hitPoints + 1, FULL_HIT_POINTS);
+}
+
+int Arena::hurt(Entity& entity, int amount)
+{
+    if (!isAlive(entity) || amount <= 0)
         return 0;
-    const int lost = std::min(unit->isShielded ? amount / 2 + amount % 2 : amount, unit->hitPoints);
-    unit->hitPoints -= lost;
+    const int felt = entity.isShielded ? amount / 2 + amount % 2 : amount;
+    const int lost = std::min(felt, entity.hitPoints);
+    entity.hitPoints -= lost;
     ++m_totals.hits;
     m_totals.damage += lost;
-    m_events.push_back({"hit", id, lost});
-    if (unit->hitPoints > 0)
+    m_events.push_back({"hit", &entity, lost});
+    if (isAlive(entity))
         return lost;
 
-    const bool isRaider = unit->kind == KIND::RAIDER;
+    const bool isRaider = entity.kind == KIND::RAIDER;
     ++(isRaider ? m_totals.raidersFallen : m_totals.guardsFallen);
-    m_events.push_back({isRaider ? "raiderFell" : "guardFell", id, 0});
+    m_events.push_back({isRaider ? "raiderFell" : "guardFell", &entity, 0});
     return lost;
 }
 
-void Arena::setShielded(int id, bool isShielded)
+Entity* Arena::find(int id)
 {
-    if (Unit* const unit = _findAlive(id))
-        unit->isShielded = isShielded;
-}
-
-void Arena::move(int id, double dx, double dy)
-{
-    Unit* const unit = _findAlive(id);
-    if (!unit)
-        return;
-    unit->x = std::clamp(unit->x + dx, 0.0, m_width);
-    unit->y = std::clamp(unit->y + dy, 0.0, m_height);
-    m_totals.walked += std::sqrt(dx * dx + dy * dy);
-}
-
-void Arena::rest(int id)
-{
-    if (Unit* const unit = _findAlive(id))
-        unit->hitPoints = std::min(unit->hitPoints + 1, FULL_HIT_POINTS);
-}
-
-bool Arena::isAlive(int id) const
-{
-    const Unit* const unit = find(id);
-    return unit && unit->hitPoints > 0;
-}
-
-const Unit* Arena::find(int id) const
-{
-    if (id < 1 || id > getUnitCount())
+    if (id < 1 || id > countEntities())
         return nullptr;
-    return &m_units[static_cast<std::size_t>(id - 1)];
+    return &m_entities[static_cast<std::size_t>(id - 1)];
 }
 
-int Arena::nearestFoe(int id) const
+Entity* Arena::nearestFoe(const Entity& entity)
 {
-    const Unit* const self = find(id);
-    const Unit* nearest = nullptr;
-    for (const Unit& unit : m_units)
+    Entity* nearest = nullptr;
+    double leastDistance = 0.0;
+    for (Entity& other : m_entities)
     {
-        if (!self || unit.kind == self->kind || unit.hitPoints <= 0)
+        if (other.kind == entity.kind || !isAlive(other))
             continue;
-        if (!nearest || squaredDistance(*self, unit) < squaredDistance(*self, *nearest))
-            nearest = &unit;
+        const double distance = length(other.position - entity.position);
+        if (nearest && distance >= leastDistance)
+            continue;
+        nearest = &other;
+        leastDistance = distance;
     }
-    return nearest ? nearest->id : 0;
+    return nearest;
 }
 
 int Arena::random(int lowest, int highest)
@@ -120,14 +109,14 @@ int Arena::random(int lowest, int highest)
 int Arena::countAlive(KIND kind) const
 {
     return static_cast<int>(std::count_if(
-        m_units.begin(),
-        m_units.end(),
-        [kind](const Unit& unit) { return unit.kind == kind && unit.hitPoints > 0; }));
+        m_entities.begin(),
+        m_entities.end(),
+        [kind](const Entity& entity) { return entity.kind == kind && isAlive(entity); }));
 }
 
-int Arena::getUnitCount() const
+int Arena::countEntities() const
 {
-    return static_cast<int>(m_units.size());
+    return static_cast<int>(m_entities.size());
 }
 
 const Totals& Arena::getTotals() const
@@ -140,9 +129,14 @@ std::vector<Event> Arena::takeEvents()
     return std::exchange(m_events, {});
 }
 
-Unit* Arena::_findAlive(int id)
+bool isAlive(const Entity& entity)
 {
-    return isAlive(id) ? &m_units[static_cast<std::size_t>(id - 1)] : nullptr;
+    return entity.hitPoints > 0;
+}
+
+const char* nameOf(KIND kind)
+{
+    return kind == KIND::GUARD ? "guard" : "raider";
 }
 
 } // namespace demo

@@ -1,6 +1,9 @@
 #pragma once
 
+#include "demo/Vec.h"
+
 #include <cstdint>
+#include <deque>
 #include <string>
 #include <vector>
 
@@ -13,21 +16,22 @@ enum class KIND
     RAIDER
 };
 
-struct Unit
+/// A unit of the arena.
+struct Entity
 {
     int id;
     KIND kind;
-    double x;
-    double y;
+    std::string name;
+    Vec position;
     int hitPoints;
     bool isShielded;
 };
 
-/// Something that scripts may want to hear about: what happened, to which unit, and how much.
+/// Something that scripts may want to hear about: what happened, to whom, and how much.
 struct Event
 {
     std::string name;
-    int unitId;
+    Entity* entity;
     int amount;
 };
 
@@ -45,39 +49,44 @@ struct Totals
 
 /// The world of the demo, as a game would have it: it knows nothing of scripts.
 ///
-/// Every run is the same: positions need nothing but square roots, and chance is a small generator
-/// of our own with a fixed seed.
+/// Entities stay where they are until the arena ends, the fallen too, so that scripts can hold
+/// them. Every run is the same: positions need nothing but square roots, and chance is a small
+/// generator of our own with a fixed seed.
 class Arena
 {
 public:
-    /// Sets the size of the field; units are kept inside.
-    void resize(double width, double height);
+    /// Sets the size of the field; entities are kept inside.
+    void resize(const Vec& size);
 
-    /// Returns the new unit's id; ids begin at 1.
-    int spawn(KIND kind, double x, double y);
+    /// Adds an entity, which stands in the corner until it is placed. Ids begin at 1.
+    ///
+    /// Valid until: the arena is destroyed, as with every entity that it hands out.
+    Entity& spawn(KIND kind);
 
-    /// Hurts a unit, a shielded one half as much. Returns what it lost, 0 if it does not live.
-    int damage(int id, int amount);
+    /// Puts a living entity somewhere else.
+    void place(Entity& entity, const Vec& position);
 
-    void setShielded(int id, bool isShielded);
-    void move(int id, double dx, double dy);
-    void rest(int id);
+    /// Moves a living entity by one step, which counts as walked.
+    void walk(Entity& entity, const Vec& step);
 
-    bool isAlive(int id) const;
+    void rest(Entity& entity);
 
-    /// Returns null for an id that was never given out. Valid until: the next `spawn`.
-    const Unit* find(int id) const;
+    /// Hurts an entity, a shielded one half as much. Returns what it lost, 0 if it does not live.
+    int hurt(Entity& entity, int amount);
 
-    /// Returns the nearest living unit of the other kind, 0 if there is none.
-    int nearestFoe(int id) const;
+    /// Returns null for an id that was never given out.
+    Entity* find(int id);
+
+    /// Returns the nearest living entity of the other kind, null if there is none.
+    Entity* nearestFoe(const Entity& entity);
 
     /// Returns a number from `lowest` to `highest`; `lowest` if they are in the wrong order.
     int random(int lowest, int highest);
 
     int countAlive(KIND kind) const;
 
-    /// Returns how many units there ever were, which is the highest id.
-    int getUnitCount() const;
+    /// Returns how many entities there ever were, which is the highest id.
+    int countEntities() const;
 
     const Totals& getTotals() const;
 
@@ -85,14 +94,15 @@ public:
     std::vector<Event> takeEvents();
 
 private:
-    Unit* _findAlive(int id);
-
-    std::vector<Unit> m_units; // at index id - 1; the fallen stay
+    std::deque<Entity> m_entities; // at index id - 1; a deque that grows moves none of them
     std::vector<Event> m_events;
     Totals m_totals;
-    double m_width = 1.0;
-    double m_height = 1.0;
+    Vec m_size{1.0, 1.0};
     std::uint32_t m_randomState = 20240229;
 };
+
+bool isAlive(const Entity& entity);
+
+const char* nameOf(KIND kind);
 
 } // namespace demo

@@ -1,10 +1,12 @@
 #include "demo/ArenaScripts.h"
 
+#include "demo/EntityType.h"
+#include "demo/VecType.h"
+#include "demo/World.h"
+
 #include <algorithm>
 #include <array>
 #include <iostream>
-#include <string_view>
-#include <utility>
 
 namespace demo
 {
@@ -15,12 +17,11 @@ namespace
 using tbScripts::FunctionParameter;
 using tbScripts::ScriptObjectReference;
 
-using tbScripts::PARAM_TYPE_BOOL;
-using tbScripts::PARAM_TYPE_DOUBLE;
 using tbScripts::PARAM_TYPE_INT;
 using tbScripts::PARAM_TYPE_SCRIPT_FUNCTION;
 using tbScripts::PARAM_TYPE_SCRIPT_OBJECT;
 using tbScripts::PARAM_TYPE_STRING;
+using tbScripts::PARAM_TYPE_USER_TYPE;
 
 // The host cannot look into a script table by itself; one line of script can.
 constexpr const char* OWN_SCRIPT = "-- ArenaScripts.cpp\n"
@@ -28,21 +29,16 @@ constexpr const char* OWN_SCRIPT = "-- ArenaScripts.cpp\n"
 
 constexpr int LONGEST_TIMER = 1000000;
 
-std::string textOf(const FunctionParameter& parameter)
-{
-    return std::string(std::string_view(parameter.getString()));
-}
-
 } // namespace
 
-ArenaScripts::ArenaScripts(Arena& arena)
+ArenaScripts::ArenaScripts(Arena& arena, VecStore& vecs)
     : m_arena(arena)
+    , m_vecs(vecs)
 {
     m_environment.setName("arena");
     m_environment.setEnvironmentFor(tbScripts::INTERPRETER_LUA);
-    _declareQueries();
-    _declareActions();
-    _declareCallbacks();
+    declareWorld(m_environment, arena, vecs);
+    _declareFunctions();
 
     tbScripts::Script own;
     own.setName("ArenaScripts.cpp");
@@ -61,22 +57,29 @@ bool ArenaScripts::begin(int lastTick)
 {
     ScriptObjectReference begin;
     const bool isComplete = _findFunction("begin", begin) && _findFunction("decide", m_decide) &&
-                            _findFunction("score", m_score) && _findFunction("tally", m_tally) &&
-                            _findFunction("report", m_report) &&
+                            _findFunction("score", m_score) && _findFunction("state", m_state) &&
+                            _findFunction("tally", m_tally) && _findFunction("report", m_report) &&
                             _findFunction("readSetting", m_readSetting);
-    if (!isComplete)
+    m_world = m_environment.getNamespace("world");
+    m_field = m_environment.getNamespace("world::field");
+    if (!isComplete || !m_world || !m_field)
         return false;
 
     // Nothing in the scripts refers to the settings any more; the reference alone keeps them.
     m_environment.requestGarbageCollection();
-    m_environment.setVar("lastTick", lastTick);
-    m_arena.resize(_readSetting("width"), _readSetting("height"));
+    const Vec size{_readSetting("width"), _readSetting("height")};
+    m_arena.resize(size);
+    m_field->setVar("width", size.x);
+    m_field->setVar("height", size.y);
+    m_world->setVar("tick", m_tick);
+    m_world->setVar("lastTick", lastTick);
     return _call(begin, {m_settings}, {});
 }
 
-void ArenaScripts::fireTimers(int tick)
+void ArenaScripts::startTick(int tick)
 {
     m_tick = tick;
+    m_world->setVar("tick", tick);
     // Taken out before any is called: a callback may schedule the next one.
     const auto isDue = [tick](const Timer& timer) { return timer.tick <= tick; };
     const auto firstLater = std::stable_partition(m_timers.begin(), m_timers.end(), isDue);
@@ -89,25 +92,31 @@ void ArenaScripts::fireTimers(int tick)
     }
 }
 
-Decision ArenaScripts::decide(const Unit& unit)
+Decision ArenaScripts::decide(Entity& entity)
 {
     // The kind of each output says what is expected. One that the script does not give, or gives
     // as something else, stays as it is here.
-    std::array<FunctionParameter, 3> outputs{"rest", 0.0, 0.0};
+    std::array<FunctionParameter, 2> outputs{
+        "rest", FunctionParameter::ofType(PARAM_TYPE_USER_TYPE, VEC_TYPE)};
     ++m_decisions;
-    _call(m_decide, {unit.id, unit.x, unit.y, unit.hitPoints}, outputs);
-    return {textOf(outputs[0]), outputs[1].getDouble(), outputs[2].getDouble()};
+    _call(m_decide, {toScript(&entity)}, outputs);
+    // The vector is the script's, which may collect it as soon as it runs again. So it is copied.
+    const Vec* const step = m_vecs.find(outputs[1].getUserTypeObject());
+    return {textOf(outputs[0]), step ? *step : Vec()};
 }
 
 void ArenaScripts::dispatch(const Event& event)
 {
+    // A variable may hold an entity too. Each setVar overwrites what was there.
+    if (!isAlive(*event.entity))
+        m_field->setVar("lastToFall", ENTITY_TYPE, event.entity);
     const auto listeners = m_listeners.find(event.name);
     if (listeners == m_listeners.end())
         return;
     // A copy shares the references: a callback may add listeners meanwhile.
     const std::vector<ScriptObjectReference> callbacks = listeners->second;
     for (const ScriptObjectReference& callback : callbacks)
-        _call(callback, {event.unitId, event.amount}, {});
+        _call(callback, {toScript(event.entity), event.amount}, {});
 }
 
 Score ArenaScripts::score()
@@ -115,6 +124,24 @@ Score ArenaScripts::score()
     std::array<FunctionParameter, 2> outputs{0, 0};
     _call(m_score, {}, outputs);
     return {outputs[0].getInt(), outputs[1].getInt()};
+}
+
+tbMemory::Buffer ArenaScripts::handOverState()
+{
+    constexpr bool TRANSFERS_OWNERSHIP = true;
+    tbMemory::Buffer bytes;
+    {
+        std::array<FunctionParameter, 1> outputs{
+            FunctionParameter::ofType(PARAM_TYPE_SCRIPT_OBJECT)};
+        _call(m_state, {}, outputs);
+        bytes =
+            m_environment.serializeScriptObject(outputs[0].getScriptObject(), TRANSFERS_OWNERSHIP);
+    } // the last that refers to the table ends here: state.lua keeps neither it nor what is in it
+    // The instances in that table are still around, for the collector. They own nothing any more,
+    // but they point at vectors that whoever reads the bytes will destroy. Nobody can reach them to
+    // use them then, and after a collection they do not even exist.
+    m_environment.requestGarbageCollection();
+    return bytes;
 }
 
 double ArenaScripts::tally(const std::string& name)
@@ -136,98 +163,20 @@ int ArenaScripts::countPlannedMistakes() const
     return m_environment.getVar("plannedMistakes", 0);
 }
 
-void ArenaScripts::_declare(
-    const char* name,
-    std::initializer_list<tbScripts::FUNCTION_PARAMETER_TYPE> parameters,
-    tbScripts::Function::Callable callable)
-{
-    tbScripts::Function* const function = m_environment.setFunc(name);
-    if (!function)
-        return; // the log says why
-    for (const tbScripts::FUNCTION_PARAMETER_TYPE type : parameters)
-        function->addParameter(type);
-    function->setFunction(std::move(callable));
-}
-
 // The library has checked and converted the arguments before a callable runs: it finds exactly the
-// declared kinds.
-void ArenaScripts::_declareQueries()
+// declared kinds. Copying a reference out of them is all it takes to keep a script value.
+void ArenaScripts::_declareFunctions()
 {
-    _declare(
-        "isAlive",
-        {PARAM_TYPE_INT},
-        [this](const Parameters& arguments) { return m_arena.isAlive(arguments[0].getInt()); });
-    _declare(
-        "nearestFoe",
-        {PARAM_TYPE_INT},
-        [this](const Parameters& arguments) { return m_arena.nearestFoe(arguments[0].getInt()); });
-    _declare(
-        "positionX",
-        {PARAM_TYPE_INT},
-        [this](const Parameters& arguments)
-        {
-            const Unit* const unit = m_arena.find(arguments[0].getInt());
-            return unit ? FunctionParameter(unit->x) : FunctionParameter::VOID; // nil for scripts
-        });
-    _declare(
-        "positionY",
-        {PARAM_TYPE_INT},
-        [this](const Parameters& arguments)
-        {
-            const Unit* const unit = m_arena.find(arguments[0].getInt());
-            return unit ? FunctionParameter(unit->y) : FunctionParameter::VOID;
-        });
-    _declare(
-        "random",
-        {PARAM_TYPE_INT, PARAM_TYPE_INT},
-        [this](const Parameters& arguments)
-        { return m_arena.random(arguments[0].getInt(), arguments[1].getInt()); });
-}
-
-void ArenaScripts::_declareActions()
-{
-    _declare(
-        "spawn",
-        {PARAM_TYPE_STRING, PARAM_TYPE_DOUBLE, PARAM_TYPE_DOUBLE},
-        [this](const Parameters& arguments)
-        {
-            const tbMemory::StringView kind = arguments[0].getString();
-            // What a callable throws as a text is a script error for the one who called.
-            if (kind != "guard" && kind != "raider")
-                throw "spawn knows guards and raiders, but no " + textOf(arguments[0]);
-            return m_arena.spawn(
-                kind == "guard" ? KIND::GUARD : KIND::RAIDER,
-                arguments[1].getDouble(),
-                arguments[2].getDouble());
-        });
-    _declare(
-        "damage",
-        {PARAM_TYPE_INT, PARAM_TYPE_INT},
-        [this](const Parameters& arguments)
-        { return m_arena.damage(arguments[0].getInt(), arguments[1].getInt()); });
-    _declare(
-        "shield",
-        {PARAM_TYPE_INT, PARAM_TYPE_BOOL},
-        [this](const Parameters& arguments)
-        {
-            m_arena.setShielded(arguments[0].getInt(), arguments[1].getBool());
-            return FunctionParameter::VOID;
-        });
-    _declare(
-        "log",
+    define(
+        m_environment.setFunc("log"),
         {PARAM_TYPE_STRING},
         [this](const Parameters& arguments)
         {
             std::cout << "  tick " << m_tick << ": " << arguments[0].getString() << '\n';
             return FunctionParameter::VOID;
         });
-}
-
-// Copying a reference out of the arguments is all it takes to keep a script value.
-void ArenaScripts::_declareCallbacks()
-{
-    _declare(
-        "schedule",
+    define(
+        m_environment.setFunc("schedule"),
         {PARAM_TYPE_INT, PARAM_TYPE_SCRIPT_FUNCTION},
         [this](const Parameters& arguments)
         {
@@ -236,16 +185,16 @@ void ArenaScripts::_declareCallbacks()
             m_timers.push_back({m_tick + ticks, arguments[1].getScriptObject()});
             return FunctionParameter::VOID;
         });
-    _declare(
-        "onEvent",
+    define(
+        m_environment.setFunc("onEvent"),
         {PARAM_TYPE_STRING, PARAM_TYPE_SCRIPT_FUNCTION},
         [this](const Parameters& arguments)
         {
             m_listeners[textOf(arguments[0])].push_back(arguments[1].getScriptObject());
             return FunctionParameter::VOID;
         });
-    _declare(
-        "configure",
+    define(
+        m_environment.setFunc("configure"),
         {PARAM_TYPE_SCRIPT_OBJECT},
         [this](const Parameters& arguments)
         {

@@ -1,12 +1,13 @@
 #pragma once
 
 #include "demo/Arena.h"
+#include "demo/Binding.h"
+#include "demo/VecStore.h"
 
 #include <tbScripts/Environment.h>
-#include <tbScripts/Function.h>
+#include <tbScripts/Namespace.h>
 #include <tbScripts/Script.h>
 
-#include <initializer_list>
 #include <map>
 #include <string>
 #include <vector>
@@ -14,12 +15,11 @@
 namespace demo
 {
 
-/// What a script wants a unit to do.
+/// What a script wants an entity to do.
 struct Decision
 {
     std::string action;
-    double dx = 0.0;
-    double dy = 0.0;
+    Vec step;
 };
 
 /// What the scripts' own counting says.
@@ -29,13 +29,15 @@ struct Score
     int guardsFallen = 0;
 };
 
-/// The border between the arena and its scripts: everything that scripts may call, and every script
-/// function that the arena calls.
+/// The border between the arena and its scripts: the environment that they run in, what they may
+/// call beside the world of World.h, and every script function that the arena calls.
 class ArenaScripts
 {
 public:
-    /// Makes the environment and declares the host functions in it.
-    explicit ArenaScripts(Arena& arena);
+    /// Makes the environment and declares in it what scripts may use.
+    ///
+    /// Requires: `arena` and `vecs` outlive this object.
+    ArenaScripts(Arena& arena, VecStore& vecs);
 
     ArenaScripts(const ArenaScripts&) = delete;
     ArenaScripts& operator=(const ArenaScripts&) = delete;
@@ -43,20 +45,25 @@ public:
     /// Runs a compiled script once, so that it defines its functions and hands over its callbacks.
     bool run(const tbScripts::Script& script);
 
-    /// Looks up the script functions that the arena needs, and gives the scripts their settings
-    /// back to begin with. Returns false, after saying so, if a function is missing.
+    /// Looks up what the arena needs of the environment, and gives the scripts their settings back
+    /// to begin with. Returns false, after saying so, if a script function is missing.
     bool begin(int lastTick);
 
-    /// Calls what scripts have scheduled for `tick`, or for before.
-    void fireTimers(int tick);
+    /// Tells the scripts what time it is, and calls what they have scheduled for `tick`, or for
+    /// before.
+    void startTick(int tick);
 
-    /// Returns what `unit` is to do; nothing if the script fails.
-    Decision decide(const Unit& unit);
+    /// Returns what `entity` is to do; nothing if the script fails.
+    Decision decide(Entity& entity);
 
     /// Tells every callback that waits for it about `event`.
     void dispatch(const Event& event);
 
     Score score();
+
+    /// Returns what the scripts know of the world, as bytes; empty if the script fails. The vectors
+    /// in it belong to whoever reads the bytes, once, and are lost if nobody does.
+    tbMemory::Buffer handOverState();
 
     /// Returns the scripts' count of `name`.
     double tally(const std::string& name);
@@ -80,16 +87,7 @@ private:
         tbScripts::ScriptObjectReference callback;
     };
 
-    using Parameters = tbMemory::BufferView<tbScripts::FunctionParameter>;
-
-    void _declare(
-        const char* name,
-        std::initializer_list<tbScripts::FUNCTION_PARAMETER_TYPE> parameters,
-        tbScripts::Function::Callable callable);
-
-    void _declareQueries();
-    void _declareActions();
-    void _declareCallbacks();
+    void _declareFunctions();
 
     // Returns true and sets `function` if there is a script function called `name`.
     bool _findFunction(const char* name, tbScripts::ScriptObjectReference& function);
@@ -103,10 +101,15 @@ private:
     double _readSetting(const char* name);
 
     Arena& m_arena;
+    VecStore& m_vecs;
     int m_tick = 0;
     int m_timersFired = 0;
     int m_decisions = 0;
     int m_failedCalls = 0;
+
+    // The environment's, as long as it lives.
+    tbScripts::Namespace* m_world = nullptr;
+    tbScripts::Namespace* m_field = nullptr;
 
     // A reference keeps its script value alive. It may go before the environment or after it, so
     // the order of these members does not matter.
@@ -115,6 +118,7 @@ private:
     tbScripts::ScriptObjectReference m_settings;
     tbScripts::ScriptObjectReference m_decide;
     tbScripts::ScriptObjectReference m_score;
+    tbScripts::ScriptObjectReference m_state;
     tbScripts::ScriptObjectReference m_tally;
     tbScripts::ScriptObjectReference m_report;
     tbScripts::ScriptObjectReference m_readSetting;

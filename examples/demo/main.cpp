@@ -1,19 +1,28 @@
-// The example host: a small arena in which guards hold a gate against raiders. What the units do,
-// when the raiders come and who counts the points is up to the scripts in a folder:
+// The example host: a small arena in which guards hold a gate against raiders. What they do, when
+// the raiders come and who counts the points is up to the scripts in a folder:
 //
 //     demo <folder of scripts>
 //
-// Arena.h is the world, without scripts. ArenaScripts.h is the border: read it to see how a host
-// offers functions and calls back. In the end host and scripts compare what they have counted; the
-// exit status is 0 if all agrees, 1 if not, and 2 if there was nothing to run.
+// Read it in this order:
+//
+//     Arena.h         the game, without scripts
+//     VecType.h       a type of the host whose objects scripts make and own
+//     EntityType.h    a type of the host whose objects stay the host's
+//     World.h         namespaces, which show scripts the game
+//     ArenaScripts.h  callbacks, timers, and calls of script functions
+//     Witness.h       a second environment, which gets a script's table as bytes
+//
+// In the end host and scripts compare what they have counted; the exit status is 0 if all agrees, 1
+// if not, and 2 if there was nothing to run.
 
 #include "demo/Arena.h"
 #include "demo/ArenaScripts.h"
 #include "demo/ConsoleLog.h"
 #include "demo/ScriptFolder.h"
+#include "demo/Summary.h"
+#include "demo/VecStore.h"
+#include "demo/Witness.h"
 
-#include <cmath>
-#include <iomanip>
 #include <iostream>
 #include <string>
 
@@ -23,18 +32,32 @@ namespace
 using demo::Arena;
 using demo::ArenaScripts;
 using demo::KIND;
+using demo::Summary;
+using demo::VecStore;
+using demo::Witness;
 
 constexpr int TICKS = 300;
 constexpr int TICKS_BETWEEN_REPORTS = 50;
+constexpr int TICKS_BETWEEN_STATES = 100;
 
 constexpr int STATUS_AGREED = 0;
 constexpr int STATUS_DIFFERENCE = 1;
 constexpr int STATUS_NOTHING_TO_RUN = 2;
 
-bool runScripts(const std::filesystem::path& folder, ArenaScripts& scripts)
+// What the host has seen beside the arena's totals.
+struct Observations
 {
-    std::cout << "Scripts from " << folder.string()
-              << " (lines that begin with a [tag] are the library's log)\n";
+    int ticksThatDiffered = 0;
+    int states = 0;
+    int entitiesInStates = 0;
+    int statesThatDiffered = 0;
+};
+
+// Runs all scripts of a folder in the environment of `scripts`. Returns whether there were any.
+template <typename Scripts>
+bool runFolder(const std::filesystem::path& folder, Scripts& scripts)
+{
+    std::cout << "Scripts from " << folder.string() << '\n';
     const auto compiled = demo::compileFolder(folder);
     for (const auto& script : compiled)
     {
@@ -45,26 +68,27 @@ bool runScripts(const std::filesystem::path& folder, ArenaScripts& scripts)
     return !compiled.empty();
 }
 
-void letUnitsAct(Arena& arena, ArenaScripts& scripts)
+void letEntitiesAct(Arena& arena, ArenaScripts& scripts)
 {
-    const int count = arena.getUnitCount(); // who comes during this tick acts in the next one
+    const int count = arena.countEntities(); // who comes during this tick acts in the next one
     for (int id = 1; id <= count; ++id)
     {
-        if (!arena.isAlive(id))
+        demo::Entity& entity = *arena.find(id);
+        if (!isAlive(entity))
             continue;
-        const demo::Decision decision = scripts.decide(*arena.find(id));
+        const demo::Decision decision = scripts.decide(entity);
         if (decision.action == "move")
-            arena.move(id, decision.dx, decision.dy);
+            arena.walk(entity, decision.step);
         else if (decision.action == "rest")
-            arena.rest(id);
+            arena.rest(entity);
     }
 }
 
 // Returns whether the scripts know the same of the dead as the host.
 bool runTick(int tick, Arena& arena, ArenaScripts& scripts)
 {
-    scripts.fireTimers(tick);
-    letUnitsAct(arena, scripts);
+    scripts.startTick(tick);
+    letEntitiesAct(arena, scripts);
     for (const demo::Event& event : arena.takeEvents())
         scripts.dispatch(event);
 
@@ -79,46 +103,65 @@ bool runTick(int tick, Arena& arena, ArenaScripts& scripts)
            score.guardsFallen == arena.getTotals().guardsFallen;
 }
 
-// Prints one line of the summary and returns whether both sides agree.
-bool compare(const char* what, double counted, double told)
+Observations runMatch(Arena& arena, ArenaScripts& scripts, Witness& witness)
 {
-    // The sum of the ways is one of fractions; everything else is exact.
-    const bool isSame = std::abs(counted - told) < 1e-6;
-    std::cout << "  " << std::left << std::setw(22) << what << std::right << std::setw(12)
-              << counted << std::setw(12) << told << (isSame ? "" : "   <- differs") << '\n';
-    return isSame;
+    Observations seen;
+    for (int tick = 1; tick <= TICKS; ++tick)
+    {
+        seen.ticksThatDiffered += runTick(tick, arena, scripts) ? 0 : 1;
+        if (tick % TICKS_BETWEEN_STATES != 0)
+            continue;
+        ++seen.states;
+        seen.entitiesInStates += arena.countAlive(KIND::GUARD) + arena.countAlive(KIND::RAIDER);
+        seen.statesThatDiffered += witness.check(tick, scripts.handOverState()) ? 0 : 1;
+    }
+    return seen;
 }
 
-int summarise(const Arena& arena, ArenaScripts& scripts, int ticksThatDiffered)
+void compareCounts(
+    Summary& summary,
+    const Arena& arena,
+    ArenaScripts& scripts,
+    const Witness& witness,
+    const Observations& seen)
 {
     const demo::Totals& totals = arena.getTotals();
-    std::cout << "Summary after " << TICKS << " ticks" << std::setw(15) << "host" << std::setw(12)
-              << "scripts" << '\n'
-              << std::fixed;
-    int differences = ticksThatDiffered;
-    const auto check = [&](const char* what, double counted, const char* name)
-    { differences += compare(what, counted, scripts.tally(name)) ? 0 : 1; };
+    Summary::begin("Summary after the match", "host", "scripts");
+    summary.compare("units spawned", totals.spawned, scripts.tally("spawned"));
+    summary.compare("decisions", scripts.countDecisions(), scripts.tally("decisions"));
+    summary.compare("hits", totals.hits, scripts.tally("hits"));
+    summary.compare("damage dealt", totals.damage, scripts.tally("damage"));
+    summary.compare("raiders fallen", totals.raidersFallen, scripts.tally("raidersFallen"));
+    summary.compare("guards fallen", totals.guardsFallen, scripts.tally("guardsFallen"));
+    summary.compare(
+        "sum of random numbers", static_cast<double>(totals.randomSum), scripts.tally("random"));
+    summary.compare("timers fired", scripts.countTimersFired(), scripts.tally("timers"));
+    summary.compare("way walked", totals.walked, scripts.tally("walked"), 3);
+    summary.compare("states handed over", seen.states, scripts.tally("states"));
+    summary.compare("units in states", seen.entitiesInStates, witness.countEntities());
+    summary.compare("vectors in states", witness.countVecs(), scripts.tally("vectorsInStates"));
+    summary.compare(
+        "failed script calls", scripts.countFailedCalls(), scripts.countPlannedMistakes());
+    summary.addDifferences(seen.ticksThatDiffered + seen.statesThatDiffered);
+    std::cout << "Scripts: " << scripts.report() << '\n';
+}
 
-    std::cout << std::setprecision(0);
-    check("units spawned", totals.spawned, "spawned");
-    check("decisions", scripts.countDecisions(), "decisions");
-    check("hits", totals.hits, "hits");
-    check("damage dealt", totals.damage, "damage");
-    check("raiders fallen", totals.raidersFallen, "raidersFallen");
-    check("guards fallen", totals.guardsFallen, "guardsFallen");
-    check("sum of random numbers", static_cast<double>(totals.randomSum), "random");
-    check("timers fired", scripts.countTimersFired(), "timers");
-    std::cout << std::setprecision(3);
-    check("way walked", totals.walked, "walked");
-    std::cout << std::setprecision(0);
-    differences +=
-        compare("failed script calls", scripts.countFailedCalls(), scripts.countPlannedMistakes())
-            ? 0
-            : 1;
-
-    std::cout << "Scripts: " << scripts.report() << '\n'
-              << (differences == 0 ? "Host and scripts agree.\n" : "Host and scripts DIFFER.\n");
-    return differences == 0 ? STATUS_AGREED : STATUS_DIFFERENCE;
+// Returns whether there was something to run. Both environments end with this call.
+bool play(const std::filesystem::path& folder, Arena& arena, VecStore& vecs, Summary& summary)
+{
+    ArenaScripts scripts(arena, vecs);
+    Witness witness(arena, vecs);
+    std::cout << "Lines that begin with a [tag] are the library's log.\n";
+    if (!runFolder(folder, scripts) || !runFolder(folder / "witness", witness))
+    {
+        std::cout << "There is no script to run.\n";
+        return false;
+    }
+    if (!scripts.begin(TICKS) || !witness.begin())
+        return false;
+    const Observations seen = runMatch(arena, scripts, witness);
+    compareCounts(summary, arena, scripts, witness, seen);
+    return true;
 }
 
 } // namespace
@@ -132,18 +175,15 @@ int main(int argumentCount, char** arguments)
     }
 
     const demo::ConsoleLog log; // first, so that it hears everything, the teardown included
-    Arena arena;
-    ArenaScripts scripts(arena);
-    if (!runScripts(arguments[1], scripts))
-    {
-        std::cout << "There is no script to run.\n";
-        return STATUS_NOTHING_TO_RUN;
-    }
-    if (!scripts.begin(TICKS))
+    Arena arena;                // before the environments, which hold its entities
+    VecStore vecs;
+    Summary summary;
+    if (!play(arguments[1], arena, vecs, summary))
         return STATUS_NOTHING_TO_RUN;
 
-    int ticksThatDiffered = 0;
-    for (int tick = 1; tick <= TICKS; ++tick)
-        ticksThatDiffered += runTick(tick, arena, scripts) ? 0 : 1;
-    return summarise(arena, scripts, ticksThatDiffered);
+    // With its environment goes every vector that its scripts still held.
+    Summary::begin("Both environments are gone", "made", "destroyed");
+    summary.compare("Vec objects", vecs.countMade(), vecs.countDestroyed());
+    summary.expectNone("Vec objects left", vecs.countLeft());
+    return summary.finish() ? STATUS_AGREED : STATUS_DIFFERENCE;
 }

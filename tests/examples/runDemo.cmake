@@ -5,6 +5,7 @@ file(REMOVE_RECURSE ${scratch})
 set(problems "")
 
 # expect_run(<folder> <exit status> <text of the output>...)
+# Several spaces in the output count as one.
 function(expect_run folder status)
     execute_process(
         COMMAND ${demo} ${folder}
@@ -14,6 +15,7 @@ function(expect_run folder status)
     if(NOT result STREQUAL status)
         string(APPEND problems "${folder}: wanted status ${status}, got ${result}:\n${output}\n")
     endif()
+    string(REGEX REPLACE " +" " " output "${output}")
     foreach(text IN LISTS ARGN)
         string(FIND "${output}" "${text}" place)
         if(place EQUAL -1)
@@ -25,22 +27,72 @@ endfunction()
 
 # Gives `folder` a copy of the scripts.
 function(copy_scripts folder)
-    file(MAKE_DIRECTORY ${folder})
-    file(GLOB files ${scripts}/*.lua)
-    file(COPY ${files} DESTINATION ${folder})
+    file(COPY ${scripts}/ DESTINATION ${folder})
 endfunction()
 
-# Both mistakes are reported with their lines, the host goes on, and the counts agree.
+# The mistakes are reported with their lines, the host goes on, and the counts agree.
 expect_run(${scripts} 0
     ":9: attempt to index local 'champion' (a nil value)"
-    "[LuaFunction] Error l.14 while calling damage. Expected int, got string."
-    "tick 300: "
+    "[LuaEnvironment] Error l.14 while calling position. Expected world::types::Vec, got string."
+    "[LuaFunction] Error l.19 while calling hurt. Expected int, got string."
+    "tick 100: state of "
+    "tick 300: state of "
+    " vectors: as in the arena"
+    "\n states handed over 3 3\n"
+    "\nBoth environments are gone made destroyed\n Vec objects "
+    "\n Vec objects left none\n"
     "Host and scripts agree.")
 
 # A script that counts once too often: the comparison can fail.
 copy_scripts(${scratch}/miscounting)
 file(APPEND ${scratch}/miscounting/tally.lua "count('hits')\n")
 expect_run(${scratch}/miscounting 1 "<- differs" "Host and scripts DIFFER.")
+
+# A state that tells something else than the arena has.
+copy_scripts(${scratch}/lying)
+file(APPEND ${scratch}/lying/state.lua "
+local honestState = state
+function state()
+    local known = honestState()
+    known.units[1].hitPoints = 0.5
+    known.units[2].position.x = -1
+    return known
+end
+")
+expect_run(${scratch}/lying 1
+    ": different are hit points of guard number 2, "
+    " from (-1, "
+    ", sum of the positions\n"
+    "Host and scripts DIFFER.")
+
+# A vector that its script disowns: nobody destroys it.
+copy_scripts(${scratch}/leaking)
+file(APPEND ${scratch}/leaking/waves.lua "Vec.new():disableGc()\n")
+expect_run(${scratch}/leaking 1
+    "\n Vec objects left 1 <- differs\n"
+    "Host and scripts DIFFER.")
+
+# A vector that its script handed over and takes back all the same: it is destroyed twice.
+copy_scripts(${scratch}/keeping)
+file(APPEND ${scratch}/keeping/state.lua "
+local honestState = state
+local kept
+function state()
+    local known = honestState()
+    kept = known.units[1].position
+    return known
+end
+schedule(250, function()
+    count('timers')
+    kept:enableGc()
+    kept = nil
+end)
+")
+expect_run(${scratch}/keeping 1
+    "state of "
+    "\n Vec objects left none\n"
+    "<- differs\n"
+    "Host and scripts DIFFER.")
 
 # A script that does not compile is left out, the others run.
 copy_scripts(${scratch}/broken)
@@ -53,6 +105,10 @@ expect_run(${scratch}/broken 0
 copy_scripts(${scratch}/incomplete)
 file(REMOVE ${scratch}/incomplete/brains.lua)
 expect_run(${scratch}/incomplete 2 "The scripts define no function 'decide'.")
+
+copy_scripts(${scratch}/unwitnessed)
+file(WRITE ${scratch}/unwitnessed/witness/compare.lua "")
+expect_run(${scratch}/unwitnessed 2 "The scripts of the witness define no function 'compare'.")
 
 expect_run(${scratch}/missing 2 "There is no script to run.")
 

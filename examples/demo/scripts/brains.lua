@@ -1,35 +1,37 @@
 -- brains.lua
 -- What each unit does in a tick.
 
-local REACH = 1.5
+local Vec = world.types.Vec
+
+local REACH = Vec.of(1.5, 0) -- vectors are ordered by their lengths
 local STEP = 0.75
 local WEAK = 20
 
-local function rest(id)
-    shield(id, true)
-    return "rest", 0, 0
+local function strike(unit, foe)
+    -- The host makes a new instance of a unit for each result. They are equal if the unit is.
+    local isSeen = world.field.nearestFoe(foe) == unit
+    foe:hurt(isSeen and roll(3, 9) or roll(4, 10))
+    return "strike"
 end
 
-local function strike(foe)
-    damage(foe, roll(3, 9))
-    return "strike", 0, 0
+local function move(step)
+    count("walked", step:length())
+    return "move", step
 end
 
--- Called by the host for every living unit; returns an action and a step.
-function decide(id, x, y, hitPoints)
+-- Called by the host for every living unit; returns an action, and a step for those who move.
+function decide(unit)
     count("decisions")
-    local foe = nearestFoe(id)
-    if foe == 0 or hitPoints < WEAK and roll(1, 3) == 1 then
-        return rest(id)
+    local foe = world.field.nearestFoe(unit)
+    local isTired = unit.hitPoints < WEAK and roll(1, 3) == 1
+    unit.isShielded = isTired or not foe
+    if unit.isShielded then
+        return "rest"
     end
 
-    shield(id, false)
-    local dx, dy = positionX(foe) - x, positionY(foe) - y
-    local distance = math.sqrt(dx * dx + dy * dy)
-    if distance <= REACH then
-        return strike(foe)
+    local way = foe.position - unit.position
+    if way <= REACH then
+        return strike(unit, foe)
     end
-    dx, dy = dx / distance * STEP, dy / distance * STEP
-    count("walked", math.sqrt(dx * dx + dy * dy))
-    return "move", dx, dy
+    return move(way:normalised():scaled(STEP))
 end

@@ -1,15 +1,20 @@
 -- mistakes.lua
--- Two mistakes on purpose. Each is reported with its line and ends only the call that it is in.
+-- Three mistakes on purpose. Each is reported with its line and ends only the call that it is in.
 
-plannedMistakes = 2
+plannedMistakes = 3
 
 schedule(120, function()
     count("timers")
     local champion -- nobody has set it
-    log("hail to unit " .. champion.id)
+    log("hail to " .. champion.name)
+end)
+
+schedule(170, function()
+    count("timers")
+    world.field.find(1).position = "next to the gate"
 end)
 
 schedule(220, function()
     count("timers")
-    damage("the big one", 5)
+    world.field.find(1):hurt("a lot")
 end)

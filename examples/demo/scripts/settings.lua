@@ -5,8 +5,8 @@
 configure({
     width = 60,
     height = 20,
-    guards = 6,
+    guards = 7,
     waves = 6,
-    raidersPerWave = 3,
+    raidersPerWave = 4,
     ticksBetweenWaves = 45,
 })

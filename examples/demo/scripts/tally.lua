@@ -9,7 +9,7 @@ end
 
 -- A number from lowest to highest, counted.
 function roll(lowest, highest)
-    local number = random(lowest, highest)
+    local number = world.chance.random(lowest, highest)
     count("random", number)
     return number
 end
@@ -35,5 +35,5 @@ onEvent("raiderFell", function() count("raidersFallen") end)
 
 onEvent("guardFell", function(unit)
     count("guardsFallen")
-    log("guard " .. unit .. " has fallen")
+    log(tostring(unit) .. " has fallen at " .. tostring(unit.position))
 end)

@@ -1,0 +1,62 @@
+#pragma once
+
+#include "demo/Arena.h"
+#include "demo/VecStore.h"
+
+#include <tbScripts/Environment.h>
+#include <tbScripts/Script.h>
+
+#include <string>
+
+namespace demo
+{
+
+/// A second environment, where states of the first are restored and compared with the arena.
+///
+/// Nothing of the first environment can be seen here, and its references mean nothing; bytes do.
+/// User types are looked up by their full names, so the same world is declared here.
+class Witness
+{
+public:
+    /// Requires: `arena` and `vecs` outlive this object.
+    Witness(Arena& arena, VecStore& vecs);
+
+    Witness(const Witness&) = delete;
+    Witness& operator=(const Witness&) = delete;
+
+    bool run(const tbScripts::Script& script);
+
+    /// Looks up the script function that is needed. Returns false, after saying so, if it is
+    /// missing.
+    bool begin();
+
+    /// Restores a state, has it compared with the arena, and destroys it. Prints one line, and
+    /// returns whether all is as the arena has it.
+    bool check(int tick, const tbMemory::Buffer& state);
+
+    /// Returns how many entities the states held, all together.
+    int countEntities() const { return m_entities; }
+
+    /// Returns how many vectors came with the states; they are destroyed.
+    int countVecs() const { return m_vecsTakenOver; }
+
+private:
+    struct Findings
+    {
+        int entries = 0;
+        int entities = 0;
+        std::string differences;
+    };
+
+    // The restored state is garbage when this returns: nothing refers to it any more.
+    Findings _compare(int tick, const tbMemory::Buffer& state);
+
+    Arena& m_arena;
+    VecStore& m_vecs;
+    int m_entities = 0;
+    int m_vecsTakenOver = 0;
+    tbScripts::ScriptObjectReference m_compare;
+    tbScripts::Environment m_environment; // last, as in ArenaScripts
+};
+
+} // namespace demo
