@@ -1,84 +1,62 @@
 #include "tbExport/Node.h"
 
-#include <functional>
-#include <map>
+#include "JsonTree.h"
+
+#include <boost/json/array.hpp>
+#include <boost/json/object.hpp>
+#include <boost/json/string.hpp>
+
+#include <new>
 #include <utility>
-#include <vector>
 
 namespace tbExport
 {
 
-/// The nodes below an array or an object.
-struct Node::Children
+using json::value;
+using json::valueOf;
+
+namespace
 {
-    // Ordered, not hashed: nobody can choose names that make the search slow.
-    using Index = std::map<tbMemory::String, std::size_t, std::less<>>;
 
-    std::vector<std::unique_ptr<Node>> nodes; // in the order of their adding
-    std::vector<Index::const_iterator> names; // of an object, in step with `nodes`
-    Index index;                              // of an object: name to place in `nodes`
-    Children* next = nullptr;                 // see _destroy
+/// What `node` becomes next: nothing of the old content is left, the tree below included.
+void become(Node& node, value next) noexcept
+{
+    // Taken out first: the node is already what it becomes when the old tree is destroyed.
+    value old = std::exchange(valueOf(node), std::move(next));
+    json::dismantle(old);
+}
 
-    Node* addUnnamed()
-    {
-        nodes.push_back(std::make_unique<Node>());
-        return nodes.back().get();
-    }
+boost::json::string_view libraryView(tbMemory::StringView text)
+{
+    // The library would report a length, but it is memory that nobody has.
+    if (text.size() > boost::json::string::max_size())
+        throw std::bad_alloc();
+    return text.isNull() ? boost::json::string_view("", 0)
+                         : boost::json::string_view(text.data(), text.size());
+}
 
-    Node* addNamed(tbMemory::StringView name)
-    {
-        const auto found = index.find(name);
-        if (found != index.end())
-        {
-            Node* existing = nodes[found->second].get();
-            existing->setNull();
-            return existing;
-        }
+tbMemory::StringView familyView(boost::json::string_view text) noexcept
+{
+    return {text.data(), text.size()};
+}
 
-        // Nothing may be half added when memory runs out: the entry in the index comes last.
-        auto node = std::make_unique<Node>();
-        nodes.reserve(_grown(nodes.size(), nodes.capacity()));
-        names.reserve(_grown(names.size(), names.capacity()));
-        names.push_back(index.emplace(name, nodes.size()).first);
-        nodes.push_back(std::move(node));
-        return nodes.back().get();
-    }
+} // namespace
 
-private:
-    /// A capacity for one more element, doubled so that adding stays cheap.
-    static std::size_t _grown(std::size_t size, std::size_t capacity)
-    {
-        return size < capacity ? capacity : 2 * capacity + 1;
-    }
-};
-
-Node::Node() = default;
+Node::Node()
+{
+    new (m_value) value();
+}
 
 Node::Node(const Node& other)
+    : Node()
 {
-    struct Pair
-    {
-        Node* to;
-        const Node* from;
-    };
-
-    // A throw below runs the destructor of `copy`, not that of this unfinished object.
-    Node copy;
-    std::vector<Pair> pending = {{&copy, &other}};
-    while (!pending.empty())
-    {
-        const Pair pair = pending.back();
-        pending.pop_back();
-        pair.to->_copyLevel(*pair.from);
-        for (std::size_t index = 0; index < pair.from->getSize(); ++index)
-            pending.push_back({pair.to->getElement(index), pair.from->getElement(index)});
-    }
-    *this = std::move(copy);
+    // A throw below runs the destructor: the delegation above has made this a whole object.
+    json::copyTree(valueOf(*this), valueOf(other));
 }
 
 Node::Node(Node&& other) noexcept
 {
-    *this = std::move(other);
+    new (m_value) value(std::move(valueOf(other)));
 }
 
 Node& Node::operator=(const Node& other)
@@ -90,116 +68,121 @@ Node& Node::operator=(const Node& other)
 
 Node& Node::operator=(Node&& other) noexcept
 {
-    if (this == &other)
-        return *this;
-
-    // Out of `other` first: it may be a part of what is destroyed next.
-    const KIND kind = other.m_kind;
-    const bool boolean = other.m_bool;
-    const double number = other.m_number;
-    tbMemory::String text = std::move(other.m_text);
-    Children* children = std::exchange(other.m_children, nullptr);
-    other._become(KIND::NOTHING);
-
-    _become(kind);
-    m_bool = boolean;
-    m_number = number;
-    m_text = std::move(text);
-    m_children = children;
+    // Out of `other` first: it may be a part of what is destroyed.
+    if (this != &other)
+        become(*this, std::move(valueOf(other)));
     return *this;
 }
 
 Node::~Node()
 {
-    _destroy(m_children);
+    json::dismantle(valueOf(*this));
+    valueOf(*this).~value();
 }
 
 bool Node::isNull() const noexcept
 {
-    return m_kind == KIND::NOTHING;
+    return valueOf(*this).is_null();
 }
 
 bool Node::isBool() const noexcept
 {
-    return m_kind == KIND::BOOL;
+    return valueOf(*this).is_bool();
 }
 
 bool Node::isNumber() const noexcept
 {
-    return m_kind == KIND::NUMBER;
+    return valueOf(*this).is_number();
 }
 
 bool Node::isString() const noexcept
 {
-    return m_kind == KIND::STRING;
+    return valueOf(*this).is_string();
 }
 
 bool Node::isArray() const noexcept
 {
-    return m_kind == KIND::ARRAY;
+    return valueOf(*this).is_array();
 }
 
 bool Node::isObject() const noexcept
 {
-    return m_kind == KIND::OBJECT;
+    return valueOf(*this).is_object();
 }
 
 void Node::setNull() noexcept
 {
-    _become(KIND::NOTHING);
+    become(*this, value());
 }
 
 void Node::setBool(bool value) noexcept
 {
-    _become(KIND::BOOL);
-    m_bool = value;
+    become(*this, json::value(value));
 }
 
 void Node::setNumber(double value) noexcept
 {
-    _become(KIND::NUMBER);
-    m_number = value;
+    become(*this, json::value(value));
 }
 
 void Node::setString(tbMemory::StringView text)
 {
-    tbMemory::String copy = text; // before the old content, which may hold the bytes, goes
-    _become(KIND::STRING);
-    m_text = std::move(copy);
+    // The copy is made before the old content, which may hold the bytes, goes.
+    become(*this, value(boost::json::string(libraryView(text))));
 }
 
 void Node::setArray()
 {
-    _become(KIND::ARRAY);
+    become(*this, value(json::array()));
 }
 
 void Node::setObject()
 {
-    _become(KIND::OBJECT);
+    become(*this, value(json::object()));
 }
 
 bool Node::getBool() const noexcept
 {
-    return m_bool;
+    const bool* found = valueOf(*this).if_bool();
+    return found != nullptr && *found;
 }
 
 double Node::getNumber() const noexcept
 {
-    return m_number;
+    const value& number = valueOf(*this);
+    switch (number.kind())
+    {
+    case boost::json::kind::int64:
+        return static_cast<double>(number.get_int64());
+    case boost::json::kind::uint64:
+        return static_cast<double>(number.get_uint64());
+    case boost::json::kind::double_:
+        return number.get_double();
+    default:
+        return 0.0;
+    }
 }
 
 tbMemory::StringView Node::getString() const noexcept
 {
-    return isString() ? tbMemory::StringView(m_text) : tbMemory::StringView();
+    const boost::json::string* text = valueOf(*this).if_string();
+    return text == nullptr ? tbMemory::StringView() : familyView(*text);
 }
 
 Node* Node::addMember(tbMemory::StringView name)
 {
-    if (!isObject())
+    json::object* members = valueOf(*this).if_object();
+    if (members == nullptr)
         return nullptr;
-    if (m_children == nullptr)
-        m_children = new Children();
-    return m_children->addNamed(name);
+    if (Node* existing = getMember(name))
+    {
+        existing->setNull();
+        return existing;
+    }
+
+    // Made before the members move: the name may be the text of one of them.
+    json::key_value_pair member(libraryView(name), nullptr);
+    return json::nodeOf(&members->insert(std::move(member)).first->value());
 }
 
 Node* Node::getMember(tbMemory::StringView name) noexcept
@@ -209,26 +192,24 @@ Node* Node::getMember(tbMemory::StringView name) noexcept
 
 const Node* Node::getMember(tbMemory::StringView name) const noexcept
 {
-    if (m_children == nullptr)
+    const json::object* members = valueOf(*this).if_object();
+    if (members == nullptr || name.size() > boost::json::string::max_size())
         return nullptr;
-    const auto found = m_children->index.find(name);
-    return found == m_children->index.end() ? nullptr : m_children->nodes[found->second].get();
+    return json::nodeOf(members->if_contains(libraryView(name)));
 }
 
 tbMemory::StringView Node::getMemberName(std::size_t index) const noexcept
 {
-    if (!isObject() || index >= getSize())
+    const json::object* members = valueOf(*this).if_object();
+    if (members == nullptr || index >= members->size())
         return tbMemory::StringView();
-    return m_children->names[index]->first;
+    return familyView(members->begin()[index].key());
 }
 
 Node* Node::addElement()
 {
-    if (!isArray())
-        return nullptr;
-    if (m_children == nullptr)
-        m_children = new Children();
-    return m_children->addUnnamed();
+    json::array* elements = valueOf(*this).if_array();
+    return elements == nullptr ? nullptr : json::nodeOf(&elements->emplace_back(nullptr));
 }
 
 Node* Node::getElement(std::size_t index) noexcept
@@ -238,58 +219,19 @@ Node* Node::getElement(std::size_t index) noexcept
 
 const Node* Node::getElement(std::size_t index) const noexcept
 {
-    return index < getSize() ? m_children->nodes[index].get() : nullptr;
+    if (index >= getSize())
+        return nullptr;
+    if (const json::array* elements = valueOf(*this).if_array())
+        return json::nodeOf(&(*elements)[index]);
+    return json::nodeOf(&valueOf(*this).get_object().begin()[index].value());
 }
 
 std::size_t Node::getSize() const noexcept
 {
-    return m_children == nullptr ? 0 : m_children->nodes.size();
-}
-
-void Node::_become(KIND kind) noexcept
-{
-    // Taken off first: the node is already what it becomes when the old tree is destroyed.
-    Children* old = std::exchange(m_children, nullptr);
-    m_kind = kind;
-    m_bool = false;
-    m_number = 0.0;
-    m_text = tbMemory::String(); // not clear(): a long text must not keep its storage
-    _destroy(old);
-}
-
-void Node::_copyLevel(const Node& other)
-{
-    _become(other.m_kind);
-    m_bool = other.m_bool;
-    m_number = other.m_number;
-    m_text = other.m_text;
-    for (std::size_t index = 0; index < other.getSize(); ++index)
-    {
-        if (isObject())
-            addMember(other.getMemberName(index));
-        else
-            addElement();
-    }
-}
-
-void Node::_destroy(Children* top) noexcept
-{
-    // The levels wait in a list that they form themselves. A recursion would overflow the C stack
-    // on a deep tree, and a container of them could run out of memory here.
-    Children* pending = top;
-    while (pending != nullptr)
-    {
-        Children* current = std::exchange(pending, pending->next);
-        for (const std::unique_ptr<Node>& node : current->nodes)
-        {
-            if (Children* below = std::exchange(node->m_children, nullptr))
-            {
-                below->next = pending;
-                pending = below;
-            }
-        }
-        delete current;
-    }
+    if (const json::array* elements = valueOf(*this).if_array())
+        return elements->size();
+    const json::object* members = valueOf(*this).if_object();
+    return members == nullptr ? 0 : members->size();
 }
 
 } // namespace tbExport

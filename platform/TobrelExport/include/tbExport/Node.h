@@ -2,20 +2,25 @@
 
 #include "tbExport/Api.h"
 
-#include <tbMemory/String.h>
 #include <tbMemory/StringView.h>
 
 #include <cstddef>
-#include <cstdint>
-#include <memory>
 
 namespace tbExport
 {
 
 /// One value of a JSON tree: null, bool, number, string, array or object.
 ///
-/// A node owns the nodes below it. They keep their addresses as long as it lives and its kind is
-/// not set again. Trees of any depth are copied and destroyed without recursion.
+/// A node owns the nodes below it. They are gone when its kind is set again or it dies. Adding an
+/// element or a member may move those beside it: pointers to them, and views of their texts, are
+/// good until then. What lies below the moved ones stays at its address.
+///
+/// Trees of any depth are copied and destroyed without deep recursion. A text or a name has at most
+/// 2^31 - 2 bytes; a longer one is refused like one for which there is no memory.
+///
+/// A member is found by a hash of its name that is salted with an address. That spreads any names
+/// that come along, but it is not cryptographic: who knows how and wants it badly enough can make
+/// up an object whose members are slow to add.
 class TBEXPORT_API Node
 {
 public:
@@ -62,15 +67,17 @@ public:
     /// The bool; false for a node of another kind.
     bool getBool() const noexcept;
 
-    /// The number; 0 for a node of another kind.
+    /// The number; 0 for a node of another kind. A whole number of a document keeps its digits, up
+    /// to 64 bits, in the tree; here it is the nearest double.
     double getNumber() const noexcept;
 
     /// The text; a null view for a node of another kind.
     ///
-    /// Valid until: the node is changed or dies.
+    /// Valid until: the node is changed, moves or dies.
     tbMemory::StringView getString() const noexcept;
 
-    /// Adds a null member; one that exists already is set to null and keeps its place.
+    /// Adds a null member; one that exists already is set to null and keeps its place. `name` may
+    /// view a text of this tree.
     ///
     /// On failure: null, if this is no object.
     Node* addMember(tbMemory::StringView name);
@@ -99,33 +106,9 @@ public:
     std::size_t getSize() const noexcept;
 
 private:
-    enum class KIND : std::int32_t
-    {
-        NOTHING,
-        BOOL,
-        NUMBER,
-        STRING,
-        ARRAY,
-        OBJECT
-    };
-
-    struct Children;
-
-    /// What the node becomes next: nothing of the old content is left, the tree below included.
-    void _become(KIND kind) noexcept;
-
-    /// Copies one level; the nodes below the copies are still to be copied.
-    void _copyLevel(const Node& other);
-
-    /// Destroys the whole tree below `top`.
-    static void _destroy(Children* top) noexcept;
-
-    KIND m_kind = KIND::NOTHING;
-    bool m_bool = false;
-    double m_number = 0.0;
-    tbMemory::String m_text;
-    Children* m_children = nullptr; // owned; null unless an array or object, and in those that
-                                    // hold nothing yet
+    // One value of the JSON library, which is seen by the sources alone. Nothing may be added: the
+    // values inside of arrays and objects are nodes too.
+    alignas(8) unsigned char m_value[2 * sizeof(void*) + 8];
 };
 
 } // namespace tbExport
