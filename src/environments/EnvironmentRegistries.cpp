@@ -74,7 +74,7 @@ UserType* Environment::getUserType(const tbMemory::StringView& name) const
     const auto parts = StringUtils::splitUserTypeName(name);
     if (parts.size() == 1)
         return findIn(m_userTypes, name);
-    const Namespace* const scope = _findNamespaceOf(parts);
+    const Namespace* const scope = _findNamespace(parts, parts.size() - 1);
     return scope ? scope->getUserType(parts[parts.size() - 1]) : nullptr;
 }
 
@@ -102,7 +102,7 @@ Namespace* Environment::getNamespace(const tbMemory::StringView& name) const
     const auto parts = StringUtils::splitUserTypeName(name);
     if (parts.size() == 1)
         return findIn(m_namespaces, name);
-    const Namespace* const scope = _findNamespaceOf(parts);
+    const Namespace* const scope = _findNamespace(parts, parts.size() - 1);
     return scope ? scope->getNamespace(parts[parts.size() - 1]) : nullptr;
 }
 
@@ -152,18 +152,21 @@ Namespace* Environment::_reachNamespaceOf(const tbMemory::BufferCast<tbMemory::S
         reached = _setPlainNamespace(parts[0]);
     for (std::size_t i = 1; i + 1 < parts.size() && reached && !life.expired(); ++i)
     {
-        Namespace* const inner = reached->getNamespace(parts[i]);
-        if (inner)
+        if (Namespace* const inner = reached->getNamespace(parts[i]))
             m_strategy->installNamespace(*inner);
-        reached = inner ? inner : reached->setNamespace(parts[i]);
+        else
+            reached->setNamespace(parts[i]);
+        // From the first part again: what ran meanwhile may have released any of them.
+        reached = life.expired() ? nullptr : _findNamespace(parts, i + 1);
     }
     return life.expired() ? nullptr : reached;
 }
 
-Namespace* Environment::_findNamespaceOf(const tbMemory::BufferCast<tbMemory::String>& parts) const
+Namespace* Environment::_findNamespace(
+    const tbMemory::BufferCast<tbMemory::String>& parts, std::size_t count) const
 {
     Namespace* found = findIn(m_namespaces, parts[0]);
-    for (std::size_t i = 1; i + 1 < parts.size() && found; ++i)
+    for (std::size_t i = 1; i < count && found; ++i)
         found = found->getNamespace(parts[i]);
     return found;
 }

@@ -4,9 +4,12 @@
 #include "environments/EnvironmentStrategy.h"
 
 #include "tbScripts/Function.h"
+#include "tbScripts/Namespace.h"
+#include "tbScripts/UserType.h"
 
 #include <gmock/gmock.h>
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <utility>
@@ -136,6 +139,93 @@ private:
     Steps& m_steps;
 };
 
+// Notes its clearing and its end.
+class RecordingUserType : public UserType
+{
+public:
+    explicit RecordingUserType(Steps& steps)
+        : UserType("T")
+        , m_steps(steps)
+    {
+    }
+
+    ~RecordingUserType() override { m_steps.emplace_back("user type deleted"); }
+
+    void clear() override
+    {
+        m_steps.emplace_back("user type cleared");
+        if (m_onClear)
+            m_onClear();
+    }
+
+    Function* getMethod(const Text&) const override { return nullptr; }
+
+    Function* getStaticMethod(const Text&) const override { return nullptr; }
+
+    void setConstructor(Constructor) override {}
+
+    void setDestructor(Destructor) override {}
+
+    Function* setMethod(const Text&, bool) override { return nullptr; }
+
+    Function* setStaticMethod(const Text&) override { return nullptr; }
+
+    Function* setOperator(BUILT_IN_FUNCTION) override { return nullptr; }
+
+    void setField(UserTypeFieldDescriptor) override {}
+
+    void setArrayAccess(UserTypeArrayDescriptor) override {}
+
+    std::function<void()> m_onClear;
+
+private:
+    Steps& m_steps;
+};
+
+// Notes its release and its end.
+class RecordingNamespace : public Namespace
+{
+public:
+    explicit RecordingNamespace(Steps& steps)
+        : Namespace("n")
+        , m_steps(steps)
+    {
+    }
+
+    ~RecordingNamespace() override { m_steps.emplace_back("namespace deleted"); }
+
+    void release() override { m_steps.emplace_back("namespace released"); }
+
+    void clear() override { m_steps.emplace_back("namespace cleared"); }
+
+    Namespace* getNamespace(const Text&) const override { return nullptr; }
+
+    UserType* getUserType(const Text&) const override { return nullptr; }
+
+    void setVar(const Text&, const ScriptObjectReference&) override {}
+
+    void setVar(const Text&, const Text&) override {}
+
+    void setVar(const Text&, double) override {}
+
+    void setVar(const Text&, float) override {}
+
+    void setVar(const Text&, int) override {}
+
+    void setVar(const Text&, bool) override {}
+
+    void setVar(const Text&, const Text&, void*) override {}
+
+    Namespace* setNamespace(const Text&) override { return nullptr; }
+
+    UserType* setUserType(const Text&) override { return nullptr; }
+
+    Function* setFunction(const Text&) override { return nullptr; }
+
+private:
+    Steps& m_steps;
+};
+
 } // namespace
 
 class EnvironmentTeardownOrderTest : public ::testing::Test
@@ -147,6 +237,16 @@ protected:
     {
         m_bindings->functions.push_back(std::make_unique<RecordingFunction>(m_steps));
         m_bindings->functions.push_back(std::make_unique<RecordingFunction>(m_steps));
+    }
+
+    // Adds two user types and two namespaces.
+    void addTypesAndNamespaces()
+    {
+        for (int i = 0; i < 2; ++i)
+        {
+            m_bindings->userTypes.push_back(std::make_unique<RecordingUserType>(m_steps));
+            m_bindings->namespaces.push_back(std::make_unique<RecordingNamespace>(m_steps));
+        }
     }
 
     // Gives the shares up as an environment does at its end.
@@ -175,6 +275,57 @@ TEST_F(EnvironmentTeardownOrderTest, LastSharesGoStepByStep)
             "collected",
             "closed",
             "back-end gone"));
+}
+
+TEST_F(EnvironmentTeardownOrderTest, NamespacesAndUserTypesHaveTheirSteps)
+{
+    addTypesAndNamespaces();
+
+    release();
+
+    EXPECT_THAT(
+        m_steps,
+        ElementsAre(
+            "begun",
+            "function deleted",
+            "function deleted",
+            "globals cleared",
+            "namespace released",
+            "namespace released",
+            "user type cleared",
+            "user type cleared",
+            "collected",
+            "namespace deleted",
+            "namespace deleted",
+            "user type deleted",
+            "user type deleted",
+            "closed",
+            "back-end gone"));
+}
+
+TEST_F(EnvironmentTeardownOrderTest, NamespacesAndUserTypesOfACopyStay)
+{
+    addTypesAndNamespaces();
+    const std::shared_ptr<EnvironmentBindings> bindings = m_bindings;
+
+    release();
+
+    EXPECT_THAT(m_steps, ElementsAre("closed", "back-end gone"));
+    EXPECT_EQ(bindings->userTypes.size(), 2U);
+    EXPECT_EQ(bindings->namespaces.size(), 2U);
+}
+
+TEST_F(EnvironmentTeardownOrderTest, TypesAreStillListedWhileTheyAreCleared)
+{
+    addTypesAndNamespaces();
+    std::size_t listed = 99;
+    EnvironmentBindings& bindings = *m_bindings;
+    static_cast<RecordingUserType&>(*bindings.userTypes.front()).m_onClear = [&]
+    { listed = bindings.userTypes.size(); };
+
+    release();
+
+    EXPECT_EQ(listed, 2U);
 }
 
 TEST_F(EnvironmentTeardownOrderTest, SharesOfACopyGoWithoutAStep)

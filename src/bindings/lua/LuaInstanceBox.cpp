@@ -55,7 +55,7 @@ LuaInstance boxAt(const LuaStateSlot& slot, lua_State* state, int index)
     lua_rawgeti(state, LUA_REGISTRYINDEX, slot.typeTablesKey);
     lua_insert(state, -2);
     lua_rawget(state, -2);
-    if (lua_type(state, -1) == LUA_TSTRING)
+    if (lua_type(state, -1) == LUA_TSTRING && hasFlagsOfABox(block))
     {
         instance.box = static_cast<LuaInstanceBox*>(block);
         instance.typeName = textAt(state, -1);

@@ -26,6 +26,16 @@ struct LuaInstanceBox
 constexpr std::size_t INSTANCE_BOX_SIZE = 16;
 static_assert(sizeof(LuaInstanceBox) == INSTANCE_BOX_SIZE || sizeof(void*) != 8);
 
+/// Returns whether the flags of a block of that size can be those of a box. `debug.setmetatable`
+/// gives our metatables to any block, and file handles are as large: those of the standard streams
+/// have other bytes there. Those of other files cannot be told.
+inline bool hasFlagsOfABox(const void* block)
+{
+    const auto* const bytes = static_cast<const unsigned char*>(block);
+    return bytes[offsetof(LuaInstanceBox, gcEnabled)] <= 1 &&
+           bytes[offsetof(LuaInstanceBox, isDestroyed)] <= 1;
+}
+
 /// A box on the stack, as one of our types made it.
 struct LuaInstance
 {

@@ -40,16 +40,50 @@ std::vector<T*> objectsOf(const OwningRegistry<T>& registry)
     return objects;
 }
 
-// Takes each object out of its registry, ends it and destroys it.
+// Ends each object, which has left its registry, and destroys it.
 template <typename T>
-void dropAll(OwningRegistry<T>& registry, const LuaStateHandle& handle)
+void dropAll(OwningRegistry<T> objects, const LuaStateHandle& handle)
 {
-    OwningRegistry<T> objects = std::exchange(registry, {});
     for (auto& [name, object] : objects)
     {
         object->uninstall();
         destroyWhenIdle(handle, std::move(object));
     }
+}
+
+// The same; what callables captured goes at once, whenever the functions themselves do.
+void dropAll(OwningRegistry<LuaFunction> functions, const LuaStateHandle& handle)
+{
+    for (auto& [name, function] : functions)
+    {
+        function->uninstall();
+        function->reset();
+        destroyWhenIdle(handle, std::move(function));
+    }
+}
+
+// Ends `made`: what its publishing ran has declared `known` under the same name, and that one
+// stays.
+template <typename T>
+void giveWay(T& made, T& known, const LuaStateHandle& handle)
+{
+    made.uninstall(); // takes the name from both
+    known.uninstall();
+    known.install(handle);
+}
+
+void giveWay(LuaNamespace& made, LuaNamespace& /*known*/, const LuaStateHandle& /*handle*/)
+{
+    made.leaveTable(); // which both have
+}
+
+// Returns what `declare` gives, null if the state has closed when its host call has ended: that may
+// run the end of the environment, and so of the namespace.
+template <typename Declare>
+auto declareIn(LuaStateHandle handle, Declare&& declare)
+{
+    auto* const declared = declare();
+    return handle.get() ? declared : nullptr;
 }
 
 } // namespace
@@ -185,6 +219,59 @@ void LuaNamespace::setVar(
 
 Namespace* LuaNamespace::setNamespace(const tbMemory::StringView& name)
 {
+    return declareIn(m_handle, [&] { return _declareNamespace(name); });
+}
+
+UserType* LuaNamespace::setUserType(const tbMemory::StringView& name)
+{
+    return declareIn(m_handle, [&] { return _declareUserType(name); });
+}
+
+Function* LuaNamespace::setFunction(const tbMemory::StringView& name)
+{
+    return declareIn(m_handle, [&] { return _declareFunction(name); });
+}
+
+void LuaNamespace::clear()
+{
+    LuaHostCall call(m_handle, LuaHostCall::entryOfCollection(m_handle));
+    if (isInstalled() && call.run([](lua_State*) {}))
+        _clear();
+}
+
+void LuaNamespace::release()
+{
+    LuaHostCall call(m_handle, LuaHostCall::ENTRY::UPKEEP);
+    m_isReleased = true; // first: what is declared meanwhile has to go at the end
+    if (!isInstalled())
+    {
+        _releaseWithoutState();
+        return;
+    }
+    dropAll(std::exchange(m_functions, {}), m_handle);
+    for (LuaNamespace* const inner : objectsOf(m_namespaces))
+        inner->release();
+    for (LuaUserType* const type : objectsOf(m_userTypes))
+        type->clear();
+    _clear();
+    dropAll(std::exchange(m_namespaces, {}), m_handle);
+    dropAll(std::exchange(m_userTypes, {}), m_handle);
+}
+
+void LuaNamespace::_releaseWithoutState()
+{
+    // No call of the host keeps this namespace: what ends here may destroy it.
+    const LuaStateHandle handle = m_handle;
+    OwningRegistry<LuaFunction> functions = std::exchange(m_functions, {});
+    OwningRegistry<LuaNamespace> namespaces = std::exchange(m_namespaces, {});
+    OwningRegistry<LuaUserType> userTypes = std::exchange(m_userTypes, {});
+    dropAll(std::move(functions), handle);
+    dropAll(std::move(namespaces), handle);
+    dropAll(std::move(userTypes), handle);
+}
+
+LuaNamespace* LuaNamespace::_declareNamespace(const tbMemory::StringView& name)
+{
     LuaHostCall call(m_handle);
     if (!_beginChange(call))
         return nullptr;
@@ -196,7 +283,7 @@ Namespace* LuaNamespace::setNamespace(const tbMemory::StringView& name)
         [&] { return std::make_unique<LuaNamespace>(name, m_fullName, m_handle); });
 }
 
-UserType* LuaNamespace::setUserType(const tbMemory::StringView& name)
+LuaUserType* LuaNamespace::_declareUserType(const tbMemory::StringView& name)
 {
     LuaHostCall call(m_handle);
     if (!_beginChange(call))
@@ -213,7 +300,7 @@ UserType* LuaNamespace::setUserType(const tbMemory::StringView& name)
     return findIn(m_userTypes, name); // the end of a callable may have released this namespace
 }
 
-Function* LuaNamespace::setFunction(const tbMemory::StringView& name)
+LuaFunction* LuaNamespace::_declareFunction(const tbMemory::StringView& name)
 {
     LuaHostCall call(m_handle);
     if (!_beginChange(call))
@@ -228,30 +315,6 @@ Function* LuaNamespace::setFunction(const tbMemory::StringView& name)
         return nullptr;
     function->reset();
     return findIn(m_functions, name); // the end of a callable may have released this namespace
-}
-
-void LuaNamespace::clear()
-{
-    LuaHostCall call(m_handle, LuaHostCall::entryOfCollection(m_handle));
-    if (isInstalled() && call.run([](lua_State*) {}))
-        _clear();
-}
-
-void LuaNamespace::release()
-{
-    LuaHostCall call(m_handle, LuaHostCall::ENTRY::UPKEEP);
-    dropAll(m_functions, m_handle);
-    if (isInstalled())
-    {
-        for (LuaNamespace* const inner : objectsOf(m_namespaces))
-            inner->release();
-        for (LuaUserType* const type : objectsOf(m_userTypes))
-            type->clear();
-        _clear();
-    }
-    dropAll(m_namespaces, m_handle);
-    dropAll(m_userTypes, m_handle);
-    m_isReleased = true;
 }
 
 bool LuaNamespace::_beginChange(const LuaHostCall& call)
@@ -270,16 +333,15 @@ T* LuaNamespace::_installOrMake(
     if (!isInstalled())
         return nullptr;
     if (T* const known = findIn(registry, name))
-        return known->install(m_handle) && isInstalled() ? known : nullptr;
+        return known->install(m_handle) && isInstalled() ? findIn(registry, name) : nullptr;
     std::unique_ptr<T> made = make();
     if (!made->isInstalled() || !isInstalled())
         return nullptr;
-    std::unique_ptr<T>& place = registry[keyOf(name)];
-    std::swap(place, made);
-    T* const object = place.get();
-    if (made) // a finaliser has declared it meanwhile
-        destroyWhenIdle(m_handle, std::move(made));
-    return object;
+    if (T* const known = findIn(registry, name))
+        giveWay(*made, *known, m_handle);
+    else
+        registry[keyOf(name)] = std::move(made);
+    return findIn(registry, name);
 }
 
 template <typename PushValue>

@@ -47,6 +47,10 @@ public:
     /// Releases the namespace and removes its script-visible name, whatever that holds by then.
     void uninstall();
 
+    /// Leaves its table and name to another namespace of the same full name. Requires: nothing was
+    /// declared in it.
+    void leaveTable() { m_isPublished = false; }
+
     /// Returns whether the namespace is published in an open state.
     bool isInstalled() const;
 
@@ -76,6 +80,11 @@ private:
         LuaOwner owner,
         const LuaStateHandle& handle);
 
+    // One host call each. The end of that call may destroy what they return, and this namespace.
+    LuaNamespace* _declareNamespace(const tbMemory::StringView& name);
+    LuaUserType* _declareUserType(const tbMemory::StringView& name);
+    LuaFunction* _declareFunction(const tbMemory::StringView& name);
+
     // Returns whether the namespace can be changed during `call`.
     bool _beginChange(const LuaHostCall& call);
 
@@ -89,6 +98,7 @@ private:
 
     void _unpublish();
     void _clear();
+    void _releaseWithoutState();
 
     OwningRegistry<LuaNamespace> m_namespaces;
     OwningRegistry<LuaUserType> m_userTypes;

@@ -19,8 +19,8 @@ int releaseTypeAnchor(lua_State* state)
     LuaStateSlot& slot = *core->handle.getSlot();
     if (slot.isClosing)
         slot.keptUntilClosed.push_back(core); // instances may still be made and finalised
-    else if (core.use_count() == 1)
-        anchor->core = nullptr;
+    else if (!core->isKeptUntilClosed)
+        anchor->core = nullptr; // whoever else holds the core may let it go before the closures
     return 0;
 }
 
@@ -40,7 +40,10 @@ LuaInstanceBox* LuaTypeCore::boxAt(lua_State* state, int index) const
     const bool isOfThisTable = lua_topointer(state, -1) == table;
     lua_pop(state, 1);
     if (isOfThisTable)
-        return static_cast<LuaInstanceBox*>(lua_touserdata(state, index));
+    {
+        void* const block = lua_touserdata(state, index);
+        return hasFlagsOfABox(block) ? static_cast<LuaInstanceBox*>(block) : nullptr;
+    }
     const LuaInstance instance = lua::boxAt(*handle.getSlot(), state, index);
     return instance.box && instance.typeName == fullName ? instance.box : nullptr;
 }

@@ -47,8 +47,9 @@ struct LuaTypeCore
 
     LuaStateHandle handle;
     tbMemory::String fullName;
-    bool isAlive = true;         // false once the type is gone
-    const void* table = nullptr; // identity of the type's table
+    bool isAlive = true;            // false once the type is gone
+    bool isKeptUntilClosed = false; // the state's slot holds it to the very end
+    const void* table = nullptr;    // identity of the type's table; null once it is gone
     DefinitionHolder<ConstructorDefinition> constructor;
     DefinitionHolder<DestructorDefinition> destructor; // never empty
 

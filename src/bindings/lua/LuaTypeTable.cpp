@@ -135,7 +135,10 @@ NAMED_TABLE LuaTypeTable::pushParts(
     }
     // Instances that are older than the new anchor need its destructor later than it lasts.
     if (before == NAMED_TABLE::OF_USER_TYPE)
+    {
         slot.keptUntilClosed.push_back(core);
+        core->isKeptUntilClosed = true;
+    }
     const int tableIndex = lua_gettop(state);
     core->table = lua_topointer(state, tableIndex);
     registerTypeTable(slot, state, core->fullName);

@@ -45,6 +45,31 @@ void setCallable(
     std::swap(holder.edit().callable, callable);
 }
 
+void dropMethods(LuaTypeCore& core)
+{
+    // Each has left the registry before it goes, since the end of its callable may run code of the
+    // host.
+    auto methods = std::exchange(core.methods, {});
+    core.arrayRead = nullptr;
+    for (auto& [name, method] : methods)
+    {
+        method->uninstall();
+        method->reset(); // what the callable captured goes now, even if the method has to stay
+        destroyWhenIdle(core.handle, std::move(method));
+    }
+}
+
+void dropFields(LuaTypeCore& core)
+{
+    std::vector<DefinitionHolder<GetterDefinition>> getters;
+    std::vector<DefinitionHolder<SetterDefinition>> setters;
+    for (auto& [name, field] : core.fields)
+    {
+        getters.push_back(std::move(field.getter));
+        setters.push_back(std::move(field.setter));
+    }
+}
+
 } // namespace
 
 LuaUserType::LuaUserType(const tbMemory::StringView& name, const LuaStateHandle& handle)
@@ -140,8 +165,8 @@ void LuaUserType::uninstall()
     }
     m_partsKey = LUA_NOREF;
     m_core->isAlive = false;
-    _dropMethods();
-    _dropFields();
+    m_core->table = nullptr; // may go before the closures do, and another one lie in its place
+    _dropMembers();
 }
 
 bool LuaUserType::isInstalled() const
@@ -251,11 +276,10 @@ void LuaUserType::setField(UserTypeFieldDescriptor descriptor)
     if (!_isUsable(call))
         return;
     if (descriptor.getter)
-        _setGetter(call, descriptor.name, std::move(descriptor.getter));
-    if (!descriptor.setter)
+        _setGetter(call, descriptor.name, descriptor.getter);
+    if (!descriptor.setter || !isInstalled())
         return;
-    if (SetterDefinition* const definition =
-            _setSetter(call, descriptor.name, std::move(descriptor.setter)))
+    if (SetterDefinition* const definition = _setSetter(call, descriptor.name, descriptor.setter))
     {
         definition->addParameter(
             FunctionParameter::ofType(PARAM_TYPE_USER_TYPE_OWNED, getFullName()));
@@ -277,10 +301,9 @@ void LuaUserType::setArrayAccess(UserTypeArrayDescriptor descriptor)
             function->setFunction(std::move(descriptor.read));
         }
     }
-    if (!descriptor.write)
+    if (!descriptor.write || !isInstalled())
         return;
-    if (SetterDefinition* const definition =
-            _setSetter(call, ARRAY_WRITE, std::move(descriptor.write)))
+    if (SetterDefinition* const definition = _setSetter(call, ARRAY_WRITE, descriptor.write))
     {
         definition->addParameter(
             FunctionParameter::ofType(PARAM_TYPE_USER_TYPE_OWNED, getFullName()));
@@ -295,8 +318,7 @@ void LuaUserType::clear()
     LuaHostCall call(m_core->handle, LuaHostCall::ENTRY::UPKEEP);
     if (isInstalled())
         _runWithParts(call, &LuaTypeTable::forgetFields);
-    _dropMethods();
-    _dropFields();
+    _dropMembers();
 }
 
 bool LuaUserType::_isUsable(const LuaHostCall& call) const
@@ -314,20 +336,30 @@ LuaFunction* LuaUserType::_makeMethod(const tbMemory::StringView& name)
     auto made = std::make_unique<LuaFunction>(name, LuaOwner::table(getFullName()), m_core->handle);
     if (!made->isInstalled() || !isInstalled())
         return nullptr;
+    if (_findMethod(name))
+    {
+        // What publishing ran has declared it meanwhile. That one stays; the end of ours takes the
+        // entry, so that it has to be published again.
+        made.reset();
+        LuaFunction* const known = _findMethod(name);
+        if (known)
+        {
+            known->uninstall();
+            known->install(m_core->handle);
+        }
+        return known;
+    }
     LuaFunction* const method = made.get();
-    std::unique_ptr<LuaFunction>& place = m_core->methods[keyOf(name)];
-    std::swap(place, made);
+    m_core->methods[keyOf(name)] = std::move(made);
     if (name == tbMemory::StringView(ARRAY_READ))
         m_core->arrayRead = method;
-    if (made) // a finaliser has declared it meanwhile
-        destroyWhenIdle(m_core->handle, std::move(made));
     return method;
 }
 
 void LuaUserType::_setGetter(
     LuaHostCall& call,
     const tbMemory::StringView& name,
-    decltype(UserTypeFieldDescriptor::getter) getter)
+    decltype(UserTypeFieldDescriptor::getter)& getter)
 {
     LuaTypeField& field = m_core->fields[keyOf(name)];
     setCallable(field.getter, name, getter);
@@ -337,7 +369,7 @@ void LuaUserType::_setGetter(
 SetterDefinition* LuaUserType::_setSetter(
     LuaHostCall& call,
     const tbMemory::StringView& name,
-    decltype(UserTypeFieldDescriptor::setter) setter)
+    decltype(UserTypeFieldDescriptor::setter)& setter)
 {
     LuaTypeField& field = m_core->fields[keyOf(name)];
     setCallable(field.setter, name, setter);
@@ -358,28 +390,12 @@ bool LuaUserType::_runWithParts(LuaHostCall& call, Work&& work)
         });
 }
 
-void LuaUserType::_dropMethods()
+void LuaUserType::_dropMembers()
 {
-    // Each has left the registry before it goes, since the end of its callable may run code of the
-    // host.
-    auto methods = std::exchange(m_core->methods, {});
-    m_core->arrayRead = nullptr;
-    for (auto& [name, method] : methods)
-    {
-        method->uninstall();
-        destroyWhenIdle(m_core->handle, std::move(method));
-    }
-}
-
-void LuaUserType::_dropFields()
-{
-    std::vector<DefinitionHolder<GetterDefinition>> getters;
-    std::vector<DefinitionHolder<SetterDefinition>> setters;
-    for (auto& [name, field] : m_core->fields)
-    {
-        getters.push_back(std::move(field.getter));
-        setters.push_back(std::move(field.setter));
-    }
+    // Without interpreter no call of the host keeps this type: what ends here may destroy it.
+    const std::shared_ptr<LuaTypeCore> core = m_core;
+    dropMethods(*core);
+    dropFields(*core);
 }
 
 } // namespace tbScripts::lua

@@ -74,23 +74,23 @@ private:
     // Makes the function of a new method; null if it cannot be published.
     LuaFunction* _makeMethod(const tbMemory::StringView& name);
 
+    // Both exchange callables: the old one goes last, since its end may run code of the host.
     void _setGetter(
         LuaHostCall& call,
         const tbMemory::StringView& name,
-        decltype(UserTypeFieldDescriptor::getter) getter);
+        decltype(UserTypeFieldDescriptor::getter)& getter);
 
-    // Returns the setter's definition, to which its parameters are added.
+    // Returns the setter's definition, to which its parameters are added; null if it is gone.
     SetterDefinition* _setSetter(
         LuaHostCall& call,
         const tbMemory::StringView& name,
-        decltype(UserTypeFieldDescriptor::setter) setter);
+        decltype(UserTypeFieldDescriptor::setter)& setter);
 
     // Runs `work(state)` with the parts of the type's table on top of the stack.
     template <typename Work>
     bool _runWithParts(LuaHostCall& call, Work&& work);
 
-    void _dropMethods();
-    void _dropFields();
+    void _dropMembers();
 
     LuaOwner m_owner;
     std::shared_ptr<LuaTypeCore> m_core; // never null

@@ -1,0 +1,401 @@
+// Variables of a namespace: each kind of value, and what it may overwrite.
+
+#include "support/CountedObject.h"
+#include "support/NamespaceFixture.h"
+#include "support/RowName.h"
+
+#include <tbScripts/ScriptObjectReference.h>
+
+#include <limits>
+#include <type_traits>
+#include <utility>
+
+namespace tbScripts::test
+{
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+namespace
+{
+
+/// A value that is set as "v", and what a script finds then.
+struct VariableRow
+{
+    const char* row;
+    void (*set)(Namespace& scope);
+    const char* condition;
+};
+
+std::ostream& operator<<(std::ostream& stream, const VariableRow& row)
+{
+    return stream << row.row;
+}
+
+template <typename Value>
+constexpr Value highest = std::numeric_limits<Value>::max();
+
+const std::vector<VariableRow>& allVariables()
+{
+    static const std::vector<VariableRow> rows{
+        {"Text", [](Namespace& scope) { scope.setVar("v", "text"); }, "a.v == 'text'"},
+        {"EmptyText", [](Namespace& scope) { scope.setVar("v", ""); }, "a.v == ''"},
+        {"NullText",
+         [](Namespace& scope) { scope.setVar("v", static_cast<const char*>(nullptr)); },
+         "a.v == nil"},
+        {"View",
+         [](Namespace& scope) { scope.setVar("v", tbMemory::StringView("text")); },
+         "a.v == 'text'"},
+        {"ViewOfAPart",
+         [](Namespace& scope) { scope.setVar("v", tbMemory::StringView("text", 2)); },
+         "a.v == 'te'"},
+        {"ViewUpToItsFirstNul",
+         [](Namespace& scope) { scope.setVar("v", tbMemory::StringView("te\0xt", 5)); },
+         "a.v == 'te'"},
+        {"ViewThatBeginsWithNul",
+         [](Namespace& scope) { scope.setVar("v", tbMemory::StringView("\0text", 5)); },
+         "a.v == ''"},
+        {"EmptyView",
+         [](Namespace& scope) { scope.setVar("v", tbMemory::StringView("")); },
+         "a.v == ''"},
+        {"NullView",
+         [](Namespace& scope) { scope.setVar("v", tbMemory::StringView()); },
+         "a.v == nil"},
+        {"Double", [](Namespace& scope) { scope.setVar("v", 0.1); }, "a.v == 0.1"},
+        {"DoubleInfinity",
+         [](Namespace& scope) { scope.setVar("v", std::numeric_limits<double>::infinity()); },
+         "a.v == 1 / 0"},
+        {"DoubleNan",
+         [](Namespace& scope) { scope.setVar("v", std::numeric_limits<double>::quiet_NaN()); },
+         "type(a.v) == 'number' and a.v ~= a.v"},
+        {"FloatWidened",
+         [](Namespace& scope) { scope.setVar("v", 0.1F); },
+         "a.v == 0.100000001490116119384765625"},
+        {"Int", [](Namespace& scope) { scope.setVar("v", 42); }, "a.v == 42"},
+        {"HighestInt",
+         [](Namespace& scope) { scope.setVar("v", highest<int>); },
+         "a.v == 2147483647"},
+        {"LowestInt",
+         [](Namespace& scope) { scope.setVar("v", std::numeric_limits<int>::min()); },
+         "a.v == -2147483648"},
+        {"True", [](Namespace& scope) { scope.setVar("v", true); }, "a.v == true"},
+        {"False", [](Namespace& scope) { scope.setVar("v", false); }, "a.v == false"},
+        {"EmptyReference",
+         [](Namespace& scope) { scope.setVar("v", ScriptObjectReference()); },
+         "a.v == nil"},
+        {"NullObject", [](Namespace& scope) { scope.setVar("v", "a::T", nullptr); }, "a.v == nil"},
+        {"Object",
+         [](Namespace& scope) { scope.setVar("v", "a::T", &scope); },
+         "type(a.v) == 'userdata'"}};
+    return rows;
+}
+
+template <typename Value, typename = void>
+struct CanBeSet : std::false_type
+{
+};
+
+template <typename Value>
+struct CanBeSet<
+    Value,
+    std::void_t<decltype(std::declval<Namespace&>().setVar("v", std::declval<Value>()))>>
+    : std::true_type
+{
+};
+
+// A pointer would be taken for a truth value.
+static_assert(CanBeSet<const char*>::value && CanBeSet<bool>::value);
+static_assert(!CanBeSet<int*>::value && !CanBeSet<const void*>::value);
+
+} // namespace
+
+class NamespaceAnyVariableTest : public NamespaceFixture,
+                                 public ::testing::WithParamInterface<VariableRow>
+{
+};
+
+INSTANTIATE_TEST_SUITE_P(
+    Values, NamespaceAnyVariableTest, ::testing::ValuesIn(allVariables()), RowName());
+
+TEST_P(NamespaceAnyVariableTest, IsSeenByScripts)
+{
+    run("a.v = {}"); // not nil, so that storing nil shows
+
+    GetParam().set(scope());
+
+    run("assert(" + std::string(GetParam().condition) + ")");
+}
+
+TEST_P(NamespaceAnyVariableTest, IsSeenInAnInnerNamespace)
+{
+    Namespace* const inner = scope().setNamespace("inner");
+    run("a.v = 'untouched' outer = a");
+
+    GetParam().set(*inner);
+
+    run("a = outer.inner assert(" + std::string(GetParam().condition) +
+        ")"
+        " assert(outer.v == 'untouched')");
+}
+
+TEST_P(NamespaceAnyVariableTest, OverwritesAFunctionInSilence)
+{
+    scope().setFunction("v");
+
+    GetParam().set(scope());
+
+    run("assert(" + std::string(GetParam().condition) + ")");
+    EXPECT_THAT(m_log.takeEntries(), IsEmpty());
+}
+
+TEST_P(NamespaceAnyVariableTest, OverwritesANamespaceInSilence)
+{
+    Namespace* const inner = scope().setNamespace("v");
+
+    GetParam().set(scope());
+
+    run("assert(" + std::string(GetParam().condition) + ")");
+    EXPECT_EQ(scope().getNamespace("v"), inner);
+    EXPECT_THAT(m_log.takeEntries(), IsEmpty());
+}
+
+TEST_P(NamespaceAnyVariableTest, OverwritesAUserTypeInSilence)
+{
+    UserType* const type = scope().setUserType("v");
+
+    GetParam().set(scope());
+
+    run("assert(" + std::string(GetParam().condition) + ")");
+    EXPECT_EQ(scope().getUserType("v"), type);
+    EXPECT_THAT(m_log.takeEntries(), IsEmpty());
+}
+
+TEST_P(NamespaceAnyVariableTest, IsLoggedIfItsFieldIsRefused)
+{
+    run("setmetatable(a, {__newindex = function() error('closed', 0) end})");
+
+    GetParam().set(scope());
+
+    run("assert(rawget(a, 'v') == nil)");
+    EXPECT_THAT(m_log.takeEntries(), ElementsAre(LogEntry{"closed", "LuaEnvironment"}));
+}
+
+TEST_P(NamespaceAnyVariableTest, CanBeSetFromInsideAHostFunction)
+{
+    declareAction("act", [this] { GetParam().set(scope()); });
+
+    run("a.v = {} act() assert(" + std::string(GetParam().condition) + ")");
+}
+
+TEST_P(NamespaceAnyVariableTest, CanBeSetFromInsideACoroutine)
+{
+    declareAction("act", [this] { GetParam().set(scope()); });
+
+    run("a.v = {} coroutine.wrap(act)() collectgarbage() "
+        "assert(" +
+        std::string(GetParam().condition) + ")");
+}
+
+class NamespaceVariablesTest : public NamespaceFixture
+{
+protected:
+    // Expects `a.v`, which a script set before, to be nil once `value` is stored there.
+    void expectStoredAsNil(const ScriptObjectReference& value)
+    {
+        run("a.v = 5");
+
+        scope().setVar("v", value);
+
+        run("assert(a.v == nil)");
+    }
+};
+
+TEST_F(NamespaceVariablesTest, ReferenceStoresTheVeryValue)
+{
+    run("list = {1, 2}");
+    const ScriptObjectReference list = environment().getVar("list");
+
+    scope().setVar("v", list);
+
+    run("assert(a.v == list)");
+}
+
+TEST_F(NamespaceVariablesTest, ReferenceStoresAScriptFunction)
+{
+    run("function give() return 42 end");
+    const ScriptObjectReference give = environment().getScriptFunction("give");
+
+    scope().setVar("v", give);
+
+    run("assert(a.v() == 42)");
+}
+
+TEST_F(NamespaceVariablesTest, StoredValueOutlivesItsReference)
+{
+    run("list = {42}");
+    {
+        const ScriptObjectReference list = environment().getVar("list");
+        scope().setVar("v", list);
+    }
+
+    run("list = nil collectgarbage() assert(a.v[1] == 42)");
+}
+
+TEST_F(NamespaceVariablesTest, ReferenceOfAnEarlierInterpreterStoresNil)
+{
+    run("list = {}");
+    const ScriptObjectReference list = environment().getVar("list");
+    environment().setEnvironmentFor(INTERPRETER_LUA);
+    environment().setNamespace("a");
+    m_log.takeEntries();
+
+    expectStoredAsNil(list);
+}
+
+TEST_F(NamespaceVariablesTest, ReferenceOfAnotherEnvironmentStoresNil)
+{
+    Environment other;
+    other.setEnvironmentFor(INTERPRETER_LUA);
+    other.setVar("text", "foreign");
+
+    expectStoredAsNil(other.getVar("text"));
+}
+
+TEST_F(NamespaceVariablesTest, ReferenceOfADeadEnvironmentStoresNil)
+{
+    ScriptObjectReference text;
+    {
+        Environment other;
+        other.setEnvironmentFor(INTERPRETER_LUA);
+        other.setVar("text", "foreign");
+        text = other.getVar("text");
+    }
+
+    expectStoredAsNil(text);
+}
+
+TEST_F(NamespaceVariablesTest, ObjectIsAnInstanceOfItsType)
+{
+    UserType* const type = scope().setUserType("T");
+    type->setMethod("give", false)
+        ->setFunction(
+            [](const Parameters& parameters)
+            { return FunctionParameter(*static_cast<int*>(parameters[0].getUserTypeObject())); });
+    int object = 42;
+
+    scope().setVar("v", "a::T", &object);
+
+    run("assert(a.v:give() == 42 and getmetatable(a.v) == a.T)");
+}
+
+TEST_F(NamespaceVariablesTest, ObjectStaysTheHosts)
+{
+    makeCounted(scope().setUserType("T"));
+    CountedObject object;
+
+    scope().setVar("v", "a::T", &object);
+
+    run("a.v = nil collectgarbage()");
+    EXPECT_EQ(CountedObject::getLiving(), 1);
+}
+
+TEST_F(NamespaceVariablesTest, ScriptMayTakeAnObjectOver)
+{
+    makeCounted(scope().setUserType("T"));
+    auto* const object = new CountedObject;
+
+    scope().setVar("v", "a::T", object);
+
+    run("a.v:enableGc() a.v = nil collectgarbage()");
+    EXPECT_EQ(CountedObject::getLiving(), 0);
+}
+
+TEST_F(NamespaceVariablesTest, NullObjectRemovesAField)
+{
+    scope().setUserType("T");
+    int object = 0;
+    scope().setVar("v", "a::T", &object);
+
+    scope().setVar("v", "a::T", nullptr);
+
+    run("assert(next(a) == 'T' and next(a, 'T') == nil)");
+}
+
+TEST_F(NamespaceVariablesTest, ZeroTerminatedTextAndViewAreTheSame)
+{
+    scope().setVar("first", "text");
+
+    scope().setVar("second", tbMemory::StringView("text"));
+
+    run("assert(a.first == a.second)");
+}
+
+TEST_F(NamespaceVariablesTest, ReplacedFunctionStaysDeclared)
+{
+    Function* const function = scope().setFunction("f");
+
+    scope().setVar("f", 5);
+
+    EXPECT_EQ(scope().setFunction("f"), function);
+    run("assert(a.f == 5)");
+    EXPECT_EQ(m_log.takeEntries().size(), 1U);
+}
+
+TEST_F(NamespaceVariablesTest, ReplacedNamespaceCanStillBeFilled)
+{
+    Namespace* const inner = scope().setNamespace("b");
+    run("kept = a.b");
+
+    scope().setVar("b", 5);
+
+    inner->setVar("v", 42);
+    run("assert(a.b == 5 and kept.v == 42)");
+}
+
+namespace
+{
+
+/// A name that is not that of a user type.
+struct TypeNameRow
+{
+    const char* row;
+    const char* typeName;
+};
+
+std::ostream& operator<<(std::ostream& stream, const TypeNameRow& row)
+{
+    return stream << row.row;
+}
+
+} // namespace
+
+class NamespaceUntypedObjectTest : public NamespaceFixture,
+                                   public ::testing::WithParamInterface<TypeNameRow>
+{
+};
+
+INSTANTIATE_TEST_SUITE_P(
+    Names,
+    NamespaceUntypedObjectTest,
+    ::testing::Values(
+        TypeNameRow{"Null", nullptr},
+        TypeNameRow{"Empty", ""},
+        TypeNameRow{"Unknown", "Unknown"},
+        TypeNameRow{"ShortNameOfAType", "T"},
+        TypeNameRow{"Namespace", "a"},
+        TypeNameRow{"TableOfTheInterpreter", "_LOADED"},
+        TypeNameRow{"TypeOfALibrary", "FILE*"}),
+    RowName());
+
+TEST_P(NamespaceUntypedObjectTest, HasNoMetatable)
+{
+    scope().setUserType("T");
+    int object = 0;
+
+    scope().setVar("v", tbMemory::StringView(GetParam().typeName), &object);
+
+    run("assert(type(a.v) == 'userdata' and debug.getmetatable(a.v) == nil)");
+    EXPECT_THAT(m_log.takeEntries(), IsEmpty());
+}
+
+} // namespace tbScripts::test

@@ -1,0 +1,266 @@
+// Callables of a type that come back to the type while they run.
+
+#include "support/UserTypeFixture.h"
+
+#include <tbScripts/Namespace.h>
+
+#include <functional>
+#include <string>
+
+namespace tbScripts::test
+{
+
+using ::testing::ElementsAre;
+
+class UserTypeReentranceTest : public UserTypeFixture
+{
+protected:
+    UserTypeReentranceTest() { setHostObject("v", m_hostObject); }
+
+    /// Calls the script function `name`, which gets and gives a number.
+    double callScript(const std::string& name, double argument)
+    {
+        std::vector<FunctionParameter> outputs{0.0};
+        call(name, {FunctionParameter(argument)}, outputs);
+        return outputs[0].getDouble();
+    }
+
+    /// Declares the field `name` with that setter for numbers.
+    void declareSetter(const std::string& name, Setter setter)
+    {
+        UserTypeFieldDescriptor field;
+        field.setter = std::move(setter);
+        field.name = name;
+        field.type = PARAM_TYPE_DOUBLE;
+        vec().setField(field);
+    }
+};
+
+TEST_F(UserTypeReentranceTest, GetterMayReadTheSameField)
+{
+    int depth = 0;
+    UserTypeFieldDescriptor field;
+    field.getter = [&](void*)
+    {
+        if (++depth == 5)
+            return FunctionParameter(1.0);
+        return FunctionParameter(callScript("read", 0.0) + 1.0);
+    };
+    field.name = "depth";
+    vec().setField(field);
+    run("function read() return v.depth end");
+
+    EXPECT_EQ(evaluate("v.depth"), "5");
+}
+
+TEST_F(UserTypeReentranceTest, SetterSeesItsOwnValueAfterAnInnerWrite)
+{
+    std::vector<double> values;
+    Vec inner;
+    setHostObject("w", inner);
+    declareSetter(
+        "x",
+        [&](const Parameters& parameters)
+        {
+            const double value = parameters[1].getDouble();
+            if (value > 0.0)
+                callScript("write", value - 1.0);
+            vecOf(parameters[0]).x = parameters[1].getDouble();
+            values.push_back(parameters[1].getDouble());
+        });
+    run("function write(value) if value > 0 then w.x = value else v.x = value end return 0 end");
+
+    run("v.x = 3");
+
+    EXPECT_THAT(values, ElementsAre(0.0, 1.0, 2.0, 3.0));
+    EXPECT_EQ(m_hostObject.x, 3.0);
+    EXPECT_EQ(inner.x, 2.0);
+}
+
+TEST_F(UserTypeReentranceTest, ArrayReadSeesItsOwnIndexAfterAnInnerRead)
+{
+    UserTypeArrayDescriptor access;
+    access.read = [&](const Parameters& parameters)
+    {
+        const int index = parameters[1].getInt();
+        const double inner = index > 0 ? callScript("read", index - 1) : 0.0;
+        EXPECT_EQ(parameters[0].getUserTypeObject(), &m_hostObject);
+        return FunctionParameter(inner * 10.0 + parameters[1].getInt());
+    };
+    vec().setArrayAccess(access);
+    run("function read(index) return v[index] end");
+
+    EXPECT_EQ(evaluate("v[4]"), "1234");
+}
+
+TEST_F(UserTypeReentranceTest, ArrayWriteSeesItsOwnValueAfterAnInnerWrite)
+{
+    std::vector<double> written;
+    UserTypeArrayDescriptor access;
+    access.write = [&](const Parameters& parameters)
+    {
+        if (parameters[1].getInt() > 0)
+            callScript("write", parameters[1].getInt() - 1);
+        written.push_back(parameters[1].getInt() + parameters[2].getDouble());
+    };
+    access.type = PARAM_TYPE_DOUBLE;
+    vec().setArrayAccess(access);
+    run("function write(index) v[index] = index * 10 return 0 end");
+
+    run("v[3] = 30");
+
+    EXPECT_THAT(written, ElementsAre(0.0, 11.0, 22.0, 33.0));
+}
+
+TEST_F(UserTypeReentranceTest, MethodSeesItsOwnArgumentsAfterAnInnerCall)
+{
+    Vec inner;
+    setHostObject("w", inner);
+    declareMethod(
+        "sum",
+        {PARAM_TYPE_DOUBLE},
+        [&](const Parameters& parameters)
+        {
+            const void* const object = parameters[0].getUserTypeObject();
+            const double below = parameters[1].getDouble() > 0
+                                     ? callScript("sum", parameters[1].getDouble() - 1)
+                                     : 0;
+            EXPECT_EQ(parameters[0].getUserTypeObject(), object);
+            return below * 10 + parameters[1].getDouble();
+        });
+    run("function sum(n) return n % 2 == 0 and v:sum(n) or w:sum(n) end");
+
+    EXPECT_EQ(evaluate("v:sum(4)"), "1234");
+}
+
+TEST_F(UserTypeReentranceTest, OperatorMayUseTheSameOperator)
+{
+    vec()
+        .setOperator(BUILT_IN_FUNCTION::UNM)
+        ->setFunction(
+            [&](const Parameters& parameters)
+            {
+                Vec& object = vecOf(parameters[0]);
+                object.x += 1.0;
+                if (object.x < 4.0)
+                    callScript("negate", 0.0);
+                return object.x;
+            });
+    run("function negate() return -v end");
+
+    EXPECT_EQ(evaluate("-v"), "4");
+}
+
+TEST_F(UserTypeReentranceTest, SetterMayWriteWhatIsAMismatch)
+{
+    bool isInner = false;
+    std::vector<double> values;
+    declareSetter(
+        "x",
+        [&](const Parameters& parameters)
+        {
+            if (!isInner)
+            {
+                isInner = true;
+                callScript("writeText", 0.0);
+            }
+            values.push_back(parameters[1].getDouble());
+        });
+    run("function writeText() pcall(function() v.x = 'a' end) return 0 end");
+
+    run("v.x = 7");
+
+    EXPECT_THAT(values, ElementsAre(7.0));
+}
+
+TEST_F(UserTypeReentranceTest, GetterThatClearsItsTypeIsStillNamedInTheLog)
+{
+    UserTypeFieldDescriptor field;
+    field.getter = [this](void*)
+    {
+        vec().clear();
+        return FunctionParameter::ofType(static_cast<FUNCTION_PARAMETER_TYPE>(200));
+    };
+    field.name = "a field with a name that has memory of its own";
+    vec().setField(field);
+
+    run("local x = v['a field with a name that has memory of its own']");
+
+    EXPECT_THAT(
+        m_log.takeEntries(),
+        ElementsAre(LogEntry{
+            "Error while filling output for function 'a field with a name that has memory of its "
+            "own', parameter type not handled.",
+            "LuaFunction"}));
+}
+
+TEST_F(UserTypeReentranceTest, ArrayReadThatReleasesItsTypeStillNamesItInTheLog)
+{
+    UserType& type = declareType("a long name of a namespace::Vec");
+    UserTypeArrayDescriptor access;
+    access.read = [this](const Parameters&)
+    {
+        environment().getNamespace("a long name of a namespace")->release();
+        return FunctionParameter::ofType(static_cast<FUNCTION_PARAMETER_TYPE>(200));
+    };
+    type.setArrayAccess(access);
+
+    run("local x = _G['a long name of a namespace'].Vec.new()[1]");
+
+    EXPECT_THAT(
+        m_log.takeEntries(),
+        ElementsAre(LogEntry{
+            "Error while filling output for function 'a long name of a namespace::Vec', parameter "
+            "type not handled.",
+            "LuaFunction"}));
+}
+
+TEST_F(UserTypeReentranceTest, ConstructorMayMakeInstances)
+{
+    int depth = 0;
+    vec().setConstructor(
+        [&](const Parameters&)
+        {
+            if (++depth < 4)
+                callScript("make", 0.0);
+            return &m_made.emplace_back();
+        });
+    run("function make() Vec.new() return 0 end");
+
+    run("Vec.new()");
+    collect();
+
+    EXPECT_EQ(m_made.size(), 4U);
+    EXPECT_EQ(m_destroyed.size(), 4U);
+}
+
+TEST_F(UserTypeReentranceTest, DestructorMayMakeAndUseInstances)
+{
+    declareField("x", &Vec::x);
+    vec().setDestructor(
+        [this](void* object)
+        {
+            m_destroyed.push_back(&vecAt(object));
+            if (m_destroyed.size() == 1)
+                callScript("make", 0.0);
+        });
+    run("function make() other = Vec.new() other.x = 3 return other.x end  Vec.new()");
+
+    collect();
+
+    EXPECT_THAT(m_destroyed, ElementsAre(&m_made[0]));
+    EXPECT_EQ(evaluate("other.x"), "3");
+}
+
+TEST_F(UserTypeReentranceTest, EachWorksInACoroutineThatTheOtherLeft)
+{
+    declareField("x", &Vec::x);
+    declareMethod("yieldless", {}, [](const Parameters&) { return 5; });
+    run("step = coroutine.wrap(function() "
+        "    while true do v.x = v.x + 1  coroutine.yield(v:yieldless() + v.x) end end)");
+
+    EXPECT_EQ(evaluate("step()"), "6");
+    EXPECT_EQ(evaluate("step()"), "7");
+}
+
+} // namespace tbScripts::test
