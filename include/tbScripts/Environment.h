@@ -12,6 +12,7 @@
 #include <tbMemory/String.h>
 #include <tbMemory/StringView.h>
 
+#include <cstddef>
 #include <memory>
 #include <string>
 #include <type_traits>
@@ -143,11 +144,29 @@ public:
         const tbMemory::BufferView<FunctionParameter>& inputs,
         tbMemory::BufferView<FunctionParameter>& outputs);
 
-    /// Returns `object` as bytes; empty if it cannot be written.
+    /// Returns the value of `object` as bytes, for this process only: pointers to host objects are
+    /// in them as they are.
+    ///
+    /// With `transferOwnership` the instances in it that own their objects stop owning them, and
+    /// what is read from the bytes will own them. Functions inside of tables are left out.
+    ///
+    /// On failure: an empty buffer, and no owner has changed. So for nil, a host function, a table
+    /// that contains itself; for an error of the interpreter too, which is logged (tag
+    /// "LuaEnvironment").
+    /// Format: docs/script-value-bytes.md.
     tbMemory::Buffer
     serializeScriptObject(const ScriptObjectReference& object, bool transferOwnership);
 
-    /// Returns a handle on the value that `bytes` describe; empty if they describe none.
+    /// Returns a handle on the value that `bytes` describe: a script function or, for all else, a
+    /// script object.
+    ///
+    /// Requires: `bytes` come from `serializeScriptObject` in this process, as far as they hold
+    /// instances or functions, whose pointers and code are trusted. All others may be anything.
+    /// Each call takes over what the bytes own: objects of bytes that are read twice are destroyed
+    /// twice.
+    /// On failure: an empty handle, and nothing is taken over. So for bytes that describe nothing;
+    /// for an error of the interpreter too, which is logged (tag "LuaEnvironment").
+    /// Format: docs/script-value-bytes.md.
     ScriptObjectReference deserializeScriptObject(const tbMemory::BufferView<unsigned char>& bytes);
 
     /// Declares the host function `name` as a global and returns it, unbound.
@@ -217,10 +236,13 @@ private:
     UserType* _setPlainUserType(const tbMemory::StringView& name);
     Namespace* _setPlainNamespace(const tbMemory::StringView& name);
 
-    // Return the namespace that holds the last of `parts`, of which there are several; null if
-    // there is none. The first declares what is missing on the way.
+    // Returns the namespace that holds the last of `parts`, of which there are several; declares
+    // what is missing on the way.
     Namespace* _reachNamespaceOf(const tbMemory::BufferCast<tbMemory::String>& parts);
-    Namespace* _findNamespaceOf(const tbMemory::BufferCast<tbMemory::String>& parts) const;
+
+    // Returns the namespace that the first `count` of `parts` name, null if there is none.
+    Namespace*
+    _findNamespace(const tbMemory::BufferCast<tbMemory::String>& parts, std::size_t count) const;
 
     // Shared with the strategy, whose messages use the last name if this object goes first.
     std::shared_ptr<tbMemory::String> m_name;

@@ -13,6 +13,8 @@
 #include "environments/EnvironmentMessages.h"
 #include "environments/lua/LuaGlobals.h"
 #include "environments/lua/LuaScriptCalls.h"
+#include "environments/lua/LuaValueReader.h"
+#include "environments/lua/LuaValueWriter.h"
 #include "scripts/lua/LuaScriptStrategy.h"
 
 #include "tbScripts/LogManager.h"
@@ -290,15 +292,42 @@ bool LuaEnvironmentStrategy::callScriptFunction(
 }
 
 tbMemory::Buffer LuaEnvironmentStrategy::serializeScriptObject(
-    const ScriptObjectReference& /*object*/, bool /*transferOwnership*/)
+    const ScriptObjectReference& object, bool transferOwnership)
 {
-    return tbMemory::Buffer();
+    LuaHostCall call(m_handle);
+    if (call.isRefused())
+        return tbMemory::Buffer();
+    LuaValueWriter writer(*m_handle.getSlot(), transferOwnership);
+    call.run(
+        [&](lua_State* state)
+        {
+            pushReferenced(state, object, m_handle);
+            writer.write(state);
+        });
+    return writer.takeBuffer();
 }
 
-ScriptObjectReference LuaEnvironmentStrategy::deserializeScriptObject(
-    const tbMemory::BufferView<unsigned char>& /*bytes*/)
+ScriptObjectReference
+LuaEnvironmentStrategy::deserializeScriptObject(const tbMemory::BufferView<unsigned char>& bytes)
 {
-    return ScriptObjectReference();
+    LuaHostCall call(m_handle);
+    if (call.isRefused())
+        return ScriptObjectReference();
+    LuaValueReader reader(*m_handle.getSlot(), bytes);
+    // Made beforehand: an anchored value that nobody holds would stay in the registry.
+    auto anchored =
+        std::make_unique<LuaScriptObjectInterpreterReference>(m_handle, reader.getType(), 0);
+    bool isAnchored = false;
+    call.run(
+        [&](lua_State* state)
+        {
+            if (!reader.read(state))
+                return;
+            anchored->anchor(state);
+            reader.handOverOwnership(state);
+            isAnchored = true;
+        });
+    return isAnchored ? ScriptObjectReference(anchored.release()) : ScriptObjectReference();
 }
 
 void LuaEnvironmentStrategy::installFunction(Function& function)

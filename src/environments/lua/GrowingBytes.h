@@ -1,0 +1,59 @@
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdlib>
+#include <memory>
+#include <new>
+
+namespace tbScripts::lua
+{
+
+/// Bytes that grow at their end, in constant time for each on average. New ones are not set: their
+/// writer sets all of them.
+class GrowingBytes
+{
+public:
+    /// Adds `size` bytes and returns the first of them. Throws `std::bad_alloc` without memory.
+    ///
+    /// Valid until: the next call.
+    unsigned char* extend(std::size_t size)
+    {
+        if (m_capacity - m_size < size)
+            _grow(size);
+        unsigned char* const added = m_bytes.get() + m_size;
+        m_size += size;
+        return added;
+    }
+
+    void clear() { m_size = 0; }
+
+    const unsigned char* data() const { return m_bytes.get(); }
+
+    std::size_t size() const { return m_size; }
+
+private:
+    static constexpr std::size_t SMALLEST_CAPACITY = 256;
+
+    struct Freer
+    {
+        void operator()(unsigned char* bytes) const { std::free(bytes); }
+    };
+
+    void _grow(std::size_t size)
+    {
+        const std::size_t capacity = std::max({2 * m_capacity, m_size + size, SMALLEST_CAPACITY});
+        auto* const grown = static_cast<unsigned char*>(std::realloc(m_bytes.get(), capacity));
+        if (!grown)
+            throw std::bad_alloc();
+        static_cast<void>(m_bytes.release()); // freed by the reallocation
+        m_bytes.reset(grown);
+        m_capacity = capacity;
+    }
+
+    std::unique_ptr<unsigned char, Freer> m_bytes;
+    std::size_t m_size = 0;
+    std::size_t m_capacity = 0;
+};
+
+} // namespace tbScripts::lua

@@ -1,0 +1,165 @@
+// For n = 0, 1, 2, ... until nothing is refused any more: the interpreter gets no memory from its
+// n-th request on, while a value is written or read. The call gives its neutral value, the stack is
+// back where it was, no instance changes its owner, and in the end nothing is left over.
+
+#include "support/EnvironmentFixture.h"
+#include "support/InterpreterCalls.h"
+#include "support/LogFixture.h"
+#include "support/RowName.h"
+
+#include <tbScripts/UserType.h>
+
+#include <functional>
+#include <memory>
+#include <ostream>
+#include <string>
+
+namespace tbScripts::test
+{
+
+using ::testing::AnyOf;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+namespace
+{
+
+struct ValueRow
+{
+    const char* row;
+    const char* code; // makes the global `v`
+    std::size_t instances;
+};
+
+void PrintTo(const ValueRow& row, std::ostream* stream)
+{
+    *stream << row.row;
+}
+
+} // namespace
+
+class ScriptValueMemoryTest : public LogFixture, public ::testing::WithParamInterface<ValueRow>
+{
+protected:
+    // Makes an environment with the value and its bytes.
+    void prepare()
+    {
+        m_environment = std::make_unique<Environment>();
+        m_environment->setEnvironmentFor(INTERPRETER_LUA);
+        m_state = InterpreterCalls::lastOpenedState();
+        UserType& type = *m_environment->setUserType("T");
+        type.setConstructor([this](const Parameters&) { return &m_object[m_made++ % 1000]; });
+        type.setDestructor([this](void*) { ++m_destroyed; });
+        m_made = 0;
+        m_destroyed = 0;
+        runScript(*m_environment, GetParam().code);
+        m_value = m_environment->getScriptFunction("v");
+        if (!m_value.getInterpreterReference())
+            m_value = m_environment->getVar("v");
+    }
+
+    // Acts with memory for `allowed` requests. Returns whether one was refused.
+    bool actWith(std::size_t allowed, const std::function<void()>& act)
+    {
+        m_memory.refuseAfter(allowed);
+        act();
+        m_memory.allowAll();
+        EXPECT_EQ(lua_gettop(m_state), 0);
+        return m_memory.hasRefused();
+    }
+
+    // Loading and dumping of functions end without an error that could be logged.
+    void expectRefusalOnce()
+    {
+        EXPECT_THAT(
+            m_log.takeEntries(),
+            AnyOf(ElementsAre(LogEntry{"not enough memory", "LuaEnvironment"}), IsEmpty()));
+    }
+
+    // Lets everything go and returns how many objects were destroyed by then.
+    std::size_t end()
+    {
+        m_value = ScriptObjectReference();
+        m_environment.reset();
+        EXPECT_EQ(m_memory.countLivingBlocks(), 0U);
+        return m_destroyed;
+    }
+
+    StateMemory m_memory;
+    std::unique_ptr<Environment> m_environment;
+    ScriptObjectReference m_value;
+    lua_State* m_state = nullptr;
+    int m_object[1000] = {};
+    std::size_t m_made = 0;
+    std::size_t m_destroyed = 0;
+};
+
+INSTANTIATE_TEST_SUITE_P(
+    Values,
+    ScriptValueMemoryTest,
+    ::testing::Values(
+        ValueRow{"Table", "v = {1, 2, a = {b = {c = 'text'}}, d = false}", 0},
+        ValueRow{"Texts", "v = {} for i = 1, 40 do v['key' .. i] = 'value ' .. i end", 0},
+        ValueRow{"DeepTable", "v = {} for i = 1, 200 do v = {v, i} end", 0},
+        ValueRow{"Instance", "v = T.new()", 1},
+        ValueRow{"Instances", "v = {T.new(), {T.new()}, a = {b = T.new()}}", 3},
+        ValueRow{
+            "Function",
+            "function v(a) local function f() return a .. 'text' end return {f(), b = {a}} end",
+            0}),
+    RowName());
+
+TEST_P(ScriptValueMemoryTest, WritingGivesNoBytes)
+{
+    std::size_t refusals = 0;
+    for (bool isRefused = true; isRefused; refusals += isRefused ? 1 : 0)
+    {
+        prepare();
+        tbMemory::Buffer bytes;
+
+        isRefused =
+            actWith(refusals, [&] { bytes = m_environment->serializeScriptObject(m_value, true); });
+
+        EXPECT_EQ(bytes.empty(), isRefused);
+        expectRefusalOnce();
+        EXPECT_EQ(end(), isRefused ? GetParam().instances : 0U);
+    }
+    EXPECT_GT(refusals, 0U);
+}
+
+TEST_P(ScriptValueMemoryTest, ReadingGivesAnEmptyReference)
+{
+    std::size_t refusals = 0;
+    for (bool isRefused = true; isRefused; refusals += isRefused ? 1 : 0)
+    {
+        prepare();
+        const tbMemory::Buffer bytes = m_environment->serializeScriptObject(m_value, true);
+        ScriptObjectReference read;
+
+        isRefused =
+            actWith(refusals, [&] { read = m_environment->deserializeScriptObject(bytes); });
+
+        EXPECT_EQ(read.getInterpreterReference() == nullptr, isRefused);
+        expectRefusalOnce();
+        read = ScriptObjectReference();
+        EXPECT_EQ(end(), isRefused ? 0U : GetParam().instances);
+    }
+    EXPECT_GT(refusals, 0U);
+}
+
+TEST_P(ScriptValueMemoryTest, ValueCanBeWrittenAndReadAfterwards)
+{
+    prepare();
+    actWith(1, [&] { m_environment->serializeScriptObject(m_value, false); });
+    m_log.takeEntries();
+
+    const tbMemory::Buffer bytes = m_environment->serializeScriptObject(m_value, false);
+    actWith(3, [&] { m_environment->deserializeScriptObject(bytes); });
+    m_log.takeEntries();
+
+    const ScriptObjectReference read = m_environment->deserializeScriptObject(bytes);
+    EXPECT_EQ(m_environment->serializeScriptObject(read, false).size(), bytes.size());
+    end();
+}
+
+} // namespace tbScripts::test
