@@ -39,6 +39,11 @@ if(consumer STREQUAL "pkgConfig")
     check_prefixes()
 endif()
 
+# The tool finds the libraries beside it.
+if(tool)
+    run(${prefix}/${tool} --version)
+endif()
+
 set(arguments -D CMAKE_PREFIX_PATH=${prefix})
 if(consumer STREQUAL "addSubdirectory")
     set(arguments -D TOBREL_SCRIPTS_FOLDER=${library})

@@ -1,0 +1,83 @@
+#include "support/TemporaryFolder.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+#include <unistd.h>
+
+namespace tbScripts::test
+{
+
+namespace
+{
+
+constexpr uid_t NOBODY = 65534;
+constexpr uid_t ROOT = 0;
+
+} // namespace
+
+TemporaryFolder::TemporaryFolder()
+{
+    std::string path = (std::filesystem::temp_directory_path() / "tbscripts-XXXXXX").string();
+    if (!::mkdtemp(path.data()))
+        throw std::runtime_error("no temporary folder");
+    m_path = path;
+    // Ordinary users look into it too, and may write.
+    std::filesystem::permissions(m_path, std::filesystem::perms::all);
+}
+
+TemporaryFolder::~TemporaryFolder()
+{
+    std::error_code error;
+    for (const auto& entry : std::filesystem::directory_iterator(m_path, error))
+    {
+        if (entry.is_directory(error) && !entry.is_symlink(error))
+            std::filesystem::permissions(entry, std::filesystem::perms::owner_all, error);
+    }
+    std::filesystem::remove_all(m_path, error);
+}
+
+std::string TemporaryFolder::pathOf(const std::string& name) const
+{
+    return (m_path / name).string();
+}
+
+void TemporaryFolder::write(const std::string& name, const std::string& bytes) const
+{
+    const std::filesystem::path file = m_path / name;
+    std::filesystem::create_directories(file.parent_path());
+    std::ofstream(file, std::ios::binary) << bytes;
+}
+
+std::string TemporaryFolder::read(const std::string& name) const
+{
+    std::ifstream stream(m_path / name, std::ios::binary);
+    if (!stream)
+        return "<missing>";
+    return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+}
+
+std::vector<std::string> TemporaryFolder::list() const
+{
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(m_path))
+        names.push_back(entry.path().filename().string());
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+OrdinaryUser::OrdinaryUser()
+{
+    if (::getuid() == ROOT && ::seteuid(NOBODY) != 0)
+        throw std::runtime_error("rights cannot be given up");
+}
+
+OrdinaryUser::~OrdinaryUser()
+{
+    if (::getuid() == ROOT && ::seteuid(ROOT) != 0)
+        std::abort(); // everything that follows would run with too few rights
+}
+
+} // namespace tbScripts::test

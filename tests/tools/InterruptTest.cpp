@@ -1,0 +1,71 @@
+#include "tools/ToolFixture.h"
+
+#include "tbscripts/FileWriting.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <signal.h>
+
+namespace tool::test
+{
+
+namespace
+{
+
+using ::testing::AnyOf;
+using ::testing::ElementsAre;
+using ::testing::Eq;
+
+TEST(SignalHoldTest, LetsWorkFinishBeforeTheSignalEndsTheProcess)
+{
+    const auto work = []
+    {
+        const SignalHold hold;
+        ::raise(SIGINT);
+        std::fputs("finished", stderr);
+    };
+
+    EXPECT_EXIT(work(), ::testing::KilledBySignal(SIGINT), "^finished$");
+}
+
+TEST(SignalHoldTest, LeavesSignalsThatComeLaterAlone)
+{
+    const auto work = []
+    {
+        {
+            const SignalHold hold;
+        }
+        ::raise(SIGTERM);
+        std::exit(0);
+    };
+
+    EXPECT_EXIT(work(), ::testing::KilledBySignal(SIGTERM), "");
+}
+
+using InterruptTest = ToolFixture;
+
+TEST_F(InterruptTest, PackLeavesTheOldOrTheNewListAndNothingBesideIt)
+{
+    write("old/a.lua", std::string(300000, 'x'));
+    write("new/a.lua", std::string(400000, 'y'));
+    run({"pack", "old", "-o", "list.tbscripts"});
+    run({"pack", "new", "-o", "new.tbscripts"});
+    const std::string oldList = read("list.tbscripts");
+    const std::string newList = read("new.tbscripts");
+
+    // At many places of the work; which ones is up to the machine.
+    for (int round = 0; round < 30; ++round)
+    {
+        write("list.tbscripts", oldList);
+        runInterrupted({"pack", "new", "-o", "list.tbscripts"}, round * 40);
+        ASSERT_THAT(read("list.tbscripts"), AnyOf(Eq(oldList), Eq(newList)));
+    }
+
+    EXPECT_THAT(
+        everything(),
+        ElementsAre("list.tbscripts", "new", "new.tbscripts", "new/a.lua", "old", "old/a.lua"));
+}
+
+} // namespace
+
+} // namespace tool::test

@@ -1,0 +1,148 @@
+#include "tools/ToolFixture.h"
+
+#include <sys/stat.h>
+
+namespace tool::test
+{
+
+namespace
+{
+
+using ListCommandTest = ToolFixture;
+
+TEST_F(ListCommandTest, ShowsAnAlignedTable)
+{
+    write(
+        "a.tbscripts",
+        R"({"scripts":[
+        {"name":"gate/opening","type":"lua","sources":"x = 1"},
+        {"name":"caf)"
+        "\xc3\xa9"
+        R"(","type":"lua","sources":"\n\nx = = 1000"},
+        {"name":"","type":"lua"},
+        {"name":"other","type":"python","sources":"print 1"}]})");
+
+    const Outcome outcome = run({"list", "a.tbscripts"});
+
+    EXPECT_EQ(
+        outcome,
+        failure(
+            "",
+            "NAME          TYPE     BYTES  COMPILED\n"
+            "gate/opening  lua          5  yes\n"
+            "caf\xc3\xa9          lua         12  no, line 3: unexpected symbol near '='\n"
+            "''            lua          0  yes\n"
+            "other         UNKNOWN      7  no: the type is not \"lua\"\n"));
+}
+
+TEST_F(ListCommandTest, ShowsAScriptFile)
+{
+    write("a.lua", "x = 1");
+
+    const Outcome outcome = run({"list", "a.lua"});
+
+    EXPECT_EQ(outcome, success("NAME   TYPE  BYTES  COMPILED\na.lua  lua       5  yes\n"));
+}
+
+TEST_F(ListCommandTest, EscapesNamesInTheTable)
+{
+    write("a.json", R"({"name":"a\u001b[2J\nb","type":"lua","sources":""})");
+
+    const Outcome outcome = run({"list", "a.json"});
+
+    EXPECT_EQ(
+        outcome,
+        success("NAME         TYPE  BYTES  COMPILED\n"
+                "a\\x1b[2J\\nb  lua       0  yes\n"));
+}
+
+TEST_F(ListCommandTest, PrintsJson)
+{
+    write("a.json", R"([{"name":"p","type":"lua","sources":"x"},{"name":"q\u0000"}])");
+
+    const Outcome outcome = run({"list", "--json", "a.json"});
+
+    EXPECT_EQ(outcome, failure("", R"([
+  {
+    "name": "p",
+    "type": "lua",
+    "bytes": 1,
+    "compiled": false,
+    "line": 1,
+    "message": "'=' expected near '<eof>'"
+  },
+  {
+    "name": "q\u0000",
+    "type": "UNKNOWN",
+    "bytes": 0,
+    "compiled": false,
+    "message": "the type is not \"lua\""
+  }
+]
+)"));
+}
+
+TEST_F(ListCommandTest, ShowsTheGoodElementsBesideTheBad)
+{
+    write("a.json", R"([7,{"name":"p","type":"lua","sources":""}])");
+
+    const Outcome outcome = run({"list", "a.json"});
+
+    EXPECT_EQ(
+        outcome,
+        trouble(
+            "tbscripts: a.json: element 1: Script Declaration entry not an object.\n",
+            "NAME  TYPE  BYTES  COMPILED\np     lua       0  yes\n"));
+}
+
+TEST_F(ListCommandTest, ShowsOnlyTheHeadingOfAnEmptyList)
+{
+    write("a.tbscripts", R"({"scripts":[]})");
+
+    const Outcome outcome = run({"list", "a.tbscripts"});
+
+    EXPECT_EQ(outcome, success("NAME  TYPE  BYTES  COMPILED\n"));
+}
+
+TEST_F(ListCommandTest, ReportsAMissingFile)
+{
+    const Outcome outcome = run({"list", "missing.tbscripts"});
+
+    EXPECT_EQ(outcome, trouble("tbscripts: missing.tbscripts: No such file or directory\n"));
+}
+
+TEST_F(ListCommandTest, ReportsAFifoAndAFolder)
+{
+    ::mkfifo(pathOf("a.tbscripts").c_str(), 0600);
+    ::mkdir(pathOf("b.tbscripts").c_str(), 0700);
+
+    const Outcome fifo = run({"list", "a.tbscripts"});
+    const Outcome folder = run({"list", "b.tbscripts"});
+
+    EXPECT_EQ(fifo, trouble("tbscripts: a.tbscripts: is not a regular file\n"));
+    EXPECT_EQ(folder, trouble("tbscripts: b.tbscripts: is a folder, not a file\n"));
+}
+
+TEST_F(ListCommandTest, ReportsAnEmptyDocument)
+{
+    write("a.tbscripts", "");
+
+    const Outcome outcome = run({"list", "a.tbscripts"});
+
+    EXPECT_EQ(outcome.status, 2);
+    EXPECT_EQ(outcome.output, "");
+    EXPECT_THAT(outcome.errors, ::testing::StartsWith("a.tbscripts:1: "));
+}
+
+TEST_F(ListCommandTest, EndsQuietlyIfItsReaderGoesEarly)
+{
+    write("a.lua", "x = 1");
+
+    const Outcome outcome = runInShell("\"$TOOL\" list a.lua | head -1");
+
+    EXPECT_EQ(outcome, success("NAME   TYPE  BYTES  COMPILED\n"));
+}
+
+} // namespace
+
+} // namespace tool::test
