@@ -5,7 +5,10 @@ set(TOBREL_SCRIPTS_HEADERS
     include/tbScripts/Api.h
     include/tbScripts/BuiltInFunction.h
     include/tbScripts/CompilationResult.h
+    include/tbScripts/ContentLoadResult.h
+    include/tbScripts/ContentLoader.h
     include/tbScripts/Environment.h
+    include/tbScripts/EnvironmentManager.h
     include/tbScripts/ExecutionResult.h
     include/tbScripts/Function.h
     include/tbScripts/FunctionParameter.h
@@ -13,7 +16,11 @@ set(TOBREL_SCRIPTS_HEADERS
     include/tbScripts/Interpreter.h
     include/tbScripts/LogManager.h
     include/tbScripts/Namespace.h
+    include/tbScripts/ProjectLoader.h
+    include/tbScripts/ProjectQueries.h
+    include/tbScripts/ResourceDeclAugmentCallback.h
     include/tbScripts/Script.h
+    include/tbScripts/ScriptManager.h
     include/tbScripts/ScriptObjectInterpreterReference.h
     include/tbScripts/ScriptObjectInterpreterView.h
     include/tbScripts/ScriptObjectReference.h
@@ -89,21 +96,38 @@ set(TOBREL_SCRIPTS_SOURCES
     src/environments/DummyEnvironmentStrategy.h
     src/environments/Environment.cpp
     src/environments/EnvironmentBindings.h
+    src/environments/EnvironmentManager.cpp
     src/environments/EnvironmentMessages.h
     src/environments/EnvironmentRegistries.cpp
     src/environments/EnvironmentStrategy.cpp
     src/environments/EnvironmentStrategy.h
     src/environments/EnvironmentTeardown.cpp
+    src/environments/lua/GrowingBytes.h
+    src/environments/lua/LuaDumpFrame.cpp
+    src/environments/lua/LuaDumpFrame.h
     src/environments/lua/LuaEnvironmentStrategy.cpp
     src/environments/lua/LuaEnvironmentStrategy.h
     src/environments/lua/LuaGlobals.cpp
     src/environments/lua/LuaGlobals.h
+    src/environments/lua/LuaRecentKeys.h
     src/environments/lua/LuaScriptCalls.cpp
     src/environments/lua/LuaScriptCalls.h
+    src/environments/lua/LuaValueFormat.h
+    src/environments/lua/LuaValueReader.cpp
+    src/environments/lua/LuaValueReader.h
+    src/environments/lua/LuaValueWriter.cpp
+    src/environments/lua/LuaValueWriter.h
+    src/loading/ContentLoader.cpp
+    src/loading/FileReplacement.cpp
+    src/loading/FileReplacement.h
+    src/loading/LoadingMessages.h
+    src/loading/ProjectLoader.cpp
+    src/loading/ResourceDeclAugmentCallback.cpp
     src/scripts/DummyScriptStrategy.cpp
     src/scripts/DummyScriptStrategy.h
     src/scripts/Script.cpp
     src/scripts/ScriptDeclaration.cpp
+    src/scripts/ScriptManager.cpp
     src/scripts/ScriptMessages.h
     src/scripts/ScriptStrategy.cpp
     src/scripts/ScriptStrategy.h
@@ -116,11 +140,70 @@ set(TOBREL_SCRIPTS_DEMO
     examples/demo/Arena.h
     examples/demo/ArenaScripts.cpp
     examples/demo/ArenaScripts.h
+    examples/demo/Binding.cpp
+    examples/demo/Binding.h
     examples/demo/ConsoleLog.cpp
     examples/demo/ConsoleLog.h
+    examples/demo/EntityType.cpp
+    examples/demo/EntityType.h
     examples/demo/ScriptFolder.cpp
     examples/demo/ScriptFolder.h
+    examples/demo/Summary.cpp
+    examples/demo/Summary.h
+    examples/demo/Vec.h
+    examples/demo/VecStore.cpp
+    examples/demo/VecStore.h
+    examples/demo/VecType.cpp
+    examples/demo/VecType.h
+    examples/demo/Witness.cpp
+    examples/demo/Witness.h
+    examples/demo/World.cpp
+    examples/demo/World.h
     examples/demo/main.cpp)
+
+# The command-line tool.
+set(TOBREL_SCRIPTS_TOOL
+    tools/tbscripts/CheckCommand.cpp
+    tools/tbscripts/CommandLine.cpp
+    tools/tbscripts/CommandLine.h
+    tools/tbscripts/Commands.h
+    tools/tbscripts/Console.cpp
+    tools/tbscripts/Console.h
+    tools/tbscripts/Document.cpp
+    tools/tbscripts/Document.h
+    tools/tbscripts/Escaping.cpp
+    tools/tbscripts/Escaping.h
+    tools/tbscripts/ExitStatus.h
+    tools/tbscripts/Failure.cpp
+    tools/tbscripts/Failure.h
+    tools/tbscripts/FileReading.cpp
+    tools/tbscripts/FileReading.h
+    tools/tbscripts/FileWriting.cpp
+    tools/tbscripts/FileWriting.h
+    tools/tbscripts/FolderWalk.cpp
+    tools/tbscripts/FolderWalk.h
+    tools/tbscripts/HelpTexts.h
+    tools/tbscripts/LibraryLog.cpp
+    tools/tbscripts/LibraryLog.h
+    tools/tbscripts/ListCommand.cpp
+    tools/tbscripts/PackCommand.cpp
+    tools/tbscripts/Progress.cpp
+    tools/tbscripts/Progress.h
+    tools/tbscripts/RunCommand.cpp
+    tools/tbscripts/ScriptArguments.cpp
+    tools/tbscripts/ScriptArguments.h
+    tools/tbscripts/ScriptFile.cpp
+    tools/tbscripts/ScriptFile.h
+    tools/tbscripts/ScriptPath.cpp
+    tools/tbscripts/ScriptPath.h
+    tools/tbscripts/SourcePosition.cpp
+    tools/tbscripts/SourcePosition.h
+    tools/tbscripts/Table.cpp
+    tools/tbscripts/Table.h
+    tools/tbscripts/UnpackCommand.cpp
+    tools/tbscripts/UnpackPlan.cpp
+    tools/tbscripts/UnpackPlan.h
+    tools/tbscripts/main.cpp)
 
 # Helpers of the tests: those that do with public headers, and those that see src/.
 set(TOBREL_SCRIPTS_TEST_SUPPORT
@@ -128,6 +211,8 @@ set(TOBREL_SCRIPTS_TEST_SUPPORT
     tests/support/AllocationCounter.h
     tests/support/CallContextFixture.cpp
     tests/support/CallContextFixture.h
+    tests/support/ChildProcess.cpp
+    tests/support/ChildProcess.h
     tests/support/CountedObject.cpp
     tests/support/CountedObject.h
     tests/support/EnvironmentFixture.cpp
@@ -138,8 +223,12 @@ set(TOBREL_SCRIPTS_TEST_SUPPORT
     tests/support/Farewell.h
     tests/support/GlobalOperations.cpp
     tests/support/GlobalOperations.h
+    tests/support/LoadingFixture.cpp
+    tests/support/LoadingFixture.h
     tests/support/LogFixture.cpp
     tests/support/LogFixture.h
+    tests/support/NamespaceFixture.cpp
+    tests/support/NamespaceFixture.h
     tests/support/ParameterKinds.cpp
     tests/support/ParameterKinds.h
     tests/support/ReactingLogger.cpp
@@ -150,10 +239,16 @@ set(TOBREL_SCRIPTS_TEST_SUPPORT
     tests/support/Sanitizers.h
     tests/support/ScriptFixture.cpp
     tests/support/ScriptFixture.h
+    tests/support/ScriptValueFixture.cpp
+    tests/support/ScriptValueFixture.h
     tests/support/SmallStackThread.cpp
     tests/support/SmallStackThread.h
     tests/support/TeardownFixture.cpp
-    tests/support/TeardownFixture.h)
+    tests/support/TeardownFixture.h
+    tests/support/TemporaryFolder.cpp
+    tests/support/TemporaryFolder.h
+    tests/support/UserTypeFixture.cpp
+    tests/support/UserTypeFixture.h)
 set(TOBREL_SCRIPTS_INTERNAL_TEST_SUPPORT
     tests/support/EnvironmentStateFixture.cpp
     tests/support/EnvironmentStateFixture.h
@@ -168,7 +263,7 @@ set(TOBREL_SCRIPTS_INTERNAL_TEST_SUPPORT
     tests/support/LuaStateFixture.cpp
     tests/support/LuaStateFixture.h)
 
-# Tests of the shared library, of its inside, and of the stand-ins.
+# Tests of the shared library, of its inside, of the stand-ins, and of the command-line tool.
 set(TOBREL_SCRIPTS_PUBLIC_TESTS
     tests/bindings/CallAllocationTest.cpp
     tests/bindings/FunctionCopyTest.cpp
@@ -178,6 +273,23 @@ set(TOBREL_SCRIPTS_PUBLIC_TESTS
     tests/bindings/HostFunctionTest.cpp
     tests/bindings/HostFunctionValuesTest.cpp
     tests/bindings/MismatchMessageTest.cpp
+    tests/bindings/NamespaceClearTest.cpp
+    tests/bindings/NamespaceDeclarationTest.cpp
+    tests/bindings/NamespaceReleaseTest.cpp
+    tests/bindings/NamespaceTest.cpp
+    tests/bindings/NamespaceVariablesTest.cpp
+    tests/bindings/UserTypeAllocationTest.cpp
+    tests/bindings/UserTypeArrayAccessTest.cpp
+    tests/bindings/UserTypeClearTest.cpp
+    tests/bindings/UserTypeFieldWriteTest.cpp
+    tests/bindings/UserTypeFieldsTest.cpp
+    tests/bindings/UserTypeForgeryTest.cpp
+    tests/bindings/UserTypeMethodsTest.cpp
+    tests/bindings/UserTypeOperatorsTest.cpp
+    tests/bindings/UserTypeOwnershipTest.cpp
+    tests/bindings/UserTypeReentranceTest.cpp
+    tests/bindings/UserTypeScriptEntriesTest.cpp
+    tests/bindings/UserTypeTest.cpp
     tests/core/EmptyReferenceTest.cpp
     tests/core/FunctionParameterCopyTest.cpp
     tests/core/FunctionParameterKindTest.cpp
@@ -196,50 +308,92 @@ set(TOBREL_SCRIPTS_PUBLIC_TESTS
     tests/environments/EnvironmentFunctionsTest.cpp
     tests/environments/EnvironmentGlobalTableTest.cpp
     tests/environments/EnvironmentGlobalsTest.cpp
+    tests/environments/EnvironmentManagerTest.cpp
     tests/environments/EnvironmentNamesTest.cpp
+    tests/environments/EnvironmentNamespacesTest.cpp
     tests/environments/EnvironmentObjectsTest.cpp
     tests/environments/EnvironmentReferencesTest.cpp
+    tests/environments/EnvironmentTeardownBindingsTest.cpp
     tests/environments/EnvironmentTeardownCallsTest.cpp
     tests/environments/EnvironmentTeardownTest.cpp
     tests/environments/EnvironmentTest.cpp
+    tests/environments/EnvironmentUserTypesTest.cpp
+    tests/environments/InertNamespacesTest.cpp
+    tests/environments/QualifiedNamesTest.cpp
     tests/environments/ScriptFunctionCallTest.cpp
     tests/environments/ScriptFunctionOutputTest.cpp
+    tests/environments/ScriptValueBytesReadTest.cpp
+    tests/environments/ScriptValueBytesWriteTest.cpp
+    tests/environments/ScriptValueInstancesTest.cpp
+    tests/environments/ScriptValueRoundTripTest.cpp
     tests/faults/AggressiveCollectorTest.cpp
     tests/faults/CallDepthTest.cpp
     tests/faults/DeepSourceTest.cpp
+    tests/faults/FileReplacementTest.cpp
     tests/faults/HostExceptionTest.cpp
+    tests/faults/HostileDocumentTest.cpp
+    tests/faults/LoadingLogReceiverTest.cpp
     tests/faults/LogReceiverTest.cpp
     tests/faults/NoMemoryDeathTest.cpp
     tests/faults/ProxyGlobalsTest.cpp
     tests/faults/RaisingFinaliserTest.cpp
     tests/faults/ScriptErrorTest.cpp
+    tests/faults/ScriptValueCallsTest.cpp
+    tests/faults/ScriptValueCyclesTest.cpp
+    tests/faults/ScriptValueDepthTest.cpp
+    tests/faults/ScriptValueMemoryDeathTest.cpp
     tests/faults/StackLimitTest.cpp
     tests/faults/StrictGlobalsTest.cpp
     tests/faults/ThreadEndTest.cpp
+    tests/faults/UserTypeFaultTest.cpp
     tests/lifetime/CallableEndTest.cpp
     tests/lifetime/CoroutineCallTest.cpp
+    tests/lifetime/DeclarationEndTest.cpp
     tests/lifetime/EnvironmentEndTest.cpp
+    tests/lifetime/InertNamespaceEndTest.cpp
     tests/lifetime/InterpreterSwitchTest.cpp
+    tests/lifetime/NamespaceEndTest.cpp
     tests/lifetime/OutlivingReferenceTest.cpp
     tests/lifetime/RunningScriptTest.cpp
     tests/lifetime/StorageOrderTest.cpp
     tests/lifetime/TeardownTest.cpp
+    tests/lifetime/UserTypeEndTest.cpp
+    tests/lifetime/UserTypeRedeclarationTest.cpp
+    tests/lifetime/UserTypeSwitchTest.cpp
+    tests/lifetime/UserTypeTeardownTest.cpp
+    tests/loading/ContentLoaderArrayTest.cpp
+    tests/loading/ContentLoaderFilesTest.cpp
+    tests/loading/ContentLoaderOutputTest.cpp
+    tests/loading/ContentLoaderSaveTest.cpp
+    tests/loading/ContentLoaderTest.cpp
+    tests/loading/ProjectCallbackTest.cpp
+    tests/loading/ProjectLoaderTest.cpp
+    tests/loading/ProjectRoundTripTest.cpp
+    tests/loading/ProjectSaveTest.cpp
+    tests/loading/ScriptDeclarationFileTest.cpp
     tests/scripts/ScriptCompilationTest.cpp
     tests/scripts/ScriptCopyTest.cpp
     tests/scripts/ScriptDeclarationTest.cpp
     tests/scripts/ScriptLogReceiverTest.cpp
+    tests/scripts/ScriptManagerTest.cpp
     tests/scripts/ScriptMemoryTest.cpp
+    tests/scripts/ScriptRenameTest.cpp
     tests/scripts/ScriptSourcesTest.cpp
     tests/scripts/ScriptTest.cpp
     tests/support/CallContextFixtureTest.cpp
+    tests/support/ChildProcessTest.cpp
     tests/support/ExecutionTest.cpp
     tests/support/FakeScriptObjectsTest.cpp
     tests/support/FarewellTest.cpp
     tests/support/GlobalOperationsTest.cpp
+    tests/support/LoadingFixtureTest.cpp
+    tests/support/NamespaceFixtureTest.cpp
     tests/support/ReactingLoggerTest.cpp
+    tests/support/ScriptValueFixtureTest.cpp
     tests/support/SmallStackThreadTest.cpp
     tests/support/SupportTest.cpp
-    tests/support/TeardownFixtureTest.cpp)
+    tests/support/TeardownFixtureTest.cpp
+    tests/support/UserTypeFixtureTest.cpp)
 set(TOBREL_SCRIPTS_INTERNAL_TESTS
     tests/bindings/lua/HostFunctionFinaliserTest.cpp
     tests/bindings/lua/LuaCallBridgeMismatchTest.cpp
@@ -248,6 +402,8 @@ set(TOBREL_SCRIPTS_INTERNAL_TESTS
     tests/bindings/lua/LuaFunctionEndTest.cpp
     tests/bindings/lua/LuaFunctionTest.cpp
     tests/bindings/lua/LuaInstanceBoxTest.cpp
+    tests/bindings/lua/LuaNamespaceTest.cpp
+    tests/bindings/lua/LuaUserTypeTest.cpp
     tests/bindings/lua/UserTypeCallAllocationTest.cpp
     tests/bindings/lua/UserTypeParameterTest.cpp
     tests/bindings/lua/UserTypeViewTest.cpp
@@ -263,13 +419,17 @@ set(TOBREL_SCRIPTS_INTERNAL_TESTS
     tests/environments/DummyEnvironmentStrategyTest.cpp
     tests/environments/EnvironmentTeardownOrderTest.cpp
     tests/environments/lua/ForeignLibraryTest.cpp
+    tests/environments/lua/LuaDumpFrameTest.cpp
     tests/environments/lua/LuaEnvironmentMemoryTest.cpp
     tests/environments/lua/LuaEnvironmentObjectsTest.cpp
     tests/environments/lua/LuaEnvironmentStrategyTest.cpp
+    tests/environments/lua/ScriptValueUserdataTest.cpp
     tests/faults/lua/AllocationFailureTest.cpp
     tests/faults/lua/ExhaustedMemoryTest.cpp
     tests/faults/lua/InterpreterCostTest.cpp
     tests/faults/lua/OpeningFailureTest.cpp
+    tests/faults/lua/ScriptValueDamageTest.cpp
+    tests/faults/lua/ScriptValueMemoryTest.cpp
     tests/faults/lua/StackHeightTest.cpp
     tests/lifetime/lua/DyingEnvironmentTest.cpp
     tests/lifetime/lua/ViewEndTest.cpp
@@ -282,9 +442,34 @@ set(TOBREL_PLATFORM_TESTS
     tests/platform/BufferCastTest.cpp
     tests/platform/BufferTest.cpp
     tests/platform/BufferViewTest.cpp
+    tests/platform/ExporterLoadResultTest.cpp
+    tests/platform/JsonErrorTest.cpp
+    tests/platform/JsonExporterTest.cpp
+    tests/platform/JsonHostileTest.cpp
+    tests/platform/JsonLibraryTest.cpp
+    tests/platform/JsonNumberTest.cpp
+    tests/platform/JsonPrinterTest.cpp
+    tests/platform/JsonRoundTripTest.cpp
     tests/platform/LoggerTest.cpp
+    tests/platform/NodeDepthTest.cpp
     tests/platform/NodeTest.cpp
     tests/platform/ResourceManagerTest.cpp
     tests/platform/SingletonClassTest.cpp
     tests/platform/StringTest.cpp
     tests/platform/StringViewTest.cpp)
+set(TOBREL_TOOL_TESTS
+    tests/tools/CheckCommandTest.cpp
+    tests/tools/CommandLineTest.cpp
+    tests/tools/DocumentedSessionTest.cpp
+    tests/tools/EscapingTest.cpp
+    tests/tools/InterruptTest.cpp
+    tests/tools/ListCommandTest.cpp
+    tests/tools/PackCommandTest.cpp
+    tests/tools/RunCommandTest.cpp
+    tests/tools/ScriptArgumentsTest.cpp
+    tests/tools/ScriptPathTest.cpp
+    tests/tools/SourcePositionTest.cpp
+    tests/tools/TableTest.cpp
+    tests/tools/ToolFixture.cpp
+    tests/tools/ToolFixture.h
+    tests/tools/UnpackCommandTest.cpp)

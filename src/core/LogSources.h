@@ -13,5 +13,9 @@ constexpr const char* LOG_SOURCE_LUA_USER_TYPE = "LuaUserType";
 constexpr const char* LOG_SOURCE_LUA_NAMESPACE = "LuaNamespace";
 constexpr const char* LOG_SOURCE_SCRIPT = "Script";
 constexpr const char* LOG_SOURCE_LUA_SCRIPT = "LuaScript";
+constexpr const char* LOG_SOURCE_CONTENT_LOADER = "ContentLoader";
+constexpr const char* LOG_SOURCE_INPUT_DATA = "ContentLoader::inputData";
+constexpr const char* LOG_SOURCE_INPUT_DATA_SOURCES = "ContentLoader::inputDataSources";
+constexpr const char* LOG_SOURCE_SEPARATOR = "-";
 
 } // namespace tbScripts

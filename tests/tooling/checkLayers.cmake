@@ -64,6 +64,18 @@ foreach(file IN LISTS files)
     endforeach()
 endforeach()
 
+# The command-line tool is a host too.
+file(GLOB_RECURSE files RELATIVE ${root} ${root}/tools/*.h ${root}/tools/*.cpp)
+foreach(file IN LISTS files)
+    file(STRINGS ${root}/${file} lines REGEX "^[ \t]*#[ \t]*include")
+    foreach(line IN LISTS lines)
+        if(line MATCHES "[<\"/](lua|lualib|lauxlib|luajit)\\.(h|hpp)[>\"]"
+            OR line MATCHES "\"" AND NOT line MATCHES "\"tbscripts/")
+            string(APPEND problems "  ${file}: ${line}\n")
+        endif()
+    endforeach()
+endforeach()
+
 if(NOT problems STREQUAL "")
     message(FATAL_ERROR "Includes against the layers:\n${problems}")
 endif()

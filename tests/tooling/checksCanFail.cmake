@@ -13,6 +13,9 @@ function(make_tree tree)
     if(EXISTS ${root}/examples)
         file(COPY ${root}/examples DESTINATION ${tree})
     endif()
+    if(EXISTS ${root}/tools)
+        file(COPY ${root}/tools DESTINATION ${tree})
+    endif()
     file(COPY ${root}/docs ${root}/README.md DESTINATION ${tree})
 endfunction()
 
@@ -42,6 +45,10 @@ file(REMOVE ${tree}/include/tbScripts/Version.h)
 expect_failure(checkSourceLists "Version.h is in TOBREL_SCRIPTS_HEADERS, but" -D root=${tree})
 
 make_tree(${tree})
+file(WRITE ${tree}/tools/tbscripts/Unlisted.h "")
+expect_failure(checkSourceLists "tools/tbscripts/Unlisted.h is on disk" -D root=${tree})
+
+make_tree(${tree})
 file(WRITE ${tree}/tests/core/UnlistedTest.cpp "")
 expect_failure(checkTestLists "tests/core/UnlistedTest.cpp: in no list" -D root=${tree})
 
@@ -68,6 +75,10 @@ expect_failure(checkLayers "only src/core/lua/LuaApi.h" -D root=${tree})
 make_tree(${tree})
 file(WRITE ${tree}/include/tbScripts/Leak.h "#include <lua.hpp>\n")
 expect_failure(checkLayers "include/tbScripts/Leak.h" -D root=${tree})
+
+make_tree(${tree})
+file(WRITE ${tree}/tools/tbscripts/Inside.cpp "#include \"scripts/ScriptStrategy.h\"\n")
+expect_failure(checkLayers "tools/tbscripts/Inside.cpp" -D root=${tree})
 
 make_tree(${tree})
 file(WRITE ${tree}/src/core/lua/Raise.cpp "int f(lua_State* s) { return lua_error(s); }\n")

@@ -1,0 +1,184 @@
+#include "tbScripts/ContentLoader.h"
+
+#include "core/LogSources.h"
+#include "loading/FileReplacement.h"
+#include "loading/LoadingMessages.h"
+
+#include "tbScripts/LogManager.h"
+#include "tbScripts/Script.h"
+#include "tbScripts/ScriptManager.h"
+
+#include <tbExport/Exportable.h>
+#include <tbExport/JsonExporter.h>
+#include <tbExport/Node.h>
+#include <tbMemory/Buffer.h>
+#include <tbResources/ResourceManager.h>
+
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <string_view>
+#include <system_error>
+#include <utility>
+
+namespace tbScripts
+{
+
+namespace
+{
+
+constexpr unsigned int STATUS_SUCCESS = 0;
+constexpr unsigned int STATUS_PARTIAL = 1;
+constexpr unsigned int STATUS_FAILURE = 2;
+
+constexpr const char* MEMBER_NAME = "name";
+
+// Asked before it is opened: opening a FIFO would wait for a writer.
+bool canBeRead(const tbMemory::String& path)
+{
+    const std::string_view text = path;
+    if (text.find('\0') != std::string_view::npos)
+        return false; // the system would end the path there and find another file
+    const std::filesystem::path file(text);
+    std::error_code error;
+    return std::filesystem::is_regular_file(file, error) && std::ifstream(file).is_open();
+}
+
+tbMemory::StringView textOf(const tbMemory::Buffer& bytes)
+{
+    return tbMemory::StringView(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+}
+
+void logParseError(const tbExport::ExporterLoadResult& parsed)
+{
+    const auto log = [](const tbMemory::StringView& message, const char* source)
+    { LogManager::getInstance()->log(message, source); };
+    log("", LOG_SOURCE_SEPARATOR);
+    log(messages::DECLARATION_PARSE_ERROR, LOG_SOURCE_INPUT_DATA_SOURCES);
+    log(parsed.getError(), LOG_SOURCE_INPUT_DATA_SOURCES);
+    log("", LOG_SOURCE_SEPARATOR);
+    log(parsed.getErrorContext(), LOG_SOURCE_INPUT_DATA_SOURCES);
+    log("", LOG_SOURCE_SEPARATOR);
+}
+
+ContentLoadResult<Script> failure(const char* error)
+{
+    ContentLoadResult<Script> result;
+    result.errors.append(error);
+    result.status = STATUS_FAILURE;
+    return result;
+}
+
+ContentLoadResult<Script> processArray(tbExport::Node& declarations, bool compile)
+{
+    ContentLoadResult<Script> result;
+    for (std::size_t i = 0; i < declarations.getSize(); ++i)
+    {
+        const ContentLoadResult<Script> entry =
+            ContentLoader::processScriptTree(declarations.getElement(i), compile);
+        if (entry.status == STATUS_SUCCESS)
+        {
+            result.objects.append(entry.objects[0]);
+            continue;
+        }
+        result.errors.append(entry.errors[0]);
+        result.status = STATUS_PARTIAL;
+    }
+    return result;
+}
+
+} // namespace
+
+tbExport::ExporterLoadResult ContentLoader::inputData(const tbMemory::StringView& path)
+{
+    const auto& resources = tbResources::ResourceManager::getInstanceRef();
+    const tbMemory::String resolved = resources.getAbsoluteFromWorkingDir(path);
+    if (canBeRead(resolved))
+        return inputDataSources(textOf(resources.loadFileIntoMemory(resolved)));
+    LogManager::getInstance()->log(
+        messages::declarationFileMissing(resolved), LOG_SOURCE_INPUT_DATA);
+    return {};
+}
+
+tbExport::ExporterLoadResult ContentLoader::inputDataSources(const tbMemory::StringView& text)
+{
+    tbExport::ExporterLoadResult parsed = tbExport::JsonExporter::importIntoTree(text);
+    if (!parsed.hasFailed())
+        return parsed;
+    logParseError(parsed);
+    return {};
+}
+
+tbMemory::String ContentLoader::inputDataStr(const tbMemory::StringView& path)
+{
+    const auto& resources = tbResources::ResourceManager::getInstanceRef();
+    return textOf(resources.loadFileIntoMemory(resources.getAbsoluteFromWorkingDir(path)));
+}
+
+bool ContentLoader::outputData(const tbMemory::StringView& data, const tbMemory::StringView& path)
+{
+    const tbMemory::String fullPath =
+        tbResources::ResourceManager::getInstanceRef().getWorkingPath() + path;
+    if (replaceFile(fullPath, data))
+        return true;
+    LogManager::getInstance()->log(messages::fileNotOpened(path), LOG_SOURCE_CONTENT_LOADER);
+    return false;
+}
+
+bool ContentLoader::saveTreeDeclaration(tbExport::Node* tree, const tbMemory::StringView& path)
+{
+    return tree && outputData(tbExport::JsonExporter::exportTreeIntoString(tree), path);
+}
+
+bool ContentLoader::saveObjectDeclaration(
+    tbExport::Exportable* object, const tbMemory::StringView& path)
+{
+    return object && outputData(tbExport::JsonExporter::exportObjectIntoString(object), path);
+}
+
+ContentLoadResult<Script>
+ContentLoader::loadScriptDeclaration(const tbMemory::StringView& path, bool /*compile*/)
+{
+    return processScriptSources(inputDataStr(path), true);
+}
+
+ContentLoadResult<Script>
+ContentLoader::processScriptSources(const tbMemory::StringView& text, bool compile)
+{
+    tbExport::ExporterLoadResult parsed = inputDataSources(text);
+    tbExport::Node* const root = parsed.getRoot();
+    if (!root)
+        return failure(messages::SCRIPT_NOT_PARSED);
+    if (root->isObject())
+        return processScriptTree(root, compile);
+    if (root->isArray())
+        return processArray(*root, compile);
+    return failure(messages::SCRIPT_ROOT_OF_WRONG_KIND);
+}
+
+ContentLoadResult<Script>
+ContentLoader::processScriptTree(tbExport::Node* declaration, bool compile)
+{
+    if (!declaration || !declaration->isObject())
+        return failure(messages::SCRIPT_ENTRY_NO_OBJECT);
+    const tbExport::Node* const name = declaration->getMember(MEMBER_NAME);
+    if (!name || !name->isString())
+        return failure(messages::SCRIPT_ENTRY_WITHOUT_NAME);
+    ScriptManager& manager = ScriptManager::getInstanceRef();
+    manager.createOrRetrieve(name->getString());
+    const std::shared_ptr<Script> script = manager._share(name->getString());
+    script->importClassFromTree(declaration);
+    if (compile)
+    {
+        script->unload();
+        script->load();
+    }
+    if (!ScriptManager::_hasOwner(script))
+        return failure(messages::SCRIPT_NOT_CREATED); // the log receiver has erased it
+
+    ContentLoadResult<Script> result;
+    result.objects.append(script.get());
+    return result;
+}
+
+} // namespace tbScripts

@@ -1,0 +1,111 @@
+#include "tbScripts/ScriptManager.h"
+
+#include "core/NameRegistry.h"
+
+#include "tbScripts/Script.h"
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
+template class tbCommon::SingletonClass<tbScripts::ScriptManager>;
+
+namespace tbScripts
+{
+
+namespace
+{
+
+// Destroys a script when its last manager has let it go, unless a rename has given it away.
+struct ScriptDeleter
+{
+    bool isGivenAway = false;
+
+    void operator()(Script* script) const
+    {
+        if (!isGivenAway)
+            delete script;
+    }
+};
+
+} // namespace
+
+ScriptManager::ScriptManager() = default;
+
+ScriptManager::ScriptManager(const ScriptManager& other) = default;
+
+ScriptManager& ScriptManager::operator=(const ScriptManager& other) = default;
+
+ScriptManager::~ScriptManager() = default;
+
+Script* ScriptManager::createOrRetrieve(const tbMemory::StringView& name)
+{
+    if (Script* const filed = get(name))
+        return filed;
+    const std::shared_ptr<Script> script(new Script, ScriptDeleter());
+    script->setName(name);
+    m_scripts.emplace(keyOf(name), script);
+    return script.get();
+}
+
+Script* ScriptManager::get(const tbMemory::StringView& name) const
+{
+    return _share(name).get();
+}
+
+Script* ScriptManager::getByIndex(unsigned int index) const
+{
+    return index < m_scripts.size() ? std::next(m_scripts.begin(), index)->second.get() : nullptr;
+}
+
+unsigned int ScriptManager::getCount() const
+{
+    return static_cast<unsigned int>(m_scripts.size());
+}
+
+void ScriptManager::rename(const tbMemory::StringView& name, const tbMemory::StringView& newName)
+{
+    const std::string newKey = keyOf(newName); // first: the views may be those of the script itself
+    const auto filed = m_scripts.find(keyOf(name));
+    if (filed == m_scripts.end())
+        return;
+    const std::shared_ptr<Script> script = std::move(filed->second);
+    m_scripts.erase(filed);
+    script->setName(newKey);
+    if (!m_scripts.emplace(newKey, script).second)
+        std::get_deleter<ScriptDeleter>(script)->isGivenAway = true;
+}
+
+void ScriptManager::erase(const tbMemory::StringView& name)
+{
+    m_scripts.erase(keyOf(name));
+}
+
+std::shared_ptr<Script> ScriptManager::_share(const tbMemory::StringView& name) const
+{
+    const auto filed = m_scripts.find(keyOf(name));
+    return filed == m_scripts.end() ? nullptr : filed->second;
+}
+
+std::shared_ptr<Script> ScriptManager::_shareOf(const Script& script) const
+{
+    std::shared_ptr<Script> sameName = _share(script.getName());
+    if (sameName.get() == &script)
+        return sameName;
+    // The host has given it another name without a rename.
+    const auto filed = std::find_if(
+        m_scripts.begin(),
+        m_scripts.end(),
+        [&script](const auto& entry) { return entry.second.get() == &script; });
+    return filed == m_scripts.end() ? nullptr : filed->second;
+}
+
+bool ScriptManager::_hasOwner(const std::shared_ptr<Script>& script)
+{
+    if (std::get_deleter<ScriptDeleter>(script)->isGivenAway)
+        return true;
+    const ScriptManager* const manager = getInstanceIfExisting();
+    return manager && manager->_shareOf(*script);
+}
+
+} // namespace tbScripts

@@ -1,0 +1,343 @@
+// Saving while the system refuses: a file is the old or the new one, whatever happens.
+
+#include "support/ChildProcess.h"
+#include "support/LoadingFixture.h"
+
+#include <tbScripts/ContentLoader.h>
+#include <tbScripts/ProjectLoader.h>
+
+#include <algorithm>
+#include <csignal>
+#include <random>
+#include <sched.h>
+#include <string>
+#include <sys/mount.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+namespace tbScripts::test
+{
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+namespace
+{
+
+constexpr int SAID_TRUE = 0;
+constexpr int SAID_FALSE = 1;
+constexpr int CANNOT_MOUNT = 2;
+
+int save(const std::string& data, const std::string& path)
+{
+    return ContentLoader::outputData(data, path) ? SAID_TRUE : SAID_FALSE;
+}
+
+// Files end there, as on a disk that is full.
+void limitFiles(rlim_t bytes)
+{
+    const rlimit limit{bytes, bytes};
+    ::setrlimit(RLIMIT_FSIZE, &limit);
+    const rlimit none{0, 0};
+    ::setrlimit(RLIMIT_CORE, &none);
+}
+
+// From here on this process mounts for itself alone.
+bool leaveCommonMounts()
+{
+    return ::unshare(CLONE_NEWNS) == 0 &&
+           ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
+}
+
+bool isTemporary(const std::string& name)
+{
+    const std::string begin = ".tbscripts-";
+    const std::string end = ".tmp";
+    return name.size() > begin.size() + end.size() && name.compare(0, begin.size(), begin) == 0 &&
+           name.compare(name.size() - end.size(), end.size(), end) == 0;
+}
+
+} // namespace
+
+class FileReplacementTest : public LoadingFixture
+{
+protected:
+    // What is in the folder beside what a save was interrupted in.
+    std::vector<std::string> listWithoutTemporaries() const
+    {
+        std::vector<std::string> names = m_folder.list();
+        names.erase(std::remove_if(names.begin(), names.end(), isTemporary), names.end());
+        return names;
+    }
+
+    // Mounts a small disk as "small", where only this process and its children see it.
+    bool mountSmallDisk(const char* options) const
+    {
+        std::filesystem::create_directory(m_folder.pathOf("small"));
+        return leaveCommonMounts() &&
+               ::mount("none", m_folder.pathOf("small").c_str(), "tmpfs", 0, options) == 0;
+    }
+
+    // Keeps what is on the small disk for the test, which does not see it.
+    void keep(const std::string& name) const
+    {
+        m_folder.write("kept", m_folder.read("small/" + name));
+        for (const auto& entry : std::filesystem::directory_iterator(m_folder.pathOf("small")))
+            m_folder.write("list/" + entry.path().filename().string(), "");
+    }
+
+    std::vector<std::string> keptNames() const
+    {
+        std::vector<std::string> names;
+        for (const auto& entry : std::filesystem::directory_iterator(m_folder.pathOf("list")))
+            names.push_back(entry.path().filename().string());
+        return names;
+    }
+};
+
+TEST_F(FileReplacementTest, FileThatWouldGrowTooLargeStaysTheOldOne)
+{
+    m_folder.write("file", "old");
+    ChildProcess child(
+        []
+        {
+            ::signal(SIGXFSZ, SIG_IGN);
+            limitFiles(1000);
+            return save(std::string(5000, 'n'), "file");
+        });
+
+    EXPECT_EQ(child.wait(), SAID_TRUE);
+    EXPECT_EQ(m_folder.read("file"), "old");
+    EXPECT_THAT(m_folder.list(), ElementsAre("file"));
+}
+
+TEST_F(FileReplacementTest, NewFileThatWouldGrowTooLargeIsNotMade)
+{
+    ChildProcess child(
+        []
+        {
+            ::signal(SIGXFSZ, SIG_IGN);
+            limitFiles(1000);
+            return save(std::string(5000, 'n'), "file");
+        });
+
+    EXPECT_EQ(child.wait(), SAID_TRUE);
+    EXPECT_THAT(m_folder.list(), IsEmpty());
+}
+
+TEST_F(FileReplacementTest, ProcessThatDiesOfItsFilesSizeLeavesTheOldFile)
+{
+    m_folder.write("file", "old");
+    ChildProcess child(
+        []
+        {
+            ::signal(SIGXFSZ, SIG_DFL);
+            limitFiles(1000);
+            return save(std::string(5000, 'n'), "file");
+        });
+
+    EXPECT_EQ(child.wait(), -SIGXFSZ);
+    EXPECT_EQ(m_folder.read("file"), "old");
+    EXPECT_THAT(listWithoutTemporaries(), ElementsAre("file"));
+}
+
+TEST_F(FileReplacementTest, FullDiskLeavesTheOldFile)
+{
+    ChildProcess child(
+        [this]
+        {
+            if (!mountSmallDisk("size=64k"))
+                return CANNOT_MOUNT;
+            m_folder.write("small/file", "old");
+            const int said = save(std::string(100000, 'n'), "small/file");
+            keep("file");
+            return said;
+        });
+
+    const int said = child.wait();
+    if (said == CANNOT_MOUNT)
+        GTEST_SKIP() << "mounting a disk takes more rights";
+    EXPECT_EQ(said, SAID_TRUE);
+    EXPECT_EQ(m_folder.read("kept"), "old");
+    EXPECT_THAT(keptNames(), ElementsAre("file"));
+}
+
+TEST_F(FileReplacementTest, DiskThatHasRoomForTheFileButNotForBothLeavesTheOldFile)
+{
+    const std::string old(40000, 'o');
+    ChildProcess child(
+        [this, &old]
+        {
+            if (!mountSmallDisk("size=64k"))
+                return CANNOT_MOUNT;
+            m_folder.write("small/file", old);
+            const int said = save(std::string(40000, 'n'), "small/file");
+            keep("file");
+            return said;
+        });
+
+    const int said = child.wait();
+    if (said == CANNOT_MOUNT)
+        GTEST_SKIP() << "mounting a disk takes more rights";
+    EXPECT_EQ(said, SAID_TRUE);
+    EXPECT_EQ(m_folder.read("kept"), old);
+    EXPECT_THAT(keptNames(), ElementsAre("file"));
+}
+
+TEST_F(FileReplacementTest, DiskThatTakesNoMoreFilesLeavesTheOldOne)
+{
+    ChildProcess child(
+        [this]
+        {
+            if (!mountSmallDisk("size=64k,nr_inodes=2"))
+                return CANNOT_MOUNT;
+            m_folder.write("small/file", "old");
+            const int said = save(std::string(1000, 'n'), "small/file");
+            keep("file");
+            return said;
+        });
+
+    const int said = child.wait();
+    if (said == CANNOT_MOUNT)
+        GTEST_SKIP() << "mounting a disk takes more rights";
+    EXPECT_EQ(said, SAID_TRUE);
+    EXPECT_EQ(m_folder.read("kept"), "old");
+}
+
+TEST_F(FileReplacementTest, NewFileOnADiskThatTakesNoMoreFilesIsLogged)
+{
+    ChildProcess child(
+        [this]
+        {
+            if (!mountSmallDisk("size=64k,nr_inodes=2"))
+                return CANNOT_MOUNT;
+            m_folder.write("small/file", "old");
+            const int said = save("new", "small/other");
+            const std::vector<LogEntry> entries = m_log.takeEntries();
+            m_folder.write("logged", entries.empty() ? "nothing" : entries[0].message);
+            return said;
+        });
+
+    const int said = child.wait();
+    if (said == CANNOT_MOUNT)
+        GTEST_SKIP() << "mounting a disk takes more rights";
+    EXPECT_EQ(said, SAID_FALSE);
+    EXPECT_EQ(m_folder.read("logged"), "Error when trying to open file saving : small/other");
+}
+
+// Such a file, as containers have them, cannot be replaced by another one.
+TEST_F(FileReplacementTest, MountedFileIsWrittenInPlace)
+{
+    m_folder.write("outside", "a longer text than the new one");
+    m_folder.write("file", "");
+    ChildProcess child(
+        [this]
+        {
+            const std::string source = m_folder.pathOf("outside");
+            const std::string target = m_folder.pathOf("file");
+            if (!leaveCommonMounts() ||
+                ::mount(source.c_str(), target.c_str(), nullptr, MS_BIND, nullptr) != 0)
+                return CANNOT_MOUNT;
+            return save("new", "file");
+        });
+
+    const int said = child.wait();
+    if (said == CANNOT_MOUNT)
+        GTEST_SKIP() << "mounting a file takes more rights";
+    EXPECT_EQ(said, SAID_TRUE);
+    EXPECT_EQ(m_folder.read("outside"), "new");
+    EXPECT_THAT(m_folder.list(), ElementsAre("file", "outside"));
+}
+
+namespace
+{
+
+constexpr int KILLS = 200;
+constexpr unsigned int LONGEST_WAIT = 15000000; // steps of an empty loop, a save or two long
+
+// Passes a while that has no measure, so that a kill comes at any moment.
+void dawdle(unsigned int steps)
+{
+    for (volatile unsigned int i = 0; i < steps;)
+        i = i + 1;
+}
+
+} // namespace
+
+// Saves a project with a script "a" over and over, with different sources in turn.
+class SaveInterruptionTest : public FileReplacementTest
+{
+protected:
+    SaveInterruptionTest()
+        : m_script(addScript("a", ""))
+    {
+        saveWith('1');
+        m_first = m_folder.read("level_scripts.tbscripts");
+        saveWith('2');
+        m_second = m_folder.read("level_scripts.tbscripts");
+    }
+
+    void saveWith(char letter) const
+    {
+        ProjectSaveQuery query;
+        query.path = "level.proj";
+        m_script->setSources(std::string(200000, letter));
+        ProjectLoader::save(query);
+    }
+
+    // Kills a process that saves, after it has begun to.
+    void interrupt(unsigned int steps) const
+    {
+        int started[2] = {-1, -1};
+        ASSERT_EQ(::pipe(started), 0);
+        ChildProcess child(
+            [this, &started]() -> int
+            {
+                for (bool isFirst = true;; isFirst = false)
+                {
+                    saveWith('1');
+                    if (isFirst && ::write(started[1], "x", 1) != 1)
+                        return 1;
+                    saveWith('2');
+                }
+            });
+        ::close(started[1]); // a child that dies early is the end of the file
+        char letter = 0;
+        EXPECT_EQ(::read(started[0], &letter, 1), 1);
+        dawdle(steps);
+        child.kill();
+        EXPECT_EQ(child.wait(), -SIGKILL);
+        ::close(started[0]);
+    }
+
+    Script* m_script;
+    std::string m_first;
+    std::string m_second;
+};
+
+TEST_F(SaveInterruptionTest, ProcessKilledAtAnyMomentLeavesAWholeFile)
+{
+    std::minstd_rand random(1);
+    int torn = 0;
+    for (int i = 0; i < KILLS; ++i)
+    {
+        interrupt(static_cast<unsigned int>(random()) % LONGEST_WAIT);
+        const std::string document = m_folder.read("level_scripts.tbscripts");
+        torn += document == m_first || document == m_second ? 0 : 1;
+    }
+
+    EXPECT_EQ(torn, 0);
+    EXPECT_NE(m_first, m_second);
+    EXPECT_THAT(listWithoutTemporaries(), ElementsAre("level_scripts.tbscripts"));
+}
+
+TEST_F(SaveInterruptionTest, NextProcessSavesAfterAKill)
+{
+    interrupt(100000);
+
+    saveWith('1');
+
+    EXPECT_EQ(m_folder.read("level_scripts.tbscripts"), m_first);
+}
+
+} // namespace tbScripts::test

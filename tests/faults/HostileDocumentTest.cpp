@@ -1,0 +1,275 @@
+// Documents that somebody made up to do harm, or that a broken disk left. Reading them ends with
+// the usual answers.
+
+#include "support/LoadingFixture.h"
+#include "support/RowName.h"
+
+#include <tbScripts/ContentLoader.h>
+#include <tbScripts/ProjectLoader.h>
+
+#include <functional>
+#include <ostream>
+#include <string>
+
+namespace tbScripts::test
+{
+
+using namespace std::string_literals;
+using tbMemory::StringView;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+namespace
+{
+
+std::string repeat(const std::string& text, int times)
+{
+    std::string repeated;
+    for (int i = 0; i < times; ++i)
+        repeated += text;
+    return repeated;
+}
+
+// A document that is none, and what the parser says.
+struct HostileDocument
+{
+    const char* row;
+    std::function<std::string()> makeText;
+    std::string error;
+    std::string context;
+};
+
+std::ostream& operator<<(std::ostream& stream, const HostileDocument& document)
+{
+    return stream << document.row;
+}
+
+std::vector<HostileDocument> allHostileDocuments()
+{
+    return {
+        {"NestedArrays",
+         [] { return std::string(100000, '['); },
+         "line 1, column 513: too deep",
+         "..." + std::string(40, '[') + ">>>" + std::string(20, '[') + "..."},
+        {"NestedArraysThatAreClosed",
+         [] { return std::string(100000, '[') + std::string(100000, ']'); },
+         "line 1, column 513: too deep",
+         "..." + std::string(40, '[') + ">>>" + std::string(20, '[') + "..."},
+        {"NestedObjects",
+         [] { return repeat("{\"a\":", 100000); },
+         "line 1, column 2561: too deep",
+         "..." + repeat("{\"a\":", 8) + ">>>" + repeat("{\"a\":", 4) + "..."},
+        {"NestingInTheSources",
+         [] { return R"({"name": "a", "sources": )" + std::string(100000, '['); },
+         "line 1, column 537: too deep",
+         "..." + std::string(40, '[') + ">>>" + std::string(20, '[') + "..."},
+        {"ManyDigits",
+         [] { return std::string(50000000, '1'); },
+         "line 1, column 50000001: exponent overflow",
+         "..." + std::string(40, '1') + ">>>"},
+        {"ManyDigitsAsTheName",
+         [] { return R"({"name": )" + std::string(50000000, '1') + "}"; },
+         "line 1, column 50000010: exponent overflow",
+         "..." + std::string(40, '1') + ">>>}"},
+        {"HugeExponent",
+         [] { return R"([1e999])"s; },
+         "line 1, column 7: exponent overflow",
+         "[1e999>>>]"},
+        {"LoneLeadingSurrogate",
+         [] { return R"({"name": "\ud800"})"s; },
+         "line 1, column 17: syntax error",
+         R"({"name": "\ud800>>>"})"},
+        {"LoneTrailingSurrogate",
+         [] { return R"({"name": "\udc00"})"s; },
+         "line 1, column 17: illegal trailing surrogate",
+         R"({"name": "\udc00>>>"})"},
+        {"NulBetweenTokens",
+         [] { return "{\"name\":\0\"a\"}"s; },
+         "line 1, column 9: syntax error",
+         "{\"name\":>>> \"a\"}"},
+        {"NulInAText",
+         [] { return "{\"name\":\"\0\"}"s; },
+         "line 1, column 10: syntax error",
+         "{\"name\":\">>> \"}"},
+        {"NulBehindTheRoot",
+         [] { return "{\"name\":\"a\"}\0"s; },
+         "line 1, column 13: extra data",
+         "{\"name\":\"a\"}>>> "},
+        {"GarbageBehindTheRoot",
+         [] { return R"({"name": "a"} {"name": "b"})"s; },
+         "line 1, column 15: extra data",
+         R"({"name": "a"} >>>{"name": "b"})"},
+        {"OtherByteOrderMark",
+         [] { return "\xFF\xFE{\0}\0"s; },
+         "line 1, column 1: syntax error",
+         ">>>\xFF\xFE{ } "},
+        {"TwoByteOrderMarks",
+         [] { return "\xEF\xBB\xBF\xEF\xBB\xBF{}"s; },
+         "line 1, column 1: syntax error",
+         ">>>\xEF\xBB\xBF{}"},
+        {"BytesOutsideOfTexts",
+         [] { return "{\x80}"s; },
+         "line 1, column 2: syntax error",
+         "{>>>\x80}"},
+        {"TextWithoutAnEnd",
+         [] { return R"({"name": ")" + std::string(1000000, 'a'); },
+         "line 1, column 1000011: incomplete JSON",
+         "..." + std::string(40, 'a') + ">>>"},
+        {"SourcesOfALanguage",
+         [] { return "-- patrol.lua\nfunction patrol() end\n"s; },
+         "line 1, column 2: syntax error",
+         "->>>- patrol.lua"},
+    };
+}
+
+} // namespace
+
+class HostileDocumentTest : public LoadingFixture,
+                            public ::testing::WithParamInterface<HostileDocument>
+{
+};
+
+INSTANTIATE_TEST_SUITE_P(
+    Documents, HostileDocumentTest, ::testing::ValuesIn(allHostileDocuments()), RowName());
+
+TEST_P(HostileDocumentTest, IsAParsingErrorAsDeclarations)
+{
+    const auto result = ContentLoader::processScriptSources(GetParam().makeText(), true);
+
+    EXPECT_EQ(result.status, 2U);
+    EXPECT_THAT(
+        textsOf(result.errors), ElementsAre("Script Declaration import error. Parsing error."));
+    EXPECT_EQ(countScripts(), 0U);
+    EXPECT_EQ(m_log.takeEntries(), parseError(GetParam().error, GetParam().context));
+}
+
+TEST_P(HostileDocumentTest, GivesNoScriptsAsAProject)
+{
+    m_folder.write("project", GetParam().makeText());
+    ProjectLoadQuery query;
+    query.path = "project";
+
+    const ProjectLoadResult result = ProjectLoader::load(query);
+
+    EXPECT_TRUE(result.scripts.empty());
+    EXPECT_EQ(countScripts(), 0U);
+    EXPECT_EQ(m_log.takeEntries(), parseError(GetParam().error, GetParam().context));
+}
+
+// Documents that are odd and still are documents.
+class OddDocumentTest : public LoadingFixture
+{
+protected:
+    static ContentLoadResult<Script> process(const std::string& document)
+    {
+        return ContentLoader::processScriptSources(document, false);
+    }
+
+    std::vector<std::string> loadProject(const std::string& document) const
+    {
+        m_folder.write("project", document);
+        ProjectLoadQuery query;
+        query.path = "project";
+        return namesOf(ProjectLoader::load(query).scripts);
+    }
+};
+
+TEST_F(OddDocumentTest, OfSeveralMembersWithOneNameTheLastCounts)
+{
+    const auto result = process(R"({"name": "a", "sources": "1", "name": "b", "sources": "2"})");
+
+    EXPECT_THAT(namesOf(result.objects), ElementsAre("b"));
+    EXPECT_EQ(getScript("b")->getSources(), "2");
+    EXPECT_EQ(getScript("a"), nullptr);
+}
+
+TEST_F(OddDocumentTest, OfSeveralListsOfAProjectTheLastCounts)
+{
+    EXPECT_THAT(
+        loadProject(R"({"scripts": [{"name": "a"}], "scripts": [{"name": "b"}]})"),
+        ElementsAre("b"));
+    EXPECT_THAT(loadProject(R"({"scripts": [{"name": "a"}], "scripts": 5})"), IsEmpty());
+}
+
+TEST_F(OddDocumentTest, NameThatIsNoTextCountsWhereItIsTheLast)
+{
+    const auto result = process(R"({"name": "a", "name": 5})");
+
+    EXPECT_THAT(
+        textsOf(result.errors),
+        ElementsAre("Script Declaration entry incomplete. There is no name field."));
+}
+
+TEST_F(OddDocumentTest, ByteOrderMarkIsSkipped)
+{
+    EXPECT_THAT(namesOf(process("\xEF\xBB\xBF{\"name\": \"a\"}").objects), ElementsAre("a"));
+    EXPECT_THAT(loadProject("\xEF\xBB\xBF{\"scripts\": [{\"name\": \"b\"}]}"), ElementsAre("b"));
+}
+
+TEST_F(OddDocumentTest, BytesThatAreNoUtf8AreKept)
+{
+    process("{\"name\": \"\xC0\x80\", \"sources\": \"\xED\xA0\x80\xFF\xF5\"}");
+
+    Script* const script = getScript("\xC0\x80");
+    ASSERT_NE(script, nullptr);
+    EXPECT_EQ(script->getSources(), "\xED\xA0\x80\xFF\xF5");
+}
+
+TEST_F(OddDocumentTest, NameOfAMemberWithANulIsAnother)
+{
+    const auto result = process(R"({"name\u0000": "a"})");
+
+    EXPECT_EQ(result.status, 2U);
+    EXPECT_EQ(countScripts(), 0U);
+}
+
+TEST_F(OddDocumentTest, DeepTreesThatNobodyAsksForAreIgnored)
+{
+    const std::string deep = std::string(510, '[') + std::string(510, ']');
+
+    const auto result = process(R"({"other": )" + deep + R"(, "name": "a"})");
+
+    EXPECT_THAT(namesOf(result.objects), ElementsAre("a"));
+}
+
+TEST_F(OddDocumentTest, LongFractionIsANumber)
+{
+    const auto result = process(R"({"name": 0.)" + std::string(10000000, '3') + "}");
+
+    EXPECT_THAT(
+        textsOf(result.errors),
+        ElementsAre("Script Declaration entry incomplete. There is no name field."));
+}
+
+TEST_F(OddDocumentTest, HundredThousandWrongElementsAreToldOneByOne)
+{
+    const auto result = process("[" + repeat("0,", 100000) + R"({"name": "a"}])");
+
+    EXPECT_EQ(result.status, 1U);
+    EXPECT_EQ(result.errors.size(), 100000U);
+    EXPECT_EQ(result.errors[99999], "Script Declaration entry not an object.");
+    EXPECT_THAT(namesOf(result.objects), ElementsAre("a"));
+}
+
+TEST_F(OddDocumentTest, HundredThousandOtherMembersAreIgnored)
+{
+    std::string document = "{";
+    for (int i = 0; i < 100000; ++i)
+        document += "\"member " + std::to_string(i) + "\": 0, ";
+
+    const auto result = process(document + R"("name": "a"})");
+
+    EXPECT_THAT(namesOf(result.objects), ElementsAre("a"));
+}
+
+TEST_F(OddDocumentTest, CompiledCodeIsNoSource)
+{
+    const auto result = ContentLoader::processScriptSources(
+        R"({"name": "a", "type": "lua", "sources": "\u001bLJ\u0002"})", true);
+
+    EXPECT_EQ(result.status, 0U);
+    EXPECT_EQ(getScript("a")->getLastCompilationResult().errorCode, 3U);
+    EXPECT_EQ(m_log.takeEntries().size(), 1U);
+}
+
+} // namespace tbScripts::test

@@ -1,0 +1,369 @@
+// What is written to files.
+
+#include "support/LoadingFixture.h"
+
+#include <tbResources/ResourceManager.h>
+#include <tbScripts/ContentLoader.h>
+
+#include <fcntl.h>
+#include <string>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace tbScripts::test
+{
+
+using tbMemory::StringView;
+using tbResources::ResourceManager;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+class ContentLoaderOutputTest : public LoadingFixture
+{
+protected:
+    static std::vector<LogEntry> notOpened(const std::string& path)
+    {
+        return {{"Error when trying to open file saving : " + path, "ContentLoader"}};
+    }
+
+    // Paths for writing simply follow the working path, so that the root has to be in the middle.
+    static bool writeAbsolute(const std::string& data, const std::string& path)
+    {
+        ResourceManager::getInstance()->setWorkingPath("");
+        return ContentLoader::outputData(data, path);
+    }
+
+    unsigned int permissionsOf(const std::string& name) const
+    {
+        struct stat status = {};
+        ::stat(m_folder.pathOf(name).c_str(), &status);
+        return status.st_mode & 07777U;
+    }
+
+    void setPermissions(const std::string& name, mode_t permissions) const
+    {
+        ::chmod(m_folder.pathOf(name).c_str(), permissions);
+    }
+
+    void link(const std::string& target, const std::string& name) const
+    {
+        ASSERT_EQ(::symlink(target.c_str(), m_folder.pathOf(name).c_str()), 0);
+    }
+};
+
+TEST_F(ContentLoaderOutputTest, DataBecomesAFileAndNothingElse)
+{
+    EXPECT_TRUE(ContentLoader::outputData("text", "file"));
+
+    EXPECT_EQ(m_folder.read("file"), "text");
+    EXPECT_THAT(m_folder.list(), ElementsAre("file"));
+}
+
+TEST_F(ContentLoaderOutputTest, FileIsReplacedWhole)
+{
+    m_folder.write("file", "a longer text than the new one");
+
+    EXPECT_TRUE(ContentLoader::outputData("text", "file"));
+
+    EXPECT_EQ(m_folder.read("file"), "text");
+    EXPECT_THAT(m_folder.list(), ElementsAre("file"));
+}
+
+TEST_F(ContentLoaderOutputTest, AllBytesAreWrittenAsTheyAre)
+{
+    std::string bytes;
+    for (int i = 0; i < 1024 * 1024; ++i)
+        bytes += static_cast<char>(i);
+
+    EXPECT_TRUE(ContentLoader::outputData(bytes, "file"));
+
+    EXPECT_EQ(m_folder.read("file"), bytes);
+}
+
+TEST_F(ContentLoaderOutputTest, NoDataGiveAnEmptyFile)
+{
+    m_folder.write("file", "text");
+
+    EXPECT_TRUE(ContentLoader::outputData(StringView(), "file"));
+
+    EXPECT_EQ(m_folder.read("file"), "");
+}
+
+TEST_F(ContentLoaderOutputTest, DataNeedNotEndWithAZero)
+{
+    EXPECT_TRUE(ContentLoader::outputData(StringView("textile", 4), StringView("filename", 4)));
+
+    EXPECT_EQ(m_folder.read("file"), "text");
+}
+
+TEST_F(ContentLoaderOutputTest, PathFollowsTheWorkingPathWithoutASlash)
+{
+    ResourceManager::getInstance()->setWorkingPath(m_folder.pathOf("half"));
+
+    EXPECT_TRUE(ContentLoader::outputData("text", "AndHalf"));
+
+    EXPECT_EQ(m_folder.read("halfAndHalf"), "text");
+}
+
+TEST_F(ContentLoaderOutputTest, AbsolutePathFollowsTheWorkingPathToo)
+{
+    ResourceManager::getInstance()->setWorkingPath(m_folder.pathOf("inner"));
+    m_folder.write("inner/old", "");
+
+    EXPECT_TRUE(ContentLoader::outputData("text", "/file"));
+
+    EXPECT_EQ(m_folder.read("inner/file"), "text");
+}
+
+TEST_F(ContentLoaderOutputTest, WithoutAWorkingPathThePathIsTheSystems)
+{
+    EXPECT_TRUE(writeAbsolute("text", m_folder.pathOf("file")));
+
+    EXPECT_EQ(m_folder.read("file"), "text");
+}
+
+TEST_F(ContentLoaderOutputTest, FolderThatIsMissingIsLoggedWithTheGivenPath)
+{
+    EXPECT_FALSE(ContentLoader::outputData("text", "missing/file"));
+
+    EXPECT_EQ(m_log.takeEntries(), notOpened("missing/file"));
+    EXPECT_THAT(m_folder.list(), IsEmpty());
+}
+
+TEST_F(ContentLoaderOutputTest, FolderCannotBeWritten)
+{
+    m_folder.write("inner/file", "text");
+
+    EXPECT_FALSE(ContentLoader::outputData("text", "inner"));
+    EXPECT_EQ(m_log.takeEntries(), notOpened("inner"));
+    EXPECT_FALSE(ContentLoader::outputData("text", ""));
+    EXPECT_EQ(m_log.takeEntries(), notOpened(""));
+    EXPECT_FALSE(ContentLoader::outputData("text", "file/"));
+    EXPECT_EQ(m_log.takeEntries(), notOpened("file/"));
+    EXPECT_THAT(m_folder.list(), ElementsAre("inner"));
+}
+
+TEST_F(ContentLoaderOutputTest, EmptyPathWithoutAWorkingPathCannotBeWritten)
+{
+    EXPECT_FALSE(writeAbsolute("text", ""));
+
+    EXPECT_EQ(m_log.takeEntries(), notOpened(""));
+}
+
+TEST_F(ContentLoaderOutputTest, PathWithANulCannotBeWritten)
+{
+    const std::string path("file\0.json", 10);
+
+    EXPECT_FALSE(ContentLoader::outputData("text", path));
+
+    EXPECT_EQ(m_log.takeEntries(), notOpened(path));
+    EXPECT_THAT(m_folder.list(), IsEmpty());
+}
+
+TEST_F(ContentLoaderOutputTest, NameTooLongForTheSystemCannotBeWritten)
+{
+    const std::string path(300, 'a');
+
+    EXPECT_FALSE(ContentLoader::outputData("text", path));
+
+    EXPECT_EQ(m_log.takeEntries(), notOpened(path));
+}
+
+TEST_F(ContentLoaderOutputTest, LongestNameOfTheSystemCanBeWritten)
+{
+    const std::string path(255, 'a');
+
+    EXPECT_TRUE(ContentLoader::outputData("text", path));
+    EXPECT_TRUE(ContentLoader::outputData("texts", path));
+
+    EXPECT_EQ(m_folder.read(path), "texts");
+}
+
+TEST_F(ContentLoaderOutputTest, FileThatMayNotBeWrittenStays)
+{
+    m_folder.write("file", "text");
+    setPermissions("file", 0444);
+
+    {
+        const OrdinaryUser user;
+        EXPECT_FALSE(ContentLoader::outputData("texts", "file"));
+    }
+
+    EXPECT_EQ(m_log.takeEntries(), notOpened("file"));
+    EXPECT_EQ(m_folder.read("file"), "text");
+    EXPECT_THAT(m_folder.list(), ElementsAre("file"));
+}
+
+TEST_F(ContentLoaderOutputTest, NewFileInAFolderThatTakesNoneCannotBeWritten)
+{
+    m_folder.write("locked/file", "text");
+    setPermissions("locked", 0555);
+
+    {
+        const OrdinaryUser user;
+        EXPECT_FALSE(ContentLoader::outputData("texts", "locked/other"));
+    }
+
+    EXPECT_EQ(m_log.takeEntries(), notOpened("locked/other"));
+}
+
+TEST_F(ContentLoaderOutputTest, FileInAFolderThatTakesNoNewOnesIsWrittenInPlace)
+{
+    m_folder.write("locked/file", "a longer text than the new one");
+    setPermissions("locked/file", 0666);
+    setPermissions("locked", 0555);
+
+    {
+        const OrdinaryUser user;
+        EXPECT_TRUE(ContentLoader::outputData("texts", "locked/file"));
+    }
+
+    EXPECT_EQ(m_folder.read("locked/file"), "texts");
+}
+
+// In such a folder, often that for temporary files, nobody replaces what belongs to others.
+TEST_F(ContentLoaderOutputTest, FileOfSomebodyElseInAStickyFolderIsWrittenInPlace)
+{
+    if (::getuid() != 0)
+        GTEST_SKIP() << "files of another owner take more rights";
+    m_folder.write("shared/file", "a longer text than the new one");
+    setPermissions("shared/file", 0666);
+    setPermissions("shared", 01777);
+
+    {
+        const OrdinaryUser user;
+        if (::access(m_folder.pathOf("shared/file").c_str(), W_OK) != 0)
+            GTEST_SKIP() << "this system protects files in such folders";
+        EXPECT_TRUE(ContentLoader::outputData("texts", "shared/file"));
+    }
+
+    EXPECT_EQ(m_folder.read("shared/file"), "texts");
+    EXPECT_TRUE(std::filesystem::is_regular_file(m_folder.pathOf("shared/file")));
+}
+
+TEST_F(ContentLoaderOutputTest, PermissionsAreKept)
+{
+    m_folder.write("file", "text");
+    setPermissions("file", 0640);
+
+    EXPECT_TRUE(ContentLoader::outputData("texts", "file"));
+
+    EXPECT_EQ(m_folder.read("file"), "texts");
+    EXPECT_EQ(permissionsOf("file"), 0640U);
+}
+
+TEST_F(ContentLoaderOutputTest, NewFileHasTheUsualPermissions)
+{
+    const mode_t mask = ::umask(027);
+
+    ContentLoader::outputData("text", "file");
+
+    ::umask(mask);
+    EXPECT_EQ(permissionsOf("file"), 0640U);
+}
+
+TEST_F(ContentLoaderOutputTest, LinkIsFollowedAndStaysALink)
+{
+    m_folder.write("inner/file", "text");
+    link("inner/file", "link");
+    link("link", "linkToTheLink");
+
+    EXPECT_TRUE(ContentLoader::outputData("texts", "linkToTheLink"));
+
+    EXPECT_EQ(m_folder.read("inner/file"), "texts");
+    EXPECT_TRUE(std::filesystem::is_symlink(m_folder.pathOf("link")));
+    EXPECT_TRUE(std::filesystem::is_symlink(m_folder.pathOf("linkToTheLink")));
+}
+
+TEST_F(ContentLoaderOutputTest, AbsoluteLinkIsFollowed)
+{
+    const TemporaryFolder elsewhere;
+    elsewhere.write("file", "text");
+    link(elsewhere.pathOf("file"), "link");
+
+    EXPECT_TRUE(ContentLoader::outputData("texts", "link"));
+
+    EXPECT_EQ(elsewhere.read("file"), "texts");
+    EXPECT_TRUE(std::filesystem::is_symlink(m_folder.pathOf("link")));
+}
+
+TEST_F(ContentLoaderOutputTest, LinkToNothingMakesTheFileThatItNames)
+{
+    link("file", "link");
+
+    EXPECT_TRUE(ContentLoader::outputData("text", "link"));
+
+    EXPECT_EQ(m_folder.read("file"), "text");
+    EXPECT_TRUE(std::filesystem::is_symlink(m_folder.pathOf("link")));
+    EXPECT_THAT(m_folder.list(), ElementsAre("file", "link"));
+}
+
+TEST_F(ContentLoaderOutputTest, LinkToNothingInAMissingFolderCannotBeWritten)
+{
+    link("missing/file", "link");
+
+    EXPECT_FALSE(ContentLoader::outputData("text", "link"));
+
+    EXPECT_EQ(m_log.takeEntries(), notOpened("link"));
+}
+
+TEST_F(ContentLoaderOutputTest, LinkToItselfCannotBeWritten)
+{
+    link("link", "link");
+
+    EXPECT_FALSE(ContentLoader::outputData("text", "link"));
+
+    EXPECT_EQ(m_log.takeEntries(), notOpened("link"));
+    EXPECT_TRUE(std::filesystem::is_symlink(m_folder.pathOf("link")));
+}
+
+TEST_F(ContentLoaderOutputTest, DeviceThatTakesEverythingIsWritten)
+{
+    EXPECT_TRUE(writeAbsolute("text", "/dev/null"));
+
+    EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
+}
+
+TEST_F(ContentLoaderOutputTest, FailureWhileWritingIsNotReported)
+{
+    EXPECT_TRUE(writeAbsolute("text", "/dev/full"));
+
+    EXPECT_TRUE(std::filesystem::is_character_file("/dev/full"));
+}
+
+TEST_F(ContentLoaderOutputTest, FifoWithoutAReaderCannotBeWritten)
+{
+    ASSERT_EQ(::mkfifo(m_folder.pathOf("pipe").c_str(), 0666), 0);
+
+    EXPECT_FALSE(ContentLoader::outputData("text", "pipe"));
+
+    EXPECT_EQ(m_log.takeEntries(), notOpened("pipe"));
+}
+
+TEST_F(ContentLoaderOutputTest, FifoWithAReaderIsWritten)
+{
+    ASSERT_EQ(::mkfifo(m_folder.pathOf("pipe").c_str(), 0666), 0);
+    const int reader = ::open(m_folder.pathOf("pipe").c_str(), O_RDONLY | O_NONBLOCK);
+
+    EXPECT_TRUE(ContentLoader::outputData("text", "pipe"));
+
+    std::string received(10, '\0');
+    received.resize(static_cast<std::size_t>(::read(reader, received.data(), received.size())));
+    EXPECT_EQ(received, "text");
+    EXPECT_TRUE(std::filesystem::is_fifo(m_folder.pathOf("pipe")));
+    ::close(reader);
+}
+
+TEST_F(ContentLoaderOutputTest, FileOfAnEarlierCrashIsNotInTheWay)
+{
+    const std::string process = std::to_string(::getpid());
+    for (int i = 0; i < 1000; ++i)
+        m_folder.write(".tbscripts-" + process + "-" + std::to_string(i) + ".tmp", "torn");
+
+    EXPECT_TRUE(ContentLoader::outputData("text", "file"));
+
+    EXPECT_EQ(m_folder.read("file"), "text");
+    EXPECT_EQ(m_folder.list().size(), 1001U);
+}
+
+} // namespace tbScripts::test

@@ -1,0 +1,358 @@
+// Declarations as texts and trees, and the scripts that they become.
+
+#include "support/LoadingFixture.h"
+#include "support/RowName.h"
+
+#include <tbScripts/ContentLoader.h>
+
+#include <ostream>
+#include <string>
+
+namespace tbScripts::test
+{
+
+using tbMemory::StringView;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using ::testing::Pair;
+
+using Result = ContentLoadResult<Script>;
+
+class ContentLoaderTest : public LoadingFixture
+{
+protected:
+    static Result process(const StringView& text, bool compile = false)
+    {
+        return ContentLoader::processScriptSources(text, compile);
+    }
+
+    // Processes the root of a document as one declaration.
+    static Result processTree(const std::string& document, bool compile = false)
+    {
+        auto parsed = parse(document);
+        return ContentLoader::processScriptTree(parsed.getRoot(), compile);
+    }
+
+    static void expectFailure(const Result& result, const std::string& error)
+    {
+        EXPECT_EQ(result.status, 2U);
+        EXPECT_THAT(textsOf(result.errors), ElementsAre(error));
+        EXPECT_TRUE(result.objects.empty());
+        EXPECT_EQ(countScripts(), 0U);
+    }
+};
+
+TEST_F(ContentLoaderTest, NewResultIsASuccessWithoutContents)
+{
+    const Result result;
+
+    EXPECT_EQ(result.status, 0U);
+    EXPECT_TRUE(result.errors.empty());
+    EXPECT_TRUE(result.objects.empty());
+}
+
+TEST_F(ContentLoaderTest, TextIsReadIntoATree)
+{
+    const auto parsed = ContentLoader::inputDataSources(R"({"b": "1", "a": "2"})");
+
+    EXPECT_THAT(membersOf(parsed.getRoot()), ElementsAre(Pair("b", "1"), Pair("a", "2")));
+}
+
+TEST_F(ContentLoaderTest, TextThatIsNoDocumentIsLoggedInSixEntries)
+{
+    const auto parsed = ContentLoader::inputDataSources("{\n  \"name\" 1\n}");
+
+    EXPECT_EQ(parsed.getRoot(), nullptr);
+    EXPECT_FALSE(parsed.hasFailed());
+    EXPECT_EQ(parsed.getError(), "");
+    EXPECT_THAT(
+        m_log.takeEntries(),
+        ElementsAre(
+            LogEntry{"", "-"},
+            LogEntry{"Object Declaration parse error :", "ContentLoader::inputDataSources"},
+            LogEntry{"line 2, column 10: syntax error", "ContentLoader::inputDataSources"},
+            LogEntry{"", "-"},
+            LogEntry{"  \"name\" >>>1", "ContentLoader::inputDataSources"},
+            LogEntry{"", "-"}));
+}
+
+TEST_F(ContentLoaderTest, EmptyTextIsNoDocument)
+{
+    const auto parsed = ContentLoader::inputDataSources("");
+
+    EXPECT_EQ(parsed.getRoot(), nullptr);
+    EXPECT_EQ(m_log.takeEntries(), parseError("line 1, column 1: incomplete JSON", ">>>"));
+}
+
+TEST_F(ContentLoaderTest, NullTextIsNoDocument)
+{
+    const auto parsed = ContentLoader::inputDataSources(StringView());
+
+    EXPECT_EQ(parsed.getRoot(), nullptr);
+    EXPECT_EQ(m_log.takeEntries(), parseError("line 1, column 1: incomplete JSON", ">>>"));
+}
+
+TEST_F(ContentLoaderTest, TextNeedNotEndWithAZero)
+{
+    const auto parsed = ContentLoader::inputDataSources(StringView("{}]]]", 2));
+
+    ASSERT_NE(parsed.getRoot(), nullptr);
+    EXPECT_TRUE(parsed.getRoot()->isObject());
+}
+
+TEST_F(ContentLoaderTest, SourcesThatCannotBeParsedAreAFailure)
+{
+    const Result result = process("{", true);
+
+    expectFailure(result, "Script Declaration import error. Parsing error.");
+    EXPECT_EQ(m_log.takeEntries(), parseError("line 1, column 2: incomplete JSON", "{>>>"));
+}
+
+TEST_F(ContentLoaderTest, DeclarationBecomesAScriptOfTheManager)
+{
+    const Result result = process(R"({"name": "a", "type": "lua", "sources": "x = 1"})");
+
+    EXPECT_EQ(result.status, 0U);
+    EXPECT_TRUE(result.errors.empty());
+    ASSERT_EQ(result.objects.size(), 1U);
+    Script* const script = result.objects[0];
+    EXPECT_EQ(script, getScript("a"));
+    EXPECT_EQ(script->getName(), "a");
+    EXPECT_EQ(script->getTargetInterpreter(), 1U);
+    EXPECT_EQ(script->getSources(), "x = 1");
+}
+
+TEST_F(ContentLoaderTest, NameAloneIsADeclaration)
+{
+    const Result result = process(R"({"name": "a"})");
+
+    ASSERT_EQ(result.objects.size(), 1U);
+    EXPECT_EQ(result.status, 0U);
+    EXPECT_EQ(result.objects[0]->getTargetInterpreter(), 0U);
+    EXPECT_EQ(result.objects[0]->getSources(), "");
+}
+
+TEST_F(ContentLoaderTest, OrderOfTheMembersIsFreeAndOtherMembersAreIgnored)
+{
+    const Result result =
+        process(R"({"sources": "x = 1", "author": {"name": "b"}, "type": "lua", "name": "a"})");
+
+    EXPECT_THAT(namesOf(result.objects), ElementsAre("a"));
+    EXPECT_EQ(getScript("a")->getSources(), "x = 1");
+    EXPECT_EQ(countScripts(), 1U);
+}
+
+TEST_F(ContentLoaderTest, NamesOfMembersAreComparedExactly)
+{
+    const Result result = process(R"({"Name": "a", "name ": "b"})");
+
+    expectFailure(result, "Script Declaration entry incomplete. There is no name field.");
+}
+
+TEST_F(ContentLoaderTest, EmptyNameIsAName)
+{
+    const Result result = process(R"({"name": "", "sources": "x = 1"})");
+
+    EXPECT_EQ(result.status, 0U);
+    EXPECT_EQ(getScript("")->getSources(), "x = 1");
+}
+
+TEST_F(ContentLoaderTest, NameKeepsAllItsBytes)
+{
+    const Result result = process("{\"name\": \"a\\u0000\xff\"}");
+
+    ASSERT_EQ(result.objects.size(), 1U);
+    EXPECT_EQ(result.objects[0]->getName(), StringView("a\0\xff", 3));
+    EXPECT_EQ(getScript(std::string("a\0\xff", 3)), result.objects[0]);
+}
+
+TEST_F(ContentLoaderTest, UnknownTypeIsLoggedAndStillASuccess)
+{
+    const Result result = process(R"({"name": "a", "type": "Lua", "sources": "x = 1"})", true);
+
+    EXPECT_EQ(result.status, 0U);
+    EXPECT_THAT(
+        m_log.takeEntries(),
+        ElementsAre(
+            LogEntry{"Script type requested unknown. This will disable the Script.", "Script"}));
+    EXPECT_EQ(getScript("a")->getLastCompilationResult().errorCode, 2U);
+}
+
+TEST_F(ContentLoaderTest, DeclaringAgainUpdatesTheScriptInPlace)
+{
+    process(R"({"name": "a", "type": "lua", "sources": "x = 1"})", true);
+    Script* const script = getScript("a");
+
+    const Result result = process(R"({"name": "a", "type": "lua", "sources": "x = 2"})", true);
+
+    EXPECT_EQ(result.objects[0], script);
+    EXPECT_EQ(countScripts(), 1U);
+    EXPECT_EQ(resultOf(*script), 2);
+}
+
+TEST_F(ContentLoaderTest, DeclaringAgainLeavesWhatIsNotDeclared)
+{
+    process(R"({"name": "a", "type": "lua", "sources": "x = 1"})");
+
+    process(R"({"name": "a", "type": null, "sources": 5})");
+
+    EXPECT_EQ(getScript("a")->getTargetInterpreter(), 1U);
+    EXPECT_EQ(getScript("a")->getSources(), "x = 1");
+}
+
+TEST_F(ContentLoaderTest, ScriptOfTheHostIsUpdatedToo)
+{
+    Script* const script = addScript("a", "x = 1");
+
+    process(R"({"name": "a", "sources": "x = 2"})");
+
+    EXPECT_EQ(script->getSources(), "x = 2");
+}
+
+TEST_F(ContentLoaderTest, ScriptWithAnotherNameOfItsOwnIsFoundWhereItIsFiled)
+{
+    Script* const script = addScript("a", "x = 1");
+    script->setName("b");
+
+    const Result result = process(R"({"name": "a", "sources": "x = 2"})");
+
+    EXPECT_EQ(result.status, 0U);
+    ASSERT_EQ(result.objects.size(), 1U);
+    EXPECT_EQ(result.objects[0], script);
+    EXPECT_EQ(script->getSources(), "x = 2");
+    EXPECT_EQ(script->getName(), "b");
+}
+
+TEST_F(ContentLoaderTest, ScriptIsCompiledIfAskedFor)
+{
+    process(R"({"name": "a", "type": "lua", "sources": "x = 1"})", true);
+
+    EXPECT_EQ(resultOf(*getScript("a")), 1);
+}
+
+TEST_F(ContentLoaderTest, ScriptIsNotCompiledOtherwise)
+{
+    process(R"({"name": "a", "type": "lua", "sources": "x = = 1"})", false);
+
+    EXPECT_TRUE(getScript("a")->getLastCompilationResult().success);
+    EXPECT_EQ(resultOf(*getScript("a")), -1);
+    m_log.takeEntries();
+}
+
+TEST_F(ContentLoaderTest, CompiledFormStaysWhereOnlySourcesComeAndNothingIsCompiled)
+{
+    process(R"({"name": "a", "type": "lua", "sources": "x = 1"})", true);
+
+    process(R"({"name": "a", "sources": "x = 2"})", false);
+
+    EXPECT_EQ(resultOf(*getScript("a")), 1);
+}
+
+TEST_F(ContentLoaderTest, ScriptThatDoesNotCompileIsASuccess)
+{
+    const Result result = process(R"({"name": "a", "type": "lua", "sources": "x = = 1"})", true);
+
+    EXPECT_EQ(result.status, 0U);
+    EXPECT_THAT(namesOf(result.objects), ElementsAre("a"));
+    const CompilationResult& compiled = getScript("a")->getLastCompilationResult();
+    EXPECT_FALSE(compiled.success);
+    EXPECT_EQ(compiled.errorCode, 3U);
+    const std::string text = "Error while compiling script 'a' : [string \"x = = 1\"]:1: "
+                             "unexpected symbol near '='";
+    EXPECT_EQ(compiled.message, StringView(text));
+    EXPECT_THAT(m_log.takeEntries(), ElementsAre(LogEntry{text, "LuaScript"}));
+}
+
+TEST_F(ContentLoaderTest, ScriptThatDoesNotCompileAnyMoreHasNoCompiledForm)
+{
+    process(R"({"name": "a", "type": "lua", "sources": "x = 1"})", true);
+
+    process(R"({"name": "a", "sources": "x = = 1"})", true);
+
+    EXPECT_EQ(resultOf(*getScript("a")), -1);
+    m_log.takeEntries();
+}
+
+TEST_F(ContentLoaderTest, TreeStaysTheCallers)
+{
+    auto parsed = parse(R"({"name": "a", "type": "lua", "sources": "x = 1"})");
+
+    ContentLoader::processScriptTree(parsed.getRoot(), true);
+
+    EXPECT_THAT(
+        membersOf(parsed.getRoot()),
+        ElementsAre(Pair("name", "a"), Pair("type", "lua"), Pair("sources", "x = 1")));
+}
+
+TEST_F(ContentLoaderTest, NullTreeIsNoObject)
+{
+    expectFailure(
+        ContentLoader::processScriptTree(nullptr, true), "Script Declaration entry not an object.");
+}
+
+TEST_F(ContentLoaderTest, TreeThatIsAnArrayIsNoObject)
+{
+    expectFailure(processTree(R"([{"name": "a"}])"), "Script Declaration entry not an object.");
+}
+
+TEST_F(ContentLoaderTest, TreeBecomesAScript)
+{
+    const Result result = processTree(R"({"name": "a", "type": "lua", "sources": "x = 4"})", true);
+
+    EXPECT_EQ(result.status, 0U);
+    EXPECT_THAT(namesOf(result.objects), ElementsAre("a"));
+    EXPECT_EQ(resultOf(*getScript("a")), 4);
+}
+
+namespace
+{
+
+struct WrongDocument
+{
+    const char* row;
+    const char* text;
+    const char* error;
+};
+
+std::ostream& operator<<(std::ostream& stream, const WrongDocument& document)
+{
+    return stream << document.text;
+}
+
+constexpr const char* NO_CONTAINER =
+    "Script Declaration import error. This is not an object nor an array.";
+constexpr const char* NO_NAME = "Script Declaration entry incomplete. There is no name field.";
+
+} // namespace
+
+class ContentLoaderWrongDocumentTest : public ContentLoaderTest,
+                                       public ::testing::WithParamInterface<WrongDocument>
+{
+};
+
+INSTANTIATE_TEST_SUITE_P(
+    Documents,
+    ContentLoaderWrongDocumentTest,
+    ::testing::Values(
+        WrongDocument{"TextAtTheRoot", R"("name")", NO_CONTAINER},
+        WrongDocument{"NumberAtTheRoot", "5", NO_CONTAINER},
+        WrongDocument{"BoolAtTheRoot", "true", NO_CONTAINER},
+        WrongDocument{"NullAtTheRoot", "null", NO_CONTAINER},
+        WrongDocument{"EmptyObject", "{}", NO_NAME},
+        WrongDocument{"NoName", R"({"type": "lua", "sources": "x = 1"})", NO_NAME},
+        WrongDocument{"NumberAsName", R"({"name": 5})", NO_NAME},
+        WrongDocument{"NullAsName", R"({"name": null})", NO_NAME},
+        WrongDocument{"BoolAsName", R"({"name": true})", NO_NAME},
+        WrongDocument{"ArrayAsName", R"({"name": ["a"]})", NO_NAME},
+        WrongDocument{"ObjectAsName", R"({"name": {"name": "a"}})", NO_NAME},
+        WrongDocument{"ProjectList", R"({"scripts": [{"name": "a"}]})", NO_NAME}),
+    RowName());
+
+TEST_P(ContentLoaderWrongDocumentTest, IsAFailureThatIsNotLogged)
+{
+    expectFailure(process(GetParam().text, true), GetParam().error);
+
+    EXPECT_THAT(m_log.takeEntries(), IsEmpty());
+}
+
+} // namespace tbScripts::test
