@@ -146,8 +146,8 @@ set(TOBREL_SCRIPTS_DEMO
     examples/demo/ConsoleLog.h
     examples/demo/EntityType.cpp
     examples/demo/EntityType.h
-    examples/demo/ScriptFolder.cpp
-    examples/demo/ScriptFolder.h
+    examples/demo/Project.cpp
+    examples/demo/Project.h
     examples/demo/Summary.cpp
     examples/demo/Summary.h
     examples/demo/Vec.h

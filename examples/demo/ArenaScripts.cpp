@@ -31,13 +31,14 @@ constexpr int LONGEST_TIMER = 1000000;
 
 } // namespace
 
-ArenaScripts::ArenaScripts(Arena& arena, VecStore& vecs)
+ArenaScripts::ArenaScripts(Arena& arena, VecStore& vecs, Project& project)
     : m_arena(arena)
     , m_vecs(vecs)
 {
     m_environment.setName("arena");
     m_environment.setEnvironmentFor(tbScripts::INTERPRETER_LUA);
     declareWorld(m_environment, arena, vecs);
+    project.declareIn(m_environment);
     _declareFunctions();
 
     tbScripts::Script own;

@@ -2,6 +2,7 @@
 
 #include "demo/Arena.h"
 #include "demo/Binding.h"
+#include "demo/Project.h"
 #include "demo/VecStore.h"
 
 #include <tbScripts/Environment.h>
@@ -36,8 +37,8 @@ class ArenaScripts
 public:
     /// Makes the environment and declares in it what scripts may use.
     ///
-    /// Requires: `arena` and `vecs` outlive this object.
-    ArenaScripts(Arena& arena, VecStore& vecs);
+    /// Requires: `arena`, `vecs` and `project` outlive this object.
+    ArenaScripts(Arena& arena, VecStore& vecs, Project& project);
 
     ArenaScripts(const ArenaScripts&) = delete;
     ArenaScripts& operator=(const ArenaScripts&) = delete;

@@ -12,13 +12,14 @@ namespace demo
 using tbScripts::FunctionParameter;
 using tbScripts::ScriptObjectReference;
 
-Witness::Witness(Arena& arena, VecStore& vecs)
+Witness::Witness(Arena& arena, VecStore& vecs, Project& project)
     : m_arena(arena)
     , m_vecs(vecs)
 {
     m_environment.setName("witness");
     m_environment.setEnvironmentFor(tbScripts::INTERPRETER_LUA);
     declareWorld(m_environment, arena, vecs);
+    project.declareIn(m_environment);
 }
 
 bool Witness::run(const tbScripts::Script& script)

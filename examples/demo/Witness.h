@@ -1,6 +1,7 @@
 #pragma once
 
 #include "demo/Arena.h"
+#include "demo/Project.h"
 #include "demo/VecStore.h"
 
 #include <tbScripts/Environment.h>
@@ -18,8 +19,8 @@ namespace demo
 class Witness
 {
 public:
-    /// Requires: `arena` and `vecs` outlive this object.
-    Witness(Arena& arena, VecStore& vecs);
+    /// Requires: `arena`, `vecs` and `project` outlive this object.
+    Witness(Arena& arena, VecStore& vecs, Project& project);
 
     Witness(const Witness&) = delete;
     Witness& operator=(const Witness&) = delete;

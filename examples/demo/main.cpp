@@ -1,7 +1,9 @@
 // The example host: a small arena in which guards hold a gate against raiders. What they do, when
-// the raiders come and who counts the points is up to the scripts in a folder:
+// the raiders come and who counts the points is up to the scripts of a project:
 //
-//     demo <folder of scripts>
+//     demo <project script list>
+//
+// The build packs such a list from the files in scripts/.
 //
 // Read it in this order:
 //
@@ -11,6 +13,7 @@
 //     World.h         namespaces, which show scripts the game
 //     ArenaScripts.h  callbacks, timers, and calls of script functions
 //     Witness.h       a second environment, which gets a script's table as bytes
+//     Project.h       the scripts, loaded from a list and saved again
 //
 // In the end host and scripts compare what they have counted; the exit status is 0 if all agrees, 1
 // if not, and 2 if there was nothing to run.
@@ -18,7 +21,7 @@
 #include "demo/Arena.h"
 #include "demo/ArenaScripts.h"
 #include "demo/ConsoleLog.h"
-#include "demo/ScriptFolder.h"
+#include "demo/Project.h"
 #include "demo/Summary.h"
 #include "demo/VecStore.h"
 #include "demo/Witness.h"
@@ -32,6 +35,7 @@ namespace
 using demo::Arena;
 using demo::ArenaScripts;
 using demo::KIND;
+using demo::Project;
 using demo::Summary;
 using demo::VecStore;
 using demo::Witness;
@@ -52,21 +56,6 @@ struct Observations
     int entitiesInStates = 0;
     int statesThatDiffered = 0;
 };
-
-// Runs all scripts of a folder in the environment of `scripts`. Returns whether there were any.
-template <typename Scripts>
-bool runFolder(const std::filesystem::path& folder, Scripts& scripts)
-{
-    std::cout << "Scripts from " << folder.string() << '\n';
-    const auto compiled = demo::compileFolder(folder);
-    for (const auto& script : compiled)
-    {
-        const bool isDone = scripts.run(*script);
-        std::cout << "  " << script->getName() << (isDone ? "" : ": failed") << '\n';
-    }
-    // The compiled forms may go: what the scripts have defined lives in the environment.
-    return !compiled.empty();
-}
 
 void letEntitiesAct(Arena& arena, ArenaScripts& scripts)
 {
@@ -123,10 +112,12 @@ void compareCounts(
     const Arena& arena,
     ArenaScripts& scripts,
     const Witness& witness,
+    const Project& project,
     const Observations& seen)
 {
     const demo::Totals& totals = arena.getTotals();
     Summary::begin("Summary after the match", "host", "scripts");
+    summary.compare("scripts run", project.countRuns(), project.countStarted());
     summary.compare("units spawned", totals.spawned, scripts.tally("spawned"));
     summary.compare("decisions", scripts.countDecisions(), scripts.tally("decisions"));
     summary.compare("hits", totals.hits, scripts.tally("hits"));
@@ -147,12 +138,11 @@ void compareCounts(
 }
 
 // Returns whether there was something to run. Both environments end with this call.
-bool play(const std::filesystem::path& folder, Arena& arena, VecStore& vecs, Summary& summary)
+bool play(Project& project, Arena& arena, VecStore& vecs, Summary& summary)
 {
-    ArenaScripts scripts(arena, vecs);
-    Witness witness(arena, vecs);
-    std::cout << "Lines that begin with a [tag] are the library's log.\n";
-    if (!runFolder(folder, scripts) || !runFolder(folder / "witness", witness))
+    ArenaScripts scripts(arena, vecs, project);
+    Witness witness(arena, vecs, project);
+    if (!project.run("", scripts) || !project.run("witness", witness))
     {
         std::cout << "There is no script to run.\n";
         return false;
@@ -160,7 +150,7 @@ bool play(const std::filesystem::path& folder, Arena& arena, VecStore& vecs, Sum
     if (!scripts.begin(TICKS) || !witness.begin())
         return false;
     const Observations seen = runMatch(arena, scripts, witness);
-    compareCounts(summary, arena, scripts, witness, seen);
+    compareCounts(summary, arena, scripts, witness, project, seen);
     return true;
 }
 
@@ -170,7 +160,7 @@ int main(int argumentCount, char** arguments)
 {
     if (argumentCount != 2)
     {
-        std::cerr << "Usage: demo <folder of scripts>\n";
+        std::cerr << "Usage: demo <project script list>\n";
         return STATUS_NOTHING_TO_RUN;
     }
 
@@ -178,12 +168,16 @@ int main(int argumentCount, char** arguments)
     Arena arena;                // before the environments, which hold its entities
     VecStore vecs;
     Summary summary;
-    if (!play(arguments[1], arena, vecs, summary))
+    std::cout << "Lines that begin with a [tag] are the library's log.\n"
+              << "Scripts of " << arguments[1] << '\n';
+    Project project(arguments[1]);
+    if (!play(project, arena, vecs, summary))
         return STATUS_NOTHING_TO_RUN;
 
     // With its environment goes every vector that its scripts still held.
     Summary::begin("Both environments are gone", "made", "destroyed");
     summary.compare("Vec objects", vecs.countMade(), vecs.countDestroyed());
     summary.expectNone("Vec objects left", vecs.countLeft());
+    project.saveAgain(summary);
     return summary.finish() ? STATUS_AGREED : STATUS_DIFFERENCE;
 }

@@ -7,8 +7,12 @@ set(problems "")
 # expect_run(<folder> <exit status> <text of the output>...)
 # Several spaces in the output count as one.
 function(expect_run folder status)
+    get_filename_component(name ${folder} NAME)
+    set(list ${scratch}/${name}_scripts.tbscripts)
+    file(MAKE_DIRECTORY ${scratch})
+    execute_process(COMMAND ${tool} pack ${folder} -o ${list} OUTPUT_QUIET ERROR_QUIET)
     execute_process(
-        COMMAND ${demo} ${folder}
+        COMMAND ${demo} ${list}
         RESULT_VARIABLE result
         OUTPUT_VARIABLE output
         ERROR_VARIABLE output)
@@ -41,6 +45,7 @@ expect_run(${scripts} 0
     "\n states handed over 3 3\n"
     "\nBoth environments are gone made destroyed\n Vec objects "
     "\n Vec objects left none\n"
+    "Saved again as scripts_copy_scripts.tbscripts: 7 of 7 scripts unchanged\n"
     "Host and scripts agree.")
 
 # A script that counts once too often: the comparison can fail.

@@ -1,0 +1,4 @@
+-- fields.lua
+function field(object, name)
+    return object[name]
+end

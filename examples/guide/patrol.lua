@@ -1,0 +1,7 @@
+-- patrol.lua
+position = 0
+
+function patrol(distance)
+    position = position + distance
+    return position
+end
