@@ -9,6 +9,11 @@
 
 using namespace tbScripts;
 
+// [shown]
+using Parameters = tbMemory::BufferView<FunctionParameter>;
+
+// [/shown]
+
 namespace
 {
 
@@ -30,10 +35,9 @@ void run(Environment& environment, const char* sources)
     script.setName("heal.lua");
     script.setTargetInterpreter(INTERPRETER_LUA);
     script.setSources(sources);
-    // [shown]
-    if (!script.load() || !environment.execute(script))
+    script.load();
+    if (!environment.execute(script))
         std::cout << environment.getLastExecutionResult().message << '\n';
-    // [/shown]
 }
 
 } // namespace
@@ -41,8 +45,6 @@ void run(Environment& environment, const char* sources)
 int main()
 {
     // [shown]
-    using Parameters = tbMemory::BufferView<FunctionParameter>;
-
     World world; // before the environment, so that it goes after it
     Environment environment;
     environment.setEnvironmentFor(INTERPRETER_LUA);
@@ -68,8 +70,10 @@ int main()
         });
     // [/shown]
 
+    // [shown]
     run(environment, "print(heal(1, 2.5))");
     run(environment, "heal(1, 'much')");
     run(environment, "heal(7, 1)");
     run(environment, "print(select(2, pcall(heal, 7, 1)))");
+    // [/shown]
 }

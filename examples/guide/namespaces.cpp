@@ -1,5 +1,6 @@
 // The code of docs/guide/namespaces.md.
 
+#include <tbScripts/ContentLoader.h>
 #include <tbScripts/Environment.h>
 #include <tbScripts/Function.h>
 #include <tbScripts/Namespace.h>
@@ -52,7 +53,7 @@ int main()
 
     Script script;
     script.setTargetInterpreter(INTERPRETER_LUA);
-    script.setSources("world.sky.rain() print(world.sky.height)");
+    script.setSources(ContentLoader::inputDataStr("sky.lua"));
     script.load();
     environment.execute(script);
 }

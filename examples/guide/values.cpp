@@ -11,6 +11,11 @@ using Parameters = tbMemory::BufferView<FunctionParameter>;
 
 int main()
 {
+    // [shown]
+    const FunctionParameter five = 5;
+    std::cout << five.getInt() << ' ' << five.getDouble() << '\n'; // nothing is converted
+    // [/shown]
+
     Environment environment;
     environment.setEnvironmentFor(INTERPRETER_LUA);
 
@@ -30,10 +35,5 @@ int main()
     script.load();
     environment.execute(script);
     std::cout << "as a global " << environment.getVar("big", 0) << '\n';
-    // [/shown]
-
-    // [shown]
-    const FunctionParameter five = 5;
-    std::cout << five.getInt() << ' ' << five.getDouble() << '\n'; // nothing is converted
     // [/shown]
 }

@@ -18,6 +18,7 @@
 #include <type_traits>
 #include <unordered_map>
 
+/// Everything that the library shows to hosts.
 namespace tbScripts
 {
 
@@ -44,15 +45,26 @@ public:
     /// Makes an environment without name and interpreter.
     Environment();
 
+    ///@{
+    /// Makes a second handle on the world of `other`.
+    ///
     /// Kept: a copy shares interpreter and bindings with `other`. They are torn down once, with the
     /// last copy. What is declared later is known only to the copy that it was declared through.
     Environment(const Environment& other);
     Environment& operator=(const Environment& other);
+    ///@}
 
+    /// Ends the world, if no copy shares it: functions, globals, namespaces and user types go, then
+    /// the interpreter. Finalisers and destructors run meanwhile, and are refused what they ask of
+    /// this environment.
     ~Environment();
 
+    /// Returns the name; empty at first. It is for messages and for the host.
+    ///
     /// Valid until: the name changes or the environment is destroyed.
     tbMemory::StringView getName() const;
+
+    /// Replaces the name. A registry that files this environment is not told.
     void setName(const tbMemory::StringView& name);
 
     /// Returns the outcome of the last `execute` or `callScriptFunction`.
@@ -77,6 +89,7 @@ public:
     /// Runs two full collections. A finaliser that raises is logged and holds up nothing.
     void requestGarbageCollection();
 
+    ///@{
     /// Sets global `name`. A null text stores nil; a text ends at its first NUL.
     void setVar(const tbMemory::StringView& name, bool value);
     void setVar(const tbMemory::StringView& name, int value);
@@ -84,6 +97,7 @@ public:
     void setVar(const tbMemory::StringView& name, double value);
     void setVar(const tbMemory::StringView& name, const char* value);
     void setVar(const tbMemory::StringView& name, const tbMemory::StringView& value);
+    ///@}
 
     /// Sets global `name` to the value behind `value`; an empty reference, or one of another
     /// environment, stores nil.
@@ -105,19 +119,26 @@ public:
     /// Returns whether global `name` is anything but nil.
     bool isVarSet(const tbMemory::StringView& name) const;
 
+    ///@{
     /// Returns global `name`, or `defaultValue` if it is of another kind. Numbers are read from
-    /// numeric texts too; a truth value only from a truth value; a text also from a number. The
-    /// `int` form drops the fraction and keeps the low 32 bits.
+    /// numeric texts too; a truth value only from a truth value. The `int` form drops the fraction
+    /// and keeps the low 32 bits.
     bool getVar(const tbMemory::StringView& name, bool defaultValue) const;
     int getVar(const tbMemory::StringView& name, int defaultValue) const;
     float getVar(const tbMemory::StringView& name, float defaultValue) const;
     double getVar(const tbMemory::StringView& name, double defaultValue) const;
+    ///@}
 
+    ///@{
+    /// Returns the text in global `name`, all of its bytes, or that of a number; `defaultValue` for
+    /// other values.
+    ///
     /// Valid until: the script's value is collected; the text of a number, until the next such
-    /// call.
+    /// call. The default is given back as it came.
     tbMemory::StringView getVar(const tbMemory::StringView& name, const char* defaultValue) const;
     tbMemory::StringView
     getVar(const tbMemory::StringView& name, const tbMemory::StringView& defaultValue) const;
+    ///@}
 
     /// Returns a handle on global `name`, an empty one for nil, functions and coroutines. Functions
     /// are obtained through `getScriptFunction`.
@@ -137,8 +158,9 @@ public:
     /// The kind of each output says what is expected. Results beyond the outputs are dropped,
     /// outputs beyond the results stay as they are. A result of another kind is logged (tag
     /// "LuaEnvironmentStrategy") and ends the reading: from that output on all stay untouched. It
-    /// is no failure of the call. On failure: logged; `getLastExecutionResult` says why; the
-    /// outputs stay as they are, unless memory runs out while they are read.
+    /// is no failure of the call.
+    /// On failure: logged; `getLastExecutionResult` says why; the outputs stay as they are, unless
+    /// memory runs out while they are read.
     bool callScriptFunction(
         const ScriptObjectReference& function,
         const tbMemory::BufferView<FunctionParameter>& inputs,
@@ -175,7 +197,8 @@ public:
     /// an earlier interpreter it is installed in the present one.
     /// On failure: a new name gives null without interpreter, or if the global cannot be set; it
     /// counts as declared all the same. A name declared before gives the function that it has.
-    /// Ownership: the environment's. Valid until: the environment is destroyed.
+    /// Ownership: the environment's.
+    /// Valid until: the environment is destroyed.
     Function* setFunc(const tbMemory::StringView& name);
 
     /// Returns whether a function of that name was declared. The whole text is the key.
@@ -191,8 +214,8 @@ public:
     /// before is logged, and its type is returned cleared; if it, or a namespace on the way, was
     /// made for an earlier interpreter it is installed in the present one.
     /// On failure: null, as with functions. A plain name counts as declared all the same.
-    /// Ownership: the environment's, or that of the namespace. Valid until: the environment is
-    /// destroyed or the namespace released.
+    /// Ownership: the environment's, or that of the namespace.
+    /// Valid until: the environment is destroyed or the namespace released.
     UserType* setUserType(const tbMemory::StringView& name);
 
     /// Returns whether a user type of that plain or qualified name was declared.

@@ -29,10 +29,14 @@ class Environment;
 class TBSCRIPTS_API EnvironmentManager : public tbCommon::SingletonClass<EnvironmentManager>
 {
 public:
+    ///@{
+    /// Takes a share in the environments of `other`.
+    ///
     /// Kept: a copy shares the environments. They end with the last manager that has them, and
     /// `getInstance` goes on giving the instance that it gave before.
     EnvironmentManager(const EnvironmentManager& other);
     EnvironmentManager& operator=(const EnvironmentManager& other);
+    ///@}
 
     /// Destroys the environments, one after the other; each has left the manager before it goes.
     ~EnvironmentManager() override;

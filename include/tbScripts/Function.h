@@ -37,13 +37,20 @@ public:
     /// Makes an unbound function without parameters.
     explicit Function(const tbMemory::StringView& name);
 
-    /// Copies name, declared parameters and callable. Kept: the default callable of an unbound
-    /// function still calls that of `other`; after the end of `other` it reports with its name.
+    ///@{
+    /// Copies name, declared parameters and callable.
+    ///
+    /// Kept: the default callable of an unbound function still calls that of `other`; after the end
+    /// of `other` it reports with its name.
     Function(const Function& other);
     Function& operator=(const Function& other);
+    ///@}
 
+    /// Ends the function. Scripts that have kept it get an error when they call it.
     virtual ~Function();
 
+    /// Returns the name that scripts call it by.
+    ///
     /// Valid until: this function is assigned to or destroyed.
     tbMemory::StringView getName() const;
 

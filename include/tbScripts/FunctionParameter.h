@@ -42,10 +42,13 @@ public:
     {
     }
 
+    ///@{
+    /// Makes a value of the kind that the type of `value` says.
     FunctionParameter(bool value) noexcept;
     FunctionParameter(int value) noexcept;
     FunctionParameter(float value) noexcept;
     FunctionParameter(double value) noexcept;
+    ///@}
 
     /// Copies the zero-terminated `text`; a null pointer gives the empty text.
     FunctionParameter(const char* text);
@@ -86,22 +89,31 @@ public:
     /// the type that was declared.
     FunctionParameter getDeclaration() const;
 
+    ///@{
     /// Copies value and kind. References are shared, and so is the view of a user type.
     FunctionParameter(const FunctionParameter& other);
     FunctionParameter& operator=(const FunctionParameter& other);
+    ///@}
 
+    ///@{
     /// Takes the value. A moved-from text or user type becomes void; references stay shared.
     FunctionParameter(FunctionParameter&& other) noexcept;
     FunctionParameter& operator=(FunctionParameter&& other) noexcept;
+    ///@}
 
+    /// Gives up text and reference. A host object is not destroyed.
     ~FunctionParameter();
 
+    /// Returns the kind; a number above 9 is given back as it is.
     FUNCTION_PARAMETER_TYPE getType() const;
 
+    ///@{
+    /// Returns the value; false or 0 for another kind. Nothing is converted.
     bool getBool() const;
     int getInt() const;
     float getFloat() const;
     double getDouble() const;
+    ///@}
 
     /// Returns the text, zero-terminated behind its end; a null view for another kind.
     ///

@@ -25,12 +25,16 @@ namespace tbScripts
 ///
 /// Messages have no level. Without a receiver they are dropped. The instance is made by the first
 /// `getInstance`; `kill` destroys it and forgets the receiver with it.
+///
+/// Format: docs/messages.md lists all texts and tags.
 class TBSCRIPTS_API LogManager : public tbCommon::SingletonClass<LogManager>
 {
 public:
+    ///@{
     /// Copies the receiver. `getInstance` goes on giving the instance that it gave before.
     LogManager(const LogManager& other);
     LogManager& operator=(const LogManager& other);
+    ///@}
 
     /// Returns the receiver, null if messages are dropped.
     tbLog::Logger* getReceiver() const;

@@ -27,25 +27,35 @@ class UserType;
 class TBSCRIPTS_API Namespace
 {
 public:
+    /// Makes one of that short name; `Environment::setNamespace` gives one that scripts see.
     explicit Namespace(const tbMemory::StringView& name);
 
+    ///@{
     /// Copies the name, nothing else.
     Namespace(const Namespace& other);
     Namespace& operator=(const Namespace& other);
+    ///@}
 
+    /// Ends what was declared here.
     virtual ~Namespace();
 
+    /// Returns the short name, without those of the namespaces around it.
+    ///
     /// Valid until: this namespace is assigned to or destroyed.
     tbMemory::StringView getName() const { return m_name; }
 
+    ///@{
     /// Returns what was declared here under `name`, null if nothing was. A name is taken as it is,
     /// without path syntax.
     ///
-    /// Ownership: this namespace's. Valid until: it is released or destroyed. The same holds for
-    /// everything that is declared below.
+    /// Ownership: this namespace's.
+    /// Valid until: it is released or destroyed. The same holds for everything that is declared
+    /// below.
     virtual Namespace* getNamespace(const tbMemory::StringView& name) const = 0;
     virtual UserType* getUserType(const tbMemory::StringView& name) const = 0;
+    ///@}
 
+    ///@{
     /// Sets a variable. An empty reference stores nil, and so does a null text; a text ends at its
     /// first NUL.
     virtual void setVar(const tbMemory::StringView& name, const ScriptObjectReference& value) = 0;
@@ -54,6 +64,7 @@ public:
     virtual void setVar(const tbMemory::StringView& name, float value) = 0;
     virtual void setVar(const tbMemory::StringView& name, int value) = 0;
     virtual void setVar(const tbMemory::StringView& name, bool value) = 0;
+    ///@}
 
     /// Stores an instance of the user type `userTypeName` (its full name) that the host goes on
     /// owning; a null `object` stores nil. A name that is no user type gives a value without
@@ -66,15 +77,18 @@ public:
     /// Declares a namespace in this one and returns it.
     ///
     /// A name declared before is logged (tag "LuaNamespace"), and its namespace is returned as it
-    /// is. On failure: null.
+    /// is.
+    /// On failure: null.
     virtual Namespace* setNamespace(const tbMemory::StringView& name) = 0;
 
     /// Declares a user type and returns it, without methods and fields. A name declared before is
-    /// logged (tag "LuaNamespace"), and its type is returned cleared. On failure: null.
+    /// logged (tag "LuaNamespace"), and its type is returned cleared.
+    /// On failure: null.
     virtual UserType* setUserType(const tbMemory::StringView& name) = 0;
 
     /// Declares a function and returns it, unbound. A name declared before is logged (tag
-    /// "LuaNamespace"), and its function is returned as new. On failure: null.
+    /// "LuaNamespace"), and its function is returned as new.
+    /// On failure: null.
     virtual Function* setFunction(const tbMemory::StringView& name) = 0;
 
     /// Empties what scripts see, here and in the namespaces inside, resets the functions and runs

@@ -15,14 +15,16 @@ struct ProjectSaveQuery
     /// The project's own path; that of its scripts is derived from it.
     tbMemory::String path;
 
-    void* userData = nullptr; // the host's; carried along and not used
+    void* userData = nullptr; ///< the host's; carried along and not used
 };
 
 /// What `ProjectLoader::load` is asked for.
 struct ProjectLoadQuery
 {
-    tbMemory::String path;                           // of the scripts file itself
-    ResourceDeclAugmentCallback* callback = nullptr; // not owned; told of each script, may be null
+    tbMemory::String path; ///< of the scripts file itself
+
+    /// Told of each script before it is compiled; may be null. Not owned.
+    ResourceDeclAugmentCallback* callback = nullptr;
 };
 
 /// What came of `ProjectLoader::load`.

@@ -18,11 +18,13 @@ class Script;
 class TBSCRIPTS_API ResourceDeclAugmentCallback
 {
 public:
+    ///@{
+    /// There is nothing to make, copy or end here; a derived class does as it likes.
     ResourceDeclAugmentCallback();
     ResourceDeclAugmentCallback(const ResourceDeclAugmentCallback& other);
     ResourceDeclAugmentCallback& operator=(const ResourceDeclAugmentCallback& other);
-
     virtual ~ResourceDeclAugmentCallback();
+    ///@}
 
     /// Called for each script of the project, before it is compiled: what changes here is compiled.
     /// `declaration` is the object node that the script came from. Does nothing by itself.

@@ -31,10 +31,14 @@ class Script;
 class TBSCRIPTS_API ScriptManager : public tbCommon::SingletonClass<ScriptManager>
 {
 public:
+    ///@{
+    /// Takes a share in the scripts of `other`.
+    ///
     /// Kept: a copy shares the scripts. They end with the last manager that has them, and
     /// `getInstance` goes on giving the instance that it gave before.
     ScriptManager(const ScriptManager& other);
     ScriptManager& operator=(const ScriptManager& other);
+    ///@}
 
     /// Returns the script filed under `name`; files a new one, without sources and interpreter, if
     /// there is none. Never null.

@@ -16,15 +16,18 @@ public:
     /// Gives the value back to its interpreter.
     virtual ~ScriptObjectInterpreterReference();
 
+    ///@{
     /// Not copyable: each one stands for exactly one anchored value.
     ScriptObjectInterpreterReference(const ScriptObjectInterpreterReference&) = delete;
     ScriptObjectInterpreterReference& operator=(const ScriptObjectInterpreterReference&) = delete;
+    ///@}
 
     /// Returns `PARAM_TYPE_SCRIPT_FUNCTION` or `PARAM_TYPE_SCRIPT_OBJECT`, `PARAM_TYPE_VOID` for
     /// one of unknown kind.
     FUNCTION_PARAMETER_TYPE getType() const;
 
 protected:
+    /// Says the kind of the value; `PARAM_TYPE_VOID` for an unknown one.
     explicit ScriptObjectInterpreterReference(FUNCTION_PARAMETER_TYPE type = PARAM_TYPE_VOID);
 
 private:

@@ -13,9 +13,11 @@ class TBSCRIPTS_API ScriptObjectInterpreterView
 public:
     virtual ~ScriptObjectInterpreterView();
 
+    ///@{
     /// Not copyable: views are shared, never duplicated.
     ScriptObjectInterpreterView(const ScriptObjectInterpreterView&) = delete;
     ScriptObjectInterpreterView& operator=(const ScriptObjectInterpreterView&) = delete;
+    ///@}
 
     /// Anchors the value and returns its new interpreter reference.
     ///

@@ -27,10 +27,14 @@ public:
     /// Looks through `view`, which may be null, and shares it.
     explicit ScriptObjectView(std::shared_ptr<ScriptObjectInterpreterView> view);
 
+    ///@{
+    /// Looks at what `other` looks at; one that was moved from looks at nothing.
     ScriptObjectView(const ScriptObjectView& other);
     ScriptObjectView(ScriptObjectView&& other) noexcept;
     ScriptObjectView& operator=(const ScriptObjectView& other);
     ScriptObjectView& operator=(ScriptObjectView&& other) noexcept;
+    ///@}
+
     ~ScriptObjectView();
 
     /// Returns the interpreter side, null if this looks at nothing.

@@ -40,12 +40,18 @@ public:
     /// Makes a type whose full name is `name` too.
     explicit UserType(const tbMemory::StringView& name);
 
+    ///@{
     /// Copies the names, nothing else.
     UserType(const UserType& other);
     UserType& operator=(const UserType& other);
+    ///@}
 
+    /// Ends the type. Instances that scripts still hold cannot be used any more; objects that
+    /// scripts own are destroyed when their instances go.
     virtual ~UserType();
 
+    /// Returns the short name, without those of its namespaces.
+    ///
     /// Valid until: this type is assigned to or destroyed. The same holds for the full name.
     tbMemory::StringView getName() const { return m_name; }
 
@@ -55,8 +61,8 @@ public:
 
     /// Returns the method, static method or operator ("__add") of that name, null if there is none.
     ///
-    /// Ownership: the type's. Valid until: the type is cleared or destroyed. The same holds for
-    /// every function below.
+    /// Ownership: the type's.
+    /// Valid until: the type is cleared or destroyed. The same holds for every function below.
     virtual Function* getMethod(const tbMemory::StringView& name) const = 0;
 
     /// The same: methods and static methods share their names.
@@ -105,6 +111,7 @@ public:
     virtual void clear() = 0;
 
 protected:
+    /// For the interpreter's kind of type, which knows its namespaces.
     void _setFullName(const tbMemory::StringView& fullName) { m_fullName = fullName; }
 
 private:

@@ -21,7 +21,7 @@ struct UserTypeFieldDescriptor
     /// throws becomes a script error; all else is left to the interpreter, as with the getter.
     std::function<void(const tbMemory::BufferView<FunctionParameter>&)> setter;
 
-    tbMemory::StringView name; // copied
+    tbMemory::StringView name; ///< what scripts call it; copied
 
     /// Kind of the value that the setter gets; another one in the script is a script error.
     FUNCTION_PARAMETER_TYPE type = PARAM_TYPE_VOID;

@@ -39,6 +39,7 @@ endfunction()
 compare_with_disk(TOBREL_SCRIPTS_HEADERS "include/*")
 compare_with_disk(TOBREL_SCRIPTS_SOURCES "src/*")
 compare_with_disk(TOBREL_SCRIPTS_DEMO "examples/demo/*.cpp" "examples/demo/*.h")
+compare_with_disk(TOBREL_SCRIPTS_GUIDE "examples/guide/*.cpp" "examples/guide/*.h")
 compare_with_disk(TOBREL_SCRIPTS_TOOL "tools/tbscripts/*")
 
 if(NOT problems STREQUAL "")

@@ -7,6 +7,7 @@ set(listed
     ${TOBREL_SCRIPTS_PUBLIC_TESTS}
     ${TOBREL_SCRIPTS_INTERNAL_TESTS}
     ${TOBREL_PLATFORM_TESTS}
+    ${TOBREL_SCRIPTS_MEMORY_TESTS}
     ${TOBREL_TOOL_TESTS}
     ${TOBREL_SCRIPTS_TEST_SUPPORT}
     ${TOBREL_SCRIPTS_INTERNAL_TEST_SUPPORT})
@@ -37,7 +38,7 @@ endforeach()
 # The same file under two executables would count its cases twice.
 set(tests
     ${TOBREL_SCRIPTS_PUBLIC_TESTS} ${TOBREL_SCRIPTS_INTERNAL_TESTS} ${TOBREL_PLATFORM_TESTS}
-    ${TOBREL_TOOL_TESTS})
+    ${TOBREL_SCRIPTS_MEMORY_TESTS} ${TOBREL_TOOL_TESTS})
 list(LENGTH tests count)
 list(REMOVE_DUPLICATES tests)
 list(LENGTH tests distinctCount)

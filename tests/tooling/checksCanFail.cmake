@@ -9,14 +9,15 @@ set(failures "")
 function(make_tree tree)
     file(REMOVE_RECURSE ${tree})
     file(COPY ${root}/cmake ${root}/include ${root}/src DESTINATION ${tree})
-    file(COPY ${root}/tests DESTINATION ${tree} FILES_MATCHING PATTERN *.cpp PATTERN *.h)
+    file(COPY ${root}/tests DESTINATION ${tree} FILES_MATCHING PATTERN *.cpp PATTERN *.h PATTERN *.md)
     if(EXISTS ${root}/examples)
         file(COPY ${root}/examples DESTINATION ${tree})
     endif()
     if(EXISTS ${root}/tools)
         file(COPY ${root}/tools DESTINATION ${tree})
     endif()
-    file(COPY ${root}/docs ${root}/README.md DESTINATION ${tree})
+    file(GLOB pages ${root}/*.md)
+    file(COPY ${root}/docs ${pages} DESTINATION ${tree})
 endfunction()
 
 # expect_failure(<check> <what it has to say> [<-D...>...])
@@ -108,6 +109,48 @@ expect_failure(checkReadme "README.md and examples/readme.cpp differ" -D root=${
 make_tree(${tree})
 file(WRITE ${tree}/README.md "# TobrelScripts\n")
 expect_failure(checkReadme "holds no C\\+\\+ program" -D root=${tree})
+
+make_tree(${tree})
+file(WRITE ${tree}/examples/guide/unlisted.cpp "")
+expect_failure(checkSourceLists "examples/guide/unlisted.cpp is on disk" -D root=${tree})
+
+# These two report all that they find, so one tree may have several faults.
+make_tree(${tree})
+file(APPEND ${tree}/docs/architecture.md "\n```cpp\nint nowhere();\n```\n")
+file(APPEND ${tree}/docs/guide/errors.md "\n```lua\nnowhere()\n```\n\n```json\n{}\n```\n")
+file(APPEND ${tree}/docs/guide/errors.md "\n[there](nowhere.md)\n")
+file(APPEND ${tree}/examples/guide/errors.cpp "    // [shown]\n    int more;\n    // [/shown]\n")
+file(APPEND ${tree}/examples/guide/patrol.lua "-- one line more\n")
+file(APPEND ${tree}/README.md "\n[there](docs/messages.md#nowhere)\n")
+file(APPEND ${tree}/tests/README.md "\n[here](#nowhere)\n")
+foreach(complaint IN ITEMS
+        "docs/architecture.md shows[^:]*:[^:]*int nowhere"
+        "docs/guide/errors.md shows[^:]*:[^:]*nowhere"
+        "docs/guide/errors.md shows[^:]*:[^:]*{}"
+        "errors.cpp has what no[^:]*:[^:]*int more"
+        "patrol.lua has what no")
+    expect_failure(checkDocumentedCode "${complaint}" -D root=${tree})
+endforeach()
+foreach(complaint IN ITEMS
+        "docs/guide/errors.md: nowhere.md leads nowhere"
+        "README.md: docs/messages.md#nowhere names no heading"
+        "tests/README.md: #nowhere names no heading")
+    expect_failure(checkLinks "${complaint}" -D root=${tree})
+endforeach()
+file(REMOVE_RECURSE ${tree}/examples/guide)
+expect_failure(checkDocumentedCode "no programs found" -D root=${tree})
+
+if(doxygen)
+    set(reference -D root=${tree} -D doxygen=${doxygen} -D scratch=${scratch}/reference)
+    set(header ${tree}/include/tbScripts/New.h)
+    file(WRITE ${header} "namespace tbScripts { class Bare { public: void bareMember(); }; }\n")
+    expect_failure(checkApiReference "Compound tbScripts::Bare is not" ${reference})
+    expect_failure(checkApiReference "Member bareMember" ${reference})
+    file(WRITE ${header} "namespace tbScripts\n{\n/// @param b none such\nvoid f(int a);\n}\n")
+    expect_failure(checkApiReference "argument 'b'" ${reference})
+    file(WRITE ${header} "/// Kinds.\nenum KIND : int\n{\n    KIND_ONE = 1, // the first\n};\n")
+    expect_failure(checkApiReference "nothing is said of" ${reference})
+endif()
 
 # expect_export_failure(<what it has to say> <source text>)
 function(expect_export_failure complaint text)

@@ -1,0 +1,3 @@
+-- sky.lua
+world.sky.rain()
+print("clouds at " .. world.sky.height)
