@@ -1,0 +1,147 @@
+// Measures the library against code that is written by hand for the interpreter's C interface, in
+// one process. docs/performance.md explains the method and shows the last results.
+
+#include "Options.h"
+#include "Row.h"
+#include "Runner.h"
+#include "growth/GrowthRows.h"
+#include "memory/Memory.h"
+#include "report/JsonReport.h"
+#include "report/RatioChart.h"
+#include "report/Tables.h"
+#include "rows/Rows.h"
+#include "support/Failure.h"
+#include "support/LibraryHost.h"
+
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <string_view>
+
+namespace
+{
+
+using namespace bench;
+
+RowList makeRows()
+{
+    RowList rows;
+    addHostFunctionRows(rows);
+    addUserTypeRows(rows);
+    addScriptCallRows(rows);
+    addGlobalRows(rows);
+    addReferenceRows(rows);
+    addExecuteRows(rows);
+    addScriptValueRows(rows);
+    addCompileRows(rows);
+    addDocumentRows(rows);
+    addEnvironmentRows(rows);
+    return rows;
+}
+
+bool isWanted(const Options& options, const std::string& name)
+{
+    return name.find(options.only) != std::string::npos;
+}
+
+void profileRow(const Row& row, const Options& options)
+{
+    const std::vector<Variant> variants = row.make(row.operations);
+    const auto variant = static_cast<std::size_t>(options.profiledVariant);
+    if (variant >= variants.size())
+        fail(row.name + " has no such variant");
+    for (int run = 0; run < options.repetitions; ++run)
+    {
+        if (variants[variant].prepare)
+            variants[variant].prepare();
+        variants[variant].run();
+    }
+}
+
+void measureRow(const Row& row, const Options& options, Results& results)
+{
+    std::cerr << row.subject << ": " << row.name << '\n';
+    const std::size_t operations = options.isSmoke ? row.leastOperations : row.operations;
+    const std::vector<Variant> variants = row.make(operations);
+    const std::vector<std::size_t> operationsOfEach(variants.size(), operations);
+    const std::vector<Timing> timings =
+        measure(row.name, variants, operationsOfEach, options.repetitions);
+    for (std::size_t i = 0; i < row.rivals.size(); ++i)
+        results.ratios.push_back(
+            {row.subject, row.name, row.rivals[i], timings[0], timings[i + 1]});
+}
+
+void measureGrowth(const GrowthRow& row, const Options& options, Results& results)
+{
+    std::cerr << "Growth: " << row.name << '\n';
+    std::vector<Variant> variants;
+    std::vector<std::size_t> operations;
+    for (const std::size_t count : row.counts)
+    {
+        operations.push_back(row.isPerCount ? count : row.operations);
+        variants.push_back(row.make(count, operations.back()));
+    }
+    results.growth.push_back(
+        {row.name,
+         row.countOf,
+         row.counts,
+         measure(row.name, variants, operations, options.repetitions)});
+}
+
+void writeReports(const std::filesystem::path& folder, const Results& results)
+{
+    std::filesystem::create_directories(folder);
+    std::ofstream(folder / "results.json") << std::string_view(makeJsonReport(results));
+    std::ofstream(folder / "results.svg") << makeRatioChart(results);
+    std::ofstream tables(folder / "results.md");
+    printTables(tables, results);
+}
+
+Results measureAll(const Options& options)
+{
+    Results results;
+    results.repetitions = options.repetitions;
+    for (const Row& row : makeRows())
+    {
+        if (isWanted(options, row.subject + ": " + row.name))
+            measureRow(row, options, results);
+    }
+    for (const GrowthRow& row : makeGrowthRows(options.isSmoke))
+    {
+        if (isWanted(options, "Growth: " + row.name))
+            measureGrowth(row, options, results);
+    }
+    if (isWanted(options, "Memory"))
+        results.memory = measureMemory(options.isSmoke);
+    return results;
+}
+
+void profile(const Options& options)
+{
+    for (const Row& row : makeRows())
+    {
+        if (isWanted(options, row.subject + ": " + row.name))
+            profileRow(row, options);
+    }
+}
+
+} // namespace
+
+int main(int count, char** arguments)
+{
+    const Options options = readOptions(count, arguments);
+    failOnLibraryMessages();
+    if (options.profiledVariant >= 0)
+    {
+        profile(options);
+        return 0;
+    }
+    initialiseMeasuring();
+    const Results results = measureAll(options);
+    printTables(std::cout, results);
+    if (!options.outputFolder.empty())
+        writeReports(
+            std::filesystem::path(options.outputFolder) / (options.isSmoke ? "smoke" : ""),
+            results);
+    return 0;
+}
