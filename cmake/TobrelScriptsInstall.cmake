@@ -1,4 +1,4 @@
-# The package: headers, library, and the two files by which other builds find them.
+# The package: headers, library, pages, and the files by which other builds find them.
 
 include(CMakePackageConfigHelpers)
 
@@ -21,6 +21,7 @@ install(
     FILES
         ${CMAKE_CURRENT_BINARY_DIR}/TobrelScriptsConfig.cmake
         ${CMAKE_CURRENT_BINARY_DIR}/TobrelScriptsConfigVersion.cmake
+        cmake/FindLuaJIT.cmake
     DESTINATION ${packageFolder})
 
 # The way from the pkg-config folder up to the prefix: with the configured prefix in it the file
@@ -31,3 +32,10 @@ configure_file(cmake/tobrelscripts.pc.in tobrelscripts.pc @ONLY)
 install(
     FILES ${CMAKE_CURRENT_BINARY_DIR}/tobrelscripts.pc
     DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+
+# The pages lie to each other as they do here, so that their links hold.
+install(FILES README.md CHANGELOG.md CONTRIBUTING.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} FILES_MATCHING PATTERN "*.md")
+if(EXISTS ${PROJECT_SOURCE_DIR}/LICENSE)
+    install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
+endif()

@@ -161,6 +161,20 @@ set(TOBREL_SCRIPTS_DEMO
     examples/demo/World.h
     examples/demo/main.cpp)
 
+# The programs of the guide, one for each page that shows code.
+set(TOBREL_SCRIPTS_GUIDE
+    examples/guide/calling-scripts.cpp
+    examples/guide/environments.cpp
+    examples/guide/errors.cpp
+    examples/guide/host-functions.cpp
+    examples/guide/lifetimes.cpp
+    examples/guide/namespaces.cpp
+    examples/guide/projects.cpp
+    examples/guide/scripts.cpp
+    examples/guide/user-types.cpp
+    examples/guide/values-as-bytes.cpp
+    examples/guide/values.cpp)
+
 # The command-line tool.
 set(TOBREL_SCRIPTS_TOOL
     tools/tbscripts/CheckCommand.cpp
@@ -300,6 +314,10 @@ set(TOBREL_SCRIPTS_PUBLIC_TESTS
     tests/core/ScriptObjectReferenceViewTest.cpp
     tests/core/ScriptObjectViewTest.cpp
     tests/core/StringUtilsTest.cpp
+    tests/docs/DocumentPage.cpp
+    tests/docs/DocumentPage.h
+    tests/docs/DocumentedBytesTest.cpp
+    tests/docs/DocumentedDeclarationsTest.cpp
     tests/environments/DummyEnvironmentTest.cpp
     tests/environments/EnvironmentCollectionTest.cpp
     tests/environments/EnvironmentCopyTest.cpp
@@ -457,6 +475,8 @@ set(TOBREL_PLATFORM_TESTS
     tests/platform/SingletonClassTest.cpp
     tests/platform/StringTest.cpp
     tests/platform/StringViewTest.cpp)
+# An executable of its own: `operator new` is replaced by one that refuses.
+set(TOBREL_SCRIPTS_MEMORY_TESTS)
 set(TOBREL_TOOL_TESTS
     tests/tools/CheckCommandTest.cpp
     tests/tools/CommandLineTest.cpp

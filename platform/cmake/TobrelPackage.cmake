@@ -42,6 +42,7 @@ function(tobrel_platform_package library)
         set_target_properties(${target} PROPERTIES
             CXX_VISIBILITY_PRESET hidden
             VISIBILITY_INLINES_HIDDEN ON
+            UNITY_BUILD OFF # whatever the host that this is a part of prefers
             INSTALL_RPATH "$ORIGIN" # its dependencies lie beside it
             VERSION ${PROJECT_VERSION}
             SOVERSION ${PROJECT_VERSION_MAJOR})
