@@ -112,6 +112,8 @@ set(TOBREL_SCRIPTS_SOURCES
     src/environments/lua/LuaRecentKeys.h
     src/environments/lua/LuaScriptCalls.cpp
     src/environments/lua/LuaScriptCalls.h
+    src/environments/lua/LuaTextsAhead.cpp
+    src/environments/lua/LuaTextsAhead.h
     src/environments/lua/LuaValueFormat.h
     src/environments/lua/LuaValueReader.cpp
     src/environments/lua/LuaValueReader.h
@@ -441,12 +443,14 @@ set(TOBREL_SCRIPTS_INTERNAL_TESTS
     tests/environments/lua/LuaEnvironmentMemoryTest.cpp
     tests/environments/lua/LuaEnvironmentObjectsTest.cpp
     tests/environments/lua/LuaEnvironmentStrategyTest.cpp
+    tests/environments/lua/LuaTextsAheadTest.cpp
     tests/environments/lua/ScriptValueUserdataTest.cpp
     tests/faults/lua/AllocationFailureTest.cpp
     tests/faults/lua/ExhaustedMemoryTest.cpp
     tests/faults/lua/InterpreterCostTest.cpp
     tests/faults/lua/OpeningFailureTest.cpp
     tests/faults/lua/ScriptValueDamageTest.cpp
+    tests/faults/lua/ScriptValueLargeDamageTest.cpp
     tests/faults/lua/ScriptValueMemoryTest.cpp
     tests/faults/lua/StackHeightTest.cpp
     tests/lifetime/lua/DyingEnvironmentTest.cpp

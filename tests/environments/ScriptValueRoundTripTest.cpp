@@ -264,6 +264,22 @@ TEST_F(ScriptValueRoundTripTest, ManyTablesBesideEachOtherSurvive)
     EXPECT_TRUE(holds("same(read, list)"));
 }
 
+// Texts of buffers above a quarter of a megabyte are looked up a few at a time.
+TEST_F(ScriptValueRoundTripTest, LargeValuesSurvive)
+{
+    run("list = {} for i = 1, 4000 do"
+        " list[i] = {id = i, name = 'e' .. i, pos = {x = i * 0.5, y = -i}, alive = i % 2 == 0}"
+        " if i % 5 == 0 then list[i] = 'text ' .. i end"
+        " if i % 7 == 0 then list[i] = {'a' .. i, '', 'c' .. i, ['k' .. i] = 'd' .. i} end"
+        " if i % 500 == 0 then list[i] = ('long' .. i):rep(1000) end end");
+
+    const Bytes bytes = write(environment().getVar("list"));
+    ASSERT_TRUE(read(bytes));
+
+    EXPECT_GT(bytes.size(), 300000U);
+    EXPECT_TRUE(holds("same(read, list)"));
+}
+
 TEST_F(ScriptValueRoundTripTest, TablesOfManyDifferentKeysSurvive)
 {
     run("t = {} for i = 1, 100 do t[i] = {}"

@@ -2,7 +2,12 @@
 
 // The records that script values are written as. Format: docs/script-value-bytes.md.
 
+#include "core/lua/LuaText.h"
+
+#include <tbMemory/StringView.h>
+
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 
 namespace tbScripts::lua
@@ -96,6 +101,35 @@ inline void* loadPointer(const unsigned char* bytes)
     void* pointer = nullptr;
     std::memcpy(&pointer, bytes, sizeof(pointer));
     return pointer;
+}
+
+/// Returns the text at `position` of the `size` bytes at `data`. It ends with the first zero, or
+/// with the bytes.
+inline tbMemory::StringView
+textIn(const unsigned char* data, std::size_t size, std::size_t position)
+{
+    if (position > size)
+        return tbMemory::StringView("", 0);
+    const auto* const text = reinterpret_cast<const char*>(data + position);
+    return upToFirstNul(tbMemory::StringView(text, size - position));
+}
+
+/// Returns the size of the record of a text that begins the `room` bytes at `record`; more than
+/// `room` if it does not end there.
+///
+/// The final zero is one of the last 4 bytes of a record, so no others need to be told apart.
+inline std::size_t textRecordSizeAt(const unsigned char* record, std::size_t room)
+{
+    constexpr std::uint32_t LOWEST_BITS = 0x01010101U;
+    constexpr std::uint32_t HIGHEST_BITS = 0x80808080U;
+    for (std::size_t i = 0; room - i >= ALIGNMENT; i += ALIGNMENT)
+    {
+        std::uint32_t bytes = 0;
+        std::memcpy(&bytes, record + i, sizeof(bytes));
+        if (((bytes - LOWEST_BITS) & ~bytes & HIGHEST_BITS) != 0)
+            return i + ALIGNMENT;
+    }
+    return pad4(room + 1);
 }
 
 } // namespace tbScripts::lua

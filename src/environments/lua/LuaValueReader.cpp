@@ -19,10 +19,15 @@ constexpr int SLOTS_PER_TABLE = 2; // the table and the key that is read
 constexpr int SLOTS_FOR_WORK = 12; // less than the interpreter has in any case
 constexpr int COMFORTABLE_SLOTS =
     static_cast<int>(LuaValueReader::RESIDENT_DEPTH) * SLOTS_PER_TABLE + LuaRecentKeys::CAPACITY +
-    SLOTS_FOR_WORK;
+    2 * LuaTextsAhead::CAPACITY + SLOTS_FOR_WORK; // those texts stand there twice meanwhile
 
 // More would waste more where tables beside each other differ than it saves where they are alike.
 constexpr int MAX_EXPECTED_FIELDS = 16;
+
+// Looking ahead costs a tenth where the texts are in the processor's caches, as those of small
+// values mostly are.
+constexpr std::size_t LEAST_SIZE_TO_LOOK_AHEAD = 256U * 1024U;
+
 constexpr const char* CHUNK_NAME = "Deserialization";
 
 // Gives all of the view `bytes` at once, and nothing when asked again.
@@ -65,6 +70,7 @@ LuaValueReader::LuaValueReader(
     , m_key(KEY::NONE)
     , m_depth(0)
     , m_residentDepth(0)
+    , m_textsAhead(m_data, m_size)
     , m_savedIndex(0)
     , m_ownersIndex(0)
 {
@@ -130,7 +136,7 @@ bool LuaValueReader::_pushFunction(lua_State* state)
     return true;
 }
 
-// Stack: +2, and the recent keys if there is room.
+// Stack: +2; the recent keys and the texts ahead if there is room.
 void LuaValueReader::_prepareSideTables(lua_State* state)
 {
     lua_createtable(state, 0, 0);
@@ -142,6 +148,8 @@ void LuaValueReader::_prepareSideTables(lua_State* state)
         return;
     m_residentDepth = RESIDENT_DEPTH;
     m_recentKeys.reserve(state);
+    if (m_size >= LEAST_SIZE_TO_LOOK_AHEAD)
+        m_textsAhead.reserve(state);
 }
 
 // Reads the table at the position and those in it. Returns false if it never ends or makes no
@@ -320,7 +328,7 @@ bool LuaValueReader::_pushValue(lua_State* state, unsigned char tag)
         m_position += NUMBER_SIZE;
         return true;
     case TAG_TEXT:
-        m_position += _pushText(state);
+        m_position += m_textsAhead.push(state, m_position);
         return true;
     default:
         m_position += _pushInstance(state);
@@ -369,11 +377,7 @@ std::size_t LuaValueReader::_pushInstance(lua_State* state)
 // with the buffer.
 tbMemory::StringView LuaValueReader::_textAt(std::size_t offset) const
 {
-    if (!_has(offset))
-        return tbMemory::StringView("", 0);
-    const auto* const text = reinterpret_cast<const char*>(m_data + m_position + offset);
-    const std::size_t room = m_size - m_position - offset;
-    return upToFirstNul(tbMemory::StringView(text, room));
+    return textIn(m_data, m_size, m_position + offset);
 }
 
 } // namespace tbScripts::lua

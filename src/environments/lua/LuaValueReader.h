@@ -3,6 +3,7 @@
 #include "core/lua/LuaApi.h"
 #include "core/lua/LuaStateHandle.h"
 #include "environments/lua/LuaRecentKeys.h"
+#include "environments/lua/LuaTextsAhead.h"
 
 #include "tbScripts/FunctionParameterType.h"
 
@@ -69,8 +70,8 @@ private:
     // each with the key of the next, which is set at its end. Those deeper than `RESIDENT_DEPTH`
     // are kept in a table of ours, since values nest deeper than any stack, and set at once.
     //
-    // Stack while tables are open: [saved] [owners] [recent keys] [root] [key] ... [table], and the
-    // key that has no value yet. A key that is not a number is not there.
+    // Stack while tables are open: [saved] [owners] [recent keys] [texts ahead] [root] [key] ...
+    // [table], and the key that has no value yet. A key that is not a number is not there.
 
     bool _pushFunction(lua_State* state);
     void _prepareSideTables(lua_State* state);
@@ -106,6 +107,7 @@ private:
     std::size_t m_residentDepth; // 0 or `RESIDENT_DEPTH`
     std::array<Level, RESIDENT_DEPTH> m_levels;
     LuaRecentKeys m_recentKeys;
+    LuaTextsAhead m_textsAhead;
 
     int m_savedIndex;                         // of the table that keeps the deeper open tables
     int m_ownersIndex;                        // of the table that keeps the instances below

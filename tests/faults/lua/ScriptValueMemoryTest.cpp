@@ -100,6 +100,10 @@ INSTANTIATE_TEST_SUITE_P(
     ::testing::Values(
         ValueRow{"Table", "v = {1, 2, a = {b = {c = 'text'}}, d = false}", 0},
         ValueRow{"Texts", "v = {} for i = 1, 40 do v['key' .. i] = 'value ' .. i end", 0},
+        ValueRow{
+            "NewTextsOfALargeTable", // which are made anew when they are read: without their zero
+            "v = {('x'):rep(263000)} for i = 1, 40 do v[i + 1] = ('%03d'):format(i) .. '\\0' end",
+            0},
         ValueRow{"DeepTable", "v = {} for i = 1, 200 do v = {v, i} end", 0},
         ValueRow{"Instance", "v = T.new()", 1},
         ValueRow{"Instances", "v = {T.new(), {T.new()}, a = {b = T.new()}}", 3},
