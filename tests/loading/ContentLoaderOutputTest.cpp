@@ -1,11 +1,13 @@
 // What is written to files.
 
+#include "support/ChildProcess.h"
 #include "support/LoadingFixture.h"
 
 #include <tbResources/ResourceManager.h>
 #include <tbScripts/ContentLoader.h>
 
 #include <fcntl.h>
+#include <grp.h>
 #include <string>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -38,6 +40,13 @@ protected:
         struct stat status = {};
         ::stat(m_folder.pathOf(name).c_str(), &status);
         return status.st_mode & 07777U;
+    }
+
+    gid_t groupOf(const std::string& name) const
+    {
+        struct stat status = {};
+        ::stat(m_folder.pathOf(name).c_str(), &status);
+        return status.st_gid;
     }
 
     void setPermissions(const std::string& name, mode_t permissions) const
@@ -252,6 +261,29 @@ TEST_F(ContentLoaderOutputTest, PermissionsAreKept)
     EXPECT_EQ(permissionsOf("file"), 0640U);
 }
 
+TEST_F(ContentLoaderOutputTest, GroupIsKeptWhereTheOwnerCannotBe)
+{
+    if (::getuid() != 0)
+        GTEST_SKIP() << "files of another owner take more rights";
+    m_folder.write("team/file", "text");
+    ASSERT_EQ(::chown(m_folder.pathOf("team/file").c_str(), 4711, 4712), 0);
+    setPermissions("team/file", 0664);
+    setPermissions("team", 0777);
+    ChildProcess member(
+        []
+        {
+            const gid_t team = 4712;
+            ::setgroups(1, &team);
+            const OrdinaryUser user;
+            return ContentLoader::outputData("texts", "team/file") ? 0 : 1;
+        });
+
+    EXPECT_EQ(member.wait(), 0);
+    EXPECT_EQ(m_folder.read("team/file"), "texts");
+    EXPECT_EQ(groupOf("team/file"), 4712U);
+    EXPECT_EQ(permissionsOf("team/file"), 0664U);
+}
+
 TEST_F(ContentLoaderOutputTest, NewFileHasTheUsualPermissions)
 {
     const mode_t mask = ::umask(027);
@@ -352,6 +384,36 @@ TEST_F(ContentLoaderOutputTest, FifoWithAReaderIsWritten)
     EXPECT_EQ(received, "text");
     EXPECT_TRUE(std::filesystem::is_fifo(m_folder.pathOf("pipe")));
     ::close(reader);
+}
+
+// What /dev/stdout leads to where the output goes into a pipe: a link to no path at all.
+TEST_F(ContentLoaderOutputTest, PipeNamedByItsDescriptorIsWritten)
+{
+    int ends[2] = {-1, -1};
+    ASSERT_EQ(::pipe(ends), 0);
+
+    EXPECT_TRUE(writeAbsolute("text", "/proc/self/fd/" + std::to_string(ends[1])));
+
+    std::string received(10, '\0');
+    received.resize(static_cast<std::size_t>(::read(ends[0], received.data(), received.size())));
+    EXPECT_EQ(received, "text");
+    ::close(ends[0]);
+    ::close(ends[1]);
+}
+
+TEST_F(ContentLoaderOutputTest, DeletedFileNamedByItsDescriptorIsWrittenInPlace)
+{
+    m_folder.write("file", "a longer text than the new one");
+    const int file = ::open(m_folder.pathOf("file").c_str(), O_RDWR);
+    ::unlink(m_folder.pathOf("file").c_str());
+
+    EXPECT_TRUE(writeAbsolute("text", "/proc/self/fd/" + std::to_string(file)));
+
+    std::string content(40, '\0');
+    content.resize(static_cast<std::size_t>(::read(file, content.data(), content.size())));
+    EXPECT_EQ(content, "text");
+    EXPECT_THAT(m_folder.list(), IsEmpty());
+    ::close(file);
 }
 
 TEST_F(ContentLoaderOutputTest, FileOfAnEarlierCrashIsNotInTheWay)

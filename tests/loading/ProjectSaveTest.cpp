@@ -1,8 +1,10 @@
 // All scripts of the manager in one file.
 
+#include "support/AllocationCounter.h"
 #include "support/LoadingFixture.h"
 #include "support/RowName.h"
 
+#include <tbExport/JsonExporter.h>
 #include <tbResources/ResourceManager.h>
 #include <tbScripts/ProjectLoader.h>
 
@@ -43,6 +45,21 @@ protected:
         return declarations;
     }
 };
+
+// A text that grows needs twice its memory, which counts where it is that of a whole project.
+TEST_F(ProjectSaveTest, TextOfALargeTreeIsMadeInOnePiece)
+{
+    tbExport::Node tree;
+    tree.setArray();
+    for (int i = 0; i < 1000; ++i)
+        tree.addElement()->setString(std::string(1000, 'x') + "\n\t\"");
+
+    const AllocationCounter allocations;
+    const tbMemory::String text = tbExport::JsonExporter::exportTreeIntoString(&tree);
+
+    EXPECT_LE(allocations.count(), 2U); // the text, and how far the array is printed
+    EXPECT_EQ(text.size(), 1012003U);
+}
 
 TEST_F(ProjectSaveTest, QueryIsEmptyAtFirst)
 {

@@ -66,6 +66,37 @@ TEST_F(InterruptTest, PackLeavesTheOldOrTheNewListAndNothingBesideIt)
         ElementsAre("list.tbscripts", "new", "new.tbscripts", "new/a.lua", "old", "old/a.lua"));
 }
 
+TEST_F(InterruptTest, UnpackLeavesNoFileInParts)
+{
+    std::string list = "[";
+    for (int i = 100; i < 200; ++i)
+        list += R"({"name":")" + std::to_string(i) + R"(","sources":")" + std::string(20000, 'x') +
+                R"("},)";
+    write("list.tbscripts", list + R"({"name":"last","sources":""}])");
+
+    // At many places of the work; which ones is up to the machine.
+    for (int round = 0; round < 30; ++round)
+    {
+        runInterrupted({"unpack", "-f", "list.tbscripts", "-o", "out"}, round * 40);
+        for (const std::string& name : everything())
+        {
+            if (name.size() == 7) // "out/123"
+                ASSERT_EQ(read(name), std::string(20000, 'x')) << name;
+            else
+                ASSERT_THAT(name, AnyOf("list.tbscripts", "out", "out/last"));
+        }
+    }
+}
+
+TEST_F(InterruptTest, EndsAScriptThatNeverEnds)
+{
+    write("a.lua", "io.popen('kill -INT $PPID'):close() while true do pcall(error) end");
+
+    const Outcome outcome = run({"run", "a.lua"});
+
+    EXPECT_EQ(outcome, (Outcome{-1, SIGINT, "", ""}));
+}
+
 } // namespace
 
 } // namespace tool::test

@@ -82,6 +82,25 @@ TEST_F(ListCommandTest, PrintsJson)
 )"));
 }
 
+TEST_F(ListCommandTest, PrintsJsonThatIsUtf8ThoughMessagesQuoteSources)
+{
+    write("a.lua", "x = '\xff\n");
+
+    const Outcome outcome = run({"list", "--json", "a.lua"});
+
+    EXPECT_EQ(outcome, failure("", R"([
+  {
+    "name": "a.lua",
+    "type": "lua",
+    "bytes": 7,
+    "compiled": false,
+    "line": 1,
+    "message": "unfinished string near ''\\xff'"
+  }
+]
+)"));
+}
+
 TEST_F(ListCommandTest, ShowsTheGoodElementsBesideTheBad)
 {
     write("a.json", R"([7,{"name":"p","type":"lua","sources":""}])");

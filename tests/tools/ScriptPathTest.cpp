@@ -18,9 +18,18 @@ struct PathRow
 {
     const char* row;
     std::string name;
-    const char* path;
+    std::string path;
     const char* trouble;
 };
+
+// "a/a/a/" and so on.
+std::string folders(int count)
+{
+    std::string path;
+    for (int i = 0; i < count; ++i)
+        path += "a/";
+    return path;
+}
 
 void PrintTo(const PathRow& row, std::ostream* stream)
 {
@@ -59,6 +68,8 @@ INSTANTIATE_TEST_SUITE_P(
         PathRow{"UpInside", "a/../b", "", "the name leads out of the folder"},
         PathRow{"UpLast", "a/..", "", "the name leads out of the folder"},
         PathRow{"TooLong", "a/" + std::string(256, 'b'), "", "the name is too long"},
+        PathRow{"LongestWhole", folders(2047) + "b", folders(2047) + "b", ""},
+        PathRow{"TooLongWhole", folders(2047) + "bc", "", "the name is too long"},
         PathRow{"OnlyDot", ".", "", "the name is that of a folder"},
         PathRow{"DotLast", "a/.", "", "the name is that of a folder"},
         PathRow{"SlashLast", "a/", "", "the name is that of a folder"}),

@@ -1,4 +1,5 @@
 #include "support/RowName.h"
+#include "support/Sanitizers.h"
 #include "tools/ToolFixture.h"
 
 #include <filesystem>
@@ -115,6 +116,42 @@ TEST_F(UnpackCommandTest, RefusesWhatIsInTheWayEvenIfForced)
                 "tbscripts: list.tbscripts: out/d: is in the way of a folder\n"));
 }
 
+TEST_F(UnpackCommandTest, ReportsOnceWhatIsInTheWayOfSeveralFiles)
+{
+    write("list.tbscripts", R"([{"name":"d/e/a","sources":""},{"name":"d/b","sources":""}])");
+    write("secret/b", "mine");
+    std::filesystem::create_directory(pathOf("out"));
+    std::filesystem::create_directory_symlink("../secret", pathOf("out/d"));
+
+    const Outcome outcome = run({"unpack", "list.tbscripts", "-o", "out"});
+
+    EXPECT_EQ(
+        outcome,
+        trouble("tbscripts: list.tbscripts: out/d: is a link, which may lead out of the "
+                "folder\n"));
+}
+
+// A thousand names that pass two thousand folders each, none of which exists.
+TEST_F(UnpackCommandTest, TakesLittleMemoryForManyDeepNames)
+{
+    if (tbScripts::test::IS_SANITIZED)
+        GTEST_SKIP() << "the address space belongs to the sanitizer";
+    std::string folders;
+    for (int i = 0; i < 2000; ++i)
+        folders += "/a";
+    std::string list = "[";
+    for (int i = 0; i < 1000; ++i)
+        list += R"({"name":")" + std::to_string(i) + folders + R"(","sources":""},)";
+    write("list.tbscripts", list + R"({"name":"last","sources":""}])");
+    write("out/last", "mine");
+
+    const Outcome outcome = runInShell("ulimit -v 1000000; \"$TOOL\" unpack list.tbscripts -o out");
+
+    EXPECT_EQ(
+        outcome,
+        trouble("tbscripts: list.tbscripts: out/last: exists already; --force overwrites it\n"));
+}
+
 TEST_F(UnpackCommandTest, RefusesAFifoInThePlaceOfAFile)
 {
     write("list.tbscripts", R"({"name":"a.lua","sources":""})");
@@ -137,6 +174,23 @@ TEST_F(UnpackCommandTest, KeepsThePermissionsOfAFileThatItOverwrites)
     EXPECT_EQ(read("out/a.lua"), "new");
     EXPECT_EQ(
         std::filesystem::status(pathOf("out/a.lua")).permissions(), std::filesystem::perms(0750));
+}
+
+TEST_F(UnpackCommandTest, LeavesAFileThatItOverwritesToItsOwner)
+{
+    if (::geteuid() != 0)
+        GTEST_SKIP() << "giving files away takes more rights";
+    write("list.tbscripts", R"({"name":"a.lua","sources":"new"})");
+    write("out/a.lua", "old");
+    ASSERT_EQ(::chown(pathOf("out/a.lua").c_str(), 4711, 4712), 0);
+
+    run({"unpack", "-f", "list.tbscripts", "-o", "out"});
+
+    struct stat status = {};
+    ::stat(pathOf("out/a.lua").c_str(), &status);
+    EXPECT_EQ(read("out/a.lua"), "new");
+    EXPECT_EQ(status.st_uid, 4711U);
+    EXPECT_EQ(status.st_gid, 4712U);
 }
 
 TEST_F(UnpackCommandTest, KeepsTheOldFileIfTheDiskDoesNotTakeTheNewOne)
@@ -261,6 +315,10 @@ INSTANTIATE_TEST_SUITE_P(
             "BelowAFile",
             R"({"name":"good.lua/b.lua","sources":"x"})",
             "good.lua/b.lua: lies below the file good.lua"},
+        HostileRow{
+            "FarBelowAFile",
+            R"({"name":"good.lua.bak","sources":""},{"name":"good.lua/b/c.lua","sources":""})",
+            "good.lua/b/c.lua: lies below the file good.lua"},
         HostileRow{"NoObject", "7", "element 2: has no \"name\" or no \"sources\""},
         HostileRow{
             "NoSources", R"({"name":"a.lua"})", "element 2: has no \"name\" or no \"sources\""},

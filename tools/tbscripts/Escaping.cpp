@@ -74,8 +74,9 @@ Letter readLetter(std::string_view text)
 // Control characters, also those of the upper half, and those that turn the writing direction.
 bool isHarmful(char32_t codePoint)
 {
-    return codePoint < 0x20 || (codePoint >= 0x7F && codePoint <= 0x9F) || codePoint == 0x200E ||
-           codePoint == 0x200F || (codePoint >= 0x2028 && codePoint <= 0x202E) ||
+    return codePoint < 0x20 || (codePoint >= 0x7F && codePoint <= 0x9F) || codePoint == 0x061C ||
+           codePoint == 0x200E || codePoint == 0x200F ||
+           (codePoint >= 0x2028 && codePoint <= 0x202E) ||
            (codePoint >= 0x2066 && codePoint <= 0x2069);
 }
 

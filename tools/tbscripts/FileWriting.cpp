@@ -19,6 +19,7 @@ namespace
 
 constexpr mode_t MODE_OF_NEW_FILES = 0666; // less what the process's mask takes away
 constexpr mode_t PERMISSION_BITS = 07777;
+constexpr uid_t OWNER_AS_IT_IS = static_cast<uid_t>(-1);
 constexpr unsigned MOST_LEFTOVERS = 1000; // of processes that were killed
 
 // The library does not say why, so the system is asked again.
@@ -51,15 +52,20 @@ int openBeside(const std::string& path, std::string& temporary)
     return descriptor;
 }
 
-// If the file exists already. Its owner and others keep what they may do with it.
+// If the file exists already: its owner and others keep what they may do with it, as far as we may
+// give files away.
 void takeOverPermissions(int descriptor, const std::string& path)
 {
     struct stat status
     {
     };
 
-    if (::stat(path.c_str(), &status) == 0)
-        ::fchmod(descriptor, status.st_mode & PERMISSION_BITS);
+    if (::stat(path.c_str(), &status) != 0)
+        return;
+    if (::fchown(descriptor, status.st_uid, status.st_gid) != 0 &&
+        ::fchown(descriptor, OWNER_AS_IT_IS, status.st_gid) != 0)
+        errno = 0;
+    ::fchmod(descriptor, status.st_mode & PERMISSION_BITS);
 }
 
 bool writeAll(int descriptor, std::string_view bytes)

@@ -76,10 +76,11 @@ void addTo(tbExport::Node& array, const Entry& entry)
         return;
     if (entry.failure->line != 0)
         object->addMember("line")->setNumber(entry.failure->line);
-    object->addMember("message")->setString(entry.failure->text);
+    object->addMember("message")->setString(escape(entry.failure->text));
 }
 
-// Into a file or a pipe go the exact bytes of all names, onto a terminal only what it can show.
+// Into a file or a pipe go the exact bytes of all names, which need not be UTF-8; onto a terminal
+// goes only what it can show.
 std::string makeJson(const std::vector<Entry>& entries)
 {
     tbExport::Node array;

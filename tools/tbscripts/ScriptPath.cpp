@@ -8,7 +8,8 @@ namespace tool
 namespace
 {
 
-constexpr std::size_t LONGEST_PART = 255; // what file systems take
+constexpr std::size_t LONGEST_PART = 255;  // what file systems take
+constexpr std::size_t LONGEST_PATH = 4095; // what the system takes
 
 std::vector<std::string_view> split(std::string_view path)
 {
@@ -38,6 +39,8 @@ ScriptPath pathOfScript(std::string_view name)
         return refusal("the name holds a NUL");
     if (name[0] == '/')
         return refusal("the name is an absolute path");
+    if (name.size() > LONGEST_PATH)
+        return refusal("the name is too long");
 
     const std::vector<std::string_view> parts = split(name);
     if (parts.back().empty() || parts.back() == ".")
@@ -58,12 +61,12 @@ ScriptPath pathOfScript(std::string_view name)
     return result;
 }
 
-std::vector<std::string> foldersOf(std::string_view path)
+std::vector<std::string_view> foldersOf(std::string_view path)
 {
-    std::vector<std::string> folders;
+    std::vector<std::string_view> folders;
     for (std::size_t end = path.find('/'); end != std::string_view::npos;
          end = path.find('/', end + 1))
-        folders.emplace_back(path.substr(0, end));
+        folders.push_back(path.substr(0, end));
     return folders;
 }
 

@@ -18,6 +18,7 @@ struct ScriptPath
 ScriptPath pathOfScript(std::string_view name);
 
 /// Returns the folders that a relative path passes, the outermost first: "a" and "a/b" of "a/b/c".
-std::vector<std::string> foldersOf(std::string_view path);
+/// They are views of `path`.
+std::vector<std::string_view> foldersOf(std::string_view path);
 
 } // namespace tool

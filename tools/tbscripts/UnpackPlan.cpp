@@ -6,12 +6,14 @@
 
 #include <tbExport/Node.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <filesystem>
+#include <functional>
 #include <map>
-#include <set>
 #include <sys/stat.h>
 
 namespace tool
@@ -45,26 +47,44 @@ void planElement(UnpackPlan& plan, std::size_t index, const tbExport::Node& decl
         {std::string(name->getString()), std::move(place.path), sources->getString()});
 }
 
+// Orders paths so that what lies below a folder follows it directly: "a", "a/b", "a.lua".
+bool isBefore(const PlannedFile* left, const PlannedFile* right)
+{
+    const auto rank = [](char letter)
+    { return letter == '/' ? 0 : static_cast<unsigned char>(letter); };
+    return std::lexicographical_compare(
+        left->path.begin(),
+        left->path.end(),
+        right->path.begin(),
+        right->path.end(),
+        [rank](char one, char other) { return rank(one) < rank(other); });
+}
+
+bool isBelow(const std::string& path, const std::string& folder)
+{
+    return path.size() > folder.size() && path[folder.size()] == '/' &&
+           path.compare(0, folder.size(), folder) == 0;
+}
+
 // One path must not be used twice, nor as a file and as a folder.
 void findCollisions(UnpackPlan& plan)
 {
-    std::map<std::string, std::string> nameByPath;
+    std::vector<const PlannedFile*> files;
     for (const PlannedFile& file : plan.files)
+        files.push_back(&file);
+    std::stable_sort(files.begin(), files.end(), isBefore);
+
+    const PlannedFile* earlier = nullptr;
+    for (const PlannedFile* file : files)
     {
-        const auto [earlier, isNew] = nameByPath.emplace(file.path, file.name);
-        if (!isNew)
+        if (earlier && file->path == earlier->path)
             plan.troubles.push_back(
-                show(file.name) + ": is the same file as " + show(earlier->second));
-    }
-    for (const PlannedFile& file : plan.files)
-    {
-        for (const std::string& folder : foldersOf(file.path))
-        {
-            const auto found = nameByPath.find(folder);
-            if (found != nameByPath.end())
-                plan.troubles.push_back(
-                    show(file.name) + ": lies below the file " + show(found->second));
-        }
+                show(file->name) + ": is the same file as " + show(earlier->name));
+        else if (earlier && isBelow(file->path, earlier->path))
+            plan.troubles.push_back(
+                show(file->name) + ": lies below the file " + show(earlier->name));
+        else
+            earlier = file;
     }
 }
 
@@ -93,9 +113,10 @@ KIND kindOf(const std::string& path)
     return S_ISREG(status.st_mode) ? KIND::FILE : KIND::OTHER;
 }
 
-std::string troubleAsFolder(const std::string& path)
+// `errno` is still that of `kindOf`.
+std::string troubleAsFolder(KIND kind)
 {
-    switch (kindOf(path))
+    switch (kind)
     {
     case KIND::MISSING:
     case KIND::FOLDER:
@@ -137,6 +158,32 @@ void addTrouble(UnpackPlan& plan, const std::string& path, const std::string& tr
         plan.troubles.push_back(show(path) + ": " + trouble);
 }
 
+// Looks at the folders that a path passes, as far as there are any, and returns whether there is a
+// way. Each folder is looked at once.
+bool isPassable(
+    UnpackPlan& plan,
+    const std::filesystem::path& root,
+    const std::string& path,
+    std::map<std::string, KIND, std::less<>>& seen)
+{
+    for (const std::string_view passed : foldersOf(path))
+    {
+        auto folder = seen.find(passed);
+        if (folder == seen.end())
+        {
+            const std::string place = (root / passed).string();
+            const KIND kind = kindOf(place);
+            if (kind == KIND::MISSING)
+                return true;
+            addTrouble(plan, place, troubleAsFolder(kind));
+            folder = seen.emplace(passed, kind).first;
+        }
+        if (folder->second != KIND::FOLDER)
+            return false;
+    }
+    return true;
+}
+
 } // namespace
 
 UnpackPlan planUnpacking(const Document& document)
@@ -151,15 +198,11 @@ UnpackPlan planUnpacking(const Document& document)
 void checkAgainstDisk(UnpackPlan& plan, const std::string& folder, bool mayOverwrite)
 {
     const std::filesystem::path root(folder);
-    std::set<std::string> seen;
+    std::map<std::string, KIND, std::less<>> seen;
     for (const PlannedFile& file : plan.files)
     {
-        for (const std::string& passed : foldersOf(file.path))
-        {
-            const std::string path = (root / passed).string();
-            if (seen.insert(passed).second)
-                addTrouble(plan, path, troubleAsFolder(path));
-        }
+        if (!isPassable(plan, root, file.path, seen))
+            continue;
         const std::string path = (root / file.path).string();
         addTrouble(plan, path, troubleAsFile(path, mayOverwrite));
     }

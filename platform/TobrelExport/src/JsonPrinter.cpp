@@ -53,6 +53,32 @@ constexpr std::array<char, 256> makeEscapes()
 
 constexpr std::array<char, 256> ESCAPES = makeEscapes();
 
+// How deep texts are looked for beforehand. What counts lies near the root.
+constexpr int ESTIMATED_LEVELS = 8;
+
+/// About how long a tree is in print, rather too long than too short: a text that grows needs the
+/// memory of two.
+std::size_t estimateSize(const value& tree, int levels)
+{
+    constexpr std::size_t AROUND = 16; // quotes, comma, indentation
+    if (const boost::json::string* text = tree.if_string())
+        return text->size() + text->size() / 8 + AROUND; // one byte in eight is escaped
+    std::size_t size = AROUND;
+    if (levels == 0)
+        return size;
+    if (const array* elements = tree.if_array())
+    {
+        for (const value& element : *elements)
+            size += estimateSize(element, levels - 1);
+    }
+    else if (const object* members = tree.if_object())
+    {
+        for (const key_value_pair& member : *members)
+            size += member.key().size() + estimateSize(member.value(), levels - 1);
+    }
+    return size;
+}
+
 char escapeOf(char byte)
 {
     return ESCAPES[static_cast<unsigned char>(byte)];
@@ -63,6 +89,7 @@ class Printer
 public:
     std::string print(const value& root)
     {
+        m_text.reserve(estimateSize(root, ESTIMATED_LEVELS));
         _begin(root);
         while (!m_open.empty())
             _continue();

@@ -58,7 +58,12 @@ const tbMemory::String& ResourceManager::getWorkingPath() const noexcept
 
 tbMemory::String ResourceManager::getAbsoluteFromWorkingDir(tbMemory::StringView path) const
 {
-    return (toPath(m_workingPath) / toPath(path)).string();
+    // Texts, because joining paths of the standard library crashes for want of memory where the
+    // first ends with a slash (libstdc++ 12; tests/faults/memory/LoadingFlows).
+    if (m_workingPath.empty() || toPath(path).is_absolute())
+        return tbMemory::String(path);
+    const bool hasSlash = std::string_view(m_workingPath).back() == '/';
+    return m_workingPath + (hasSlash ? "" : "/") + path;
 }
 
 tbMemory::Buffer ResourceManager::loadFileIntoMemory(tbMemory::StringView path) const
