@@ -53,6 +53,7 @@ set(TOBREL_SCRIPTS_SOURCES
     src/bindings/lua/LuaOwner.cpp
     src/bindings/lua/LuaOwner.h
     src/bindings/lua/LuaRaise.h
+    src/bindings/lua/LuaRivals.h
     src/bindings/lua/LuaTypeClosures.cpp
     src/bindings/lua/LuaTypeClosures.h
     src/bindings/lua/LuaTypeCore.cpp
@@ -340,6 +341,7 @@ set(TOBREL_SCRIPTS_PUBLIC_TESTS
     tests/environments/EnvironmentUserTypesTest.cpp
     tests/environments/InertNamespacesTest.cpp
     tests/environments/QualifiedNamesTest.cpp
+    tests/environments/RivalDeclarationTest.cpp
     tests/environments/ScriptFunctionCallTest.cpp
     tests/environments/ScriptFunctionOutputTest.cpp
     tests/environments/ScriptValueBytesReadTest.cpp
@@ -372,6 +374,7 @@ set(TOBREL_SCRIPTS_PUBLIC_TESTS
     tests/lifetime/EnvironmentEndTest.cpp
     tests/lifetime/InertNamespaceEndTest.cpp
     tests/lifetime/InterpreterSwitchTest.cpp
+    tests/lifetime/MethodDeclarationEndTest.cpp
     tests/lifetime/NamespaceEndTest.cpp
     tests/lifetime/OutlivingReferenceTest.cpp
     tests/lifetime/RunningScriptTest.cpp

@@ -24,17 +24,19 @@ FunctionParameter reportUnbound(const tbMemory::StringView& functionName)
 
 Function::Function(const tbMemory::StringView& name)
     : m_name(std::make_shared<tbMemory::String>(name))
-    , m_definition(new FunctionDefinition(m_name))
+    , m_definition(nullptr)
 {
     reset();
 }
 
 Function::Function(const Function& other)
     : m_name(std::make_shared<tbMemory::String>(*other.m_name))
-    , m_definition(new FunctionDefinition(m_name))
+    , m_definition(nullptr)
 {
-    m_definition->setParameters(other.m_definition->getParameters());
-    m_definition->callable = other.m_definition->callable;
+    auto definition = std::make_unique<FunctionDefinition>(m_name);
+    definition->setParameters(other.m_definition->getParameters());
+    definition->callable = other.m_definition->callable;
+    m_definition = definition.release();
 }
 
 Function& Function::operator=(const Function& other)
@@ -92,7 +94,9 @@ FunctionDefinition& Function::_editDefinition()
 
 void Function::_adopt(FunctionDefinition* definition)
 {
-    releaseDefinition(std::exchange(m_definition, definition));
+    // None yet while this function is being made.
+    if (FunctionDefinition* const earlier = std::exchange(m_definition, definition))
+        releaseDefinition(earlier);
 }
 
 Function::Callable Function::_defaultCallable() const

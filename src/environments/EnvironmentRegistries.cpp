@@ -14,10 +14,34 @@
 #include "tbScripts/UserType.h"
 
 #include <cstddef>
+#include <memory>
+#include <string>
+#include <unordered_map>
 #include <utility>
+#include <vector>
 
 namespace tbScripts
 {
+
+namespace
+{
+
+// Null entries too: the name counts as declared.
+template <typename T>
+T* registerIn(
+    std::unordered_map<std::string, T*>& registry,
+    std::vector<std::unique_ptr<T>>& owners,
+    const tbMemory::StringView& name,
+    std::unique_ptr<T> created)
+{
+    T* const declared = created.get();
+    if (created)
+        owners.push_back(std::move(created));
+    registry[keyOf(name)] = declared;
+    return declared;
+}
+
+} // namespace
 
 Function* Environment::setFunc(const tbMemory::StringView& name)
 {
@@ -30,14 +54,15 @@ Function* Environment::setFunc(const tbMemory::StringView& name)
     LogManager::getInstance()->log(messages::functionAlreadyExistant(name), LOG_SOURCE_ENVIRONMENT);
     if (life.expired())
         return nullptr; // the receiver has destroyed this environment
-    Function* const function = getFunc(name);
-    if (!function)
+    if (!getFunc(name))
         return _declareFunc(name);
-    function->reset();
+    getFunc(name)->reset();
     if (life.expired())
         return nullptr; // the end of the old callable has
-    m_strategy->installFunction(*function);
-    return life.expired() ? nullptr : function;
+    // Looked up each time: what runs meanwhile may also assign to this environment.
+    if (Function* const known = getFunc(name))
+        m_strategy->installFunction(*known);
+    return life.expired() ? nullptr : getFunc(name);
 }
 
 bool Environment::isFuncSet(const tbMemory::StringView& name) const
@@ -115,14 +140,14 @@ UserType* Environment::_setPlainUserType(const tbMemory::StringView& name)
     LogManager::getInstance()->log(messages::userTypeAlreadyExistant(name), LOG_SOURCE_ENVIRONMENT);
     if (life.expired())
         return nullptr; // the receiver has destroyed this environment
-    UserType* const type = findIn(m_userTypes, name);
-    if (!type)
+    if (!findIn(m_userTypes, name))
         return _declareUserType(name);
-    type->clear();
+    findIn(m_userTypes, name)->clear();
     if (life.expired())
         return nullptr; // the end of a callable has
-    m_strategy->installUserType(*type);
-    return life.expired() ? nullptr : type;
+    if (UserType* const known = findIn(m_userTypes, name))
+        m_strategy->installUserType(*known);
+    return life.expired() ? nullptr : findIn(m_userTypes, name);
 }
 
 Namespace* Environment::_setPlainNamespace(const tbMemory::StringView& name)
@@ -139,27 +164,27 @@ Namespace* Environment::_setPlainNamespace(const tbMemory::StringView& name)
     if (!known)
         return _declareNamespace(name);
     m_strategy->installNamespace(*known);
-    return life.expired() ? nullptr : known;
+    return life.expired() ? nullptr : findIn(m_namespaces, name);
 }
 
 Namespace* Environment::_reachNamespaceOf(const tbMemory::BufferCast<tbMemory::String>& parts)
 {
     const std::weak_ptr<const char> life = m_life;
-    Namespace* reached = findIn(m_namespaces, parts[0]);
-    if (reached)
-        m_strategy->installNamespace(*reached);
-    else
-        reached = _setPlainNamespace(parts[0]);
-    for (std::size_t i = 1; i + 1 < parts.size() && reached && !life.expired(); ++i)
+    Namespace* reached = nullptr;
+    for (std::size_t i = 0; i + 1 < parts.size(); ++i)
     {
-        if (Namespace* const inner = reached->getNamespace(parts[i]))
-            m_strategy->installNamespace(*inner);
+        if (Namespace* const known = _findNamespace(parts, i + 1))
+            m_strategy->installNamespace(*known);
+        else if (i == 0)
+            _setPlainNamespace(parts[i]);
         else
             reached->setNamespace(parts[i]);
         // From the first part again: what ran meanwhile may have released any of them.
         reached = life.expired() ? nullptr : _findNamespace(parts, i + 1);
+        if (!reached)
+            return nullptr;
     }
-    return life.expired() ? nullptr : reached;
+    return reached;
 }
 
 Namespace* Environment::_findNamespace(
@@ -171,17 +196,21 @@ Namespace* Environment::_findNamespace(
     return found;
 }
 
+// Publishing runs metamethods of the globals: they may destroy this environment, or have it declare
+// the same name. What that declaration gave stays.
+
 Function* Environment::_declareFunc(const tbMemory::StringView& name)
 {
     const std::weak_ptr<const char> life = m_life;
     std::unique_ptr<Function> created = m_strategy->createFunction(name);
     if (life.expired())
-        return nullptr; // a metamethod of the globals has destroyed this environment
-    Function* const function = created.get();
+        return nullptr;
+    Function* const known = getFunc(name);
+    if (!known)
+        return registerIn(m_functions, m_bindings->functions, name, std::move(created));
     if (created)
-        m_bindings->functions.push_back(std::move(created));
-    m_functions[keyOf(name)] = function; // null entries too: the name counts as declared
-    return function;
+        m_strategy->giveWay(std::move(created), *known);
+    return life.expired() ? nullptr : getFunc(name);
 }
 
 UserType* Environment::_declareUserType(const tbMemory::StringView& name)
@@ -190,11 +219,12 @@ UserType* Environment::_declareUserType(const tbMemory::StringView& name)
     std::unique_ptr<UserType> created = m_strategy->createUserType(name);
     if (life.expired())
         return nullptr;
-    UserType* const type = created.get();
+    UserType* const known = findIn(m_userTypes, name);
+    if (!known)
+        return registerIn(m_userTypes, m_bindings->userTypes, name, std::move(created));
     if (created)
-        m_bindings->userTypes.push_back(std::move(created));
-    m_userTypes[keyOf(name)] = type;
-    return type;
+        m_strategy->giveWay(std::move(created), *known);
+    return life.expired() ? nullptr : findIn(m_userTypes, name);
 }
 
 Namespace* Environment::_declareNamespace(const tbMemory::StringView& name)
@@ -203,11 +233,12 @@ Namespace* Environment::_declareNamespace(const tbMemory::StringView& name)
     std::unique_ptr<Namespace> created = m_strategy->createNamespace(name);
     if (life.expired())
         return nullptr;
-    Namespace* const declared = created.get();
+    Namespace* const known = findIn(m_namespaces, name);
+    if (!known)
+        return registerIn(m_namespaces, m_bindings->namespaces, name, std::move(created));
     if (created)
-        m_bindings->namespaces.push_back(std::move(created));
-    m_namespaces[keyOf(name)] = declared;
-    return declared;
+        m_strategy->giveWay(std::move(created), *known);
+    return life.expired() ? nullptr : findIn(m_namespaces, name);
 }
 
 } // namespace tbScripts

@@ -1,5 +1,9 @@
 #include "environments/EnvironmentStrategy.h"
 
+#include "tbScripts/Function.h"
+#include "tbScripts/Namespace.h"
+#include "tbScripts/UserType.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -9,9 +13,16 @@ namespace tbScripts
 EnvironmentStrategy::EnvironmentStrategy(Name environmentName)
     : m_environmentName(std::move(environmentName))
 {
+    m_shownIn.reserve(1); // the environment that makes this one can show it for certain
 }
 
 EnvironmentStrategy::~EnvironmentStrategy() = default;
+
+void EnvironmentStrategy::giveWay(std::unique_ptr<Function> /*made*/, Function& /*known*/) {}
+
+void EnvironmentStrategy::giveWay(std::unique_ptr<UserType> /*made*/, UserType& /*known*/) {}
+
+void EnvironmentStrategy::giveWay(std::unique_ptr<Namespace> /*made*/, Namespace& /*known*/) {}
 
 const ExecutionResult& EnvironmentStrategy::getLastExecutionResult() const
 {

@@ -85,6 +85,13 @@ public:
     virtual void installUserType(UserType& type) = 0;
     virtual void installNamespace(Namespace& scope) = 0;
 
+    /// Ends `made`, while whose publishing `known` was declared under the same name: that one stays
+    /// published, as new; a namespace keeps what is in it. Back-ends that make nothing have nothing
+    /// to do.
+    virtual void giveWay(std::unique_ptr<Function> made, Function& known);
+    virtual void giveWay(std::unique_ptr<UserType> made, UserType& known);
+    virtual void giveWay(std::unique_ptr<Namespace> made, Namespace& known);
+
     /// Returns whether a call of the host into the interpreter is in progress, or its end.
     virtual bool isRunning() const = 0;
 

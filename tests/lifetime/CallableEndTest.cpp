@@ -3,6 +3,7 @@
 #include "support/EnvironmentFixture.h"
 
 #include <tbScripts/Script.h>
+#include <tbScripts/UserType.h>
 
 #include <functional>
 #include <memory>
@@ -53,6 +54,36 @@ TEST_F(CallableEndTest, DeclarationAnewMayDeclareTheSameFunction)
 
     EXPECT_NE(outer, nullptr);
     EXPECT_EQ(outer, inner);
+}
+
+TEST_F(CallableEndTest, DeclarationAnewMayAssignToTheEnvironment)
+{
+    Environment other;
+    other.setEnvironmentFor(INTERPRETER_LUA);
+    declareWithEnd([this, &other] { *m_environment = other; });
+
+    Function* const function = m_environment->setFunc("f");
+    m_log.takeEntries(); // that it was declared already
+
+    EXPECT_EQ(function, nullptr);
+    EXPECT_FALSE(m_environment->isFuncSet("f"));
+}
+
+TEST_F(CallableEndTest, DeclarationOfAUserTypeAnewMayAssignToTheEnvironment)
+{
+    Environment other;
+    other.setEnvironmentFor(INTERPRETER_LUA);
+    std::shared_ptr<void> guard(nullptr, [this, &other](void*) { *m_environment = other; });
+    m_environment->setUserType("T")
+        ->setMethod("m", false)
+        ->setFunction([held = std::move(guard)](const Parameters&)
+                      { return FunctionParameter::VOID; });
+
+    UserType* const type = m_environment->setUserType("T");
+    m_log.takeEntries(); // that it was declared already
+
+    EXPECT_EQ(type, nullptr);
+    EXPECT_FALSE(m_environment->isUserTypeSet("T"));
 }
 
 TEST_F(CallableEndTest, AssignmentToTheEnvironmentMayEndIt)

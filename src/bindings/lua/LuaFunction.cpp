@@ -49,10 +49,9 @@ bool LuaFunction::install(const LuaStateHandle& handle)
 {
     if (isInstalled() && m_handle.sharesStateWith(handle))
         return true;
+    LuaHostCall call(handle); // first: leaving another state may run anything
     uninstall();
     m_handle = handle;
-
-    LuaHostCall call(m_handle);
     const bool isDone = call.run(
         [&](lua_State* state)
         {

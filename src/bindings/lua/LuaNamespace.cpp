@@ -4,7 +4,9 @@
 #include "bindings/lua/LuaFunction.h"
 #include "bindings/lua/LuaInstanceBox.h"
 #include "bindings/lua/LuaNamedTables.h"
+#include "bindings/lua/LuaRivals.h"
 #include "bindings/lua/LuaUserType.h"
+#include "core/ExceptionContainment.h"
 #include "core/LogSources.h"
 #include "core/lua/LuaHostCall.h"
 #include "core/lua/LuaScriptObjectInterpreterReference.h"
@@ -13,6 +15,7 @@
 
 #include "tbScripts/LogManager.h"
 
+#include <memory>
 #include <utility>
 #include <vector>
 
@@ -40,14 +43,16 @@ std::vector<T*> objectsOf(const OwningRegistry<T>& registry)
     return objects;
 }
 
-// Ends each object, which has left its registry, and destroys it.
+// Ends each object, which has left its registry, and destroys it. `handle` is its owner's; it may
+// itself belong to another state, that of a copy of the environment.
 template <typename T>
 void dropAll(OwningRegistry<T> objects, const LuaStateHandle& handle)
 {
     for (auto& [name, object] : objects)
     {
         object->uninstall();
-        destroyWhenIdle(handle, std::move(object));
+        const LuaStateHandle own = object->getHandle();
+        destroyWhenIdle(own, handle, std::move(object));
     }
 }
 
@@ -58,32 +63,9 @@ void dropAll(OwningRegistry<LuaFunction> functions, const LuaStateHandle& handle
     {
         function->uninstall();
         function->reset();
-        destroyWhenIdle(handle, std::move(function));
+        const LuaStateHandle own = function->getHandle();
+        destroyWhenIdle(own, handle, std::move(function));
     }
-}
-
-// Ends `made`: what its publishing ran has declared `known` under the same name, and that one
-// stays.
-template <typename T>
-void giveWay(T& made, T& known, const LuaStateHandle& handle)
-{
-    made.uninstall(); // takes the name from both
-    known.uninstall();
-    known.install(handle);
-}
-
-void giveWay(LuaNamespace& made, LuaNamespace& /*known*/, const LuaStateHandle& /*handle*/)
-{
-    made.leaveTable(); // which both have
-}
-
-// Returns what `declare` gives, null if the state has closed when its host call has ended: that may
-// run the end of the environment, and so of the namespace.
-template <typename Declare>
-auto declareIn(LuaStateHandle handle, Declare&& declare)
-{
-    auto* const declared = declare();
-    return handle.get() ? declared : nullptr;
 }
 
 } // namespace
@@ -119,21 +101,21 @@ LuaNamespace::LuaNamespace(
 
 LuaNamespace::~LuaNamespace()
 {
-    uninstall();
+    contain([this] { uninstall(); }, [] {}); // no memory for one of its steps ends nobody
 }
 
 bool LuaNamespace::install(const LuaStateHandle& handle)
 {
     if (isInstalled() && m_handle.sharesStateWith(handle))
         return true;
-    _unpublish(); // what is in it stays where it is, until it is declared again
-    LuaHostCall call(handle);
+    LuaHostCall call(handle); // first: leaving another state may run anything
     if (call.isRefused())
         return false;
+    _unpublish(); // what is in it stays where it is, until it is declared again
     m_handle = handle;
 
     NAMED_TABLE before = NAMED_TABLE::FOREIGN;
-    m_isPublished = call.run(
+    const bool isDone = call.run(
         [&](lua_State* state)
         {
             const LuaStateSlot& slot = *m_handle.getSlot();
@@ -141,16 +123,18 @@ bool LuaNamespace::install(const LuaStateHandle& handle)
             if (before == NAMED_TABLE::FOREIGN)
                 return;
             registerNamespaceTable(slot, state);
-            m_owner.publish(slot, state, getName());
+            m_isPublished = true;
+            m_owner.publish(slot, state, getName()); // last: this may end the namespace
         });
-    if (m_isPublished && before == NAMED_TABLE::FOREIGN)
+    if (!isDone)
     {
         m_isPublished = false;
-        warn(messages::nameIsReserved(m_fullName));
+        if (before == NAMED_TABLE::NONE)
+            call.run([this](lua_State* state) { removeNamedTable(state, m_fullName); });
     }
-    else if (!m_isPublished && before == NAMED_TABLE::NONE)
+    else if (before == NAMED_TABLE::FOREIGN)
     {
-        call.run([this](lua_State* state) { removeNamedTable(state, m_fullName); });
+        warn(messages::nameIsReserved(m_fullName));
     }
     return isInstalled();
 }
@@ -219,17 +203,17 @@ void LuaNamespace::setVar(
 
 Namespace* LuaNamespace::setNamespace(const tbMemory::StringView& name)
 {
-    return declareIn(m_handle, [&] { return _declareNamespace(name); });
+    return _declareIn(m_namespaces, name, [&] { return _declareNamespace(name); });
 }
 
 UserType* LuaNamespace::setUserType(const tbMemory::StringView& name)
 {
-    return declareIn(m_handle, [&] { return _declareUserType(name); });
+    return _declareIn(m_userTypes, name, [&] { return _declareUserType(name); });
 }
 
 Function* LuaNamespace::setFunction(const tbMemory::StringView& name)
 {
-    return declareIn(m_handle, [&] { return _declareFunction(name); });
+    return _declareIn(m_functions, name, [&] { return _declareFunction(name); });
 }
 
 void LuaNamespace::clear()
@@ -323,6 +307,18 @@ bool LuaNamespace::_beginChange(const LuaHostCall& call)
         return false;
     m_isReleased = false;
     return true;
+}
+
+template <typename T, typename Declare>
+T* LuaNamespace::_declareIn(
+    const OwningRegistry<T>& registry, const tbMemory::StringView& name, Declare&& declare)
+{
+    const std::weak_ptr<const char> life = m_life;
+    const LuaStateHandle handle = m_handle;
+    const tbMemory::String keptName(name); // the view may be of something that goes
+    if (!declare() || life.expired() || !handle.get())
+        return nullptr;
+    return findIn(registry, keptName);
 }
 
 template <typename T, typename Make>

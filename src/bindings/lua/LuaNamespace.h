@@ -9,6 +9,8 @@
 #include <tbMemory/String.h>
 #include <tbMemory/StringView.h>
 
+#include <memory>
+
 namespace tbScripts::lua
 {
 
@@ -54,6 +56,8 @@ public:
     /// Returns whether the namespace is published in an open state.
     bool isInstalled() const;
 
+    const LuaStateHandle& getHandle() const { return m_handle; }
+
     Namespace* getNamespace(const tbMemory::StringView& name) const override;
     UserType* getUserType(const tbMemory::StringView& name) const override;
     void setVar(const tbMemory::StringView& name, const ScriptObjectReference& value) override;
@@ -85,6 +89,12 @@ private:
     LuaUserType* _declareUserType(const tbMemory::StringView& name);
     LuaFunction* _declareFunction(const tbMemory::StringView& name);
 
+    // Returns what `declare` gives, looked up when its host call has ended: what waited for that
+    // may have ended this namespace, or released it.
+    template <typename T, typename Declare>
+    T* _declareIn(
+        const OwningRegistry<T>& registry, const tbMemory::StringView& name, Declare&& declare);
+
     // Returns whether the namespace can be changed during `call`.
     bool _beginChange(const LuaHostCall& call);
 
@@ -108,6 +118,7 @@ private:
     LuaStateHandle m_handle;
     bool m_isPublished = false; // in the state of the handle
     bool m_isReleased = true;   // nothing was declared since it was made or released
+    std::shared_ptr<const char> m_life = std::make_shared<const char>(); // expires with this object
 };
 
 } // namespace tbScripts::lua

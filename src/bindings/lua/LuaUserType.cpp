@@ -4,6 +4,7 @@
 #include "bindings/lua/LuaFunction.h"
 #include "bindings/lua/LuaNamedTables.h"
 #include "bindings/lua/LuaTypeTable.h"
+#include "core/ExceptionContainment.h"
 #include "core/LogSources.h"
 #include "core/lua/LuaHostCall.h"
 #include "core/lua/LuaRegistry.h"
@@ -12,6 +13,7 @@
 
 #include <array>
 #include <cstddef>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -25,6 +27,26 @@ namespace
 constexpr const char* SEPARATOR = "::";
 constexpr const char* ARRAY_READ = "__arrayRead";
 constexpr const char* ARRAY_WRITE = "__arrayWrite";
+
+struct Operator
+{
+    const char* name;
+    bool isBinary;
+};
+
+constexpr std::array<Operator, 12> OPERATORS{
+    {{"__tostring", false},
+     {"__unm", false},
+     {"__add", true},
+     {"__sub", true},
+     {"__mul", true},
+     {"__div", true},
+     {"__mod", true},
+     {"__pow", true},
+     {"__concat", true},
+     {"__eq", true},
+     {"__lt", true},
+     {"__le", true}}};
 
 template <typename Definition>
 DefinitionHolder<Definition> makeDefinition(const tbMemory::StringView& name)
@@ -70,6 +92,18 @@ void dropFields(LuaTypeCore& core)
     }
 }
 
+// Returns the method that `declare` makes, looked up when its host call has ended: what waited for
+// that may have ended the type, or cleared it.
+template <typename Declare>
+Function* declareMethodIn(
+    std::shared_ptr<const LuaTypeCore> core, const tbMemory::StringView& name, Declare&& declare)
+{
+    const tbMemory::String keptName(name); // the view may be of a method that goes
+    if (!declare() || !core->isAlive || !core->handle.get())
+        return nullptr;
+    return findIn(core->methods, keptName);
+}
+
 } // namespace
 
 LuaUserType::LuaUserType(const tbMemory::StringView& name, const LuaStateHandle& handle)
@@ -106,17 +140,17 @@ LuaUserType::LuaUserType(
 
 LuaUserType::~LuaUserType()
 {
-    uninstall();
+    contain([this] { uninstall(); }, [] {}); // no memory for one of its steps ends nobody
 }
 
 bool LuaUserType::install(const LuaStateHandle& handle)
 {
     if (isInstalled() && m_core->handle.sharesStateWith(handle))
         return true;
-    uninstall();
-    LuaHostCall call(handle);
+    LuaHostCall call(handle); // first: leaving another state may run anything
     if (call.isRefused())
         return false;
+    uninstall();
 
     // A core of its own for each state: instances of an earlier one still need theirs.
     auto core = std::make_shared<LuaTypeCore>(handle, getFullName());
@@ -135,38 +169,40 @@ bool LuaUserType::install(const LuaStateHandle& handle)
                 return;
             if (m_core->constructor)
                 LuaTypeTable::publishFactory(state);
-            LuaTypeTable::pushTable(state);
-            m_owner.publish(slot, state, getName());
+            lua_pushvalue(state, -1);
             m_partsKey = luaL_ref(state, LUA_REGISTRYINDEX);
+            LuaTypeTable::pushTable(state);
+            m_owner.publish(slot, state, getName()); // last: this may change or end the type
         });
+    if (!isDone)
+        _abandon(call, before);
     m_core->isAlive = isInstalled();
     if (isDone && before == NAMED_TABLE::FOREIGN)
     {
         LogManager::getInstance()->log(
             messages::nameIsReserved(getFullName()), LOG_SOURCE_LUA_USER_TYPE);
     }
-    else if (!isDone && before == NAMED_TABLE::NONE)
-    {
-        call.run([this](lua_State* state) { removeNamedTable(state, getFullName()); });
-    }
     return isInstalled();
 }
 
 void LuaUserType::uninstall()
 {
-    if (isInstalled())
-    {
-        LuaHostCall call(m_core->handle, LuaHostCall::ENTRY::UPKEEP);
-        clear();
-        const LuaStateSlot& slot = *m_core->handle.getSlot();
-        freeRegistrySlot(slot, std::exchange(m_partsKey, LUA_NOREF));
-        call.run([&](lua_State* state) { m_owner.unpublish(slot, state, getName()); });
-        call.run([this](lua_State* state) { removeNamedTable(state, getFullName()); });
-    }
-    m_partsKey = LUA_NOREF;
-    m_core->isAlive = false;
+    m_core->isAlive = false; // first: nothing is declared from here on
     m_core->table = nullptr; // may go before the closures do, and another one lie in its place
-    _dropMembers();
+    if (!isInstalled())
+    {
+        m_partsKey = LUA_NOREF;
+        _dropMembers();
+        return;
+    }
+    LuaHostCall call(m_core->handle, LuaHostCall::ENTRY::UPKEEP);
+    clear();
+    if (!isInstalled())
+        return; // the end of a callable has ended this type
+    const LuaStateSlot& slot = *m_core->handle.getSlot();
+    freeRegistrySlot(slot, std::exchange(m_partsKey, LUA_NOREF));
+    call.run([&](lua_State* state) { m_owner.unpublish(slot, state, getName()); });
+    call.run([this](lua_State* state) { removeNamedTable(state, getFullName()); });
 }
 
 bool LuaUserType::isInstalled() const
@@ -204,70 +240,40 @@ void LuaUserType::setDestructor(Destructor destructor)
 
 Function* LuaUserType::setMethod(const tbMemory::StringView& name, bool selfOwnedByScript)
 {
-    LuaHostCall call(m_core->handle);
-    Function* const method = setStaticMethod(name);
-    if (method)
-    {
-        method->addParameter(
-            selfOwnedByScript ? PARAM_TYPE_USER_TYPE_OWNED : PARAM_TYPE_USER_TYPE, getFullName());
-    }
-    return method;
+    const FUNCTION_PARAMETER_TYPE selfType =
+        selfOwnedByScript ? PARAM_TYPE_USER_TYPE_OWNED : PARAM_TYPE_USER_TYPE;
+    return declareMethodIn(m_core, name, [&] { return _declareMethod(name, {selfType}); });
 }
 
 Function* LuaUserType::setStaticMethod(const tbMemory::StringView& name)
 {
-    LuaHostCall call(m_core->handle);
-    if (!_isUsable(call))
-        return nullptr;
-    if (_findMethod(name))
-    {
-        LogManager::getInstance()->log(
-            messages::methodAlreadyRegistered(name, getName()), LOG_SOURCE_LUA_USER_TYPE);
-    }
-    // Looked up again: the receiver may have cleared this type.
-    LuaFunction* const known = _findMethod(name);
-    LuaFunction* const method = known ? known : _makeMethod(name);
-    if (!method || !isInstalled())
-        return nullptr;
-    method->reset();
-    return _findMethod(name); // the end of the old callable may have cleared this type
+    return declareMethodIn(m_core, name, [&] { return _declareMethod(name, {}); });
 }
 
 Function* LuaUserType::setOperator(BUILT_IN_FUNCTION op)
 {
-    struct Operator
-    {
-        const char* name;
-        bool isBinary;
-    };
-
-    constexpr std::array<Operator, 12> OPERATORS{
-        {{"__tostring", false},
-         {"__unm", false},
-         {"__add", true},
-         {"__sub", true},
-         {"__mul", true},
-         {"__div", true},
-         {"__mod", true},
-         {"__pow", true},
-         {"__concat", true},
-         {"__eq", true},
-         {"__lt", true},
-         {"__le", true}}};
     const auto number = static_cast<std::size_t>(op);
-    LuaHostCall call(m_core->handle);
-    if (!_isUsable(call))
-        return nullptr;
     if (number >= OPERATORS.size())
     {
-        LogManager::getInstance()->log(
-            messages::unknownOperator(getFullName()), LOG_SOURCE_LUA_USER_TYPE);
+        LuaHostCall call(m_core->handle);
+        if (_isUsable(call))
+        {
+            LogManager::getInstance()->log(
+                messages::unknownOperator(getFullName()), LOG_SOURCE_LUA_USER_TYPE);
+        }
         return nullptr;
     }
-    Function* const function = setMethod(OPERATORS[number].name, false);
-    if (function && OPERATORS[number].isBinary)
-        function->addParameter(PARAM_TYPE_USER_TYPE_OWNED, getFullName());
-    return function;
+    const Operator& known = OPERATORS.at(number);
+    return declareMethodIn(
+        m_core,
+        known.name,
+        [&]
+        {
+            return known.isBinary
+                       ? _declareMethod(
+                             known.name, {PARAM_TYPE_USER_TYPE, PARAM_TYPE_USER_TYPE_OWNED})
+                       : _declareMethod(known.name, {PARAM_TYPE_USER_TYPE});
+        });
 }
 
 void LuaUserType::setField(UserTypeFieldDescriptor descriptor)
@@ -277,15 +283,14 @@ void LuaUserType::setField(UserTypeFieldDescriptor descriptor)
         return;
     if (descriptor.getter)
         _setGetter(call, descriptor.name, descriptor.getter);
-    if (!descriptor.setter || !isInstalled())
+    if (!descriptor.setter || !_isUsable(call))
         return;
-    if (SetterDefinition* const definition = _setSetter(call, descriptor.name, descriptor.setter))
-    {
-        definition->addParameter(
-            FunctionParameter::ofType(PARAM_TYPE_USER_TYPE_OWNED, getFullName()));
-        definition->addParameter(
-            FunctionParameter::ofType(descriptor.type, descriptor.userTypeName));
-    }
+    _setSetter(
+        call,
+        descriptor.name,
+        descriptor.setter,
+        {FunctionParameter::ofType(PARAM_TYPE_USER_TYPE_OWNED, getFullName()),
+         FunctionParameter::ofType(descriptor.type, descriptor.userTypeName)});
 }
 
 void LuaUserType::setArrayAccess(UserTypeArrayDescriptor descriptor)
@@ -295,22 +300,19 @@ void LuaUserType::setArrayAccess(UserTypeArrayDescriptor descriptor)
         return;
     if (descriptor.read)
     {
-        if (Function* const function = setMethod(ARRAY_READ, false))
-        {
-            function->addParameter(PARAM_TYPE_INT);
+        if (Function* const function =
+                _declareMethod(ARRAY_READ, {PARAM_TYPE_USER_TYPE, PARAM_TYPE_INT}))
             function->setFunction(std::move(descriptor.read));
-        }
     }
-    if (!descriptor.write || !isInstalled())
+    if (!descriptor.write || !_isUsable(call))
         return;
-    if (SetterDefinition* const definition = _setSetter(call, ARRAY_WRITE, descriptor.write))
-    {
-        definition->addParameter(
-            FunctionParameter::ofType(PARAM_TYPE_USER_TYPE_OWNED, getFullName()));
-        definition->addParameter(FunctionParameter::ofType(PARAM_TYPE_INT));
-        definition->addParameter(
-            FunctionParameter::ofType(descriptor.type, descriptor.userTypeName));
-    }
+    _setSetter(
+        call,
+        ARRAY_WRITE,
+        descriptor.write,
+        {FunctionParameter::ofType(PARAM_TYPE_USER_TYPE_OWNED, getFullName()),
+         FunctionParameter::ofType(PARAM_TYPE_INT),
+         FunctionParameter::ofType(descriptor.type, descriptor.userTypeName)});
 }
 
 void LuaUserType::clear()
@@ -323,12 +325,46 @@ void LuaUserType::clear()
 
 bool LuaUserType::_isUsable(const LuaHostCall& call) const
 {
-    return !call.isRefused() && isInstalled();
+    return !call.isRefused() && isInstalled() && m_core->isAlive;
+}
+
+void LuaUserType::_abandon(LuaHostCall& call, NAMED_TABLE before)
+{
+    m_core->isAlive = false;
+    if (const LuaStateSlot* const slot = m_core->handle.getSlot())
+        freeRegistrySlot(*slot, std::exchange(m_partsKey, LUA_NOREF));
+    _dropMembers(); // which publishing may have declared
+    if (before == NAMED_TABLE::NONE)
+        call.run([this](lua_State* state) { removeNamedTable(state, getFullName()); });
 }
 
 LuaFunction* LuaUserType::_findMethod(const tbMemory::StringView& name) const
 {
     return findIn(m_core->methods, name);
+}
+
+LuaFunction* LuaUserType::_declareMethod(
+    const tbMemory::StringView& name, std::initializer_list<FUNCTION_PARAMETER_TYPE> parameters)
+{
+    LuaHostCall call(m_core->handle);
+    if (!_isUsable(call))
+        return nullptr;
+    if (_findMethod(name))
+    {
+        LogManager::getInstance()->log(
+            messages::methodAlreadyRegistered(name, getName()), LOG_SOURCE_LUA_USER_TYPE);
+    }
+    // Looked up again: the receiver may have cleared this type.
+    LuaFunction* const known = _findMethod(name);
+    LuaFunction* const method = known ? known : _makeMethod(name);
+    if (!method || !_isUsable(call))
+        return nullptr;
+    method->reset();
+    if (_findMethod(name) != method)
+        return nullptr; // the end of the old callable has cleared this type
+    for (const FUNCTION_PARAMETER_TYPE type : parameters)
+        method->addParameter(type, getFullName());
+    return method;
 }
 
 LuaFunction* LuaUserType::_makeMethod(const tbMemory::StringView& name)
@@ -366,17 +402,19 @@ void LuaUserType::_setGetter(
     _runWithParts(call, [&](lua_State* state) { LuaTypeTable::publishGetter(state, name, field); });
 }
 
-SetterDefinition* LuaUserType::_setSetter(
+void LuaUserType::_setSetter(
     LuaHostCall& call,
     const tbMemory::StringView& name,
-    decltype(UserTypeFieldDescriptor::setter)& setter)
+    decltype(UserTypeFieldDescriptor::setter)& setter,
+    std::initializer_list<FunctionParameter> parameters)
 {
     LuaTypeField& field = m_core->fields[keyOf(name)];
     setCallable(field.setter, name, setter);
+    for (const FunctionParameter& parameter : parameters)
+        (*field.setter).addParameter(parameter);
     if (name == tbMemory::StringView(ARRAY_WRITE))
         m_core->arrayWrite = &field;
     _runWithParts(call, [&](lua_State* state) { LuaTypeTable::publishSetter(state, name, field); });
-    return field.setter ? &field.setter.edit() : nullptr;
 }
 
 template <typename Work>

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "bindings/lua/LuaNamedTables.h"
 #include "bindings/lua/LuaOwner.h"
 #include "bindings/lua/LuaTypeCore.h"
 #include "core/lua/LuaApi.h"
@@ -7,6 +8,7 @@
 
 #include "tbScripts/UserType.h"
 
+#include <initializer_list>
 #include <memory>
 
 namespace tbScripts::lua
@@ -48,6 +50,8 @@ public:
     /// Returns whether the type is published in an open state.
     bool isInstalled() const;
 
+    const LuaStateHandle& getHandle() const { return m_core->handle; }
+
     Function* getMethod(const tbMemory::StringView& name) const override;
     Function* getStaticMethod(const tbMemory::StringView& name) const override;
     void setConstructor(Constructor constructor) override;
@@ -69,7 +73,16 @@ private:
     // Returns whether the type can be changed during `call`.
     bool _isUsable(const LuaHostCall& call) const;
 
+    // Takes back a publishing that failed; `before` is what had the name until then.
+    void _abandon(LuaHostCall& call, NAMED_TABLE before);
+
     LuaFunction* _findMethod(const tbMemory::StringView& name) const;
+
+    // Declares a method with parameters of those types, all with this type's name, and returns it;
+    // null if that failed. One host call, whose end may destroy what it returns, and this type.
+    LuaFunction* _declareMethod(
+        const tbMemory::StringView& name,
+        std::initializer_list<FUNCTION_PARAMETER_TYPE> parameters);
 
     // Makes the function of a new method; null if it cannot be published.
     LuaFunction* _makeMethod(const tbMemory::StringView& name);
@@ -80,11 +93,12 @@ private:
         const tbMemory::StringView& name,
         decltype(UserTypeFieldDescriptor::getter)& getter);
 
-    // Returns the setter's definition, to which its parameters are added; null if it is gone.
-    SetterDefinition* _setSetter(
+    // The setter's list of parameters grows by `parameters`.
+    void _setSetter(
         LuaHostCall& call,
         const tbMemory::StringView& name,
-        decltype(UserTypeFieldDescriptor::setter)& setter);
+        decltype(UserTypeFieldDescriptor::setter)& setter,
+        std::initializer_list<FunctionParameter> parameters);
 
     // Runs `work(state)` with the parts of the type's table on top of the stack.
     template <typename Work>

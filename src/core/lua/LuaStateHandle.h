@@ -100,6 +100,22 @@ void destroyWhenIdle(const LuaStateHandle& handle, std::unique_ptr<T> object)
         slot->putOff.push_back([held = std::shared_ptr<T>(std::move(object))] {});
 }
 
+/// The same, for an object of one state whose owner is of another: waits for both.
+template <typename T>
+void destroyWhenIdle(
+    const LuaStateHandle& handle, const LuaStateHandle& ownersHandle, std::unique_ptr<T> object)
+{
+    LuaStateSlot* const slot = handle.getSlot();
+    if (!slot || slot->hostCalls == 0 || slot == ownersHandle.getSlot())
+    {
+        destroyWhenIdle(ownersHandle, std::move(object));
+        return;
+    }
+    slot->putOff.push_back(
+        [ownersHandle, held = std::make_shared<std::unique_ptr<T>>(std::move(object))]
+        { destroyWhenIdle(ownersHandle, std::move(*held)); });
+}
+
 /// Stack: +1, the global table of the main thread, whichever thread runs.
 void pushGlobals(const LuaStateSlot& slot, lua_State* state);
 

@@ -3,6 +3,7 @@
 #include "bindings/lua/LuaFunction.h"
 #include "bindings/lua/LuaInstanceBox.h"
 #include "bindings/lua/LuaNamespace.h"
+#include "bindings/lua/LuaRivals.h"
 #include "bindings/lua/LuaUserType.h"
 #include "core/LogSources.h"
 #include "core/lua/LuaHostCall.h"
@@ -41,6 +42,15 @@ bool isObjectType(int luaType)
 bool isFunctionType(int luaType)
 {
     return luaType == LUA_TFUNCTION;
+}
+
+template <typename T, typename Front>
+void giveWayTo(Front& made, Front& known, const LuaStateHandle& handle)
+{
+    auto* const ours = dynamic_cast<T*>(&made);
+    auto* const others = dynamic_cast<T*>(&known);
+    if (ours && others)
+        lua::giveWay(*ours, *others, handle);
 }
 
 } // namespace
@@ -314,9 +324,12 @@ LuaEnvironmentStrategy::deserializeScriptObject(const tbMemory::BufferView<unsig
     if (call.isRefused())
         return ScriptObjectReference();
     LuaValueReader reader(*m_handle.getSlot(), bytes);
-    // Made beforehand: an anchored value that nobody holds would stay in the registry.
-    auto anchored =
+    // All of it is made beforehand: an anchored value that nobody holds would stay in the registry,
+    // and own objects that still belong to the bytes.
+    auto made =
         std::make_unique<LuaScriptObjectInterpreterReference>(m_handle, reader.getType(), 0);
+    LuaScriptObjectInterpreterReference* const anchored = made.get();
+    ScriptObjectReference value(made.release());
     bool isAnchored = false;
     call.run(
         [&](lua_State* state)
@@ -327,7 +340,7 @@ LuaEnvironmentStrategy::deserializeScriptObject(const tbMemory::BufferView<unsig
             reader.handOverOwnership(state);
             isAnchored = true;
         });
-    return isAnchored ? ScriptObjectReference(anchored.release()) : ScriptObjectReference();
+    return isAnchored ? value : ScriptObjectReference();
 }
 
 void LuaEnvironmentStrategy::installFunction(Function& function)
@@ -346,6 +359,23 @@ void LuaEnvironmentStrategy::installNamespace(Namespace& scope)
 {
     if (auto* const published = dynamic_cast<LuaNamespace*>(&scope))
         published->install(m_handle);
+}
+
+void LuaEnvironmentStrategy::giveWay(std::unique_ptr<Function> made, Function& known)
+{
+    LuaHostCall call(m_handle, LuaHostCall::ENTRY::UPKEEP); // keeps both to its end
+    giveWayTo<LuaFunction>(*made, known, m_handle);
+    known.reset();
+}
+
+void LuaEnvironmentStrategy::giveWay(std::unique_ptr<UserType> made, UserType& known)
+{
+    giveWayTo<LuaUserType>(*made, known, m_handle);
+}
+
+void LuaEnvironmentStrategy::giveWay(std::unique_ptr<Namespace> made, Namespace& known)
+{
+    giveWayTo<LuaNamespace>(*made, known, m_handle);
 }
 
 bool LuaEnvironmentStrategy::isRunning() const

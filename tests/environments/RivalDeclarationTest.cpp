@@ -1,0 +1,217 @@
+// Declarations whose publishing has the host declare the same name: a metamethod of the globals, or
+// of the table that the name belongs to, calls a host function that does it.
+
+#include "support/NamespaceFixture.h"
+#include "support/RowName.h"
+
+#include <ostream>
+#include <string>
+#include <vector>
+
+namespace tbScripts::test
+{
+
+using ::testing::IsEmpty;
+
+namespace
+{
+
+struct Kind
+{
+    const char* row;
+    const char* owner;     // what scripts call the table that gets the name
+    const char* published; // what scripts call the thing
+    const void* (*declare)(Environment& environment);
+    const void* (*find)(Environment& environment); // null where there is no lookup
+};
+
+std::ostream& operator<<(std::ostream& stream, const Kind& kind)
+{
+    return stream << kind.row;
+}
+
+const std::vector<Kind>& allKinds()
+{
+    static const std::vector<Kind> kinds{
+        {"Function",
+         "_G",
+         "x",
+         [](Environment& environment) -> const void* { return environment.setFunc("x"); },
+         [](Environment& environment) -> const void* { return environment.getFunc("x"); }},
+        {"UserType",
+         "_G",
+         "x",
+         [](Environment& environment) -> const void* { return environment.setUserType("x"); },
+         [](Environment& environment) -> const void* { return environment.getUserType("x"); }},
+        {"Namespace",
+         "_G",
+         "x",
+         [](Environment& environment) -> const void* { return environment.setNamespace("x"); },
+         [](Environment& environment) -> const void* { return environment.getNamespace("x"); }},
+        {"FunctionInANamespace",
+         "a",
+         "a.x",
+         [](Environment& environment) -> const void*
+         { return environment.getNamespace("a")->setFunction("x"); },
+         nullptr},
+        {"UserTypeInANamespace",
+         "a",
+         "a.x",
+         [](Environment& environment) -> const void* { return environment.setUserType("a::x"); },
+         [](Environment& environment) -> const void* { return environment.getUserType("a::x"); }},
+        {"NamespaceInANamespace",
+         "a",
+         "a.x",
+         [](Environment& environment) -> const void* { return environment.setNamespace("a::x"); },
+         [](Environment& environment) -> const void* { return environment.getNamespace("a::x"); }},
+        {"Method",
+         "T",
+         "T.x",
+         [](Environment& environment) -> const void*
+         { return environment.getUserType("T")->setMethod("x", false); },
+         [](Environment& environment) -> const void*
+         { return environment.getUserType("T")->getMethod("x"); }}};
+    return kinds;
+}
+
+} // namespace
+
+class RivalDeclarationTest : public NamespaceFixture, public ::testing::WithParamInterface<Kind>
+{
+protected:
+    RivalDeclarationTest()
+    {
+        environment().setUserType("T");
+        declareAction("declareAgain", [this] { m_inner = GetParam().declare(environment()); });
+    }
+
+    /// Has `body` run, once, when the name is published; it sees table, key and value as t, k, v.
+    void whenPublished(const std::string& body)
+    {
+        run("local rawset, error, again, isDone = rawset, error, declareAgain, false "
+            "setmetatable(" +
+            std::string(GetParam().owner) +
+            ", {__newindex = function(t, k, v) "
+            "    if isDone then rawset(t, k, v) return end "
+            "    isDone = true " +
+            body + " end})");
+    }
+
+    const void* m_inner = nullptr;
+};
+
+INSTANTIATE_TEST_SUITE_P(Kinds, RivalDeclarationTest, ::testing::ValuesIn(allKinds()), RowName());
+
+TEST_P(RivalDeclarationTest, GiveOneObject)
+{
+    whenPublished("again() rawset(t, k, v)");
+
+    const void* const outer = GetParam().declare(environment());
+
+    EXPECT_NE(outer, nullptr);
+    EXPECT_EQ(outer, m_inner);
+    EXPECT_TRUE(!GetParam().find || GetParam().find(environment()) == outer);
+    EXPECT_THAT(m_log.takeEntries(), IsEmpty());
+}
+
+TEST_P(RivalDeclarationTest, GiveOneObjectIfTheNameIsThereAlready)
+{
+    whenPublished("rawset(t, k, v) again()");
+
+    const void* const outer = GetParam().declare(environment());
+
+    EXPECT_NE(outer, nullptr);
+    EXPECT_EQ(outer, m_inner);
+    EXPECT_TRUE(!GetParam().find || GetParam().find(environment()) == outer);
+    EXPECT_THAT(m_log.takeEntries(), IsEmpty());
+}
+
+TEST_P(RivalDeclarationTest, LeaveTheNamePublished)
+{
+    whenPublished("again() rawset(t, k, v)");
+
+    GetParam().declare(environment());
+
+    run(std::string("assert(") + GetParam().published + " ~= nil)");
+}
+
+TEST_P(RivalDeclarationTest, LeaveTheInnerOneIfTheOuterOneIsRefused)
+{
+    whenPublished("again() error('strict', 0)");
+
+    GetParam().declare(environment());
+
+    m_log.takeEntries(); // the refusal
+    EXPECT_NE(m_inner, nullptr);
+    EXPECT_TRUE(!GetParam().find || GetParam().find(environment()) == m_inner);
+}
+
+class RivalUserTypeTest : public NamespaceFixture
+{
+};
+
+TEST_F(RivalUserTypeTest, IsUsable)
+{
+    UserType* inner = nullptr;
+    declareAction("declareAgain", [this, &inner] { inner = environment().setUserType("x"); });
+    run("local rawset, again, isDone = rawset, declareAgain, false "
+        "setmetatable(_G, {__newindex = function(t, k, v) "
+        "    if not isDone then isDone = true again() end rawset(t, k, v) end})");
+    UserType* const type = environment().setUserType("x");
+    UserTypeFieldDescriptor field;
+    field.getter = [](void* object) { return *static_cast<int*>(object); };
+    field.name = "value";
+
+    type->setField(field);
+
+    int object = 42;
+    environment().setObject("object", "x", &object);
+    run("assert(object.value == 42)");
+}
+
+TEST_F(RivalUserTypeTest, IsUsableWhenItIsInstalledAgain)
+{
+    environment().setUserType("x");
+    environment().setEnvironmentFor(INTERPRETER_LUA);
+    declareAction("declareAgain", [this] { environment().setUserType("x"); });
+    run("local rawset, again, isDone = rawset, declareAgain, false "
+        "setmetatable(_G, {__newindex = function(t, k, v) "
+        "    if not isDone then isDone = true again() end rawset(t, k, v) end})");
+    UserType* const type = environment().setUserType("x");
+    m_log.takeEntries(); // that it was declared already, twice
+    UserTypeFieldDescriptor field;
+    field.getter = [](void* object) { return *static_cast<int*>(object); };
+    field.name = "value";
+
+    type->setField(field);
+
+    int object = 42;
+    environment().setObject("object", "x", &object);
+    run("assert(object.value == 42)");
+}
+
+// Dispatchers that a script took from the type while it was being published.
+
+TEST_F(RivalUserTypeTest, LeavesNoDispatcherThatReadsWhatIsGone)
+{
+    declareAction("declareAgain", [this] { environment().setUserType("a::x"); });
+    run("local rawset, again = rawset, declareAgain  readers = {} "
+        "setmetatable(a, {__newindex = function(t, k, v) "
+        "    readers[#readers + 1] = v.__index  again() rawset(t, k, v) end})");
+    UserType* const type = environment().setUserType("a::x");
+    ASSERT_NE(type, nullptr);
+    UserTypeFieldDescriptor field;
+    field.getter = [](void*) { return 1; };
+    field.name = "value";
+    type->setField(field);
+    int object = 42;
+    environment().setObject("object", "a::x", &object);
+
+    scope().release();
+
+    m_log.takeEntries(); // that it was declared already
+    run("assert(#readers > 0) collectgarbage() for _, read in ipairs(readers) do "
+        "    assert(not pcall(read, object, 'value')) end");
+}
+
+} // namespace tbScripts::test
