@@ -317,6 +317,13 @@ set(TOBREL_SCRIPTS_PUBLIC_TESTS
     tests/core/ScriptObjectReferenceViewTest.cpp
     tests/core/ScriptObjectViewTest.cpp
     tests/core/StringUtilsTest.cpp
+    tests/corpus/CallbackScenarioTest.cpp
+    tests/corpus/ConversionScenarioTest.cpp
+    tests/corpus/CoroutineScenarioTest.cpp
+    tests/corpus/HostMistakesTest.cpp
+    tests/corpus/MemoryGrowthTest.cpp
+    tests/corpus/OwnershipScenarioTest.cpp
+    tests/corpus/ScriptMistakesTest.cpp
     tests/docs/DocumentPage.cpp
     tests/docs/DocumentPage.h
     tests/docs/DocumentedBytesTest.cpp
@@ -348,9 +355,12 @@ set(TOBREL_SCRIPTS_PUBLIC_TESTS
     tests/environments/ScriptValueBytesWriteTest.cpp
     tests/environments/ScriptValueInstancesTest.cpp
     tests/environments/ScriptValueRoundTripTest.cpp
+    tests/faults/AddressSpaceTest.cpp
     tests/faults/AggressiveCollectorTest.cpp
     tests/faults/CallDepthTest.cpp
+    tests/faults/CopyDuringTeardownTest.cpp
     tests/faults/DeepSourceTest.cpp
+    tests/faults/FileFaultTest.cpp
     tests/faults/FileReplacementTest.cpp
     tests/faults/HostExceptionTest.cpp
     tests/faults/HostileDocumentTest.cpp
@@ -483,7 +493,17 @@ set(TOBREL_PLATFORM_TESTS
     tests/platform/StringTest.cpp
     tests/platform/StringViewTest.cpp)
 # An executable of its own: `operator new` is replaced by one that refuses.
-set(TOBREL_SCRIPTS_MEMORY_TESTS)
+set(TOBREL_SCRIPTS_MEMORY_TESTS
+    tests/faults/memory/BindingFlows.cpp
+    tests/faults/memory/EnvironmentFlows.cpp
+    tests/faults/memory/LoadingFlows.cpp
+    tests/faults/memory/MemoryEndTest.cpp
+    tests/faults/memory/MemoryFlow.h
+    tests/faults/memory/MemoryFlowTest.cpp
+    tests/faults/memory/ValueFlows.cpp
+    tests/support/RefusedMemory.cpp
+    tests/support/RefusedMemory.h
+    tests/support/RefusedMemoryTest.cpp)
 set(TOBREL_TOOL_TESTS
     tests/tools/CheckCommandTest.cpp
     tests/tools/CommandLineTest.cpp

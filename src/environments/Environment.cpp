@@ -9,10 +9,39 @@
 
 #include "tbScripts/LogManager.h"
 
+#include <new>
 #include <utility>
 
 namespace tbScripts
 {
+
+namespace
+{
+
+// Returns null if there is no memory, of whichever kind, for an interpreter.
+std::shared_ptr<EnvironmentStrategy> startLua(const EnvironmentStrategy::Name& environmentName)
+{
+    try
+    {
+        auto strategy = std::make_shared<lua::LuaEnvironmentStrategy>(environmentName);
+        if (strategy->hasState())
+            return strategy;
+    }
+    catch (const std::bad_alloc&)
+    {
+    }
+    return nullptr;
+}
+
+// Gives up a share without letting go of what it shares.
+template <typename T>
+void keepForGood(std::shared_ptr<T> share)
+{
+    alignas(std::shared_ptr<T>) unsigned char storage[sizeof(share)];
+    new (storage) std::shared_ptr<T>(std::move(share));
+}
+
+} // namespace
 
 Environment::Environment()
     : m_name(std::make_shared<tbMemory::String>())
@@ -25,15 +54,19 @@ Environment::Environment()
 }
 
 Environment::Environment(const Environment& other)
-    : m_name(std::make_shared<tbMemory::String>(*other.m_name))
-    , m_functions(other.m_functions)
-    , m_userTypes(other.m_userTypes)
-    , m_namespaces(other.m_namespaces)
-    , m_bindings(other.m_bindings)
-    , m_strategy(other.m_strategy)
-    , m_interpreter(other.m_interpreter)
-    , m_life(std::make_shared<const char>())
+    : Environment()
 {
+    *m_name = *other.m_name;
+    if (!other.m_bindings)
+        return; // that one is just being torn down: there is nothing left to share
+    m_functions = other.m_functions;
+    m_userTypes = other.m_userTypes;
+    m_namespaces = other.m_namespaces;
+    m_bindings = other.m_bindings;
+    if (other.m_strategy->isTearingDown())
+        return; // an interpreter that is closing is not shared
+    m_strategy = other.m_strategy;
+    m_interpreter = other.m_interpreter;
     m_strategy->addResult(m_result);
 }
 
@@ -41,18 +74,20 @@ Environment& Environment::operator=(const Environment& other)
 {
     if (this == &other)
         return *this;
-    const Environment source(other); // finalisers of what this one gives up may reach `other`
+    Environment source(other); // finalisers of what this one gives up may reach `other`
     if (m_bindings == source.m_bindings && m_strategy == source.m_strategy)
         m_strategy->removeResult(m_result);
     else if (!_dispose())
         return *this;
-    *m_name = *source.m_name;
-    m_functions = source.m_functions;
-    m_userTypes = source.m_userTypes;
-    m_namespaces = source.m_namespaces;
-    m_bindings = source.m_bindings;
+    // Only taken over from here on, which needs no memory: this one has nothing left to keep.
+    std::swap(*m_name, *source.m_name);
+    m_functions.swap(source.m_functions);
+    m_userTypes.swap(source.m_userTypes);
+    m_namespaces.swap(source.m_namespaces);
+    m_bindings = std::move(source.m_bindings);
     m_strategy = source.m_strategy;
     m_interpreter = source.m_interpreter;
+    m_strategy->removeResult(source.m_result); // its place is free for the next
     m_strategy->addResult(m_result);
     return *this;
 }
@@ -87,18 +122,20 @@ void Environment::setEnvironmentFor(INTERPRETER interpreter)
     }
     if (m_strategy->isTearingDown())
         return; // this environment is going: nothing can be set any more
+    // Made while the old one is still there: without memory for it nothing has changed.
+    auto dummy = std::make_shared<DummyEnvironmentStrategy>(m_name);
     if (!_endStrategy())
         return;
 
-    std::shared_ptr<lua::LuaEnvironmentStrategy> strategy;
     if (interpreter == INTERPRETER_LUA)
-        strategy = std::make_shared<lua::LuaEnvironmentStrategy>(m_name);
-    if (strategy && strategy->hasState())
     {
-        _startStrategy(std::move(strategy), INTERPRETER_LUA);
-        return;
+        if (std::shared_ptr<EnvironmentStrategy> strategy = startLua(m_name))
+        {
+            _startStrategy(std::move(strategy), INTERPRETER_LUA);
+            return;
+        }
     }
-    _startStrategy(std::make_shared<DummyEnvironmentStrategy>(m_name), INTERPRETER_UNKNOWN);
+    _startStrategy(std::move(dummy), INTERPRETER_UNKNOWN);
     LogManager::getInstance()->log(
         interpreter == INTERPRETER_LUA ? messages::NO_MEMORY_FOR_STATE
                                        : messages::ENVIRONMENT_TYPE_UNKNOWN,
@@ -268,12 +305,21 @@ void Environment::_disposeOnce()
         releaseShares(*strategy, isLastOfStrategy, std::move(bindings));
         return;
     }
-    strategy->putOff(
-        [held = strategy, bindings = std::move(bindings)]() mutable
-        {
-            releaseShares(*held, held.use_count() == 1, std::move(bindings));
-            held.reset();
-        });
+    try
+    {
+        strategy->putOff(
+            [held = strategy, bindings]() mutable
+            {
+                releaseShares(*held, held.use_count() == 1, std::move(bindings));
+                held.reset();
+            });
+    }
+    catch (const std::bad_alloc&)
+    {
+        // Nothing of it may go while it runs, and there is nowhere to note that it should.
+        keepForGood(strategy);
+        keepForGood(std::move(bindings));
+    }
 }
 
 bool Environment::_endStrategy()

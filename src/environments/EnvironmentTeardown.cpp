@@ -1,3 +1,4 @@
+#include "core/ExceptionContainment.h"
 #include "environments/EnvironmentBindings.h"
 #include "environments/EnvironmentStrategy.h"
 
@@ -19,21 +20,28 @@ void deleteAll(std::vector<std::unique_ptr<T>>& list)
         object.reset();
 }
 
+// Takes one step. What it lacks the memory for, a message perhaps, holds up none of the others.
+template <typename Step>
+void take(Step&& step)
+{
+    contain(step, [] {});
+}
+
 // The order is fixed: functions go while the globals that show them are still there, what scripts
 // hold is collected before the types go that destroy it, and the interpreter closes last.
 void tearDown(EnvironmentStrategy& strategy, EnvironmentBindings& bindings)
 {
     strategy.beginTeardown();
-    deleteAll(bindings.functions); // 1
-    strategy.clearGlobals();       // 2
+    deleteAll(bindings.functions);          // 1
+    take([&] { strategy.clearGlobals(); }); // 2
     for (const std::unique_ptr<Namespace>& scope : bindings.namespaces)
-        scope->release(); // 3
+        take([&] { scope->release(); }); // 3
     for (const std::unique_ptr<UserType>& type : bindings.userTypes)
-        type->clear();                   // 4
-    strategy.requestGarbageCollection(); // 5
-    deleteAll(bindings.namespaces);      // 6
+        take([&] { type->clear(); });                   // 4
+    take([&] { strategy.requestGarbageCollection(); }); // 5
+    deleteAll(bindings.namespaces);                     // 6
     deleteAll(bindings.userTypes);
-    strategy.shutDown(); // 7
+    take([&] { strategy.shutDown(); }); // 7
 }
 
 } // namespace

@@ -1,7 +1,9 @@
 #include "loading/FileReplacement.h"
 
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
+#include <ctime>
 #include <fcntl.h>
 #include <filesystem>
 #include <string>
@@ -19,6 +21,7 @@ namespace
 
 constexpr mode_t MODE_OF_NEW_FILES = 0666; // less what the process's mask takes away
 constexpr mode_t PERMISSION_BITS = 07777;
+constexpr uid_t OWNER_AS_IT_IS = static_cast<uid_t>(-1);
 constexpr int MOST_LINKS = 40; // as many as the system follows
 
 // Closes a file descriptor at its end.
@@ -101,10 +104,11 @@ void flushFolder(const std::filesystem::path& file)
         ::fsync(descriptor.get());
 }
 
-// Gives the new file what the old one has; the owner only if that is allowed.
+// Gives the new file what the old one has; owner and group only if that is allowed.
 void takeOverAttributes(int descriptor, const struct stat& old)
 {
-    if (::fchown(descriptor, old.st_uid, old.st_gid) != 0)
+    if (::fchown(descriptor, old.st_uid, old.st_gid) != 0 &&
+        ::fchown(descriptor, OWNER_AS_IT_IS, old.st_gid) != 0)
         errno = 0;
     ::fchmod(descriptor, old.st_mode & PERMISSION_BITS);
 }
@@ -147,8 +151,57 @@ int openWithoutTruncation(const std::filesystem::path& file)
     return openFile(file.string(), O_WRONLY | O_NONBLOCK | O_NOCTTY);
 }
 
+// Some links of the system only look like a path to what they open: /dev/stdout leads to
+// "pipe:[4711]", or to the former name of a file that was deleted.
+bool isPathOf(const std::filesystem::path& file, const struct stat& status)
+{
+    struct stat found
+    {
+    };
+
+    return ::stat(file.c_str(), &found) == 0 && found.st_dev == status.st_dev &&
+           found.st_ino == status.st_ino;
+}
+
+// While it lives, a pipe whose reader goes away fails the write instead of ending the process. Only
+// for this thread: what the host does with the signal elsewhere is its own business.
+class BrokenPipeShield
+{
+public:
+    BrokenPipeShield()
+    {
+        ::sigemptyset(&m_brokenPipe);
+        ::sigaddset(&m_brokenPipe, SIGPIPE);
+        sigset_t pending;
+        ::sigpending(&pending);
+        m_wasPending = ::sigismember(&pending, SIGPIPE) == 1;
+        ::pthread_sigmask(SIG_BLOCK, &m_brokenPipe, &m_earlierMask);
+    }
+
+    BrokenPipeShield(const BrokenPipeShield&) = delete;
+    BrokenPipeShield& operator=(const BrokenPipeShield&) = delete;
+
+    ~BrokenPipeShield()
+    {
+        constexpr timespec AT_ONCE{};
+        if (!m_wasPending) // ours then; one that waited before still waits for the host
+        {
+            while (::sigtimedwait(&m_brokenPipe, nullptr, &AT_ONCE) < 0 && errno == EINTR)
+            {
+            }
+        }
+        ::pthread_sigmask(SIG_SETMASK, &m_earlierMask, nullptr);
+    }
+
+private:
+    sigset_t m_brokenPipe;
+    sigset_t m_earlierMask;
+    bool m_wasPending = false;
+};
+
 void writeInPlace(int descriptor, bool isRegular, std::string_view data)
 {
+    const BrokenPipeShield shield;
     ::fcntl(descriptor, F_SETFL, ::fcntl(descriptor, F_GETFL) & ~O_NONBLOCK);
     if (!isRegular || ::ftruncate(descriptor, 0) == 0)
         writeAll(descriptor, data);
@@ -161,11 +214,10 @@ bool replaceFile(const tbMemory::StringView& path, const tbMemory::StringView& d
     const std::string_view name = path;
     if (name.empty() || name.find('\0') != std::string_view::npos)
         return false; // the system would end the path there and write another file
-    const std::filesystem::path file = followLinks(std::filesystem::path(name));
-
-    const Descriptor existing(openWithoutTruncation(file));
+    const std::filesystem::path given(name);
+    const Descriptor existing(openWithoutTruncation(given));
     if (!existing.isOpen())
-        return errno == ENOENT && replaceWhole(file, data, nullptr);
+        return errno == ENOENT && replaceWhole(followLinks(given), data, nullptr);
 
     struct stat status
     {
@@ -173,8 +225,9 @@ bool replaceFile(const tbMemory::StringView& path, const tbMemory::StringView& d
 
     if (::fstat(existing.get(), &status) != 0)
         return false;
+    const std::filesystem::path file = followLinks(given);
     const bool isRegular = S_ISREG(status.st_mode);
-    if (!isRegular || !replaceWhole(file, data, &status))
+    if (!isRegular || !isPathOf(file, status) || !replaceWhole(file, data, &status))
         writeInPlace(existing.get(), isRegular, data);
     return true;
 }

@@ -6,6 +6,8 @@
 namespace tbScripts::test
 {
 
+using ::testing::ElementsAre;
+
 class EnvironmentTeardownCallsTest : public TeardownFixture
 {
 };
@@ -139,7 +141,7 @@ TEST_F(EnvironmentTeardownCallsTest, AssigningDoesNothingMeanwhile)
     EXPECT_TRUE(other.isVarSet("print"));
 }
 
-TEST_F(EnvironmentTeardownCallsTest, CopyMadeMeanwhileIsOfAWorldThatIsGone)
+TEST_F(EnvironmentTeardownCallsTest, CopyMadeMeanwhileHasNoInterpreter)
 {
     Environment& going = environment();
     std::unique_ptr<Environment> copy;
@@ -149,6 +151,19 @@ TEST_F(EnvironmentTeardownCallsTest, CopyMadeMeanwhileIsOfAWorldThatIsGone)
 
     EXPECT_FALSE(copy->isVarSet("print"));
     EXPECT_EQ(copy->setFunc("f"), nullptr);
+    EXPECT_THAT(
+        m_log.takeEntries(),
+        ElementsAre(
+            LogEntry{
+                "Querying if a a variable is set in environment 'world', which has no "
+                "InterpreterType. This will have no effect.",
+                "Environment"},
+            LogEntry{
+                "Requesting a function in environment 'world', which has no InterpreterType. This "
+                "will have no effect, returning nullptr.",
+                "Environment"}));
+    copy.reset();
+    m_log.takeEntries(); // its own teardown
 }
 
 // A script that ends its own world goes on to its end in it.

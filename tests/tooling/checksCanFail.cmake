@@ -140,6 +140,16 @@ endforeach()
 file(REMOVE_RECURSE ${tree}/examples/guide)
 expect_failure(checkDocumentedCode "no programs found" -D root=${tree})
 
+make_tree(${tree})
+file(APPEND ${tree}/docs/reliability.md "\n`NowhereTest.Case` and `StringViewTest.Nowhere`\n")
+file(WRITE ${tree}/tests/corpus/UnnamedTest.cpp "")
+foreach(complaint IN ITEMS
+        "names NowhereTest.Case, which"
+        "names StringViewTest.Nowhere, which"
+        "does not name UnnamedTest")
+    expect_failure(checkReliability "${complaint}" -D root=${tree})
+endforeach()
+
 if(doxygen)
     set(reference -D root=${tree} -D doxygen=${doxygen} -D scratch=${scratch}/reference)
     set(header ${tree}/include/tbScripts/New.h)

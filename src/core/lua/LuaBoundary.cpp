@@ -1,5 +1,7 @@
 #include "core/lua/LuaBoundary.h"
 
+#include "core/lua/LuaErrorText.h"
+
 #include <exception>
 
 namespace tbScripts::lua
@@ -78,6 +80,13 @@ bool describeCurrentException(std::string& text)
         },
         [] {});
     return true;
+}
+
+void takeErrorText(lua_State* state, std::string& text)
+{
+    constexpr const char* TEXT_WITHOUT_MEMORY = "std::bad_alloc"; // short: takes none either
+    if (!contain([&] { text = errorTextAt(state, -1); }, [] {}))
+        text = TEXT_WITHOUT_MEMORY;
 }
 
 } // namespace tbScripts::lua

@@ -15,7 +15,6 @@
 
 #include "core/ExceptionContainment.h"
 #include "core/lua/LuaApi.h"
-#include "core/lua/LuaErrorText.h"
 #include "core/lua/LuaStateHandle.h"
 
 #include <string>
@@ -47,6 +46,10 @@ bool callProtected(const LuaStateSlot& slot, lua_State* state, int arguments, Pr
 /// Gives the text of the exception that is being handled and returns whether it has one. The
 /// interpreter's own exceptions have none: their error value is on the stack.
 bool describeCurrentException(std::string& text);
+
+/// Gives the text of the error value on top of the stack; a short one if there is no memory for it.
+/// Throws nothing: destructors come this way.
+void takeErrorText(lua_State* state, std::string& text);
 
 /// Returns whether errors have to be contained by a protected call here and now.
 inline bool needsProtectedCall()
@@ -83,7 +86,7 @@ bool containLuaErrors(
         isDone = callProtected(slot, state, arguments, carried);
         if (carried.hasThrown)
         {
-            errorText = carried.text;
+            errorText.swap(carried.text);
             hasText = true;
         }
     }
@@ -93,7 +96,7 @@ bool containLuaErrors(
             contain([&] { work(state); }, [&] { hasText = describeCurrentException(errorText); });
     }
     if (!isDone && !hasText)
-        errorText = errorTextAt(state, -1);
+        takeErrorText(state, errorText);
     lua_settop(state, top);
     return isDone;
 }

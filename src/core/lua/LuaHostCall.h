@@ -19,6 +19,10 @@ public:
     /// without end meet an error before the end of the C stack.
     static constexpr unsigned MAX_DEPTH = 200;
 
+    /// So deep they nest without a look at how much of the stack is left, less than that on threads
+    /// with a small one.
+    static constexpr unsigned SHALLOW_DEPTH = 20;
+
     enum class ENTRY
     {
         HOST,  // on behalf of the host: refused during teardown and too deep
@@ -43,7 +47,7 @@ public:
         const bool isUpkeep = entry == ENTRY::UPKEEP;
         if (m_slot->isTearingDown && !isUpkeep)
             m_slot = nullptr;
-        else if (m_slot->hostCalls++ < MAX_DEPTH || isUpkeep)
+        else if (_mayNest(m_slot->hostCalls++) || isUpkeep)
             m_state = m_slot->running;
     }
 
@@ -90,6 +94,14 @@ public:
     }
 
 private:
+    static bool _mayNest(unsigned depth)
+    {
+        return depth < SHALLOW_DEPTH || (depth < MAX_DEPTH && _isStackLeft());
+    }
+
+    // Returns whether this thread's stack has room for a few more calls.
+    static bool _isStackLeft();
+
     static void _logFailure(const std::string& errorText);
 
     LuaStateSlot* m_slot; // null if there is no state to work on

@@ -1,5 +1,6 @@
 #include "core/lua/LuaScriptObjectInterpreterReference.h"
 
+#include "core/ExceptionContainment.h"
 #include "core/LogSources.h"
 #include "core/lua/LuaBoundary.h"
 
@@ -40,8 +41,9 @@ LuaScriptObjectInterpreterReference::~LuaScriptObjectInterpreterReference()
         0,
         [this](lua_State* inner) { m_release(inner, m_slot, getType()); },
         errorText);
-    if (!isReleased)
-        LogManager::getInstance()->log(errorText, LOG_SOURCE_LUA_ENVIRONMENT);
+    if (isReleased)
+        return;
+    contain([&] { LogManager::getInstance()->log(errorText, LOG_SOURCE_LUA_ENVIRONMENT); }, [] {});
 }
 
 void LuaScriptObjectInterpreterReference::anchor(lua_State* state)

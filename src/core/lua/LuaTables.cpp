@@ -11,14 +11,20 @@ namespace
 // In kilobytes; more than any heap, so that a step goes on to the end of the cycle.
 constexpr int WHOLE_CYCLE = 1 << 30;
 
-// Each finaliser runs once whether or not it raises, so this ends.
+// Each finaliser runs once whether or not it raises, so this ends. A script's hook may raise before
+// a step is begun, and would do so again and again.
 void finishCycle(LuaHostCall& call)
 {
     bool isFinished = false;
-    while (!isFinished)
+    for (bool hasBegun = true; hasBegun && !isFinished;)
     {
-        call.run([&isFinished](lua_State* state)
-                 { isFinished = lua_gc(state, LUA_GCSTEP, WHOLE_CYCLE) != 0; });
+        hasBegun = false;
+        call.run(
+            [&](lua_State* state)
+            {
+                hasBegun = true;
+                isFinished = lua_gc(state, LUA_GCSTEP, WHOLE_CYCLE) != 0;
+            });
     }
 }
 
