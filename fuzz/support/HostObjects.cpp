@@ -1,0 +1,94 @@
+#include "support/HostObjects.h"
+
+#include "support/Require.h"
+
+#include <algorithm>
+
+namespace tbScripts::fuzz
+{
+
+namespace
+{
+
+HostObject& objectAt(void* object)
+{
+    return *static_cast<HostObject*>(object);
+}
+
+} // namespace
+
+HostObject* HostObjects::make(FATE fate)
+{
+    m_objects.emplace_back();
+    m_objects.back().fate = fate;
+    return &m_objects.back();
+}
+
+HostObject* HostObjects::anyHostOwned(std::size_t index)
+{
+    if (index < m_objects.size() && m_objects[index].fate == FATE::NEVER)
+        return &m_objects[index];
+    return make(FATE::NEVER);
+}
+
+void HostObjects::destroy(void* object)
+{
+    if (!object)
+        return; // what a constructor gave that made none
+    require(contains(object), "a destructor gets an object that the host has made");
+    HostObject& destroyed = objectAt(object);
+    ++destroyed.destructions;
+    require(destroyed.fate != FATE::NEVER, "what the host owns is never destroyed");
+    require(
+        destroyed.destructions == 1 || destroyed.fate == FATE::ANY, "nothing is destroyed twice");
+}
+
+void HostObjects::use(void* object) const
+{
+    if (!object)
+        return; // nil
+    require(contains(object), "an instance holds an object that the host has made");
+    const HostObject& used = objectAt(object);
+    require(used.destructions == 0 || used.isAliased, "no destroyed object is used");
+}
+
+void HostObjects::shareWith(void* object, bool isOwner)
+{
+    if (!contains(object))
+        return;
+    HostObject& shared = objectAt(object);
+    shared.isAliased = true;
+    if (isOwner)
+        shared.fate = FATE::ANY;
+}
+
+void HostObjects::write(void* object, bool isTransfer)
+{
+    HostObject& written = objectAt(object);
+    written.isAliased = true;
+    if (!isTransfer)
+        return;
+    ++written.transfers;
+    const bool wasOwned = written.fate == FATE::EXACTLY_ONCE || written.fate == FATE::AT_MOST_ONCE;
+    written.fate = wasOwned && written.transfers == 1 ? FATE::AT_MOST_ONCE : FATE::ANY;
+}
+
+bool HostObjects::contains(const void* object) const
+{
+    return std::any_of(
+        m_objects.begin(),
+        m_objects.end(),
+        [object](const HostObject& one) { return &one == object; });
+}
+
+void HostObjects::check() const
+{
+    for (const HostObject& object : m_objects)
+    {
+        require(
+            object.fate != FATE::EXACTLY_ONCE || object.destructions == 1 || m_mayLeak,
+            "what a script owned is destroyed when its interpreter has closed");
+    }
+}
+
+} // namespace tbScripts::fuzz
