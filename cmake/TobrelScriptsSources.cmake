@@ -82,6 +82,7 @@ set(TOBREL_SCRIPTS_SOURCES
     src/core/lua/LuaHostCall.cpp
     src/core/lua/LuaHostCall.h
     src/core/lua/LuaNumber.h
+    src/core/lua/LuaPrivateState.h
     src/core/lua/LuaRegistry.cpp
     src/core/lua/LuaRegistry.h
     src/core/lua/LuaScriptObjectInterpreterReference.cpp
@@ -104,6 +105,10 @@ set(TOBREL_SCRIPTS_SOURCES
     src/environments/EnvironmentStrategy.h
     src/environments/EnvironmentTeardown.cpp
     src/environments/lua/GrowingBytes.h
+    src/environments/lua/LuaChunkCache.cpp
+    src/environments/lua/LuaChunkCache.h
+    src/environments/lua/LuaChunkMaker.cpp
+    src/environments/lua/LuaChunkMaker.h
     src/environments/lua/LuaDumpFrame.cpp
     src/environments/lua/LuaDumpFrame.h
     src/environments/lua/LuaEnvironmentStrategy.cpp
@@ -134,6 +139,7 @@ set(TOBREL_SCRIPTS_SOURCES
     src/scripts/ScriptMessages.h
     src/scripts/ScriptStrategy.cpp
     src/scripts/ScriptStrategy.h
+    src/scripts/lua/LuaBytecode.h
     src/scripts/lua/LuaScriptStrategy.cpp
     src/scripts/lua/LuaScriptStrategy.h)
 
@@ -346,6 +352,7 @@ set(TOBREL_SCRIPTS_PUBLIC_TESTS
     tests/environments/EnvironmentTeardownTest.cpp
     tests/environments/EnvironmentTest.cpp
     tests/environments/EnvironmentUserTypesTest.cpp
+    tests/environments/ExecutionAgainTest.cpp
     tests/environments/InertNamespacesTest.cpp
     tests/environments/QualifiedNamesTest.cpp
     tests/environments/RivalDeclarationTest.cpp
@@ -500,6 +507,7 @@ set(TOBREL_SCRIPTS_MEMORY_TESTS
     tests/faults/memory/MemoryEndTest.cpp
     tests/faults/memory/MemoryFlow.h
     tests/faults/memory/MemoryFlowTest.cpp
+    tests/faults/memory/ScriptRenameMemoryTest.cpp
     tests/faults/memory/ValueFlows.cpp
     tests/support/RefusedMemory.cpp
     tests/support/RefusedMemory.h

@@ -62,7 +62,7 @@ public:
     ///
     /// Kept: if another script is filed under `newName`, that one stays, and the renamed script is
     /// filed nowhere any more. It goes on living, and belongs to whoever holds its pointer, who
-    /// deletes it.
+    /// deletes it; if a copy of this manager still files it, not before that copy has let it go.
     void rename(const tbMemory::StringView& name, const tbMemory::StringView& newName);
 
     /// Destroys the script filed under `name`; does nothing if there is none.

@@ -65,15 +65,17 @@ unsigned int ScriptManager::getCount() const
 
 void ScriptManager::rename(const tbMemory::StringView& name, const tbMemory::StringView& newName)
 {
-    const std::string newKey = keyOf(newName); // first: the views may be those of the script itself
+    std::string newKey = keyOf(newName); // first: the views may be those of the script itself
     const auto filed = m_scripts.find(keyOf(name));
     if (filed == m_scripts.end())
         return;
-    const std::shared_ptr<Script> script = std::move(filed->second);
-    m_scripts.erase(filed);
-    script->setName(newKey);
-    if (!m_scripts.emplace(newKey, script).second)
-        std::get_deleter<ScriptDeleter>(script)->isGivenAway = true;
+    filed->second->setName(newKey);
+    // Only moved from here on, which needs no memory: the script is not lost for want of it.
+    auto entry = m_scripts.extract(filed);
+    entry.key() = std::move(newKey);
+    const auto refiled = m_scripts.insert(std::move(entry));
+    if (!refiled.inserted)
+        std::get_deleter<ScriptDeleter>(refiled.node.mapped())->isGivenAway = true;
 }
 
 void ScriptManager::erase(const tbMemory::StringView& name)

@@ -89,12 +89,12 @@ bool LuaEnvironmentStrategy::execute(const Script& script)
 
     // A disabled script still says that it is one for Lua.
     const auto* const compiler = dynamic_cast<const LuaScriptStrategy*>(script._getStrategy());
-    const std::shared_ptr<const tbMemory::Buffer> bytecode =
+    const std::shared_ptr<const LuaBytecode> bytecode =
         compiler ? compiler->getBytecode() : nullptr;
     if (!bytecode)
         return _fail(messages::scriptWithoutBytecode(*scriptName), CODE_NO_BYTECODE);
 
-    const LuaCallOutcome outcome = runChunk(call, m_handle, *bytecode, *scriptName);
+    const LuaCallOutcome outcome = runChunk(call, m_handle, m_chunks, *bytecode, *scriptName);
     if (outcome.code != 0)
         return _fail(messages::executionFailed(*scriptName, outcome.errorText), outcome.code);
     resetResult(); // calls inside the run have left theirs

@@ -2,6 +2,7 @@
 
 #include "core/lua/LuaStateHandle.h"
 #include "environments/EnvironmentStrategy.h"
+#include "environments/lua/LuaChunkCache.h"
 
 #include <tbMemory/String.h>
 
@@ -96,6 +97,7 @@ private:
         bool (*accepts)(int luaType));
 
     LuaStateHandle m_handle;
+    LuaChunkCache m_chunks;
     tbMemory::String m_textOfNumber; // what getVarString made of the last number
 };
 

@@ -66,7 +66,8 @@ std::size_t readOutputs(
 LuaCallOutcome runChunk(
     LuaHostCall& call,
     const LuaStateHandle& handle,
-    const tbMemory::Buffer& bytecode,
+    LuaChunkCache& cache,
+    const LuaBytecode& bytecode,
     const tbMemory::String& chunkName)
 {
     LuaCallOutcome outcome;
@@ -75,14 +76,11 @@ LuaCallOutcome runChunk(
         [&](lua_State* state)
         {
             // A failed load leaves its message, and calling a text is the error that is reported.
-            luaL_loadbuffer(
-                state,
-                reinterpret_cast<const char*>(bytecode.data()),
-                bytecode.size(),
-                chunkName.c_str());
-            if (state != handle.getSlot()->main && lua_isfunction(state, -1))
+            cache.pushFunction(state, bytecode, chunkName.c_str());
+            if (lua_isfunction(state, -1))
             {
-                // A coroutine may have a global table of its own, which is not the script's.
+                // That of the main thread: a coroutine may have a global table of its own, which is
+                // not the script's.
                 pushGlobals(*handle.getSlot(), state);
                 lua_setfenv(state, -2);
             }

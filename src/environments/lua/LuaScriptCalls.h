@@ -3,11 +3,12 @@
 #include "core/lua/LuaApi.h"
 #include "core/lua/LuaHostCall.h"
 #include "core/lua/LuaStateHandle.h"
+#include "environments/lua/LuaChunkCache.h"
+#include "scripts/lua/LuaBytecode.h"
 
 #include "tbScripts/FunctionParameter.h"
 #include "tbScripts/ScriptObjectReference.h"
 
-#include <tbMemory/Buffer.h>
 #include <tbMemory/BufferView.h>
 #include <tbMemory/String.h>
 
@@ -25,11 +26,13 @@ struct LuaCallOutcome
     std::string errorText; // what the interpreter says, empty on success
 };
 
-/// Loads `bytecode` as a chunk of that name and runs it. Its results are dropped.
+/// Loads `bytecode` as a chunk of that name, unless `cache` has it, and runs it. Its results are
+/// dropped.
 LuaCallOutcome runChunk(
     LuaHostCall& call,
     const LuaStateHandle& handle,
-    const tbMemory::Buffer& bytecode,
+    LuaChunkCache& cache,
+    const LuaBytecode& bytecode,
     const tbMemory::String& chunkName);
 
 /// Calls `function` with `inputs` and reads its results into `outputs`.

@@ -4,11 +4,13 @@
 #include "core/LogSources.h"
 #include "core/lua/LuaApi.h"
 #include "core/lua/LuaErrorText.h"
+#include "core/lua/LuaPrivateState.h"
 #include "core/lua/LuaText.h"
 #include "scripts/ScriptMessages.h"
 
 #include "tbScripts/LogManager.h"
 
+#include <atomic>
 #include <string>
 #include <string_view>
 
@@ -24,37 +26,15 @@ constexpr std::uint32_t CODE_NO_MEMORY = LUA_ERRMEM;       // 4
 // Compiled code is refused: it enters only through our own compiler.
 constexpr const char* MODE_TEXT_ONLY = "t";
 
-// A state for one compilation. Owned as a plain pointer: nobody else ever sees it.
-class PrivateState
-{
-public:
-    PrivateState()
-        : m_state(luaL_newstate())
-    {
-    }
-
-    PrivateState(const PrivateState&) = delete;
-    PrivateState& operator=(const PrivateState&) = delete;
-
-    ~PrivateState()
-    {
-        if (m_state)
-            lua_close(m_state);
-    }
-
-    lua_State* get() const { return m_state; }
-
-private:
-    lua_State* m_state; // null if there was no memory
-};
-
 struct Compilation
 {
-    std::string sources;                        // up to their first NUL
-    std::shared_ptr<tbMemory::Buffer> bytecode; // where the result goes
-    int status = 0;                             // of the interpreter's compiler
-    std::string message;                        // its message if it failed
+    std::string sources;                   // up to their first NUL
+    std::shared_ptr<LuaBytecode> bytecode; // where the result goes
+    int status = 0;                        // of the interpreter's compiler
+    std::string message;                   // its message if it failed
 };
+
+std::atomic<std::uint64_t> lastVersion{0}; // never reaches its end
 
 // Runs protected. Raises only for want of memory; a syntax error is an outcome.
 int compile(lua_State* state)
@@ -82,15 +62,16 @@ int compile(lua_State* state)
     lua_pushvalue(state, -3);
     lua_call(state, 1, 1);
     const tbMemory::StringView dump = textAt(state, -1);
-    compilation.bytecode->append(dump.data(), dump.size());
+    compilation.bytecode->code.append(dump.data(), dump.size());
     return 0;
 }
 
 void compileInPrivateState(const tbMemory::StringView& sources, Compilation& compilation)
 {
     compilation.sources = std::string_view(upToFirstNul(sources));
-    compilation.bytecode = std::make_shared<tbMemory::Buffer>();
-    const PrivateState state;
+    compilation.bytecode = std::make_shared<LuaBytecode>();
+    compilation.bytecode->version = ++lastVersion;
+    const LuaPrivateState state;
     if (!state.get() || lua_cpcall(state.get(), &compile, &compilation) != 0)
         compilation.status = LUA_ERRMEM;
 }
@@ -119,7 +100,7 @@ void LuaScriptStrategy::unload()
     m_bytecode.reset();
 }
 
-std::shared_ptr<const tbMemory::Buffer> LuaScriptStrategy::getBytecode() const
+std::shared_ptr<const LuaBytecode> LuaScriptStrategy::getBytecode() const
 {
     return m_bytecode;
 }

@@ -1,8 +1,7 @@
 #pragma once
 
 #include "scripts/ScriptStrategy.h"
-
-#include <tbMemory/Buffer.h>
+#include "scripts/lua/LuaBytecode.h"
 
 #include <memory>
 
@@ -20,12 +19,12 @@ public:
 
     /// Returns the compiled chunk, null if there is none. Shared, so that a run keeps it while the
     /// script is loaded anew or destroyed.
-    std::shared_ptr<const tbMemory::Buffer> getBytecode() const;
+    std::shared_ptr<const LuaBytecode> getBytecode() const;
 
 private:
     bool _fail(std::uint32_t errorCode, const tbMemory::StringView& reason);
 
-    std::shared_ptr<const tbMemory::Buffer> m_bytecode;
+    std::shared_ptr<const LuaBytecode> m_bytecode;
 };
 
 } // namespace tbScripts::lua

@@ -172,11 +172,13 @@ class LuaBrokenChunkTest : public LuaEnvironmentMemoryTest,
 
 TEST_P(LuaBrokenChunkTest, FailsWithCode5AsCallingAText)
 {
-    const tbMemory::Buffer bytes(GetParam().bytes.data(), GetParam().bytes.size());
+    const lua::LuaBytecode bytes{
+        tbMemory::Buffer(GetParam().bytes.data(), GetParam().bytes.size()), 1};
+    lua::LuaChunkCache cache;
     lua::LuaHostCall call(m_strategy.getHandle());
 
     const lua::LuaCallOutcome outcome =
-        lua::runChunk(call, m_strategy.getHandle(), bytes, "broken");
+        lua::runChunk(call, m_strategy.getHandle(), cache, bytes, "broken");
 
     EXPECT_EQ(outcome.code, 5);
     EXPECT_EQ(outcome.errorText, "attempt to call a string value");

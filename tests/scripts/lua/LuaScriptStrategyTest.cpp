@@ -22,10 +22,14 @@ protected:
     // The bytes of the compiled form, "none" if there is none.
     std::string getBytecode() const
     {
-        const std::shared_ptr<const tbMemory::Buffer> bytecode = m_strategy.getBytecode();
-        if (!bytecode)
-            return "none";
-        return std::string(reinterpret_cast<const char*>(bytecode->data()), bytecode->size());
+        const std::shared_ptr<const lua::LuaBytecode> bytecode = m_strategy.getBytecode();
+        return bytecode ? bytesOf(*bytecode) : "none";
+    }
+
+    static std::string bytesOf(const lua::LuaBytecode& bytecode)
+    {
+        return std::string(
+            reinterpret_cast<const char*>(bytecode.code.data()), bytecode.code.size());
     }
 
     // What the interpreter's own dump of `sources`, which names the chunk, looks like.
@@ -110,13 +114,23 @@ TEST_F(LuaScriptStrategyTest, UnloadLeavesNoBytecode)
 TEST_F(LuaScriptStrategyTest, BytecodeThatARunHoldsOutlivesTheNextLoad)
 {
     m_strategy.load("x = 1");
-    const std::shared_ptr<const tbMemory::Buffer> held = m_strategy.getBytecode();
+    const std::shared_ptr<const lua::LuaBytecode> held = m_strategy.getBytecode();
 
     m_strategy.load("x = 2");
     m_strategy.unload();
 
-    EXPECT_EQ(
-        std::string(reinterpret_cast<const char*>(held->data()), held->size()), dump("x = 1"));
+    EXPECT_EQ(bytesOf(*held), dump("x = 1"));
+}
+
+TEST_F(LuaScriptStrategyTest, EachLoadGivesAnotherVersion)
+{
+    m_strategy.load("x = 1");
+    const std::uint64_t first = m_strategy.getBytecode()->version;
+    m_strategy.load("x = 1");
+    const std::uint64_t second = m_strategy.getBytecode()->version;
+
+    EXPECT_NE(first, 0U);
+    EXPECT_GT(second, first);
 }
 
 } // namespace tbScripts::test
