@@ -420,12 +420,16 @@ void LuaUserType::_setSetter(
 template <typename Work>
 bool LuaUserType::_runWithParts(LuaHostCall& call, Work&& work)
 {
-    return call.run(
+    bool hasParts = false;
+    const bool isDone = call.run(
         [&](lua_State* state)
         {
             lua_rawgeti(state, LUA_REGISTRYINDEX, m_partsKey);
-            work(state);
+            hasParts = lua_istable(state, -1); // see reserveReferences in LuaStateHandle.cpp
+            if (hasParts)
+                work(state);
         });
+    return isDone && hasParts;
 }
 
 void LuaUserType::_dropMembers()

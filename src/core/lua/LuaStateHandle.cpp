@@ -3,6 +3,8 @@
 #include "core/ExceptionContainment.h"
 #include "core/lua/LuaBoundary.h"
 
+#include <array>
+#include <cstddef>
 #include <utility>
 
 namespace tbScripts::lua
@@ -23,6 +25,21 @@ int makeTypeTables(lua_State* state)
     return luaL_ref(state, LUA_REGISTRYINDEX);
 }
 
+// Has the registry keep the first references in its array part: where memory ends while a table
+// grows, the interpreter forgets whole-number keys in the other part until it grows again.
+void reserveReferences(lua_State* state)
+{
+    constexpr std::size_t RESERVED = 64;
+    std::array<int, RESERVED> keys{};
+    for (int& key : keys)
+    {
+        lua_pushboolean(state, 1);
+        key = luaL_ref(state, LUA_REGISTRYINDEX);
+    }
+    for (auto key = keys.rbegin(); key != keys.rend(); ++key) // the lowest will be taken first
+        luaL_unref(state, LUA_REGISTRYINDEX, *key);
+}
+
 int furnishState(lua_State* state)
 {
     LuaStateSlot& slot = *static_cast<LuaStateSlot*>(lua_touserdata(state, 1));
@@ -34,6 +51,7 @@ int furnishState(lua_State* state)
     slot.typeTablesKey = makeTypeTables(state);
     lua_getglobal(state, "rawget"); // now: scripts may replace the global
     slot.rawgetKey = luaL_ref(state, LUA_REGISTRYINDEX);
+    reserveReferences(state);
     return 0;
 }
 

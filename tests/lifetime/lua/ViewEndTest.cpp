@@ -206,7 +206,7 @@ TEST_F(ViewEndTest, CallInsideFailsIfTheViewCannotBeKept)
         });
     // Fills the registry, so that a further value makes it grow.
     std::vector<ScriptObjectReference> fill;
-    for (int i = 0; i < 40; ++i)
+    for (int i = 0; i < 300; ++i)
     {
         fill.push_back(m_strategy->getVarObjectReference("thing"));
         EXPECT_TRUE(run("take(thing)"));
