@@ -33,11 +33,11 @@ class UserType;
 ///
 /// A new environment has no interpreter: every operation that needs one logs a warning (tag
 /// "Environment") and gives its neutral value. With one, failures are logged with tag
-/// "LuaEnvironment". Nothing is ever thrown. Names of globals are plain keys, without path syntax,
-/// and end at their first NUL.
+/// "LuaEnvironment". Nothing is ever thrown but `std::bad_alloc`. Names of globals are plain keys,
+/// without path syntax, and end at their first NUL.
 ///
-/// A host that calls scripts which call the host again may do so 200 calls deep; the next one fails
-/// with "C stack overflow". An environment that is destroyed from inside its own call takes its
+/// A host that calls scripts which call the host again may do so 200 calls deep, less on a thread
+/// with a small stack; the next one fails with "C stack overflow". An environment that is destroyed from inside its own call takes its
 /// interpreter and bindings with it when the outermost call returns.
 class TBSCRIPTS_API Environment
 {
