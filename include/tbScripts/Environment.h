@@ -37,8 +37,9 @@ class UserType;
 /// without path syntax, and end at their first NUL.
 ///
 /// A host that calls scripts which call the host again may do so 200 calls deep, less on a thread
-/// with a small stack; the next one fails with "C stack overflow". An environment that is destroyed from inside its own call takes its
-/// interpreter and bindings with it when the outermost call returns.
+/// with a small stack; the next one fails with "C stack overflow". An environment that is destroyed
+/// from inside its own call takes its interpreter and bindings with it when the outermost call
+/// returns.
 class TBSCRIPTS_API Environment
 {
 public:

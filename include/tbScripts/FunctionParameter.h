@@ -9,6 +9,7 @@
 #include <tbMemory/StringView.h>
 
 #include <cstdint>
+#include <cstring>
 #include <memory>
 #include <type_traits>
 
@@ -43,11 +44,32 @@ public:
     }
 
     ///@{
-    /// Makes a value of the kind that the type of `value` says.
-    FunctionParameter(bool value) noexcept;
-    FunctionParameter(int value) noexcept;
-    FunctionParameter(float value) noexcept;
-    FunctionParameter(double value) noexcept;
+    /// Makes a value of the kind that the type of `value` says. These, and what reads such values,
+    /// are here because a host function does little else.
+    FunctionParameter(bool value) noexcept
+        : FunctionParameter(PARAM_TYPE_BOOL, MEMBER::BOOL)
+    {
+        m_storage.boolean = value;
+    }
+
+    FunctionParameter(int value) noexcept
+        : FunctionParameter(PARAM_TYPE_INT, MEMBER::INT)
+    {
+        m_storage.integer = value;
+    }
+
+    FunctionParameter(float value) noexcept
+        : FunctionParameter(PARAM_TYPE_FLOAT, MEMBER::FLOAT)
+    {
+        m_storage.single = value;
+    }
+
+    FunctionParameter(double value) noexcept
+        : FunctionParameter(PARAM_TYPE_DOUBLE, MEMBER::DOUBLE)
+    {
+        m_storage.number = value;
+    }
+
     ///@}
 
     /// Copies the zero-terminated `text`; a null pointer gives the empty text.
@@ -93,38 +115,66 @@ public:
     /// Copies value and kind. References are shared, and so is the view of a user type.
     FunctionParameter(const FunctionParameter& other);
     FunctionParameter& operator=(const FunctionParameter& other);
+
     ///@}
 
     ///@{
     /// Takes the value. A moved-from text or user type becomes void; references stay shared.
-    FunctionParameter(FunctionParameter&& other) noexcept;
+    FunctionParameter(FunctionParameter&& other) noexcept
+        : FunctionParameter()
+    {
+        _takeFrom(other);
+    }
+
     FunctionParameter& operator=(FunctionParameter&& other) noexcept;
+
     ///@}
 
     /// Gives up text and reference. A host object is not destroyed.
-    ~FunctionParameter();
+    ~FunctionParameter()
+    {
+        if (_ownsSomething())
+            _clear();
+    }
 
     /// Returns the kind; a number above 9 is given back as it is.
-    FUNCTION_PARAMETER_TYPE getType() const;
+    FUNCTION_PARAMETER_TYPE getType() const { return m_type; }
 
     ///@{
     /// Returns the value; false or 0 for another kind. Nothing is converted.
-    bool getBool() const;
-    int getInt() const;
-    float getFloat() const;
-    double getDouble() const;
+    bool getBool() const { return _is(PARAM_TYPE_BOOL, MEMBER::BOOL) && m_storage.boolean; }
+
+    int getInt() const { return _is(PARAM_TYPE_INT, MEMBER::INT) ? m_storage.integer : 0; }
+
+    float getFloat() const
+    {
+        return _is(PARAM_TYPE_FLOAT, MEMBER::FLOAT) ? m_storage.single : 0.0F;
+    }
+
+    double getDouble() const
+    {
+        return _is(PARAM_TYPE_DOUBLE, MEMBER::DOUBLE) ? m_storage.number : 0.0;
+    }
+
     ///@}
 
     /// Returns the text, zero-terminated behind its end; a null view for another kind.
     ///
     /// Valid until: this parameter is changed or destroyed. The same holds for the name below.
-    tbMemory::StringView getString() const;
+    tbMemory::StringView getString() const
+    {
+        return _is(PARAM_TYPE_STRING, MEMBER::TEXT) ? tbMemory::StringView(m_storage.text)
+                                                    : tbMemory::StringView();
+    }
 
     /// Returns the full name of the user type; a null view for another kind.
     tbMemory::StringView getUserTypeName() const;
 
     /// Returns the host object, null for another kind.
-    void* getUserTypeObject() const;
+    void* getUserTypeObject() const
+    {
+        return _holdsUserType() ? m_storage.userType.object : nullptr;
+    }
 
     /// Returns a view on the script value that an owned user type was read from; looks at nothing
     /// for other kinds, for values that the host made, and once the call that read it is over.
@@ -193,14 +243,53 @@ private:
         ScriptObjectReference reference;
     };
 
+    FunctionParameter(FUNCTION_PARAMETER_TYPE type, MEMBER member) noexcept
+        : m_type(type)
+        , m_live(member)
+        , m_acceptsAnyUserType(false)
+    {
+    }
+
     static MEMBER _memberOf(FUNCTION_PARAMETER_TYPE type);
+
+    bool _is(FUNCTION_PARAMETER_TYPE type, MEMBER member) const
+    {
+        return m_type == type && m_live == member;
+    }
+
+    bool _holdsUserType() const
+    {
+        return m_live == MEMBER::USER_TYPE &&
+               (m_type == PARAM_TYPE_USER_TYPE || m_type == PARAM_TYPE_USER_TYPE_OWNED);
+    }
+
+    // Members that own something come last in the enumeration.
+    bool _ownsSomething() const { return m_live >= MEMBER::TEXT; }
 
     // True if the storage holds `member` and the kind says so too.
     bool _holds(MEMBER member) const;
 
     void _clear() noexcept;
     void _copyFrom(const FunctionParameter& other);
-    void _takeFrom(FunctionParameter& other) noexcept;
+
+    // Requires, like the copy: the storage holds nothing.
+    void _takeFrom(FunctionParameter& other) noexcept
+    {
+        if (other._ownsSomething())
+            _takeOwnedFrom(other);
+        else
+            _copyPlainFrom(other);
+    }
+
+    void _takeOwnedFrom(FunctionParameter& other) noexcept;
+
+    // Numbers and truth values, which are always of the kind that is said.
+    void _copyPlainFrom(const FunctionParameter& other) noexcept
+    {
+        std::memcpy(&m_storage.firstWord, &other.m_storage.firstWord, sizeof(std::uint64_t));
+        m_type = other.m_type;
+        m_live = other.m_live;
+    }
 
     Storage m_storage;
     FUNCTION_PARAMETER_TYPE m_type;

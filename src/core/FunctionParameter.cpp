@@ -8,38 +8,6 @@ namespace tbScripts
 
 const FunctionParameter FunctionParameter::VOID;
 
-FunctionParameter::FunctionParameter(bool value) noexcept
-    : m_type(PARAM_TYPE_BOOL)
-    , m_live(MEMBER::BOOL)
-    , m_acceptsAnyUserType(false)
-{
-    m_storage.boolean = value;
-}
-
-FunctionParameter::FunctionParameter(int value) noexcept
-    : m_type(PARAM_TYPE_INT)
-    , m_live(MEMBER::INT)
-    , m_acceptsAnyUserType(false)
-{
-    m_storage.integer = value;
-}
-
-FunctionParameter::FunctionParameter(float value) noexcept
-    : m_type(PARAM_TYPE_FLOAT)
-    , m_live(MEMBER::FLOAT)
-    , m_acceptsAnyUserType(false)
-{
-    m_storage.single = value;
-}
-
-FunctionParameter::FunctionParameter(double value) noexcept
-    : m_type(PARAM_TYPE_DOUBLE)
-    , m_live(MEMBER::DOUBLE)
-    , m_acceptsAnyUserType(false)
-{
-    m_storage.number = value;
-}
-
 FunctionParameter::FunctionParameter(const char* text)
     : FunctionParameter(tbMemory::StringView(text))
 {
@@ -113,12 +81,6 @@ FunctionParameter& FunctionParameter::operator=(const FunctionParameter& other)
     return *this;
 }
 
-FunctionParameter::FunctionParameter(FunctionParameter&& other) noexcept
-    : FunctionParameter()
-{
-    _takeFrom(other);
-}
-
 FunctionParameter& FunctionParameter::operator=(FunctionParameter&& other) noexcept
 {
     if (this == &other)
@@ -129,50 +91,10 @@ FunctionParameter& FunctionParameter::operator=(FunctionParameter&& other) noexc
     return *this;
 }
 
-FunctionParameter::~FunctionParameter()
-{
-    _clear();
-}
-
-FUNCTION_PARAMETER_TYPE FunctionParameter::getType() const
-{
-    return m_type;
-}
-
-bool FunctionParameter::getBool() const
-{
-    return _holds(MEMBER::BOOL) && m_storage.boolean;
-}
-
-int FunctionParameter::getInt() const
-{
-    return _holds(MEMBER::INT) ? m_storage.integer : 0;
-}
-
-float FunctionParameter::getFloat() const
-{
-    return _holds(MEMBER::FLOAT) ? m_storage.single : 0.0F;
-}
-
-double FunctionParameter::getDouble() const
-{
-    return _holds(MEMBER::DOUBLE) ? m_storage.number : 0.0;
-}
-
-tbMemory::StringView FunctionParameter::getString() const
-{
-    return _holds(MEMBER::TEXT) ? tbMemory::StringView(m_storage.text) : tbMemory::StringView();
-}
-
 tbMemory::StringView FunctionParameter::getUserTypeName() const
 {
     return _holds(MEMBER::USER_TYPE) ? tbMemory::StringView(m_storage.userType.typeName)
                                      : tbMemory::StringView();
-}
-
-void* FunctionParameter::getUserTypeObject() const
-{
-    return _holds(MEMBER::USER_TYPE) ? m_storage.userType.object : nullptr;
 }
 
 ScriptObjectView FunctionParameter::getUserTypeView() const
@@ -289,54 +211,35 @@ void FunctionParameter::_clear() noexcept
 // Requires: the storage holds nothing.
 void FunctionParameter::_copyFrom(const FunctionParameter& other)
 {
+    if (!other._ownsSomething())
+    {
+        _copyPlainFrom(other);
+        return;
+    }
     m_type = other.m_type;
     if (!other._holds(other.m_live))
         return; // storage that was prepared for another kind is not a value
-    switch (other.m_live)
-    {
-    case MEMBER::NONE:
-        return;
-    case MEMBER::BOOL:
-        m_storage.boolean = other.m_storage.boolean;
-        break;
-    case MEMBER::INT:
-        m_storage.integer = other.m_storage.integer;
-        break;
-    case MEMBER::FLOAT:
-        m_storage.single = other.m_storage.single;
-        break;
-    case MEMBER::DOUBLE:
-        m_storage.number = other.m_storage.number;
-        break;
-    case MEMBER::TEXT:
+    if (other.m_live == MEMBER::TEXT)
         new (&m_storage.text) tbMemory::String(other.m_storage.text);
-        break;
-    case MEMBER::USER_TYPE:
+    else if (other.m_live == MEMBER::USER_TYPE)
         new (&m_storage.userType) UserTypeValue(other.m_storage.userType);
-        break;
-    case MEMBER::REFERENCE:
+    else
         new (&m_storage.reference) ScriptObjectReference(other.m_storage.reference);
-        break;
-    }
     m_live = other.m_live;
     m_acceptsAnyUserType = other.m_acceptsAnyUserType;
 }
 
-// Requires: the storage holds nothing.
-void FunctionParameter::_takeFrom(FunctionParameter& other) noexcept
+void FunctionParameter::_takeOwnedFrom(FunctionParameter& other) noexcept
 {
-    if (other._holds(MEMBER::TEXT))
-        new (&m_storage.text) tbMemory::String(std::move(other.m_storage.text));
-    else if (other._holds(MEMBER::USER_TYPE))
-        new (&m_storage.userType) UserTypeValue(std::move(other.m_storage.userType));
-    else if (other._holds(MEMBER::REFERENCE))
-        new (&m_storage.reference) ScriptObjectReference(std::move(other.m_storage.reference));
-    else
-    {
-        _copyFrom(other); // numbers and truth values: nothing that could fail
-        return;
-    }
     m_type = other.m_type;
+    if (!other._holds(other.m_live))
+        return; // as above
+    if (other.m_live == MEMBER::TEXT)
+        new (&m_storage.text) tbMemory::String(std::move(other.m_storage.text));
+    else if (other.m_live == MEMBER::USER_TYPE)
+        new (&m_storage.userType) UserTypeValue(std::move(other.m_storage.userType));
+    else
+        new (&m_storage.reference) ScriptObjectReference(std::move(other.m_storage.reference));
     m_live = other.m_live;
     m_acceptsAnyUserType = other.m_acceptsAnyUserType;
     if (m_live == MEMBER::REFERENCE)
