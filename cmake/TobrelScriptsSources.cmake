@@ -94,6 +94,7 @@ set(TOBREL_SCRIPTS_SOURCES
     src/core/lua/LuaTables.cpp
     src/core/lua/LuaTables.h
     src/core/lua/LuaText.h
+    src/core/lua/LuaTypeDirectory.h
     src/environments/DummyEnvironmentStrategy.cpp
     src/environments/DummyEnvironmentStrategy.h
     src/environments/Environment.cpp
@@ -443,6 +444,7 @@ set(TOBREL_SCRIPTS_INTERNAL_TESTS
     tests/bindings/lua/LuaFunctionTest.cpp
     tests/bindings/lua/LuaInstanceBoxTest.cpp
     tests/bindings/lua/LuaNamespaceTest.cpp
+    tests/bindings/lua/LuaTypeCoreTest.cpp
     tests/bindings/lua/LuaUserTypeTest.cpp
     tests/bindings/lua/UserTypeCallAllocationTest.cpp
     tests/bindings/lua/UserTypeParameterTest.cpp
@@ -456,6 +458,7 @@ set(TOBREL_SCRIPTS_INTERNAL_TESTS
     tests/core/lua/LuaSharedReferenceBlockTest.cpp
     tests/core/lua/LuaStateHandleTest.cpp
     tests/core/lua/LuaTextTest.cpp
+    tests/core/lua/LuaTypeDirectoryTest.cpp
     tests/environments/DummyEnvironmentStrategyTest.cpp
     tests/environments/EnvironmentTeardownOrderTest.cpp
     tests/environments/lua/ForeignLibraryTest.cpp

@@ -88,12 +88,19 @@ std::unique_ptr<Definition> cloneDefinition(const Definition& definition)
     return copy;
 }
 
+/// Ends `definition`, which nobody holds any more. Out of the way of calls, which hardly ever do.
+template <typename Definition>
+[[gnu::noinline]] void endDefinition(Definition* definition)
+{
+    delete definition;
+}
+
 /// Gives up one hold on `definition`.
 template <typename Definition>
 void releaseDefinition(Definition* definition)
 {
     if (--definition->holders == 0)
-        delete definition;
+        endDefinition(definition);
 }
 
 /// One hold on a definition, or none.

@@ -45,19 +45,19 @@ tbMemory::StringView EnvironmentStrategy::getEnvironmentName() const
     return *m_environmentName;
 }
 
-void EnvironmentStrategy::resetResult()
-{
-    m_lastResult.message.clear();
-    m_lastResult.code = 0;
-    m_lastResult.success = true;
-    _showResult();
-}
-
 void EnvironmentStrategy::setFailure(const tbMemory::StringView& message, std::int32_t code)
 {
     m_lastResult.message = message;
     m_lastResult.code = code;
     m_lastResult.success = false;
+    _showResult();
+}
+
+void EnvironmentStrategy::_forgetFailure()
+{
+    m_lastResult.message.clear();
+    m_lastResult.code = 0;
+    m_lastResult.success = true;
     _showResult();
 }
 

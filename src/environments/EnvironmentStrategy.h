@@ -119,10 +119,16 @@ public:
 protected:
     tbMemory::StringView getEnvironmentName() const;
 
-    void resetResult();
+    void resetResult()
+    {
+        if (!m_lastResult.success)
+            _forgetFailure();
+    }
+
     void setFailure(const tbMemory::StringView& message, std::int32_t code);
 
 private:
+    void _forgetFailure();
     void _showResult();
 
     Name m_environmentName;

@@ -34,7 +34,7 @@ lua::LuaCallbackScope& LuaCallBridgeFixture::scope() const
 void LuaCallBridgeFixture::read(FunctionParameter& parameter, const std::string& expression)
 {
     push("return " + expression);
-    lua::LuaCallBridge(*m_scope).readParameter(parameter, VALUE, "spawn");
+    lua::LuaCallBridge(*m_scope, "spawn").readParameter(parameter, VALUE);
     EXPECT_EQ(lua_gettop(state()), VALUE);
     lua_settop(state(), 0);
 }
@@ -55,7 +55,7 @@ LuaCallBridgeFixture::readSlotExpectingError(FunctionParameter& parameter, int s
     std::string message;
     try
     {
-        lua::LuaCallBridge(*m_scope).readParameter(parameter, stackIndex, "spawn");
+        lua::LuaCallBridge(*m_scope, "spawn").readParameter(parameter, stackIndex);
         ADD_FAILURE() << "the value fits";
     }
     catch (const std::string& thrown)
@@ -70,7 +70,7 @@ bool LuaCallBridgeFixture::accepts(
     const FunctionParameter& parameter, const std::string& expression)
 {
     push("return " + expression);
-    const bool isAccepted = lua::LuaCallBridge(*m_scope).accepts(parameter, VALUE);
+    const bool isAccepted = lua::LuaCallBridge(*m_scope, "spawn").accepts(parameter, VALUE);
     EXPECT_EQ(lua_gettop(state()), VALUE);
     lua_settop(state(), 0);
     return isAccepted;

@@ -12,7 +12,11 @@
 
 #include <array>
 #include <charconv>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
 #include <memory>
+#include <new>
 #include <utility>
 
 namespace tbScripts::lua
@@ -31,6 +35,28 @@ constexpr const char* NAME_OF_OBJECT = "lua object";
 constexpr int UNKNOWN_LINE = -1;
 constexpr int CALLING_LEVEL = 1; // level 0 is the host function itself
 
+// Compares in place what is too short to be worth a call.
+bool isSameName(const tbMemory::String& left, const tbMemory::String& right)
+{
+    constexpr std::size_t WORD = sizeof(std::uint64_t);
+    const std::size_t size = left.size();
+    if (size != right.size())
+        return false;
+    std::size_t i = 0;
+    for (; i + WORD <= size; i += WORD)
+    {
+        std::uint64_t leftWord = 0;
+        std::uint64_t rightWord = 0;
+        std::memcpy(&leftWord, left.data() + i, WORD);
+        std::memcpy(&rightWord, right.data() + i, WORD);
+        if (leftWord != rightWord)
+            return false;
+    }
+    while (i < size && left.data()[i] == right.data()[i])
+        ++i;
+    return i == size;
+}
+
 const char* nameOfNumber(FUNCTION_PARAMETER_TYPE type)
 {
     if (type == PARAM_TYPE_INT)
@@ -39,12 +65,6 @@ const char* nameOfNumber(FUNCTION_PARAMETER_TYPE type)
 }
 
 } // namespace
-
-LuaCallBridge::LuaCallBridge(LuaCallbackScope& scope)
-    : m_scope(scope)
-    , m_state(scope.getThread())
-{
-}
 
 bool LuaCallBridge::accepts(const FunctionParameter& parameter, int stackIndex) const
 {
@@ -71,8 +91,7 @@ bool LuaCallBridge::accepts(const FunctionParameter& parameter, int stackIndex) 
     }
 }
 
-void LuaCallBridge::readParameter(
-    FunctionParameter& parameter, int stackIndex, const tbMemory::StringView& functionName) const
+void LuaCallBridge::_read(FunctionParameter& parameter, int stackIndex) const
 {
     switch (parameter.m_type)
     {
@@ -84,27 +103,26 @@ void LuaCallBridge::readParameter(
     case PARAM_TYPE_INT:
     case PARAM_TYPE_FLOAT:
     case PARAM_TYPE_DOUBLE:
-        _readNumber(parameter, stackIndex, functionName);
+        _readNumber(parameter, stackIndex);
         return;
     case PARAM_TYPE_STRING:
-        _readText(parameter, stackIndex, functionName);
+        _readText(parameter, stackIndex);
         return;
     case PARAM_TYPE_USER_TYPE_OWNED:
     case PARAM_TYPE_USER_TYPE:
-        _readUserType(parameter, stackIndex, functionName);
+        _readUserType(parameter, stackIndex);
         return;
     case PARAM_TYPE_SCRIPT_FUNCTION:
     case PARAM_TYPE_SCRIPT_OBJECT:
-        _readReference(parameter, stackIndex, functionName);
+        _readReference(parameter, stackIndex);
         return;
     case PARAM_TYPE_VOID:
     default: // numbers outside the enumeration cannot be read either
-        throw std::string(std::string_view(messages::parameterNotHandled(functionName)));
+        throw std::string(std::string_view(messages::parameterNotHandled(m_functionName)));
     }
 }
 
-int LuaCallBridge::pushParameter(
-    const FunctionParameter& parameter, const tbMemory::StringView& functionName) const
+int LuaCallBridge::_push(const FunctionParameter& parameter) const
 {
     switch (parameter.m_type)
     {
@@ -123,7 +141,8 @@ int LuaCallBridge::pushParameter(
         lua_pushnumber(m_state, parameter.getDouble());
         return 1;
     case PARAM_TYPE_STRING:
-        pushName(m_state, parameter.getString());
+        // Zero-terminated, and texts end at their first NUL for scripts.
+        lua_pushstring(m_state, parameter.getString().empty() ? "" : parameter.getString().data());
         return 1;
     case PARAM_TYPE_USER_TYPE_OWNED:
     case PARAM_TYPE_USER_TYPE:
@@ -134,7 +153,7 @@ int LuaCallBridge::pushParameter(
         return 1;
     }
     LogManager::getInstance()->log(
-        messages::outputNotHandled(functionName), LOG_SOURCE_LUA_FUNCTION);
+        messages::outputNotHandled(m_functionName), LOG_SOURCE_LUA_FUNCTION);
     return 0;
 }
 
@@ -184,13 +203,11 @@ std::string LuaCallBridge::intToDecimal(int number)
 
 void LuaCallBridge::_makeRoomForPlainValue(FunctionParameter& parameter)
 {
-    // Members that own something come last in the enumeration.
-    if (parameter.m_live >= FunctionParameter::MEMBER::TEXT)
+    if (parameter._ownsSomething())
         parameter._clear();
 }
 
-void LuaCallBridge::_readNumber(
-    FunctionParameter& parameter, int stackIndex, const tbMemory::StringView& functionName) const
+void LuaCallBridge::_readNumber(FunctionParameter& parameter, int stackIndex) const
 {
     _makeRoomForPlainValue(parameter);
     // Not a number reads as 0, which the conversion of such a value gives anyway.
@@ -211,21 +228,21 @@ void LuaCallBridge::_readNumber(
         break;
     }
     if (number == 0.0 && !lua_isnumber(m_state, stackIndex))
-        _throwTypeMismatch(stackIndex, nameOfNumber(parameter.m_type), functionName);
+        _throwTypeMismatch(stackIndex, nameOfNumber(parameter.m_type));
 }
 
-void LuaCallBridge::_readText(
-    FunctionParameter& parameter, int stackIndex, const tbMemory::StringView& functionName) const
+void LuaCallBridge::_readText(FunctionParameter& parameter, int stackIndex) const
 {
     if (parameter.m_live != FunctionParameter::MEMBER::TEXT)
         parameter.prepareForString();
     tbMemory::String& text = parameter.m_storage.text;
-    if (!lua_isstring(m_state, stackIndex))
+    const tbMemory::StringView passed = textAt(m_state, stackIndex);
+    if (passed.isNull())
     {
         text.clear();
-        _throwTypeMismatch(stackIndex, NAME_OF_STRING, functionName);
+        _throwTypeMismatch(stackIndex, NAME_OF_STRING);
     }
-    text = textAt(m_state, stackIndex);
+    text = passed;
 }
 
 bool LuaCallBridge::_acceptsInstance(const FunctionParameter& parameter, int stackIndex) const
@@ -235,47 +252,66 @@ bool LuaCallBridge::_acceptsInstance(const FunctionParameter& parameter, int sta
            (parameter.m_acceptsAnyUserType || instance.typeName == parameter.getUserTypeName());
 }
 
-void LuaCallBridge::_readUserType(
-    FunctionParameter& parameter, int stackIndex, const tbMemory::StringView& functionName) const
+void LuaCallBridge::_readUserType(FunctionParameter& parameter, int stackIndex) const
 {
     if (parameter.m_live != FunctionParameter::MEMBER::USER_TYPE)
         parameter.prepareForUserType();
     FunctionParameter::UserTypeValue& value = parameter.m_storage.userType;
-    const bool acceptsAny = parameter.m_acceptsAnyUserType;
     value.object = nullptr;
-    if (lua_isnil(m_state, stackIndex))
+    if (!_readInstance(parameter, value, stackIndex))
     {
+        const bool acceptsAny = parameter.m_acceptsAnyUserType;
+        if (!lua_isnil(m_state, stackIndex))
+        {
+            _throwTypeMismatch(
+                stackIndex,
+                acceptsAny ? tbMemory::StringView("") : tbMemory::StringView(value.typeName));
+        }
         value.view.reset();
         if (acceptsAny)
             value.typeName.clear();
-        return;
     }
-
-    const LuaInstance instance = instanceAt(m_scope.getSlot(), m_state, stackIndex);
-    if (!instance.box || !(acceptsAny || instance.typeName == value.typeName))
+    else if (parameter.m_type == PARAM_TYPE_USER_TYPE_OWNED)
     {
-        _throwTypeMismatch(
-            stackIndex,
-            acceptsAny ? tbMemory::StringView("") : tbMemory::StringView(value.typeName),
-            functionName);
-    }
-    value.object = instance.box->object;
-    if (acceptsAny)
-        value.typeName = instance.typeName;
-    if (parameter.m_type == PARAM_TYPE_USER_TYPE_OWNED)
         _lendView(parameter, stackIndex);
+    }
 }
 
-void LuaCallBridge::_readReference(
-    FunctionParameter& parameter, int stackIndex, const tbMemory::StringView& functionName) const
+bool LuaCallBridge::_readInstance(
+    const FunctionParameter& parameter,
+    FunctionParameter::UserTypeValue& value,
+    int stackIndex) const
 {
-    parameter.prepareForScriptObjectReference();
+    const LuaStateSlot& slot = m_scope.getSlot();
+    if (!parameter.m_acceptsAnyUserType)
+    {
+        // Mostly it is one of the type that is expected, and that type lives.
+        auto* const box = static_cast<const LuaInstanceBox*>(boxSizedBlockAt(m_state, stackIndex));
+        const tbMemory::String* const name =
+            box ? livingTypeAt(slot, m_state, stackIndex) : nullptr;
+        if (name && hasFlagsOfABox(box) && !box->isDestroyed && isSameName(*name, value.typeName))
+        {
+            value.object = box->object;
+            return true;
+        }
+    }
+    const LuaInstance instance = instanceAt(slot, m_state, stackIndex);
+    if (!instance.box)
+        return false;
+    if (parameter.m_acceptsAnyUserType)
+        value.typeName = instance.typeName;
+    else if (instance.typeName != value.typeName)
+        return false;
+    value.object = instance.box->object;
+    return true;
+}
+
+void LuaCallBridge::_readReference(FunctionParameter& parameter, int stackIndex) const
+{
+    parameter._clear(); // without a value it designates nothing
     const bool isFunction = parameter.m_type == PARAM_TYPE_SCRIPT_FUNCTION;
     if (!accepts(parameter, stackIndex))
-    {
-        _throwTypeMismatch(
-            stackIndex, isFunction ? NAME_OF_FUNCTION : NAME_OF_OBJECT, functionName);
-    }
+        _throwTypeMismatch(stackIndex, isFunction ? NAME_OF_FUNCTION : NAME_OF_OBJECT);
     LuaStateSlot& slot = m_scope.getSlot();
     if (!slot.main)
         return; // the state is closing: what it holds cannot be kept any more
@@ -283,9 +319,11 @@ void LuaCallBridge::_readReference(
     auto owned = std::make_unique<LuaScriptObjectInterpreterReference>(
         LuaStateHandle(&slot), parameter.m_type, 0);
     LuaScriptObjectInterpreterReference& reference = *owned;
-    parameter.m_storage.reference = ScriptObjectReference(owned.release());
+    const ScriptObjectReference kept(owned.release());
     lua_pushvalue(m_state, stackIndex);
     reference.anchor(m_state);
+    new (&parameter.m_storage.reference) ScriptObjectReference(kept);
+    parameter.m_live = FunctionParameter::MEMBER::REFERENCE;
 }
 
 void LuaCallBridge::_lendView(FunctionParameter& parameter, int stackIndex) const
@@ -299,13 +337,11 @@ void LuaCallBridge::_lendView(FunctionParameter& parameter, int stackIndex) cons
 }
 
 void LuaCallBridge::_throwTypeMismatch(
-    int stackIndex,
-    const tbMemory::StringView& expectedTypeName,
-    const tbMemory::StringView& functionName) const
+    int stackIndex, const tbMemory::StringView& expectedTypeName) const
 {
     lua_Debug activation;
     throw std::string(std::string_view(buildTypeMismatchMessage(
-        m_state, activation, lua_type(m_state, stackIndex), expectedTypeName, functionName)));
+        m_state, activation, lua_type(m_state, stackIndex), expectedTypeName, m_functionName)));
 }
 
 int LuaCallBridge::_pushUserType(const FunctionParameter& parameter) const

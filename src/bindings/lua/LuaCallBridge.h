@@ -19,11 +19,17 @@ class LuaScriptObjectInterpreterView;
 /// Carries values between stack slots and parameters, during one callback scope.
 ///
 /// Errors travel as exceptions of type `std::string` that hold the message; whoever calls the
-/// bridge decides what becomes of them. `functionName` is used in messages only.
+/// bridge decides what becomes of them.
 class LuaCallBridge
 {
 public:
-    explicit LuaCallBridge(LuaCallbackScope& scope);
+    /// `functionName` names the call in messages; it outlives the bridge.
+    LuaCallBridge(LuaCallbackScope& scope, const tbMemory::String& functionName)
+        : m_scope(scope)
+        , m_state(scope.getThread())
+        , m_functionName(functionName)
+    {
+    }
 
     /// Returns whether the value in slot `stackIndex` is of the kind that `parameter` expects.
     bool accepts(const FunctionParameter& parameter, int stackIndex) const;
@@ -32,16 +38,34 @@ public:
     ///
     /// On failure: throws the message; the parameter holds the empty value of its kind.
     /// Stack: +0. A number that is read as a text becomes one in its slot.
-    void readParameter(
-        FunctionParameter& parameter,
-        int stackIndex,
-        const tbMemory::StringView& functionName) const;
+    void readParameter(FunctionParameter& parameter, int stackIndex) const
+    {
+        if (parameter.m_type != PARAM_TYPE_DOUBLE || !_readPlainDouble(parameter, stackIndex))
+            _read(parameter, stackIndex);
+    }
+
+    /// Does so if the value is of the kind that `parameter` expects. Returns false, and leaves
+    /// `parameter` as it is, if not.
+    bool readIfAccepted(FunctionParameter& parameter, int stackIndex) const
+    {
+        if (parameter.m_type == PARAM_TYPE_DOUBLE && _readPlainDouble(parameter, stackIndex))
+            return true;
+        if (!accepts(parameter, stackIndex))
+            return false;
+        _read(parameter, stackIndex);
+        return true;
+    }
 
     /// Pushes the value of `parameter` and returns the number of values pushed, 0 or 1.
     ///
     /// On failure: a kind that is no kind is logged (tag "LuaFunction") and pushes nothing.
-    int pushParameter(
-        const FunctionParameter& parameter, const tbMemory::StringView& functionName) const;
+    int pushParameter(const FunctionParameter& parameter) const
+    {
+        if (parameter.m_type != PARAM_TYPE_DOUBLE)
+            return _push(parameter);
+        lua_pushnumber(m_state, parameter.getDouble());
+        return 1;
+    }
 
     /// Makes `parameter` designate `object`, without view, whatever type it was declared with.
     /// Returns false if it is not of a user type.
@@ -67,35 +91,44 @@ private:
     // or truth value may be written over it.
     static void _makeRoomForPlainValue(FunctionParameter& parameter);
 
+    // The most frequent case of all. Returns false for what is or may be none.
+    bool _readPlainDouble(FunctionParameter& parameter, int stackIndex) const
+    {
+        if (parameter._ownsSomething())
+            return false;
+        const double number = lua_tonumber(m_state, stackIndex);
+        if (number == 0.0)
+            return false; // anything else reads as that
+        parameter.m_storage.number = number;
+        parameter.m_live = FunctionParameter::MEMBER::DOUBLE;
+        return true;
+    }
+
+    void _read(FunctionParameter& parameter, int stackIndex) const;
+
+    int _push(const FunctionParameter& parameter) const;
+
     bool _acceptsInstance(const FunctionParameter& parameter, int stackIndex) const;
 
-    void _readNumber(
-        FunctionParameter& parameter,
-        int stackIndex,
-        const tbMemory::StringView& functionName) const;
+    void _readNumber(FunctionParameter& parameter, int stackIndex) const;
 
-    void _readText(
-        FunctionParameter& parameter,
-        int stackIndex,
-        const tbMemory::StringView& functionName) const;
+    void _readText(FunctionParameter& parameter, int stackIndex) const;
 
-    void _readUserType(
-        FunctionParameter& parameter,
-        int stackIndex,
-        const tbMemory::StringView& functionName) const;
+    void _readUserType(FunctionParameter& parameter, int stackIndex) const;
 
-    void _readReference(
-        FunctionParameter& parameter,
-        int stackIndex,
-        const tbMemory::StringView& functionName) const;
+    void _readReference(FunctionParameter& parameter, int stackIndex) const;
+
+    // Returns false if there is no living instance of the expected type.
+    bool _readInstance(
+        const FunctionParameter& parameter,
+        FunctionParameter::UserTypeValue& value,
+        int stackIndex) const;
 
     // Lends the value to a view of `parameter`; one that nobody else holds is used again.
     void _lendView(FunctionParameter& parameter, int stackIndex) const;
 
-    [[noreturn]] void _throwTypeMismatch(
-        int stackIndex,
-        const tbMemory::StringView& expectedTypeName,
-        const tbMemory::StringView& functionName) const;
+    [[noreturn]] void
+    _throwTypeMismatch(int stackIndex, const tbMemory::StringView& expectedTypeName) const;
 
     int _pushUserType(const FunctionParameter& parameter) const;
 
@@ -105,6 +138,7 @@ private:
 
     LuaCallbackScope& m_scope;
     lua_State* m_state;
+    const tbMemory::String& m_functionName;
 };
 
 } // namespace tbScripts::lua

@@ -10,6 +10,7 @@
 #include "tbScripts/LogManager.h"
 
 #include <exception>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -24,20 +25,21 @@ using HostFunctionCall = DefinitionCall<FunctionDefinition>;
 // Reads the arguments, calls the host and pushes its result; returns the number of results.
 int runHostFunction(LuaCallbackScope& scope, const HostFunctionCall& call)
 {
-    const LuaCallBridge bridge(scope);
+    const LuaCallBridge bridge(scope, call.getName());
     std::vector<FunctionParameter>& parameters = call.getParameters();
     int stackIndex = 0;
     for (FunctionParameter& parameter : parameters)
-        bridge.readParameter(parameter, ++stackIndex, call.getName());
+        bridge.readParameter(parameter, ++stackIndex);
 
     const FunctionParameter result =
         call.getCallable()(tbMemory::BufferView<FunctionParameter>(parameters));
-    return bridge.pushParameter(result, call.getName());
+    return bridge.pushParameter(result);
 }
 
-// Returns the number of results, or RAISE_MESSAGE_ON_TOP with the message in `errorText`.
+// Returns the number of results, or RAISE_MESSAGE_ON_TOP with the message in `errorText`,
+// which is null until then: a text from the beginning would cost every call.
 int runCatchingHostErrors(
-    LuaCallbackScope& scope, const HostFunctionCall& call, std::string& errorText)
+    LuaCallbackScope& scope, const HostFunctionCall& call, std::unique_ptr<std::string>& errorText)
 {
     try
     {
@@ -45,13 +47,13 @@ int runCatchingHostErrors(
     }
     catch (const std::string& thrown)
     {
-        errorText = thrown;
+        errorText = std::make_unique<std::string>(thrown);
     }
     catch (const std::exception& exception)
     {
         if (!call.getCallable())
             throw; // not the host's: what an empty callable throws is left to the interpreter
-        errorText = exception.what();
+        errorText = std::make_unique<std::string>(exception.what());
     }
     return RAISE_MESSAGE_ON_TOP;
 }
@@ -61,12 +63,12 @@ int callLivingFunction(LuaFunction& function, lua_State* state)
 {
     LuaCallbackScope scope(*function.getHandle().getSlot(), state);
     const HostFunctionCall call(function.getDefinition());
-    std::string errorText;
+    std::unique_ptr<std::string> errorText;
     const int results = runCatchingHostErrors(scope, call, errorText);
     if (results != RAISE_MESSAGE_ON_TOP)
         return results;
-    LogManager::getInstance()->log(errorText, LOG_SOURCE_LUA_FUNCTION);
-    return raiseText(state, errorText.c_str());
+    LogManager::getInstance()->log(*errorText, LOG_SOURCE_LUA_FUNCTION);
+    return raiseText(state, errorText->c_str());
 }
 
 int reportDeadFunction(const LuaFunctionAnchor* anchor, lua_State* state)

@@ -10,23 +10,25 @@ namespace tbScripts::lua
 namespace
 {
 
-// Stack: +1, the table of the user type `typeName`, or nil if there is no such type.
-void pushTypeTable(const LuaStateSlot& slot, lua_State* state, const tbMemory::StringView& typeName)
+// Returns whether the table on top of the stack is one of our types, living or dead.
+bool isTypeTable(const LuaStateSlot& slot, lua_State* state)
 {
-    pushName(state, typeName);
-    lua_rawget(state, LUA_REGISTRYINDEX);
-    if (!lua_istable(state, -1))
-    {
-        lua_pop(state, 1);
-        lua_pushnil(state);
-        return;
-    }
+    if (slot.types.find(lua_topointer(state, -1)))
+        return true;
     lua_rawgeti(state, LUA_REGISTRYINDEX, slot.typeTablesKey);
     lua_pushvalue(state, -2);
     lua_rawget(state, -2);
     const bool isType = lua_type(state, -1) == LUA_TSTRING;
     lua_pop(state, 2);
-    if (isType)
+    return isType;
+}
+
+// Stack: +1, the table of the user type `typeName`, or nil if there is no such type.
+void pushTypeTable(const LuaStateSlot& slot, lua_State* state, const tbMemory::StringView& typeName)
+{
+    pushName(state, typeName);
+    lua_rawget(state, LUA_REGISTRYINDEX);
+    if (lua_istable(state, -1) && isTypeTable(slot, state))
         return;
     lua_pop(state, 1);
     lua_pushnil(state);
@@ -44,31 +46,20 @@ void registerTypeTable(
     lua_pop(state, 1);
 }
 
-LuaInstance boxAt(const LuaStateSlot& slot, lua_State* state, int index)
+LuaInstance boxOfAnyType(const LuaStateSlot& slot, lua_State* state, int index, void* block)
 {
     LuaInstance instance{nullptr, tbMemory::StringView()};
-    if (lua_type(state, index) != LUA_TUSERDATA || lua_objlen(state, index) != INSTANCE_BOX_SIZE)
-        return instance;
-    void* const block = lua_touserdata(state, index);
     if (!lua_getmetatable(state, index))
         return instance;
     lua_rawgeti(state, LUA_REGISTRYINDEX, slot.typeTablesKey);
     lua_insert(state, -2);
     lua_rawget(state, -2);
-    if (lua_type(state, -1) == LUA_TSTRING && hasFlagsOfABox(block))
+    if (lua_type(state, -1) == LUA_TSTRING)
     {
         instance.box = static_cast<LuaInstanceBox*>(block);
         instance.typeName = textAt(state, -1);
     }
     lua_pop(state, 2);
-    return instance;
-}
-
-LuaInstance instanceAt(const LuaStateSlot& slot, lua_State* state, int index)
-{
-    const LuaInstance instance = boxAt(slot, state, index);
-    if (instance.box && instance.box->isDestroyed)
-        return LuaInstance{nullptr, tbMemory::StringView()};
     return instance;
 }
 

@@ -36,6 +36,14 @@ inline bool hasFlagsOfABox(const void* block)
            bytes[offsetof(LuaInstanceBox, isDestroyed)] <= 1;
 }
 
+/// Returns the userdata block at `index` if it is as large as a box, else null. Light userdata are
+/// none: their size is 0.
+inline void* boxSizedBlockAt(lua_State* state, int index)
+{
+    void* const block = lua_touserdata(state, index);
+    return block && lua_objlen(state, index) == INSTANCE_BOX_SIZE ? block : nullptr;
+}
+
 /// A box on the stack, as one of our types made it.
 struct LuaInstance
 {
@@ -48,13 +56,41 @@ struct LuaInstance
 void registerTypeTable(
     const LuaStateSlot& slot, lua_State* state, const tbMemory::StringView& fullName);
 
+/// Returns the box `block` at `index` if it has a metatable of ours, among them those of types that
+/// are gone. Never raises.
+LuaInstance boxOfAnyType(const LuaStateSlot& slot, lua_State* state, int index, void* block);
+
+/// Returns the name of the living type whose metatable the value at `index` has, else null.
+inline const tbMemory::String* livingTypeAt(const LuaStateSlot& slot, lua_State* state, int index)
+{
+    if (!lua_getmetatable(state, index))
+        return nullptr;
+    const void* const table = lua_topointer(state, -1);
+    lua_pop(state, 1);
+    return slot.types.find(table);
+}
+
 /// Returns the box at `index` whether or not its object still lives; without box if the value there
 /// is none of ours. Never raises.
-LuaInstance boxAt(const LuaStateSlot& slot, lua_State* state, int index);
+inline LuaInstance boxAt(const LuaStateSlot& slot, lua_State* state, int index)
+{
+    void* const block = boxSizedBlockAt(state, index);
+    if (!block || !hasFlagsOfABox(block))
+        return {nullptr, tbMemory::StringView()};
+    if (const tbMemory::String* const name = livingTypeAt(slot, state, index))
+        return {static_cast<LuaInstanceBox*>(block), *name};
+    return boxOfAnyType(slot, state, index, block);
+}
 
 /// Returns the instance at `index`; without box if the value there is none of ours, or if its
 /// object was destroyed. Never raises.
-LuaInstance instanceAt(const LuaStateSlot& slot, lua_State* state, int index);
+inline LuaInstance instanceAt(const LuaStateSlot& slot, lua_State* state, int index)
+{
+    const LuaInstance instance = boxAt(slot, state, index);
+    if (instance.box && instance.box->isDestroyed)
+        return {nullptr, tbMemory::StringView()};
+    return instance;
+}
 
 /// Stack: +1, a new box for `object`. A `typeName` that names no user type gives one without
 /// metatable.

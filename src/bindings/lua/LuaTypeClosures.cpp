@@ -10,6 +10,7 @@
 #include "core/lua/LuaText.h"
 
 #include <cstring>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -65,29 +66,33 @@ int runReadField(lua_State* state)
     LuaCallbackScope scope(*core->handle.getSlot(), state);
     const DefinitionCall<GetterDefinition> call(*field->getter);
     const FunctionParameter value = call.getCallable()(box->object);
-    return LuaCallBridge(scope).pushParameter(value, call.getName());
+    return LuaCallBridge(scope, call.getName()).pushParameter(value);
 }
 
 // Fills the parameters from the arguments and calls the setter. What the bridge or the setter
 // throws as a text is raised without being logged; the caller's line has it.
 template <typename Fill>
 int callSetter(
-    const LuaTypeCore& core, lua_State* state, SetterDefinition& definition, Fill&& fillParameters)
+    const LuaTypeCore& core,
+    lua_State* state,
+    SetterDefinition& definition,
+    const tbMemory::String& nameInMessages,
+    Fill&& fillParameters)
 {
     LuaCallbackScope scope(*core.handle.getSlot(), state);
     const DefinitionCall<SetterDefinition> call(definition);
-    std::string errorText;
+    std::unique_ptr<std::string> errorText;
     try
     {
-        fillParameters(LuaCallBridge(scope), call.getParameters());
+        fillParameters(LuaCallBridge(scope, nameInMessages), call.getParameters());
         call.getCallable()(tbMemory::BufferView<FunctionParameter>(call.getParameters()));
         return 0;
     }
     catch (const std::string& thrown)
     {
-        errorText = thrown;
+        errorText = std::make_unique<std::string>(thrown);
     }
-    return raiseText(state, errorText.c_str());
+    return raiseText(state, errorText->c_str());
 }
 
 int runWriteField(lua_State* state)
@@ -107,10 +112,11 @@ int runWriteField(lua_State* state)
         *core,
         state,
         definition,
+        definition.getName(),
         [&](const LuaCallBridge& bridge, std::vector<FunctionParameter>& parameters)
         {
             LuaCallBridge::writeObject(parameters[0], box->object);
-            bridge.readParameter(parameters[1], VALUE_INDEX, definition.getName());
+            bridge.readParameter(parameters[1], VALUE_INDEX);
         });
 }
 
@@ -144,20 +150,20 @@ int runReadArray(const LuaTypeCore& core, lua_State* state)
 
     LuaCallbackScope scope(*core.handle.getSlot(), state);
     const DefinitionCall<FunctionDefinition> call(core.arrayRead->getDefinition());
-    std::string errorText;
+    std::unique_ptr<std::string> errorText;
     try
     {
         std::vector<FunctionParameter>& parameters = call.getParameters();
         fillIndexed(core, parameters, PARAMETERS, box->object, indexAt(state, 2));
         const FunctionParameter value =
             call.getCallable()(tbMemory::BufferView<FunctionParameter>(parameters));
-        return LuaCallBridge(scope).pushParameter(value, core.fullName);
+        return LuaCallBridge(scope, core.fullName).pushParameter(value);
     }
     catch (const std::string& thrown)
     {
-        errorText = thrown;
+        errorText = std::make_unique<std::string>(thrown);
     }
-    return raiseText(state, errorText.c_str());
+    return raiseText(state, errorText->c_str());
 }
 
 int runWriteArray(const LuaTypeCore& core, lua_State* state)
@@ -174,10 +180,11 @@ int runWriteArray(const LuaTypeCore& core, lua_State* state)
         core,
         state,
         *core.arrayWrite->setter,
+        core.fullName,
         [&](const LuaCallBridge& bridge, std::vector<FunctionParameter>& parameters)
         {
             fillIndexed(core, parameters, PARAMETERS, box->object, indexAt(state, 2));
-            bridge.readParameter(parameters[2], VALUE_INDEX, core.fullName);
+            bridge.readParameter(parameters[2], VALUE_INDEX);
         });
 }
 

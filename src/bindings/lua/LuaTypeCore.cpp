@@ -32,18 +32,32 @@ LuaTypeCore::LuaTypeCore(const LuaStateHandle& stateHandle, const tbMemory::Stri
 {
 }
 
+LuaTypeCore::~LuaTypeCore()
+{
+    forgetTable();
+}
+
+void LuaTypeCore::setTable(const void* typeTable)
+{
+    handle.getSlot()->types.add(typeTable, fullName);
+    table = typeTable;
+}
+
+void LuaTypeCore::forgetTable()
+{
+    if (const void* const forgotten = std::exchange(table, nullptr))
+        handle.getSlot()->types.remove(forgotten, fullName);
+}
+
 LuaInstanceBox* LuaTypeCore::boxAt(lua_State* state, int index) const
 {
-    if (lua_type(state, index) != LUA_TUSERDATA || lua_objlen(state, index) != INSTANCE_BOX_SIZE ||
-        !lua_getmetatable(state, index))
+    void* const block = boxSizedBlockAt(state, index);
+    if (!block || !lua_getmetatable(state, index))
         return nullptr;
     const bool isOfThisTable = lua_topointer(state, -1) == table;
     lua_pop(state, 1);
     if (isOfThisTable)
-    {
-        void* const block = lua_touserdata(state, index);
         return hasFlagsOfABox(block) ? static_cast<LuaInstanceBox*>(block) : nullptr;
-    }
     const LuaInstance instance = lua::boxAt(*handle.getSlot(), state, index);
     return instance.box && instance.typeName == fullName ? instance.box : nullptr;
 }

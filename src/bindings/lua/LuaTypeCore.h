@@ -38,6 +38,17 @@ struct LuaTypeCore
 {
     LuaTypeCore(const LuaStateHandle& stateHandle, const tbMemory::StringView& name);
 
+    LuaTypeCore(const LuaTypeCore&) = delete;
+    LuaTypeCore& operator=(const LuaTypeCore&) = delete;
+
+    ~LuaTypeCore();
+
+    /// Notes `typeTable` as the type's table, by which its instances are recognised.
+    void setTable(const void* typeTable);
+
+    /// Forgets it: it may go before the closures do, and another one lie in its place.
+    void forgetTable();
+
     /// Returns the box at `index` if it is one of this type, whether or not its object lives; else
     /// null. An instance of an earlier type of this name counts. Never raises.
     LuaInstanceBox* boxAt(lua_State* state, int index) const;

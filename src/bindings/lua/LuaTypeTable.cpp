@@ -140,8 +140,8 @@ NAMED_TABLE LuaTypeTable::pushParts(
         core->isKeptUntilClosed = true;
     }
     const int tableIndex = lua_gettop(state);
-    core->table = lua_topointer(state, tableIndex);
     registerTypeTable(slot, state, core->fullName);
+    core->setTable(lua_topointer(state, tableIndex));
     lua_pushvalue(state, tableIndex);
     lua_rawseti(state, partsIndex, PART_TABLE);
     pushTypeAnchor(state, core);

@@ -188,7 +188,7 @@ bool LuaUserType::install(const LuaStateHandle& handle)
 void LuaUserType::uninstall()
 {
     m_core->isAlive = false; // first: nothing is declared from here on
-    m_core->table = nullptr; // may go before the closures do, and another one lie in its place
+    m_core->forgetTable();
     if (!isInstalled())
     {
         m_partsKey = LUA_NOREF;
@@ -331,6 +331,7 @@ bool LuaUserType::_isUsable(const LuaHostCall& call) const
 void LuaUserType::_abandon(LuaHostCall& call, NAMED_TABLE before)
 {
     m_core->isAlive = false;
+    m_core->forgetTable();
     if (const LuaStateSlot* const slot = m_core->handle.getSlot())
         freeRegistrySlot(*slot, std::exchange(m_partsKey, LUA_NOREF));
     _dropMembers(); // which publishing may have declared

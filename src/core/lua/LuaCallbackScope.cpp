@@ -5,24 +5,10 @@
 namespace tbScripts::lua
 {
 
-LuaCallbackScope::LuaCallbackScope(LuaStateSlot& slot, lua_State* thread)
-    : m_slot(slot)
-    , m_thread(thread)
-    , m_outerThread(slot.running)
-    , m_outer(slot.innermostCallback)
-{
-    m_slot.innermostCallback = this;
-    if (m_slot.running) // else the state is closing, and stays closed for the host
-        m_slot.running = thread;
-}
-
-LuaCallbackScope::~LuaCallbackScope()
+void LuaCallbackScope::_endViews()
 {
     while (m_firstView)
         m_firstView->end();
-    m_slot.innermostCallback = m_outer;
-    if (m_slot.running)
-        m_slot.running = m_outerThread;
 }
 
 bool LuaCallbackScope::keepViews(std::string& errorText)
@@ -41,22 +27,6 @@ bool LuaCallbackScope::keepViews(std::string& errorText)
             return false;
     }
     return true;
-}
-
-void LuaCallbackScope::addView(LuaScriptObjectInterpreterView& view)
-{
-    view.m_next = m_firstView;
-    m_firstView = &view;
-    m_hasUnkeptViews = true;
-}
-
-void LuaCallbackScope::removeView(LuaScriptObjectInterpreterView& view)
-{
-    LuaScriptObjectInterpreterView** link = &m_firstView;
-    while (*link != &view)
-        link = &(*link)->m_next;
-    *link = view.m_next;
-    view.m_next = nullptr;
 }
 
 } // namespace tbScripts::lua

@@ -18,12 +18,28 @@ class LuaCallbackScope
 {
 public:
     /// Requires: `slot` outlives this object; it does, since states close only outside of calls.
-    LuaCallbackScope(LuaStateSlot& slot, lua_State* thread);
+    LuaCallbackScope(LuaStateSlot& slot, lua_State* thread)
+        : m_slot(slot)
+        , m_thread(thread)
+        , m_outerThread(slot.running)
+        , m_outer(slot.innermostCallback)
+    {
+        m_slot.innermostCallback = this;
+        if (m_slot.running) // else the state is closing, and stays closed for the host
+            m_slot.running = thread;
+    }
 
     LuaCallbackScope(const LuaCallbackScope&) = delete;
     LuaCallbackScope& operator=(const LuaCallbackScope&) = delete;
 
-    ~LuaCallbackScope();
+    ~LuaCallbackScope()
+    {
+        if (m_firstView)
+            _endViews();
+        m_slot.innermostCallback = m_outer;
+        if (m_slot.running)
+            m_slot.running = m_outerThread;
+    }
 
     LuaStateSlot& getSlot() const { return m_slot; }
 
@@ -35,10 +51,13 @@ public:
     /// Anchors the values of all views, before another call may change what stack indices mean.
     bool keepViews(std::string& errorText);
 
-    void addView(LuaScriptObjectInterpreterView& view);
-    void removeView(LuaScriptObjectInterpreterView& view);
+    /// Defined beside the view's class, which they need.
+    inline void addView(LuaScriptObjectInterpreterView& view);
+    inline void removeView(LuaScriptObjectInterpreterView& view);
 
 private:
+    void _endViews();
+
     LuaStateSlot& m_slot;
     lua_State* m_thread;
     lua_State* m_outerThread;

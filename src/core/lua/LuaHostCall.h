@@ -79,6 +79,13 @@ public:
         // The common case asks for nothing: no refusal, and no host function that was lent views.
         if ((!m_state || m_slot->innermostCallback) && !admit(errorText))
             return false;
+        return runAdmitted(work, errorText);
+    }
+
+    /// The same after `admit`.
+    template <typename Work>
+    bool runAdmitted(Work&& work, std::string& errorText)
+    {
         return containLuaErrors(*m_slot, m_state, 0, work, errorText);
     }
 

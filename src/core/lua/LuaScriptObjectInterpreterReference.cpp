@@ -21,10 +21,20 @@ void releaseRegistrySlot(lua_State* state, std::int64_t slot, FUNCTION_PARAMETER
 }
 
 LuaScriptObjectInterpreterReference::LuaScriptObjectInterpreterReference(
+    LuaStateHandle handle, FUNCTION_PARAMETER_TYPE type, int slot)
+    : ScriptObjectInterpreterReference(type)
+    , m_handle(std::move(handle))
+    , m_slot(slot)
+    , m_hasOwnRelease(false)
+{
+}
+
+LuaScriptObjectInterpreterReference::LuaScriptObjectInterpreterReference(
     LuaStateHandle handle, FUNCTION_PARAMETER_TYPE type, int slot, LuaReleaseAction release)
     : ScriptObjectInterpreterReference(type)
     , m_handle(std::move(handle))
     , m_slot(slot)
+    , m_hasOwnRelease(true)
     , m_release(std::move(release))
 {
 }
@@ -32,14 +42,20 @@ LuaScriptObjectInterpreterReference::LuaScriptObjectInterpreterReference(
 LuaScriptObjectInterpreterReference::~LuaScriptObjectInterpreterReference()
 {
     lua_State* const state = m_handle.get();
-    if (!state || !m_release)
+    if (!state)
         return;
     std::string errorText;
     const bool isReleased = containLuaErrors(
         *m_handle.getSlot(),
         state,
         0,
-        [this](lua_State* inner) { m_release(inner, m_slot, getType()); },
+        [this](lua_State* inner)
+        {
+            if (!m_hasOwnRelease)
+                releaseRegistrySlot(inner, m_slot, getType());
+            else if (m_release)
+                m_release(inner, m_slot, getType());
+        },
         errorText);
     if (isReleased)
         return;

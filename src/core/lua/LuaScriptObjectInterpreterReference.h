@@ -27,12 +27,13 @@ void releaseRegistrySlot(lua_State* state, std::int64_t slot, FUNCTION_PARAMETER
 class LuaScriptObjectInterpreterReference final : public ScriptObjectInterpreterReference
 {
 public:
-    /// Takes over registry slot `slot`, 0 for none yet.
+    /// Takes over registry slot `slot`, 0 for none yet. `releaseRegistrySlot` gives it back.
     LuaScriptObjectInterpreterReference(
-        LuaStateHandle handle,
-        FUNCTION_PARAMETER_TYPE type,
-        int slot,
-        LuaReleaseAction release = &releaseRegistrySlot);
+        LuaStateHandle handle, FUNCTION_PARAMETER_TYPE type, int slot);
+
+    /// The same; `release` gives it back, and an empty one gives nothing back.
+    LuaScriptObjectInterpreterReference(
+        LuaStateHandle handle, FUNCTION_PARAMETER_TYPE type, int slot, LuaReleaseAction release);
 
     /// Runs the release action, unless the state is closed.
     ~LuaScriptObjectInterpreterReference() override;
@@ -49,6 +50,7 @@ public:
 private:
     LuaStateHandle m_handle;
     int m_slot;
+    bool m_hasOwnRelease; // a callable is only needed for that
     LuaReleaseAction m_release;
 };
 

@@ -22,22 +22,20 @@ LuaScriptObjectInterpreterView::~LuaScriptObjectInterpreterView()
 void LuaScriptObjectInterpreterView::lend(
     LuaCallbackScope& scope, FUNCTION_PARAMETER_TYPE type, int index, LuaReleaseAction release)
 {
-    end();
-    m_type = type;
-    m_index = index;
+    lend(scope, type, index);
+    m_hasOwnRelease = true;
     m_release = std::move(release);
-    m_scope = &scope;
-    scope.addView(*this);
 }
 
 void LuaScriptObjectInterpreterView::end()
 {
     if (!m_scope)
         return;
-    freeRegistrySlot(m_scope->getSlot(), m_keptSlot);
-    m_keptSlot = 0;
+    LuaCallbackScope& scope = *std::exchange(m_scope, nullptr);
+    scope.removeView(*this);
     m_index = 0;
-    std::exchange(m_scope, nullptr)->removeView(*this);
+    if (const int keptSlot = std::exchange(m_keptSlot, 0))
+        freeRegistrySlot(scope.getSlot(), keptSlot);
 }
 
 bool LuaScriptObjectInterpreterView::isForeignTo(const LuaStateSlot& slot) const
@@ -64,8 +62,11 @@ ScriptObjectInterpreterReference* LuaScriptObjectInterpreterView::createReferenc
     if (!state)
         return nullptr;
     LuaStateSlot& slot = m_scope->getSlot();
-    auto reference = std::make_unique<LuaScriptObjectInterpreterReference>(
-        LuaStateHandle(&slot), m_type, 0, m_release);
+    const LuaStateHandle handle(&slot);
+    auto reference =
+        m_hasOwnRelease
+            ? std::make_unique<LuaScriptObjectInterpreterReference>(handle, m_type, 0, m_release)
+            : std::make_unique<LuaScriptObjectInterpreterReference>(handle, m_type, 0);
     if (!pushValue(state))
         return nullptr;
     std::string errorText;

@@ -23,13 +23,21 @@ public:
 
     ~LuaScriptObjectInterpreterView() override;
 
-    /// Looks at stack slot `index` until `scope` ends; 0 is nothing. `release` goes to the
-    /// references that are made from this view.
+    /// Looks at stack slot `index` until `scope` ends; 0 is nothing.
+    void lend(LuaCallbackScope& scope, FUNCTION_PARAMETER_TYPE type, int index)
+    {
+        if (m_scope)
+            end();
+        m_hasOwnRelease = false;
+        m_type = type;
+        m_index = index;
+        m_scope = &scope;
+        scope.addView(*this);
+    }
+
+    /// The same; `release` goes to the references that are made from this view.
     void lend(
-        LuaCallbackScope& scope,
-        FUNCTION_PARAMETER_TYPE type,
-        int index,
-        LuaReleaseAction release = &releaseRegistrySlot);
+        LuaCallbackScope& scope, FUNCTION_PARAMETER_TYPE type, int index, LuaReleaseAction release);
 
     /// Looks at nothing from here on.
     void end();
@@ -55,9 +63,26 @@ private:
     FUNCTION_PARAMETER_TYPE m_type = PARAM_TYPE_VOID;
     int m_index = 0;    // on the stack of the scope's thread
     int m_keptSlot = 0; // in the registry, 0 while only on the stack
+    bool m_hasOwnRelease = false;
     LuaReleaseAction m_release;
     LuaCallbackScope* m_scope = nullptr;              // null once the call is over
     LuaScriptObjectInterpreterView* m_next = nullptr; // in the scope's chain
 };
+
+inline void LuaCallbackScope::addView(LuaScriptObjectInterpreterView& view)
+{
+    view.m_next = m_firstView;
+    m_firstView = &view;
+    m_hasUnkeptViews = true;
+}
+
+inline void LuaCallbackScope::removeView(LuaScriptObjectInterpreterView& view)
+{
+    LuaScriptObjectInterpreterView** link = &m_firstView;
+    while (*link != &view)
+        link = &(*link)->m_next;
+    *link = view.m_next;
+    view.m_next = nullptr;
+}
 
 } // namespace tbScripts::lua

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/lua/LuaApi.h"
+#include "core/lua/LuaTypeDirectory.h"
 
 #include <cstdint>
 #include <functional>
@@ -30,6 +31,8 @@ struct LuaStateSlot
     int typeTablesKey = LUA_NOREF; // registry slot of the weak set of our user types' tables
 
     int rawgetKey = LUA_NOREF; // registry slot of the interpreter's own rawget
+
+    LuaTypeDirectory types; // those of the weak set whose types live
 
     unsigned hostCalls = 0;     // host calls that have been entered and not left
     bool isClosing = false;     // finalisers run inside the end of the state

@@ -17,8 +17,14 @@ constexpr std::int32_t CODE_ERROR_IN_ERROR_HANDLER = 1;
 constexpr std::int32_t CODE_RUNTIME_ERROR = 5;
 constexpr std::int32_t CODE_NO_MEMORY = 6;
 
-constexpr const char* CONTEXT_OF_CALL = "callScript"; // names the call in messages of the bridge
 constexpr const char* TEXT_OF_NO_MEMORY = "not enough memory"; // the interpreter's own
+
+// Names the call in messages of the bridge.
+const tbMemory::String& contextOfCall()
+{
+    static const tbMemory::String CONTEXT("callScript");
+    return CONTEXT;
+}
 
 // Stack: the error value of a failed call stays.
 LuaCallOutcome outcomeOf(lua_State* state, int status)
@@ -52,11 +58,8 @@ std::size_t readOutputs(
 {
     for (std::size_t i = 0; i < count; ++i)
     {
-        // Asked first: a value that does not fit must not touch the output.
-        const int stackIndex = firstIndex + static_cast<int>(i);
-        if (!bridge.accepts(outputs[i], stackIndex))
+        if (!bridge.readIfAccepted(outputs[i], firstIndex + static_cast<int>(i)))
             return i;
-        bridge.readParameter(outputs[i], stackIndex, CONTEXT_OF_CALL);
     }
     return count;
 }
@@ -84,7 +87,8 @@ LuaCallOutcome runChunk(
                 pushGlobals(*handle.getSlot(), state);
                 lua_setfenv(state, -2);
             }
-            outcome = outcomeOf(state, lua_pcall(state, 0, LUA_MULTRET, 0));
+            if (const int status = lua_pcall(state, 0, LUA_MULTRET, 0))
+                outcome = outcomeOf(state, status);
         },
         errorText);
     return isDone ? outcome : outcomeOf(std::move(errorText));
@@ -104,19 +108,21 @@ LuaCallOutcome callFunction(
         return outcomeOf(std::move(errorText));
 
     LuaCallbackScope scope(*handle.getSlot(), call.getState());
-    const LuaCallBridge bridge(scope);
+    const LuaCallBridge bridge(scope, contextOfCall());
     mismatch = outputs.size();
-    const bool isDone = call.run(
+    const bool isDone = call.runAdmitted(
         [&](lua_State* state)
         {
             const int top = lua_gettop(state);
             pushReferenced(state, function, handle);
             int pushed = 0;
             for (const FunctionParameter& input : inputs)
-                pushed += bridge.pushParameter(input, CONTEXT_OF_CALL);
-            outcome = outcomeOf(state, lua_pcall(state, pushed, LUA_MULTRET, 0));
-            if (outcome.code != 0)
+                pushed += bridge.pushParameter(input);
+            if (const int status = lua_pcall(state, pushed, LUA_MULTRET, 0))
+            {
+                outcome = outcomeOf(state, status);
                 return;
+            }
             const auto results = static_cast<std::size_t>(lua_gettop(state) - top);
             const std::size_t wanted = std::min(results, outputs.size());
             const std::size_t read = readOutputs(bridge, top + 1, wanted, outputs);

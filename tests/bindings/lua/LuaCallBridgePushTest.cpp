@@ -24,7 +24,7 @@ protected:
     int pushValue(const FunctionParameter& parameter)
     {
         const int top = lua_gettop(state());
-        const int count = lua::LuaCallBridge(scope()).pushParameter(parameter, "spawn");
+        const int count = lua::LuaCallBridge(scope(), "spawn").pushParameter(parameter);
         EXPECT_EQ(lua_gettop(state()), top + count);
         return count;
     }

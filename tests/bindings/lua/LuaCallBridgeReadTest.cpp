@@ -64,7 +64,7 @@ TEST_F(LuaCallBridgeReadTest, NumberReadAsTextBecomesOneInItsSlot)
     FunctionParameter parameter("");
     push("return 7");
 
-    lua::LuaCallBridge(scope()).readParameter(parameter, 1, "spawn");
+    lua::LuaCallBridge(scope(), "spawn").readParameter(parameter, 1);
 
     EXPECT_EQ(parameter.getString(), "7");
     EXPECT_EQ(lua_type(state(), 1), LUA_TSTRING);

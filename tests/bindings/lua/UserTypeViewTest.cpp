@@ -406,7 +406,7 @@ TEST_F(UserTypeViewTest, InputToAnotherInterpreterIsABoxThatDoesNotOwn)
         [&](const Parameters& parameters)
         {
             lua::LuaCallbackScope scope(*other.getSlot(), otherState);
-            lua::LuaCallBridge(scope).pushParameter(parameters[0], "pass");
+            lua::LuaCallBridge(scope, "pass").pushParameter(parameters[0]);
             return FunctionParameter::VOID;
         });
 

@@ -43,7 +43,7 @@ protected:
 
     void read(FunctionParameter& parameter, int stackIndex)
     {
-        lua::LuaCallBridge(*m_scope).readParameter(parameter, stackIndex, "open");
+        lua::LuaCallBridge(*m_scope, "open").readParameter(parameter, stackIndex);
     }
 
     FunctionParameter readDoor(int stackIndex)

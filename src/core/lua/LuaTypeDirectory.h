@@ -1,0 +1,93 @@
+#pragma once
+
+#include <tbMemory/String.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace tbScripts::lua
+{
+
+/// The tables of one state's user types by their address, for as long as the types keep them alive.
+///
+/// Every instance that crosses the border is looked up here, so this is a hash table with nothing
+/// to follow: entries lie in one block, each at or behind the place that its address says.
+class LuaTypeDirectory
+{
+public:
+    /// Notes that `table` is that of the type `name`, which stays where it is until it is removed.
+    /// A table that is noted already gets the new name.
+    void add(const void* table, const tbMemory::String& name)
+    {
+        if ((m_count + 1) * 2 > m_entries.size())
+            _grow();
+        Entry& entry = m_entries[_placeOf(table)];
+        m_count += entry.table ? 0 : 1;
+        entry = {table, &name};
+    }
+
+    /// Forgets `table`, unless it has got another name than this very one meanwhile. Needs no
+    /// memory.
+    void remove(const void* table, const tbMemory::String& name)
+    {
+        if (find(table) != &name)
+            return;
+        std::size_t place = _placeOf(table);
+        m_entries[place] = Entry();
+        --m_count;
+        // What lies behind may have been put there because this place was taken.
+        for (place = (place + 1) & m_mask; m_entries[place].table; place = (place + 1) & m_mask)
+        {
+            const Entry moved = m_entries[place];
+            m_entries[place] = Entry();
+            m_entries[_placeOf(moved.table)] = moved;
+        }
+    }
+
+    /// Returns the name of the type whose table this is, null if it is none.
+    const tbMemory::String* find(const void* table) const
+    {
+        return m_entries[_placeOf(table)].name;
+    }
+
+private:
+    struct Entry
+    {
+        const void* table = nullptr;
+        const tbMemory::String* name = nullptr;
+    };
+
+    static constexpr std::size_t FIRST_SIZE = 16; // a power of two, as all sizes are
+
+    // The entry of `table`, or the free one where it belongs.
+    std::size_t _placeOf(const void* table) const
+    {
+        constexpr std::uint64_t FIBONACCI = 0x9E3779B97F4A7C15U; // spreads neighbouring addresses
+        constexpr unsigned UPPER_HALF = 32;
+        const std::uint64_t spread = reinterpret_cast<std::uintptr_t>(table) * FIBONACCI;
+        std::size_t place = static_cast<std::size_t>(spread >> UPPER_HALF) & m_mask;
+        while (m_entries[place].table != table && m_entries[place].table)
+            place = (place + 1) & m_mask;
+        return place;
+    }
+
+    void _grow()
+    {
+        std::vector<Entry> old(m_entries.size() * 2);
+        old.swap(m_entries);
+        m_mask = m_entries.size() - 1;
+        m_count = 0;
+        for (const Entry& entry : old)
+        {
+            if (entry.table)
+                add(entry.table, *entry.name);
+        }
+    }
+
+    std::vector<Entry> m_entries = std::vector<Entry>(FIRST_SIZE); // twice as many as are used
+    std::size_t m_mask = FIRST_SIZE - 1;
+    std::size_t m_count = 0;
+};
+
+} // namespace tbScripts::lua
