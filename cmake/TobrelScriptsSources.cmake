@@ -515,6 +515,11 @@ set(TOBREL_SCRIPTS_MEMORY_TESTS
     tests/support/RefusedMemory.cpp
     tests/support/RefusedMemory.h
     tests/support/RefusedMemoryTest.cpp)
+# A program of its own that runs for minutes.
+set(TOBREL_SCRIPTS_SOAK
+    tests/soak/SoakLoad.cpp
+    tests/soak/SoakLoad.h
+    tests/soak/main.cpp)
 set(TOBREL_TOOL_TESTS
     tests/tools/CheckCommandTest.cpp
     tests/tools/CommandLineTest.cpp

@@ -2,6 +2,8 @@
 
 #include "environments/lua/LuaChunkMaker.h"
 
+#include <utility>
+
 namespace tbScripts::lua
 {
 
@@ -24,12 +26,14 @@ void LuaChunkCache::pushFunction(
 // Stack: +1 if there is a maker.
 bool LuaChunkCache::_pushMaker(lua_State* state, const LuaBytecode& bytecode, const char* chunkName)
 {
-    const std::size_t index = bytecode.version % CAPACITY;
+    const std::size_t index = bytecode.script % CAPACITY;
     Place& place = m_places[index];
     if (place.version != bytecode.version)
     {
-        place = {bytecode.version, false}; // many a script runs once
-        return false;
+        const Place before = std::exchange(place, {bytecode.version, false});
+        if (before.hasMaker)
+            _dropMaker(state, index);
+        return false; // many a script runs once
     }
     if (m_makersKey == LUA_NOREF)
     {
@@ -54,6 +58,18 @@ bool LuaChunkCache::_pushMaker(lua_State* state, const LuaBytecode& bytecode, co
     return false;
 }
 
+// Stack: +0. The chunk that was there may be gone for good.
+void LuaChunkCache::_dropMaker(lua_State* state, std::size_t index) const
+{
+    lua_rawgeti(state, LUA_REGISTRYINDEX, m_makersKey);
+    if (lua_istable(state, -1))
+    {
+        lua_pushnil(state);
+        lua_rawseti(state, -2, static_cast<int>(index) + 1);
+    }
+    lua_pop(state, 1);
+}
+
 // Stack: the table of makers on top; +1, the new maker, or nil if there can be none.
 bool LuaChunkCache::_loadMaker(lua_State* state, const LuaBytecode& bytecode, const char* chunkName)
 {
@@ -63,7 +79,7 @@ bool LuaChunkCache::_loadMaker(lua_State* state, const LuaBytecode& bytecode, co
         return false;
     }
     lua_pushvalue(state, -1);
-    lua_rawseti(state, -3, static_cast<int>(bytecode.version % CAPACITY) + 1);
+    lua_rawseti(state, -3, static_cast<int>(bytecode.script % CAPACITY) + 1);
     return true;
 }
 

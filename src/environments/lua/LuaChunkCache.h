@@ -23,7 +23,8 @@ public:
     void pushFunction(lua_State* state, const LuaBytecode& bytecode, const char* chunkName);
 
 private:
-    // Scripts that are compiled one after the other have different places.
+    // Scripts that are made one after the other have different places; a script that is loaded anew
+    // keeps its own, so that its old chunk goes.
     static constexpr std::size_t CAPACITY = 128;
 
     struct Place
@@ -33,6 +34,7 @@ private:
     };
 
     bool _pushMaker(lua_State* state, const LuaBytecode& bytecode, const char* chunkName);
+    void _dropMaker(lua_State* state, std::size_t index) const;
     bool _loadMaker(lua_State* state, const LuaBytecode& bytecode, const char* chunkName);
 
     int m_makersKey = LUA_NOREF; // registry slot of the table of makers, each at its place

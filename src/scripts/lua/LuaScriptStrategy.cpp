@@ -34,8 +34,6 @@ struct Compilation
     std::string message;                   // its message if it failed
 };
 
-std::atomic<std::uint64_t> lastVersion{0}; // never reaches its end
-
 // Runs protected. Raises only for want of memory; a syntax error is an outcome.
 int compile(lua_State* state)
 {
@@ -70,7 +68,6 @@ void compileInPrivateState(const tbMemory::StringView& sources, Compilation& com
 {
     compilation.sources = std::string_view(upToFirstNul(sources));
     compilation.bytecode = std::make_shared<LuaBytecode>();
-    compilation.bytecode->version = ++lastVersion;
     const LuaPrivateState state;
     if (!state.get() || lua_cpcall(state.get(), &compile, &compilation) != 0)
         compilation.status = LUA_ERRMEM;
@@ -91,6 +88,8 @@ bool LuaScriptStrategy::load(tbMemory::StringView sources)
         return _fail(CODE_NO_MEMORY, messages::NOT_ENOUGH_MEMORY);
     if (compilation.status != 0)
         return _fail(CODE_SYNTAX_ERROR, compilation.message);
+    compilation.bytecode->script = m_number;
+    compilation.bytecode->version = _nextNumber();
     m_bytecode = compilation.bytecode;
     return true;
 }
@@ -103,6 +102,12 @@ void LuaScriptStrategy::unload()
 std::shared_ptr<const LuaBytecode> LuaScriptStrategy::getBytecode() const
 {
     return m_bytecode;
+}
+
+std::uint64_t LuaScriptStrategy::_nextNumber()
+{
+    static std::atomic<std::uint64_t> last{0}; // never reaches its end
+    return ++last;
 }
 
 bool LuaScriptStrategy::_fail(std::uint32_t errorCode, const tbMemory::StringView& reason)

@@ -3,6 +3,7 @@
 #include "scripts/ScriptStrategy.h"
 #include "scripts/lua/LuaBytecode.h"
 
+#include <cstdint>
 #include <memory>
 
 namespace tbScripts::lua
@@ -24,6 +25,9 @@ public:
 private:
     bool _fail(std::uint32_t errorCode, const tbMemory::StringView& reason);
 
+    static std::uint64_t _nextNumber();
+
+    const std::uint64_t m_number = _nextNumber(); // of this script alone, in the whole process
     std::shared_ptr<const LuaBytecode> m_bytecode;
 };
 

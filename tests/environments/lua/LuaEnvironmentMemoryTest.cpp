@@ -173,7 +173,7 @@ class LuaBrokenChunkTest : public LuaEnvironmentMemoryTest,
 TEST_P(LuaBrokenChunkTest, FailsWithCode5AsCallingAText)
 {
     const lua::LuaBytecode bytes{
-        tbMemory::Buffer(GetParam().bytes.data(), GetParam().bytes.size()), 1};
+        tbMemory::Buffer(GetParam().bytes.data(), GetParam().bytes.size()), 1, 1};
     lua::LuaChunkCache cache;
     lua::LuaHostCall call(m_strategy.getHandle());
 

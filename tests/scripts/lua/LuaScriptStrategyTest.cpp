@@ -133,4 +133,16 @@ TEST_F(LuaScriptStrategyTest, EachLoadGivesAnotherVersion)
     EXPECT_GT(second, first);
 }
 
+TEST_F(LuaScriptStrategyTest, EveryLoadIsOneOfTheSameScript)
+{
+    lua::LuaScriptStrategy other(std::make_shared<const tbMemory::String>("x"));
+    other.load("x = 1");
+    m_strategy.load("x = 1");
+    const std::uint64_t first = m_strategy.getBytecode()->script;
+    m_strategy.load("x = 2");
+
+    EXPECT_EQ(m_strategy.getBytecode()->script, first);
+    EXPECT_NE(other.getBytecode()->script, first);
+}
+
 } // namespace tbScripts::test
