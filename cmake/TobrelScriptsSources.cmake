@@ -390,6 +390,7 @@ set(TOBREL_SCRIPTS_PUBLIC_TESTS
     tests/lifetime/CoroutineCallTest.cpp
     tests/lifetime/DeclarationEndTest.cpp
     tests/lifetime/EnvironmentEndTest.cpp
+    tests/lifetime/FactoryEndTest.cpp
     tests/lifetime/InertNamespaceEndTest.cpp
     tests/lifetime/InterpreterSwitchTest.cpp
     tests/lifetime/MethodDeclarationEndTest.cpp

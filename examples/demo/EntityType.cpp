@@ -5,6 +5,7 @@
 
 #include <functional>
 #include <string>
+#include <utility>
 
 namespace demo
 {
@@ -46,7 +47,7 @@ void declareWritable(
     field.name = name;
     field.type = expected.kind;
     field.userTypeName = expected.typeName;
-    field.setter = [write](const Parameters& arguments)
+    field.setter = [write = std::move(write)](const Parameters& arguments)
     { write(entityIn(arguments[0]), arguments[1]); };
     type.setField(field);
 }

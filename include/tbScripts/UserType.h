@@ -112,7 +112,7 @@ public:
 
 protected:
     /// For the interpreter's kind of type, which knows its namespaces.
-    void _setFullName(const tbMemory::StringView& fullName) { m_fullName = fullName; }
+    void setFullName(const tbMemory::StringView& fullName) { m_fullName = fullName; }
 
 private:
     tbMemory::String m_name;

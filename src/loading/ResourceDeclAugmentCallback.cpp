@@ -9,7 +9,7 @@ ResourceDeclAugmentCallback::ResourceDeclAugmentCallback(const ResourceDeclAugme
     default;
 
 ResourceDeclAugmentCallback&
-ResourceDeclAugmentCallback::operator=(const ResourceDeclAugmentCallback& other) = default;
+ResourceDeclAugmentCallback::operator=(const ResourceDeclAugmentCallback&) = default;
 
 ResourceDeclAugmentCallback::~ResourceDeclAugmentCallback() = default;
 

@@ -64,7 +64,7 @@ public:
 
     void clear() override {}
 
-    void rename(const char* fullName) { _setFullName(fullName); }
+    void rename(const char* fullName) { setFullName(fullName); }
 };
 
 static_assert(std::has_virtual_destructor_v<UserType>);

@@ -31,7 +31,7 @@ boost::json::string_view libraryView(tbMemory::StringView text)
     // The library would report a length, but it is memory that nobody has.
     if (text.size() > boost::json::string::max_size())
         throw std::bad_alloc();
-    return text.isNull() ? boost::json::string_view("", 0)
+    return text.isNull() ? boost::json::string_view("")
                          : boost::json::string_view(text.data(), text.size());
 }
 

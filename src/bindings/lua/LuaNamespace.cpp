@@ -57,6 +57,7 @@ void dropAll(OwningRegistry<T> objects, const LuaStateHandle& handle)
 }
 
 // The same; what callables captured goes at once, whenever the functions themselves do.
+// NOLINTNEXTLINE(performance-unnecessary-value-param): takes them
 void dropAll(OwningRegistry<LuaFunction> functions, const LuaStateHandle& handle)
 {
     for (auto& [name, function] : functions)

@@ -239,6 +239,8 @@ int runMakeInstance(lua_State* state)
     // Without metatable and object until there is an object: nothing to destroy before.
     void* const block = lua_newuserdata(state, INSTANCE_BOX_SIZE);
     std::memset(block, 0, INSTANCE_BOX_SIZE);
+    if (!core->isAlive || !core->constructor)
+        return raiseTypeIsGone(state); // what was finalised for the block's sake has ended the type
 
     LuaCallbackScope scope(*core->handle.getSlot(), state);
     const DefinitionCall<ConstructorDefinition> call(*core->constructor);

@@ -96,7 +96,10 @@ void dropFields(LuaTypeCore& core)
 // that may have ended the type, or cleared it.
 template <typename Declare>
 Function* declareMethodIn(
-    std::shared_ptr<const LuaTypeCore> core, const tbMemory::StringView& name, Declare&& declare)
+    // NOLINTNEXTLINE(performance-unnecessary-value-param): keeps the core over the call
+    std::shared_ptr<const LuaTypeCore> core,
+    const tbMemory::StringView& name,
+    Declare&& declare)
 {
     const tbMemory::String keptName(name); // the view may be of a method that goes
     if (!declare() || !core->isAlive || !core->handle.get())
@@ -132,7 +135,7 @@ LuaUserType::LuaUserType(
     , m_owner(std::move(owner))
     , m_core(std::make_shared<LuaTypeCore>(LuaStateHandle(), fullName))
 {
-    _setFullName(fullName);
+    setFullName(fullName);
     Destructor doNothing = [](void*) {};
     setCallable(m_core->destructor, fullName, doNothing);
     install(handle);

@@ -26,7 +26,7 @@ constexpr int MAX_EXPECTED_FIELDS = 16;
 
 // Looking ahead costs a tenth where the texts are in the processor's caches, as those of small
 // values mostly are.
-constexpr std::size_t LEAST_SIZE_TO_LOOK_AHEAD = 256U * 1024U;
+constexpr std::size_t LEAST_SIZE_TO_LOOK_AHEAD = std::size_t{256} * 1024;
 
 constexpr const char* CHUNK_NAME = "Deserialization";
 
