@@ -464,6 +464,7 @@ set(TOBREL_SCRIPTS_INTERNAL_TESTS
     tests/environments/EnvironmentTeardownOrderTest.cpp
     tests/environments/lua/ForeignLibraryTest.cpp
     tests/environments/lua/LuaDumpFrameTest.cpp
+    tests/environments/lua/LuaChunkMakerTest.cpp
     tests/environments/lua/LuaEnvironmentMemoryTest.cpp
     tests/environments/lua/LuaEnvironmentObjectsTest.cpp
     tests/environments/lua/LuaEnvironmentStrategyTest.cpp
