@@ -97,6 +97,17 @@ protected:
             body + " end})");
     }
 
+    /// Declares the name; both declarations have to give the same object.
+    void expectOneObject()
+    {
+        const void* const outer = GetParam().declare(environment());
+
+        EXPECT_NE(outer, nullptr);
+        EXPECT_EQ(outer, m_inner);
+        EXPECT_TRUE(!GetParam().find || GetParam().find(environment()) == outer);
+        EXPECT_THAT(m_log.takeEntries(), IsEmpty());
+    }
+
     const void* m_inner = nullptr;
 };
 
@@ -106,24 +117,14 @@ TEST_P(RivalDeclarationTest, GiveOneObject)
 {
     whenPublished("again() rawset(t, k, v)");
 
-    const void* const outer = GetParam().declare(environment());
-
-    EXPECT_NE(outer, nullptr);
-    EXPECT_EQ(outer, m_inner);
-    EXPECT_TRUE(!GetParam().find || GetParam().find(environment()) == outer);
-    EXPECT_THAT(m_log.takeEntries(), IsEmpty());
+    expectOneObject();
 }
 
 TEST_P(RivalDeclarationTest, GiveOneObjectIfTheNameIsThereAlready)
 {
     whenPublished("rawset(t, k, v) again()");
 
-    const void* const outer = GetParam().declare(environment());
-
-    EXPECT_NE(outer, nullptr);
-    EXPECT_EQ(outer, m_inner);
-    EXPECT_TRUE(!GetParam().find || GetParam().find(environment()) == outer);
-    EXPECT_THAT(m_log.takeEntries(), IsEmpty());
+    expectOneObject();
 }
 
 TEST_P(RivalDeclarationTest, LeaveTheNamePublished)
