@@ -70,6 +70,7 @@ set(TOBREL_SCRIPTS_SOURCES
     src/core/ScriptObjectInterpreterReference.cpp
     src/core/ScriptObjectInterpreterView.cpp
     src/core/ScriptObjectReference.cpp
+    src/core/ScriptObjectReferenceBlock.h
     src/core/ScriptObjectView.cpp
     src/core/StringUtils.cpp
     src/core/lua/LuaApi.h
@@ -454,6 +455,7 @@ set(TOBREL_SCRIPTS_INTERNAL_TESTS
     tests/core/lua/FunctionParameterViewTest.cpp
     tests/core/lua/LuaErrorTextTest.cpp
     tests/core/lua/LuaNumberTest.cpp
+    tests/core/lua/LuaRegistryTest.cpp
     tests/core/lua/LuaScriptObjectInterpreterReferenceTest.cpp
     tests/core/lua/LuaScriptObjectInterpreterViewTest.cpp
     tests/core/lua/LuaSharedReferenceBlockTest.cpp

@@ -11,6 +11,11 @@ namespace tbScripts
 class ScriptObjectInterpreterReference;
 class ScriptObjectView;
 
+namespace lua
+{
+class LuaScriptObjectInterpreterReference;
+}
+
 /// Keeps a value of a script for the host.
 ///
 /// Handles share a block that holds the interpreter's side of the value. As long as one handle on
@@ -62,7 +67,8 @@ public:
     std::uint32_t getUseCount() const;
 
 private:
-    friend class FunctionParameter; // hands out EMPTY for parameters that hold no reference
+    friend class lua::LuaScriptObjectInterpreterReference; // makes values inside of blocks
+    friend class FunctionParameter;                        // hands out EMPTY for parameters that hold no reference
 
     struct SharedBlock;
 

@@ -1,5 +1,7 @@
 #include "tbScripts/ScriptObjectReference.h"
 
+#include "core/ScriptObjectReferenceBlock.h"
+
 #include "tbScripts/ScriptObjectInterpreterReference.h"
 #include "tbScripts/ScriptObjectInterpreterView.h"
 #include "tbScripts/ScriptObjectView.h"
@@ -9,22 +11,6 @@
 
 namespace tbScripts
 {
-
-// `useCount` starts again at 1 when a view is assigned, whoever shares the block; `holders` is the
-// true number, and it alone decides when the block goes.
-struct ScriptObjectReference::SharedBlock
-{
-    constexpr SharedBlock() noexcept
-        : value(nullptr)
-        , useCount(1)
-        , holders(1)
-    {
-    }
-
-    ScriptObjectInterpreterReference* value; // owned, may be null
-    std::uint32_t useCount;
-    std::uint32_t holders;
-};
 
 namespace
 {
@@ -101,13 +87,10 @@ ScriptObjectReference& ScriptObjectReference::operator=(const ScriptObjectView& 
     // Kept: the only holder gives up its value before the new one is anchored; a shared block keeps
     // its value until then, and for good if there is nothing to look at.
     if (m_block->holders == 1)
-        delete std::exchange(m_block->value, nullptr);
+        m_block->replaceValue(nullptr);
     m_block->useCount = 1;
     if (view.getInterpreterView())
-    {
-        ScriptObjectInterpreterReference* const value = createReferenceFrom(view);
-        delete std::exchange(m_block->value, value);
-    }
+        m_block->replaceValue(createReferenceFrom(view));
     return *this;
 }
 
@@ -139,7 +122,7 @@ void ScriptObjectReference::_release() noexcept
         --m_block->useCount;
     if (--m_block->holders > 0)
         return;
-    delete m_block->value;
+    m_block->replaceValue(nullptr);
     delete m_block;
     m_block = nullptr;
 }

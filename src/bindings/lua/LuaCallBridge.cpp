@@ -316,12 +316,10 @@ void LuaCallBridge::_readReference(FunctionParameter& parameter, int stackIndex)
     if (!slot.main)
         return; // the state is closing: what it holds cannot be kept any more
 
-    auto owned = std::make_unique<LuaScriptObjectInterpreterReference>(
-        LuaStateHandle(&slot), parameter.m_type, 0);
-    LuaScriptObjectInterpreterReference& reference = *owned;
-    const ScriptObjectReference kept(owned.release());
+    const ScriptObjectReference kept =
+        LuaScriptObjectInterpreterReference::make(LuaStateHandle(&slot), parameter.m_type);
     lua_pushvalue(m_state, stackIndex);
-    reference.anchor(m_state);
+    LuaScriptObjectInterpreterReference::of(kept).anchor(m_state);
     new (&parameter.m_storage.reference) ScriptObjectReference(kept);
     parameter.m_live = FunctionParameter::MEMBER::REFERENCE;
 }

@@ -57,7 +57,7 @@ bool LuaFunction::install(const LuaStateHandle& handle)
         {
             LuaFunctionAnchor* const anchor = pushAnchor(state, getName());
             lua_pushvalue(state, -1);
-            m_anchorKey = luaL_ref(state, LUA_REGISTRYINDEX);
+            m_anchorKey = takeRegistrySlot(*m_handle.getSlot(), state);
             m_anchor = anchor;
             m_anchor->function = this;
             lua_pushcclosure(state, &callHostFunction, 1);
@@ -90,7 +90,7 @@ void LuaFunction::_dropAnchor()
     // While the state closes, finalisers may still call the closure.
     if (m_anchor && m_handle.hasMemory())
         m_anchor->function = nullptr;
-    if (const LuaStateSlot* const slot = m_handle.getSlot())
+    if (LuaStateSlot* const slot = m_handle.getSlot())
         freeRegistrySlot(*slot, m_anchorKey);
     m_anchorKey = LUA_NOREF;
     m_anchor = nullptr;

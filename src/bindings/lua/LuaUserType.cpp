@@ -173,7 +173,7 @@ bool LuaUserType::install(const LuaStateHandle& handle)
             if (m_core->constructor)
                 LuaTypeTable::publishFactory(state);
             lua_pushvalue(state, -1);
-            m_partsKey = luaL_ref(state, LUA_REGISTRYINDEX);
+            m_partsKey = takeRegistrySlot(slot, state);
             LuaTypeTable::pushTable(state);
             m_owner.publish(slot, state, getName()); // last: this may change or end the type
         });
@@ -202,7 +202,7 @@ void LuaUserType::uninstall()
     clear();
     if (!isInstalled())
         return; // the end of a callable has ended this type
-    const LuaStateSlot& slot = *m_core->handle.getSlot();
+    LuaStateSlot& slot = *m_core->handle.getSlot();
     freeRegistrySlot(slot, std::exchange(m_partsKey, LUA_NOREF));
     call.run([&](lua_State* state) { m_owner.unpublish(slot, state, getName()); });
     call.run([this](lua_State* state) { removeNamedTable(state, getFullName()); });
@@ -335,7 +335,7 @@ void LuaUserType::_abandon(LuaHostCall& call, NAMED_TABLE before)
 {
     m_core->isAlive = false;
     m_core->forgetTable();
-    if (const LuaStateSlot* const slot = m_core->handle.getSlot())
+    if (LuaStateSlot* const slot = m_core->handle.getSlot())
         freeRegistrySlot(*slot, std::exchange(m_partsKey, LUA_NOREF));
     _dropMembers(); // which publishing may have declared
     if (before == NAMED_TABLE::NONE)

@@ -7,7 +7,7 @@
 namespace tbScripts::lua
 {
 
-void freeRegistrySlot(const LuaStateSlot& slot, int key)
+void freeRegistrySlot(LuaStateSlot& slot, int key)
 {
     if (!slot.running || key <= 0)
         return;
@@ -17,7 +17,7 @@ void freeRegistrySlot(const LuaStateSlot& slot, int key)
         slot,
         slot.running,
         0,
-        [key](lua_State* state) { luaL_unref(state, LUA_REGISTRYINDEX, key); },
+        [&slot, key](lua_State* state) { giveRegistrySlotBack(slot, state, key); },
         ignored);
 }
 

@@ -1,11 +1,45 @@
 #pragma once
 
+#include "core/lua/LuaApi.h"
 #include "core/lua/LuaStateHandle.h"
 
 namespace tbScripts::lua
 {
 
+/// Moves the value on top of the stack into a registry slot and returns the slot's key.
+///
+/// May raise: the registry may have to grow.
+inline int takeRegistrySlot(LuaStateSlot& slot, lua_State* state)
+{
+    LuaSpareKeys& spare = slot.spareKeys;
+    // A nil would make the slot look free for `luaL_ref`, which has a key of its own for them.
+    if (spare.count == 0 || lua_isnil(state, -1))
+        return luaL_ref(state, LUA_REGISTRYINDEX);
+    const int key = spare.keys[spare.count - 1];
+    lua_rawseti(state, LUA_REGISTRYINDEX, key);
+    --spare.count;
+    return key;
+}
+
+/// Frees registry slot `key`. Keys that are none (0, `LUA_NOREF`, `LUA_REFNIL`) are ignored.
+///
+/// May raise: the stack may be full.
+inline void giveRegistrySlotBack(LuaStateSlot& slot, lua_State* state, int key)
+{
+    if (key <= 0)
+        return;
+    LuaSpareKeys& spare = slot.spareKeys;
+    if (spare.count == spare.keys.size())
+    {
+        luaL_unref(state, LUA_REGISTRYINDEX, key);
+        return;
+    }
+    lua_pushinteger(state, LuaSpareKeys::PLACEHOLDER);
+    lua_rawseti(state, LUA_REGISTRYINDEX, key);
+    spare.keys[spare.count++] = key;
+}
+
 /// Frees registry slot `key`, unless the state is closed. Slots that were never taken are ignored.
-void freeRegistrySlot(const LuaStateSlot& slot, int key);
+void freeRegistrySlot(LuaStateSlot& slot, int key);
 
 } // namespace tbScripts::lua

@@ -2,7 +2,9 @@
 
 #include "core/ExceptionContainment.h"
 #include "core/LogSources.h"
+#include "core/ScriptObjectReferenceBlock.h"
 #include "core/lua/LuaBoundary.h"
+#include "core/lua/LuaRegistry.h"
 
 #include "tbScripts/LogManager.h"
 #include "tbScripts/ScriptObjectReference.h"
@@ -14,10 +16,18 @@
 namespace tbScripts::lua
 {
 
-void releaseRegistrySlot(lua_State* state, std::int64_t slot, FUNCTION_PARAMETER_TYPE /*type*/)
+ScriptObjectReference LuaScriptObjectInterpreterReference::make(
+    const LuaStateHandle& handle, FUNCTION_PARAMETER_TYPE type)
 {
-    if (slot != 0)
-        luaL_unref(state, LUA_REGISTRYINDEX, static_cast<int>(slot));
+    ScriptObjectReference made;
+    made.m_block->makeValue<LuaScriptObjectInterpreterReference>(handle, type, 0);
+    return made;
+}
+
+LuaScriptObjectInterpreterReference&
+LuaScriptObjectInterpreterReference::of(const ScriptObjectReference& reference)
+{
+    return static_cast<LuaScriptObjectInterpreterReference&>(*reference.getInterpreterReference());
 }
 
 LuaScriptObjectInterpreterReference::LuaScriptObjectInterpreterReference(
@@ -42,7 +52,7 @@ LuaScriptObjectInterpreterReference::LuaScriptObjectInterpreterReference(
 LuaScriptObjectInterpreterReference::~LuaScriptObjectInterpreterReference()
 {
     lua_State* const state = m_handle.get();
-    if (!state)
+    if (!state || (m_slot == 0 && !m_hasOwnRelease))
         return;
     std::string errorText;
     const bool isReleased = containLuaErrors(
@@ -52,7 +62,7 @@ LuaScriptObjectInterpreterReference::~LuaScriptObjectInterpreterReference()
         [this](lua_State* inner)
         {
             if (!m_hasOwnRelease)
-                releaseRegistrySlot(inner, m_slot, getType());
+                giveRegistrySlotBack(*m_handle.getSlot(), inner, m_slot);
             else if (m_release)
                 m_release(inner, m_slot, getType());
         },
@@ -64,7 +74,7 @@ LuaScriptObjectInterpreterReference::~LuaScriptObjectInterpreterReference()
 
 void LuaScriptObjectInterpreterReference::anchor(lua_State* state)
 {
-    m_slot = luaL_ref(state, LUA_REGISTRYINDEX);
+    m_slot = takeRegistrySlot(*m_handle.getSlot(), state);
 }
 
 int LuaScriptObjectInterpreterReference::slotOf(

@@ -20,14 +20,18 @@ namespace tbScripts::lua
 using LuaReleaseAction =
     std::function<void(lua_State* state, std::int64_t slot, FUNCTION_PARAMETER_TYPE type)>;
 
-/// The release action that the library itself uses: frees the registry slot, unless it is 0.
-void releaseRegistrySlot(lua_State* state, std::int64_t slot, FUNCTION_PARAMETER_TYPE type);
-
 /// Keeps a script value alive in the registry.
 class LuaScriptObjectInterpreterReference final : public ScriptObjectInterpreterReference
 {
 public:
-    /// Takes over registry slot `slot`, 0 for none yet. `releaseRegistrySlot` gives it back.
+    /// Returns a handle on a new reference without slot, which `of` gives. Both are one piece of
+    /// memory.
+    static ScriptObjectReference make(const LuaStateHandle& handle, FUNCTION_PARAMETER_TYPE type);
+
+    /// Returns what `reference` holds. Requires: it comes from `make`.
+    static LuaScriptObjectInterpreterReference& of(const ScriptObjectReference& reference);
+
+    /// Takes over registry slot `slot`, 0 for none yet, and gives it back at its end.
     LuaScriptObjectInterpreterReference(
         LuaStateHandle handle, FUNCTION_PARAMETER_TYPE type, int slot);
 
@@ -35,7 +39,7 @@ public:
     LuaScriptObjectInterpreterReference(
         LuaStateHandle handle, FUNCTION_PARAMETER_TYPE type, int slot, LuaReleaseAction release);
 
-    /// Runs the release action, unless the state is closed.
+    /// Gives the slot back, unless the state is closed.
     ~LuaScriptObjectInterpreterReference() override;
 
     /// Anchors the value on top of the stack, which it pops. Requires: none is anchored yet.

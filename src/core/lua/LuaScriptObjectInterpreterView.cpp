@@ -93,7 +93,7 @@ bool LuaScriptObjectInterpreterView::_keep(std::string& errorText)
         slot,
         m_scope->getThread(),
         1,
-        [this](lua_State* state) { m_keptSlot = luaL_ref(state, LUA_REGISTRYINDEX); },
+        [&](lua_State* state) { m_keptSlot = takeRegistrySlot(slot, state); },
         errorText);
 }
 

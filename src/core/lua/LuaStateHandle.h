@@ -3,6 +3,8 @@
 #include "core/lua/LuaApi.h"
 #include "core/lua/LuaTypeDirectory.h"
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -13,6 +15,18 @@ namespace tbScripts::lua
 {
 
 class LuaCallbackScope;
+
+/// Registry slots of ours that wait for the next value: to put it there is one call of the
+/// interpreter, and six to find a slot. They hold a number as all free slots do, but are on nobody
+/// else's list.
+struct LuaSpareKeys
+{
+    static constexpr std::size_t CAPACITY = 16;
+    static constexpr int PLACEHOLDER = 0;
+
+    std::array<int, CAPACITY> keys{};
+    std::size_t count = 0;
+};
 
 /// What all objects that touch one interpreter share about it.
 ///
@@ -33,6 +47,8 @@ struct LuaStateSlot
     int rawgetKey = LUA_NOREF; // registry slot of the interpreter's own rawget
 
     LuaTypeDirectory types; // those of the weak set whose types live
+
+    LuaSpareKeys spareKeys;
 
     unsigned hostCalls = 0;     // host calls that have been entered and not left
     bool isClosing = false;     // finalisers run inside the end of the state

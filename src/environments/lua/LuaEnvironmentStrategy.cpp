@@ -326,21 +326,21 @@ LuaEnvironmentStrategy::deserializeScriptObject(const tbMemory::BufferView<unsig
     LuaValueReader reader(*m_handle.getSlot(), bytes);
     // All of it is made beforehand: an anchored value that nobody holds would stay in the registry,
     // and own objects that still belong to the bytes.
-    auto made =
-        std::make_unique<LuaScriptObjectInterpreterReference>(m_handle, reader.getType(), 0);
-    LuaScriptObjectInterpreterReference* const anchored = made.get();
-    ScriptObjectReference value(made.release());
+    ScriptObjectReference value =
+        LuaScriptObjectInterpreterReference::make(m_handle, reader.getType());
     bool isAnchored = false;
     call.run(
         [&](lua_State* state)
         {
             if (!reader.read(state))
                 return;
-            anchored->anchor(state);
+            LuaScriptObjectInterpreterReference::of(value).anchor(state);
             reader.handOverOwnership(state);
             isAnchored = true;
         });
-    return isAnchored ? value : ScriptObjectReference();
+    if (!isAnchored)
+        value = ScriptObjectReference();
+    return value;
 }
 
 void LuaEnvironmentStrategy::installFunction(Function& function)
@@ -448,7 +448,7 @@ ScriptObjectReference LuaEnvironmentStrategy::_anchorGlobal(
     const tbMemory::StringView& name, FUNCTION_PARAMETER_TYPE type, bool (*accepts)(int luaType))
 {
     // Made beforehand: an anchored value that nobody holds would stay in the registry.
-    auto anchored = std::make_unique<LuaScriptObjectInterpreterReference>(m_handle, type, 0);
+    ScriptObjectReference anchored = LuaScriptObjectInterpreterReference::make(m_handle, type);
     bool isAnchored = false;
     _readGlobal(
         name,
@@ -457,10 +457,12 @@ ScriptObjectReference LuaEnvironmentStrategy::_anchorGlobal(
             if (!accepts(lua_type(state, -1)))
                 return;
             lua_pushvalue(state, -1);
-            anchored->anchor(state);
+            LuaScriptObjectInterpreterReference::of(anchored).anchor(state);
             isAnchored = true;
         });
-    return isAnchored ? ScriptObjectReference(anchored.release()) : ScriptObjectReference();
+    if (!isAnchored)
+        anchored = ScriptObjectReference();
+    return anchored;
 }
 
 } // namespace tbScripts::lua

@@ -165,7 +165,7 @@ TEST_F(LuaScriptObjectInterpreterReferenceTest, ReleaseActionGetsSlotZeroToo)
     EXPECT_THAT(m_releases, ElementsAre(Release{state(), 0, 9U}));
 }
 
-TEST_F(LuaScriptObjectInterpreterReferenceTest, StandardActionLeavesSlotZeroAlone)
+TEST_F(LuaScriptObjectInterpreterReferenceTest, SlotZeroIsLeftAlone)
 {
     lua_pushliteral(state(), "first");
     const int first = luaL_ref(state(), LUA_REGISTRYINDEX);
@@ -174,20 +174,25 @@ TEST_F(LuaScriptObjectInterpreterReferenceTest, StandardActionLeavesSlotZeroAlon
     luaL_unref(state(), LUA_REGISTRYINDEX, first);
     luaL_unref(state(), LUA_REGISTRYINDEX, last);
 
-    lua::releaseRegistrySlot(state(), 0, PARAM_TYPE_SCRIPT_OBJECT);
+    {
+        const LuaScriptObjectInterpreterReference reference(handle(), PARAM_TYPE_SCRIPT_OBJECT, 0);
+    }
 
     // Slot 0 heads the list of free slots: releasing it would lose them.
     lua_pushliteral(state(), "next");
     EXPECT_EQ(luaL_ref(state(), LUA_REGISTRYINDEX), last);
 }
 
-TEST_F(LuaScriptObjectInterpreterReferenceTest, StandardActionFreesOneSlot)
+TEST_F(LuaScriptObjectInterpreterReferenceTest, FreesItsSlot)
 {
     const int before = countRegistrySlots();
     lua_pushliteral(state(), "kept");
     const int slotNumber = luaL_ref(state(), LUA_REGISTRYINDEX);
 
-    lua::releaseRegistrySlot(state(), slotNumber, PARAM_TYPE_SCRIPT_FUNCTION);
+    {
+        const LuaScriptObjectInterpreterReference reference(
+            handle(), PARAM_TYPE_SCRIPT_FUNCTION, slotNumber);
+    }
 
     EXPECT_EQ(countRegistrySlots(), before);
     EXPECT_EQ(lua_gettop(state()), 0);

@@ -34,6 +34,22 @@ TEST_F(LuaTextTest, EndsAtTheEndOfItsView)
     EXPECT_EQ(lua::upToFirstNul(tbMemory::StringView("onetwo", 3)), "one");
 }
 
+TEST_F(LuaTextTest, EveryZeroOfEveryLengthIsFound)
+{
+    for (std::size_t size = 0; size < 140; ++size)
+    {
+        std::string text(size, '\x80'); // its top bit set, as the search for zeros looks at those
+        EXPECT_FALSE(lua::holdsNul(text.data(), size)) << size;
+        for (std::size_t position = 0; position < size; ++position)
+        {
+            text[position] = '\0';
+            EXPECT_TRUE(lua::holdsNul(text.data(), size)) << size << ", " << position;
+            EXPECT_EQ(lua::upToFirstNul(tbMemory::StringView(text.data(), size)).size(), position);
+            text[position] = '\x01';
+        }
+    }
+}
+
 TEST_F(LuaTextTest, ReadsNoByteBehindAViewThatIsNotTerminated)
 {
     const std::vector<char> bytes = {'o', 'n', 'e'};

@@ -1,0 +1,62 @@
+#pragma once
+
+#include "tbScripts/ScriptObjectInterpreterReference.h"
+#include "tbScripts/ScriptObjectReference.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <new>
+#include <utility>
+
+namespace tbScripts
+{
+
+/// What all handles on one value share. The library's own values live in it, so that a reference is
+/// one piece of memory; those that a host makes are pointed at.
+///
+/// `useCount` starts again at 1 when a view is assigned, whoever shares the block; `holders` is the
+/// true number, and it alone decides when the block goes.
+struct ScriptObjectReference::SharedBlock
+{
+    static constexpr std::size_t ROOM_SIZE = 64;
+
+    union Room
+    {
+        constexpr Room() noexcept
+            : nothing(0)
+        {
+        }
+
+        unsigned char nothing;
+        alignas(std::max_align_t) unsigned char bytes[ROOM_SIZE];
+    };
+
+    constexpr SharedBlock() noexcept = default;
+
+    /// Makes a value inside of the block. Requires: it has none.
+    template <typename Value, typename... Arguments>
+    void makeValue(Arguments&&... arguments)
+    {
+        static_assert(sizeof(Value) <= ROOM_SIZE && alignof(Value) <= alignof(std::max_align_t));
+        value = new (room.bytes) Value(std::forward<Arguments>(arguments)...);
+        isValueInside = true;
+    }
+
+    /// Ends the value and goes on with `next`, which may be null.
+    void replaceValue(ScriptObjectInterpreterReference* next) noexcept
+    {
+        ScriptObjectInterpreterReference* const ended = std::exchange(value, next);
+        if (std::exchange(isValueInside, false))
+            ended->~ScriptObjectInterpreterReference();
+        else
+            delete ended;
+    }
+
+    ScriptObjectInterpreterReference* value = nullptr; // owned, may be null
+    std::uint32_t useCount = 1;
+    std::uint32_t holders = 1;
+    bool isValueInside = false;
+    Room room;
+};
+
+} // namespace tbScripts
