@@ -141,8 +141,7 @@ int LuaCallBridge::_push(const FunctionParameter& parameter) const
         lua_pushnumber(m_state, parameter.getDouble());
         return 1;
     case PARAM_TYPE_STRING:
-        // Zero-terminated, and texts end at their first NUL for scripts.
-        lua_pushstring(m_state, parameter.getString().empty() ? "" : parameter.getString().data());
+        pushName(m_state, parameter.getString()); // texts end at their first NUL for scripts
         return 1;
     case PARAM_TYPE_USER_TYPE_OWNED:
     case PARAM_TYPE_USER_TYPE:

@@ -230,6 +230,18 @@ int runWriteOther(lua_State* state)
     return lua_isnumber(state, 2) ? runWriteArray(*core, state) : 0;
 }
 
+int runReadElement(lua_State* state)
+{
+    const LuaTypeCore* const core = coreOf(state);
+    return core && core->isAlive ? runReadArray(*core, state) : raiseTypeIsGone(state);
+}
+
+int runWriteElement(lua_State* state)
+{
+    const LuaTypeCore* const core = coreOf(state);
+    return core && core->isAlive ? runWriteArray(*core, state) : raiseTypeIsGone(state);
+}
+
 int runMakeInstance(lua_State* state)
 {
     const LuaTypeCore* const core = coreOf(state);
@@ -317,6 +329,16 @@ int readOther(lua_State* state)
 int writeOther(lua_State* state)
 {
     return closureOf<&runWriteOther>(state);
+}
+
+int readElement(lua_State* state)
+{
+    return closureOf<&runReadElement>(state);
+}
+
+int writeElement(lua_State* state)
+{
+    return closureOf<&runWriteElement>(state);
 }
 
 int makeInstance(lua_State* state)

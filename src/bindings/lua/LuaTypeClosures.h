@@ -13,6 +13,11 @@ int readField(lua_State* state);
 /// Writes a field: (instance, value). Second upvalue: the same.
 int writeField(lua_State* state);
 
+/// Reads and writes an element: (instance, index), (instance, index, value). Requires: the index is
+/// a number; texts that read as one come by way of the two below.
+int readElement(lua_State* state);
+int writeElement(lua_State* state);
+
 /// Reads what is no field: (value, key). Upvalues: anchor, the type's table, its readers.
 ///
 /// Raw entries that it finds are noted among the readers, so that they are found there next time.

@@ -24,8 +24,9 @@ constexpr int PARTS = 4;
 // Readers hold the closure of each field, and `true` for other names that the type's table has.
 // The calls are tail calls, so that the line that reads or writes is the caller of the closure.
 constexpr const char* DISPATCHERS = R"(
-local readers, writers, class, rawget, readOther, writeOther = ...
+local readers, writers, class, rawget, type, readOther, writeOther, readElement, writeElement = ...
 local function read(self, key)
+    if type(key) == 'number' then return readElement(self, key) end
     local reader = readers[key]
     if reader == true then
         local value = rawget(class, key)
@@ -36,6 +37,7 @@ local function read(self, key)
     return readOther(self, key)
 end
 local function write(self, key, value)
+    if type(key) == 'number' then return writeElement(self, key, value) end
     local writer = writers[key]
     if writer then return writer(self, value) end
     return writeOther(self, key, value)
@@ -62,7 +64,7 @@ void setEntry(lua_State* state, int tableIndex, const char* name)
 // Stack: +1, the two dispatchers set as entries of the table, nothing left.
 void setDispatchers(const LuaStateSlot& slot, lua_State* state, int partsIndex, int tableIndex)
 {
-    constexpr int ARGUMENTS = 6;
+    constexpr int ARGUMENTS = 9;
     // Compiled for each type: only then its tables are constants for the interpreter's compiler.
     if (luaL_loadbuffer(state, DISPATCHERS, std::strlen(DISPATCHERS), NAME_OF_DISPATCHERS) != 0)
         throw std::string(std::string_view(textAt(state, -1))); // no memory
@@ -70,12 +72,17 @@ void setDispatchers(const LuaStateSlot& slot, lua_State* state, int partsIndex, 
     pushPart(state, partsIndex, PART_WRITERS);
     lua_pushvalue(state, tableIndex);
     lua_rawgeti(state, LUA_REGISTRYINDEX, slot.rawgetKey);
+    lua_rawgeti(state, LUA_REGISTRYINDEX, slot.typeKey);
     pushPart(state, partsIndex, PART_ANCHOR);
     lua_pushvalue(state, tableIndex);
     pushPart(state, partsIndex, PART_READERS);
     lua_pushcclosure(state, &readOther, 3);
     pushPart(state, partsIndex, PART_ANCHOR);
     lua_pushcclosure(state, &writeOther, 1);
+    pushPart(state, partsIndex, PART_ANCHOR);
+    lua_pushcclosure(state, &readElement, 1);
+    pushPart(state, partsIndex, PART_ANCHOR);
+    lua_pushcclosure(state, &writeElement, 1);
     lua_call(state, ARGUMENTS, 2);
     lua_insert(state, -2);
     setEntry(state, tableIndex, "__index");

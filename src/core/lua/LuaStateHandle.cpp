@@ -49,8 +49,10 @@ int furnishState(lua_State* state)
     lua_pushcfunction(state, &runProtectedWork);
     slot.trampolineKey = luaL_ref(state, LUA_REGISTRYINDEX);
     slot.typeTablesKey = makeTypeTables(state);
-    lua_getglobal(state, "rawget"); // now: scripts may replace the global
+    lua_getglobal(state, "rawget"); // now: scripts may replace the globals
     slot.rawgetKey = luaL_ref(state, LUA_REGISTRYINDEX);
+    lua_getglobal(state, "type");
+    slot.typeKey = luaL_ref(state, LUA_REGISTRYINDEX);
     reserveReferences(state);
     return 0;
 }

@@ -45,6 +45,7 @@ struct LuaStateSlot
     int typeTablesKey = LUA_NOREF; // registry slot of the weak set of our user types' tables
 
     int rawgetKey = LUA_NOREF; // registry slot of the interpreter's own rawget
+    int typeKey = LUA_NOREF;   // registry slot of the interpreter's own type
 
     LuaTypeDirectory types; // those of the weak set whose types live
 
