@@ -38,7 +38,7 @@ std::uintptr_t findEndOfStack()
 
 } // namespace
 
-bool LuaHostCall::admit(std::string& errorText)
+bool LuaHostCall::_admitOrExplain(std::string& errorText)
 {
     if (!m_slot)
     {

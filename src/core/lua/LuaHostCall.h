@@ -66,7 +66,11 @@ public:
     /// Returns whether the call may do something; else `errorText` says why not, and is empty if
     /// there is no state to work on. From here on stack indices may change their meaning: what the
     /// host looks at on the stack is kept elsewhere.
-    bool admit(std::string& errorText);
+    bool admit(std::string& errorText)
+    {
+        // The common case asks for nothing: no refusal, and no host function that was lent views.
+        return (m_state && !m_slot->innermostCallback) || _admitOrExplain(errorText);
+    }
 
     /// Returns whether there is no state to work on: it is closed, or going.
     bool isRefused() const { return !m_slot; }
@@ -76,10 +80,7 @@ public:
     template <typename Work>
     bool run(Work&& work, std::string& errorText)
     {
-        // The common case asks for nothing: no refusal, and no host function that was lent views.
-        if ((!m_state || m_slot->innermostCallback) && !admit(errorText))
-            return false;
-        return runAdmitted(work, errorText);
+        return admit(errorText) && runAdmitted(work, errorText);
     }
 
     /// The same after `admit`.
@@ -105,6 +106,8 @@ private:
     {
         return depth < SHALLOW_DEPTH || (depth < MAX_DEPTH && _isStackLeft());
     }
+
+    bool _admitOrExplain(std::string& errorText);
 
     // Returns whether this thread's stack has room for a few more calls.
     static bool _isStackLeft();

@@ -43,10 +43,9 @@ LuaCallOutcome outcomeOf(lua_State* state, int status)
 }
 
 // For what was raised outside of the interpreter's own protected call, where it gives no status.
-LuaCallOutcome outcomeOf(std::string errorText)
+std::int32_t codeOf(const std::string& errorText)
 {
-    const std::int32_t code = errorText == TEXT_OF_NO_MEMORY ? CODE_NO_MEMORY : CODE_RUNTIME_ERROR;
-    return {code, std::move(errorText)};
+    return errorText == TEXT_OF_NO_MEMORY ? CODE_NO_MEMORY : CODE_RUNTIME_ERROR;
 }
 
 // Reads the topmost `count` values into `outputs`. Returns how many fitted.
@@ -74,7 +73,6 @@ LuaCallOutcome runChunk(
     const tbMemory::String& chunkName)
 {
     LuaCallOutcome outcome;
-    std::string errorText;
     const bool isDone = call.run(
         [&](lua_State* state)
         {
@@ -90,8 +88,10 @@ LuaCallOutcome runChunk(
             if (const int status = lua_pcall(state, 0, LUA_MULTRET, 0))
                 outcome = outcomeOf(state, status);
         },
-        errorText);
-    return isDone ? outcome : outcomeOf(std::move(errorText));
+        outcome.errorText);
+    if (!isDone)
+        outcome.code = codeOf(outcome.errorText);
+    return outcome;
 }
 
 LuaCallOutcome callFunction(
@@ -103,9 +103,11 @@ LuaCallOutcome callFunction(
     std::size_t& mismatch)
 {
     LuaCallOutcome outcome;
-    std::string errorText;
-    if (!call.admit(errorText))
-        return outcomeOf(std::move(errorText));
+    if (!call.admit(outcome.errorText))
+    {
+        outcome.code = codeOf(outcome.errorText);
+        return outcome;
+    }
 
     LuaCallbackScope scope(*handle.getSlot(), call.getState());
     const LuaCallBridge bridge(scope, contextOfCall());
@@ -129,8 +131,10 @@ LuaCallOutcome callFunction(
             if (read < wanted)
                 mismatch = read;
         },
-        errorText);
-    return isDone ? outcome : outcomeOf(std::move(errorText));
+        outcome.errorText);
+    if (!isDone)
+        outcome.code = codeOf(outcome.errorText);
+    return outcome;
 }
 
 } // namespace tbScripts::lua
