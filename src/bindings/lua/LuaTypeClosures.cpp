@@ -33,16 +33,30 @@ LuaTypeCore* coreOf(lua_State* state)
     return anchor ? anchor->core : nullptr;
 }
 
-int raiseTypeIsGone(lua_State* state)
+int raiseTypeIsGone(lua_State* state, const LuaTypeAnchor* anchor)
 {
-    const LuaTypeAnchor* const anchor = anchorOf(state);
     const tbMemory::StringView name = anchor ? anchor->getName() : tbMemory::StringView();
     return raiseText(state, messages::userTypeIsGone(name).c_str());
 }
 
-int raiseNotAnInstance(lua_State* state)
+int raiseTypeIsGone(lua_State* state)
 {
-    return raiseText(state, messages::notAnInstance(anchorOf(state)->getName()).c_str());
+    return raiseTypeIsGone(state, anchorOf(state));
+}
+
+int raiseNotAnInstance(lua_State* state, const LuaTypeCore& core)
+{
+    return raiseText(state, messages::notAnInstance(core.fullName).c_str());
+}
+
+const LuaFieldLink* linkOf(lua_State* state)
+{
+    return static_cast<const LuaFieldLink*>(lua_touserdata(state, lua_upvalueindex(1)));
+}
+
+int raiseFieldIsGone(lua_State* state, const LuaFieldLink* link)
+{
+    return raiseTypeIsGone(state, link ? link->anchor : nullptr);
 }
 
 // Returns the box on top of the stack, null if there is none of this type.
@@ -54,17 +68,16 @@ LuaInstanceBox* boxOnTop(const LuaTypeCore& core, lua_State* state)
 
 int runReadField(lua_State* state)
 {
-    const LuaTypeCore* const core = coreOf(state);
-    const auto* const field =
-        static_cast<const LuaTypeField*>(lua_touserdata(state, lua_upvalueindex(2)));
-    if (!core || !field->getter)
-        return raiseTypeIsGone(state);
+    const LuaFieldLink* const link = linkOf(state);
+    const LuaTypeCore* const core = link ? link->anchor->core : nullptr;
+    if (!core || !link->field->getter)
+        return raiseFieldIsGone(state, link);
     const LuaInstanceBox* const box = core->instanceAt(state, 1);
     if (!box)
-        return raiseNotAnInstance(state);
+        return raiseNotAnInstance(state, *core);
 
     LuaCallbackScope scope(*core->handle.getSlot(), state);
-    const DefinitionCall<GetterDefinition> call(*field->getter);
+    const DefinitionCall<GetterDefinition> call(*link->field->getter);
     const FunctionParameter value = call.getCallable()(box->object);
     return LuaCallBridge(scope, call.getName()).pushParameter(value);
 }
@@ -98,16 +111,15 @@ int callSetter(
 int runWriteField(lua_State* state)
 {
     constexpr int VALUE_INDEX = 2;
-    const LuaTypeCore* const core = coreOf(state);
-    const auto* const field =
-        static_cast<const LuaTypeField*>(lua_touserdata(state, lua_upvalueindex(2)));
-    if (!core || !field->setter)
-        return raiseTypeIsGone(state);
+    const LuaFieldLink* const link = linkOf(state);
+    const LuaTypeCore* const core = link ? link->anchor->core : nullptr;
+    if (!core || !link->field->setter)
+        return raiseFieldIsGone(state, link);
     const LuaInstanceBox* const box = core->instanceAt(state, 1);
     if (!box)
-        return raiseNotAnInstance(state);
+        return raiseNotAnInstance(state, *core);
 
-    SetterDefinition& definition = *field->setter;
+    SetterDefinition& definition = *link->field->setter;
     return callSetter(
         *core,
         state,
@@ -146,7 +158,7 @@ int runReadArray(const LuaTypeCore& core, lua_State* state)
         return 0;
     const LuaInstanceBox* const box = core.instanceAt(state, 1);
     if (!box)
-        return raiseNotAnInstance(state);
+        return raiseNotAnInstance(state, core);
 
     LuaCallbackScope scope(*core.handle.getSlot(), state);
     const DefinitionCall<FunctionDefinition> call(core.arrayRead->getDefinition());
@@ -174,7 +186,7 @@ int runWriteArray(const LuaTypeCore& core, lua_State* state)
         return 0;
     const LuaInstanceBox* const box = core.instanceAt(state, 1);
     if (!box)
-        return raiseNotAnInstance(state);
+        return raiseNotAnInstance(state, core);
 
     return callSetter(
         core,
@@ -247,7 +259,6 @@ int runMakeInstance(lua_State* state)
     const LuaTypeCore* const core = coreOf(state);
     if (!core || !core->isAlive || !core->handle.get())
         return raiseTypeIsGone(state);
-    lua_settop(state, 0);
     // Without metatable and object until there is an object: nothing to destroy before.
     void* const block = lua_newuserdata(state, INSTANCE_BOX_SIZE);
     std::memset(block, 0, INSTANCE_BOX_SIZE);
@@ -262,7 +273,7 @@ int runMakeInstance(lua_State* state)
     box->object = object;
     box->gcEnabled = true;
     lua_pushvalue(state, lua_upvalueindex(2));
-    lua_setmetatable(state, 1);
+    lua_setmetatable(state, -2);
     return 1;
 }
 
@@ -273,7 +284,7 @@ int runFinaliseInstance(lua_State* state)
         return 0;
     LuaInstanceBox* const box = boxOnTop(*core, state);
     if (!box)
-        return raiseNotAnInstance(state);
+        return raiseNotAnInstance(state, *core);
     if (!box->gcEnabled || box->isDestroyed)
         return 0;
     box->isDestroyed = true; // first: the destructor may come back here
@@ -293,7 +304,7 @@ int runSetGcEnabled(lua_State* state, bool isEnabled)
     const LuaInstance instance =
         top > 0 ? boxAt(*core->handle.getSlot(), state, top) : LuaInstance{};
     if (!instance.box)
-        return raiseNotAnInstance(state);
+        return raiseNotAnInstance(state, *core);
     if (!instance.box->isDestroyed)
         instance.box->gcEnabled = isEnabled;
     return 0;

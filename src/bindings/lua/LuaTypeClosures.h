@@ -5,12 +5,13 @@
 namespace tbScripts::lua
 {
 
-// The script's side of a user type. The first upvalue of each closure is the type's anchor.
+// The script's side of a user type. The first upvalue of each closure is the type's anchor, but for
+// those of fields.
 
-/// Reads a field: (instance). Second upvalue: the `LuaTypeField`, as light userdata.
+/// Reads a field: (instance). Upvalues: a `LuaFieldLink`, the anchor.
 int readField(lua_State* state);
 
-/// Writes a field: (instance, value). Second upvalue: the same.
+/// Writes a field: (instance, value). Upvalues: the same.
 int writeField(lua_State* state);
 
 /// Reads and writes an element: (instance, index), (instance, index, value). Requires: the index is

@@ -90,6 +90,13 @@ struct LuaTypeAnchor
     }
 };
 
+/// What the closures of a field get at by one upvalue. Another one keeps the anchor for them.
+struct LuaFieldLink
+{
+    const LuaTypeAnchor* anchor;
+    const LuaTypeField* field; // part of the anchor's core, and good as long as that
+};
+
 /// Stack: +1, a new anchor of `core`.
 void pushTypeAnchor(lua_State* state, const std::shared_ptr<LuaTypeCore>& core);
 

@@ -6,6 +6,7 @@
 #include "core/lua/LuaText.h"
 
 #include <cstring>
+#include <new>
 #include <string>
 
 namespace tbScripts::lua
@@ -112,8 +113,10 @@ void publishField(
     lua_pushlstring(state, name.empty() ? "" : name.data(), name.size());
     if (!lua_isnumber(state, -1))
     {
+        void* const block = lua_newuserdata(state, sizeof(LuaFieldLink));
         pushPart(state, partsIndex, PART_ANCHOR);
-        lua_pushlightuserdata(state, &field);
+        const auto* const anchor = static_cast<const LuaTypeAnchor*>(lua_touserdata(state, -1));
+        new (block) LuaFieldLink{anchor, &field};
         lua_pushcclosure(state, closure, 2);
         lua_rawset(state, -3);
     }
