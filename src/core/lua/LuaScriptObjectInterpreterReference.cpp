@@ -7,7 +7,6 @@
 #include "core/lua/LuaRegistry.h"
 
 #include "tbScripts/LogManager.h"
-#include "tbScripts/ScriptObjectReference.h"
 
 #include <string>
 #include <typeinfo>
@@ -22,12 +21,6 @@ ScriptObjectReference LuaScriptObjectInterpreterReference::make(
     ScriptObjectReference made;
     made.m_block->makeValue<LuaScriptObjectInterpreterReference>(handle, type, 0);
     return made;
-}
-
-LuaScriptObjectInterpreterReference&
-LuaScriptObjectInterpreterReference::of(const ScriptObjectReference& reference)
-{
-    return static_cast<LuaScriptObjectInterpreterReference&>(*reference.getInterpreterReference());
 }
 
 LuaScriptObjectInterpreterReference::LuaScriptObjectInterpreterReference(
@@ -70,11 +63,6 @@ LuaScriptObjectInterpreterReference::~LuaScriptObjectInterpreterReference()
     if (isReleased)
         return;
     contain([&] { LogManager::getInstance()->log(errorText, LOG_SOURCE_LUA_ENVIRONMENT); }, [] {});
-}
-
-void LuaScriptObjectInterpreterReference::anchor(lua_State* state)
-{
-    m_slot = takeRegistrySlot(*m_handle.getSlot(), state);
 }
 
 int LuaScriptObjectInterpreterReference::slotOf(

@@ -1,17 +1,14 @@
 #pragma once
 
 #include "core/lua/LuaApi.h"
+#include "core/lua/LuaRegistry.h"
 #include "core/lua/LuaStateHandle.h"
 
 #include "tbScripts/ScriptObjectInterpreterReference.h"
+#include "tbScripts/ScriptObjectReference.h"
 
 #include <cstdint>
 #include <functional>
-
-namespace tbScripts
-{
-class ScriptObjectReference;
-}
 
 namespace tbScripts::lua
 {
@@ -29,7 +26,11 @@ public:
     static ScriptObjectReference make(const LuaStateHandle& handle, FUNCTION_PARAMETER_TYPE type);
 
     /// Returns what `reference` holds. Requires: it comes from `make`.
-    static LuaScriptObjectInterpreterReference& of(const ScriptObjectReference& reference);
+    static LuaScriptObjectInterpreterReference& of(const ScriptObjectReference& reference)
+    {
+        return static_cast<LuaScriptObjectInterpreterReference&>(
+            *reference.getInterpreterReference());
+    }
 
     /// Takes over registry slot `slot`, 0 for none yet, and gives it back at its end.
     LuaScriptObjectInterpreterReference(
@@ -45,7 +46,7 @@ public:
     /// Anchors the value on top of the stack, which it pops. Requires: none is anchored yet.
     ///
     /// May raise: the registry may have to grow.
-    void anchor(lua_State* state);
+    void anchor(lua_State* state) { m_slot = takeRegistrySlot(*m_handle.getSlot(), state); }
 
     /// Returns the registry slot of what `reference` designates in the state of `handle`; 0 if
     /// that is nothing: an empty reference, one of another or a closed state, one not ours.

@@ -59,17 +59,6 @@ int furnishState(lua_State* state)
 
 } // namespace
 
-LuaStateHandle::LuaStateHandle()
-    : m_slot(nullptr)
-{
-}
-
-LuaStateHandle::LuaStateHandle(LuaStateSlot* slot) noexcept
-    : m_slot(slot)
-{
-    ++m_slot->holders;
-}
-
 LuaStateHandle LuaStateHandle::open()
 {
     LuaStateHandle handle(new LuaStateSlot); // first: a lone state would leak
@@ -86,30 +75,6 @@ LuaStateHandle LuaStateHandle::open()
     return handle;
 }
 
-LuaStateHandle::LuaStateHandle(const LuaStateHandle& other) noexcept
-    : m_slot(other.m_slot)
-{
-    if (m_slot)
-        ++m_slot->holders;
-}
-
-LuaStateHandle::LuaStateHandle(LuaStateHandle&& other) noexcept
-    : m_slot(std::exchange(other.m_slot, nullptr))
-{
-}
-
-LuaStateHandle& LuaStateHandle::operator=(LuaStateHandle other) noexcept
-{
-    std::swap(m_slot, other.m_slot);
-    return *this;
-}
-
-LuaStateHandle::~LuaStateHandle()
-{
-    if (m_slot && --m_slot->holders == 0)
-        delete m_slot;
-}
-
 void LuaStateHandle::close()
 {
     if (!get())
@@ -122,6 +87,11 @@ void LuaStateHandle::close()
     m_slot->isClosing = false;
     std::exchange(m_slot->keptUntilClosed, {}).clear();
     runPutOff(*m_slot);
+}
+
+void LuaStateHandle::_deleteSlot()
+{
+    delete m_slot;
 }
 
 void runPutOff(LuaStateSlot& slot)

@@ -69,17 +69,36 @@ class LuaStateHandle
 {
 public:
     /// Makes a handle without state.
-    LuaStateHandle();
+    LuaStateHandle() = default;
 
     /// Makes a state with the standard libraries.
     ///
     /// On failure (no memory): a handle without state.
     static LuaStateHandle open();
 
-    LuaStateHandle(const LuaStateHandle& other) noexcept;
-    LuaStateHandle(LuaStateHandle&& other) noexcept;
-    LuaStateHandle& operator=(LuaStateHandle other) noexcept;
-    ~LuaStateHandle();
+    LuaStateHandle(const LuaStateHandle& other) noexcept
+        : m_slot(other.m_slot)
+    {
+        if (m_slot)
+            ++m_slot->holders;
+    }
+
+    LuaStateHandle(LuaStateHandle&& other) noexcept
+        : m_slot(std::exchange(other.m_slot, nullptr))
+    {
+    }
+
+    LuaStateHandle& operator=(LuaStateHandle other) noexcept
+    {
+        std::swap(m_slot, other.m_slot);
+        return *this;
+    }
+
+    ~LuaStateHandle()
+    {
+        if (m_slot && --m_slot->holders == 0)
+            _deleteSlot();
+    }
 
     /// Empties the handle and all its copies, then closes the state. What finalisers raise
     /// meanwhile is lost; what they put off runs at the end.
@@ -101,10 +120,16 @@ public:
     }
 
     /// Makes one more handle on what others share already.
-    explicit LuaStateHandle(LuaStateSlot* slot) noexcept;
+    explicit LuaStateHandle(LuaStateSlot* slot) noexcept
+        : m_slot(slot)
+    {
+        ++m_slot->holders;
+    }
 
 private:
-    LuaStateSlot* m_slot; // counted, may be null
+    void _deleteSlot();
+
+    LuaStateSlot* m_slot = nullptr; // counted
 };
 
 /// Runs what waits for the outermost host call to return.
