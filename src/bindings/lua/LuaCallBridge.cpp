@@ -251,6 +251,22 @@ bool LuaCallBridge::_acceptsInstance(const FunctionParameter& parameter, int sta
            (parameter.m_acceptsAnyUserType || instance.typeName == parameter.getUserTypeName());
 }
 
+bool LuaCallBridge::_readExpectedInstance(FunctionParameter& parameter, int stackIndex) const
+{
+    if (parameter.m_live != FunctionParameter::MEMBER::USER_TYPE || parameter.m_acceptsAnyUserType)
+        return false;
+    auto* const box = static_cast<const LuaInstanceBox*>(boxSizedBlockAt(m_state, stackIndex));
+    const tbMemory::String* const name =
+        box ? livingTypeAt(m_scope.getSlot(), m_state, stackIndex) : nullptr;
+    FunctionParameter::UserTypeValue& value = parameter.m_storage.userType;
+    if (!name || !hasFlagsOfABox(box) || box->isDestroyed || !isSameName(*name, value.typeName))
+        return false;
+    value.object = box->object;
+    if (parameter.m_type == PARAM_TYPE_USER_TYPE_OWNED)
+        _lendView(parameter, stackIndex);
+    return true;
+}
+
 void LuaCallBridge::_readUserType(FunctionParameter& parameter, int stackIndex) const
 {
     if (parameter.m_live != FunctionParameter::MEMBER::USER_TYPE)
@@ -281,20 +297,7 @@ bool LuaCallBridge::_readInstance(
     FunctionParameter::UserTypeValue& value,
     int stackIndex) const
 {
-    const LuaStateSlot& slot = m_scope.getSlot();
-    if (!parameter.m_acceptsAnyUserType)
-    {
-        // Mostly it is one of the type that is expected, and that type lives.
-        auto* const box = static_cast<const LuaInstanceBox*>(boxSizedBlockAt(m_state, stackIndex));
-        const tbMemory::String* const name =
-            box ? livingTypeAt(slot, m_state, stackIndex) : nullptr;
-        if (name && hasFlagsOfABox(box) && !box->isDestroyed && isSameName(*name, value.typeName))
-        {
-            value.object = box->object;
-            return true;
-        }
-    }
-    const LuaInstance instance = instanceAt(slot, m_state, stackIndex);
+    const LuaInstance instance = instanceAt(m_scope.getSlot(), m_state, stackIndex);
     if (!instance.box)
         return false;
     if (parameter.m_acceptsAnyUserType)

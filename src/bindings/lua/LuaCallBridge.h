@@ -40,7 +40,7 @@ public:
     /// Stack: +0. A number that is read as a text becomes one in its slot.
     void readParameter(FunctionParameter& parameter, int stackIndex) const
     {
-        if (parameter.m_type != PARAM_TYPE_DOUBLE || !_readPlainDouble(parameter, stackIndex))
+        if (!_readFrequentKind(parameter, stackIndex))
             _read(parameter, stackIndex);
     }
 
@@ -48,7 +48,7 @@ public:
     /// `parameter` as it is, if not.
     bool readIfAccepted(FunctionParameter& parameter, int stackIndex) const
     {
-        if (parameter.m_type == PARAM_TYPE_DOUBLE && _readPlainDouble(parameter, stackIndex))
+        if (_readFrequentKind(parameter, stackIndex))
             return true;
         if (!accepts(parameter, stackIndex))
             return false;
@@ -91,7 +91,18 @@ private:
     // or truth value may be written over it.
     static void _makeRoomForPlainValue(FunctionParameter& parameter);
 
-    // The most frequent case of all. Returns false for what is or may be none.
+    // Reads a number that is one, or an instance of the expected type. Returns false, and leaves
+    // `parameter` as it is, for all the rest.
+    bool _readFrequentKind(FunctionParameter& parameter, int stackIndex) const
+    {
+        if (parameter.m_type == PARAM_TYPE_DOUBLE)
+            return _readPlainDouble(parameter, stackIndex);
+        const bool isUserType = parameter.m_type == PARAM_TYPE_USER_TYPE ||
+                                parameter.m_type == PARAM_TYPE_USER_TYPE_OWNED;
+        return isUserType && _readExpectedInstance(parameter, stackIndex);
+    }
+
+    // Returns false for what is or may be none.
     bool _readPlainDouble(FunctionParameter& parameter, int stackIndex) const
     {
         if (parameter._ownsSomething())
@@ -103,6 +114,10 @@ private:
         parameter.m_live = FunctionParameter::MEMBER::DOUBLE;
         return true;
     }
+
+    // Returns false for any other value than a living instance of the one type that is expected,
+    // which lives too.
+    bool _readExpectedInstance(FunctionParameter& parameter, int stackIndex) const;
 
     void _read(FunctionParameter& parameter, int stackIndex) const;
 

@@ -17,6 +17,7 @@
 #include "core/lua/LuaApi.h"
 #include "core/lua/LuaStateHandle.h"
 
+#include <cassert>
 #include <string>
 #include <type_traits>
 
@@ -68,12 +69,19 @@ inline bool needsProtectedCall()
 #endif
 }
 
+/// What work leaves on the stack when it comes to its end.
+enum class STACK_AFTER_WORK
+{
+    ANYTHING,
+    AS_BEFORE // without the arguments, if there are some
+};
+
 /// Runs `work(state)` and returns whether it came to its end. If not, `errorText` says why. The
 /// stack is put back where it was, less the topmost `arguments` values, which are the work's.
 ///
 /// Requires: `work` addresses the stack relative to its top, and owns nothing that a raised error
 /// would leave behind.
-template <typename Work>
+template <STACK_AFTER_WORK stackAfter = STACK_AFTER_WORK::ANYTHING, typename Work>
 bool containLuaErrors(
     const LuaStateSlot& slot, lua_State* state, int arguments, Work&& work, std::string& errorText)
 {
@@ -99,6 +107,11 @@ bool containLuaErrors(
     {
         isDone =
             contain([&] { work(state); }, [&] { hasText = describeCurrentException(errorText); });
+    }
+    if (stackAfter == STACK_AFTER_WORK::AS_BEFORE && isDone)
+    {
+        assert(lua_gettop(state) == top);
+        return true;
     }
     if (!isDone && !hasText)
         takeErrorText(state, errorText);

@@ -77,25 +77,25 @@ public:
 
     /// Runs `work(state)`, contained. Returns whether it came to its end; else `errorText` says
     /// why, and is empty if there is no state to work on.
-    template <typename Work>
+    template <STACK_AFTER_WORK stackAfter = STACK_AFTER_WORK::ANYTHING, typename Work>
     bool run(Work&& work, std::string& errorText)
     {
-        return admit(errorText) && runAdmitted(work, errorText);
+        return admit(errorText) && runAdmitted<stackAfter>(work, errorText);
     }
 
     /// The same after `admit`.
-    template <typename Work>
+    template <STACK_AFTER_WORK stackAfter = STACK_AFTER_WORK::ANYTHING, typename Work>
     bool runAdmitted(Work&& work, std::string& errorText)
     {
-        return containLuaErrors(*m_slot, m_state, 0, work, errorText);
+        return containLuaErrors<stackAfter>(*m_slot, m_state, 0, work, errorText);
     }
 
     /// The same; a failure is logged with tag "LuaEnvironment".
-    template <typename Work>
+    template <STACK_AFTER_WORK stackAfter = STACK_AFTER_WORK::ANYTHING, typename Work>
     bool run(Work&& work)
     {
         std::string errorText;
-        const bool isDone = run(work, errorText);
+        const bool isDone = run<stackAfter>(work, errorText);
         if (!isDone && !isRefused())
             _logFailure(errorText);
         return isDone;

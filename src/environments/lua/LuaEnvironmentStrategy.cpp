@@ -417,7 +417,8 @@ template <typename PushValue>
 void LuaEnvironmentStrategy::_setGlobal(const tbMemory::StringView& name, PushValue&& pushValue)
 {
     LuaHostCall call(m_handle);
-    call.run([&](lua_State* state) { setGlobal(*m_handle.getSlot(), state, name, pushValue); });
+    call.run<STACK_AFTER_WORK::AS_BEFORE>(
+        [&](lua_State* state) { setGlobal(*m_handle.getSlot(), state, name, pushValue); });
 }
 
 template <typename Read>
@@ -439,8 +440,10 @@ void LuaEnvironmentStrategy::_readNumber(const tbMemory::StringView& name, TakeN
         name,
         [&](lua_State* state)
         {
-            if (lua_isnumber(state, -1))
-                takeNumber(lua_tonumber(state, -1));
+            // Not a number reads as 0, so that only a 0 has to be looked at twice.
+            const double number = lua_tonumber(state, -1);
+            if (number != 0.0 || lua_isnumber(state, -1))
+                takeNumber(number);
         });
 }
 
