@@ -171,10 +171,10 @@ TEST_F(LuaUserTypeTest, BoxIsEmptyAndWithoutMetatableWhileTheConstructorRuns)
     type.setConstructor(
         [&](const Parameters&)
         {
-            // The box is what the factory has on its stack, which begins there.
-            EXPECT_EQ(lua_type(state(), 1), LUA_TUSERDATA);
-            std::memcpy(bytes.data(), lua_touserdata(state(), 1), BOX_SIZE);
-            hasMetatable = lua_getmetatable(state(), 1) != 0;
+            // The box is what the factory has on top of its stack.
+            EXPECT_EQ(lua_type(state(), -1), LUA_TUSERDATA);
+            std::memcpy(bytes.data(), lua_touserdata(state(), -1), BOX_SIZE);
+            hasMetatable = lua_getmetatable(state(), -1) != 0;
             return &m_object;
         });
 
