@@ -139,6 +139,7 @@ void write(World& world)
 void compareGenerations(World& world, Environment& environment, const ScriptObjectReference& value)
 {
     const unsigned int activity = world.getActivity();
+    const unsigned int messages = world.getMessages();
     const tbMemory::Buffer first = environment.serializeScriptObject(value, false);
     if (first.empty() || activity != world.getActivity())
         return;
@@ -146,9 +147,8 @@ void compareGenerations(World& world, Environment& environment, const ScriptObje
     if (activity != world.getActivity())
         return;
     const tbMemory::Buffer second = environment.serializeScriptObject(again, false);
-    require(
-        activity != world.getActivity() || second.size() == first.size(),
-        "what is read writes as many bytes again");
+    const bool isKnown = activity == world.getActivity() && messages == world.getMessages();
+    require(!isKnown || second.size() == first.size(), "what is read writes as many bytes again");
 }
 
 void read(World& world)
