@@ -10,11 +10,13 @@ namespace tbScripts::lua
 namespace
 {
 
-// Returns whether the table on top of the stack is one of our types, living or dead.
+// Returns whether the value on top of the stack is the table of one of our types, living or dead.
 bool isTypeTable(const LuaStateSlot& slot, lua_State* state)
 {
     if (slot.types.find(lua_topointer(state, -1)))
         return true;
+    if (!lua_istable(state, -1))
+        return false;
     lua_rawgeti(state, LUA_REGISTRYINDEX, slot.typeTablesKey);
     lua_pushvalue(state, -2);
     lua_rawget(state, -2);
@@ -28,7 +30,7 @@ void pushTypeTable(const LuaStateSlot& slot, lua_State* state, const tbMemory::S
 {
     pushName(state, typeName);
     lua_rawget(state, LUA_REGISTRYINDEX);
-    if (lua_istable(state, -1) && isTypeTable(slot, state))
+    if (isTypeTable(slot, state))
         return;
     lua_pop(state, 1);
     lua_pushnil(state);

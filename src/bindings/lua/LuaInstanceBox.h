@@ -60,12 +60,19 @@ void registerTypeTable(
 /// are gone. Never raises.
 LuaInstance boxOfAnyType(const LuaStateSlot& slot, lua_State* state, int index, void* block);
 
+/// Pushes the metatable of the value at `index` and returns its address; pushes nothing and returns
+/// null if it has none.
+inline const void* pushMetatable(lua_State* state, int index)
+{
+    return lua_getmetatable(state, index) ? lua_topointer(state, -1) : nullptr;
+}
+
 /// Returns the name of the living type whose metatable the value at `index` has, else null.
 inline const tbMemory::String* livingTypeAt(const LuaStateSlot& slot, lua_State* state, int index)
 {
-    if (!lua_getmetatable(state, index))
+    const void* const table = pushMetatable(state, index);
+    if (!table)
         return nullptr;
-    const void* const table = lua_topointer(state, -1);
     lua_pop(state, 1);
     return slot.types.find(table);
 }

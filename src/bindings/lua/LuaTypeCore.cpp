@@ -52,11 +52,10 @@ void LuaTypeCore::forgetTable()
 LuaInstanceBox* LuaTypeCore::boxAt(lua_State* state, int index) const
 {
     void* const block = boxSizedBlockAt(state, index);
-    if (!block || !lua_getmetatable(state, index))
+    const void* const metatable = block ? pushMetatable(state, index) : nullptr;
+    if (!metatable)
         return nullptr;
-    const bool isOfThisTable = lua_topointer(state, -1) == table;
-    lua_pop(state, 1);
-    if (isOfThisTable)
+    if (metatable == table)
         return hasFlagsOfABox(block) ? static_cast<LuaInstanceBox*>(block) : nullptr;
     const LuaInstance instance = lua::boxAt(*handle.getSlot(), state, index);
     return instance.box && instance.typeName == fullName ? instance.box : nullptr;

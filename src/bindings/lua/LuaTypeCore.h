@@ -49,8 +49,10 @@ struct LuaTypeCore
     /// Forgets it: it may go before the closures do, and another one lie in its place.
     void forgetTable();
 
-    /// Returns the box at `index` if it is one of this type, whether or not its object lives; else
-    /// null. An instance of an earlier type of this name counts. Never raises.
+    /// Returns the box at `index`, counted from the bottom, if it is one of this type, whether or
+    /// not its object lives; else null. An instance of an earlier type of this name counts.
+    ///
+    /// Stack: may leave the metatable there, which closures leave behind their results.
     LuaInstanceBox* boxAt(lua_State* state, int index) const;
 
     /// Returns the box at `index` if it is a living instance of this type, else null.

@@ -76,11 +76,23 @@ enum class STACK_AFTER_WORK
     AS_BEFORE // without the arguments, if there are some
 };
 
+/// Calls `work`, with the height of the stack if it asks for that.
+template <typename Work, typename GetTop>
+void runWork(Work& work, lua_State* state, GetTop&& getTop)
+{
+    if constexpr (std::is_invocable_v<Work&, lua_State*, int>)
+        work(state, getTop());
+    else
+        work(state);
+}
+
 /// Runs `work(state)` and returns whether it came to its end. If not, `errorText` says why. The
 /// stack is put back where it was, less the topmost `arguments` values, which are the work's.
 ///
-/// Requires: `work` addresses the stack relative to its top, and owns nothing that a raised error
-/// would leave behind.
+/// `work(state, top)` also gets the height of the stack below what it pushes.
+///
+/// Requires: `work` addresses the stack relative to its top or to that height, and owns nothing
+/// that a raised error would leave behind.
 template <STACK_AFTER_WORK stackAfter = STACK_AFTER_WORK::ANYTHING, typename Work>
 bool containLuaErrors(
     const LuaStateSlot& slot, lua_State* state, int arguments, Work&& work, std::string& errorText)
@@ -92,7 +104,10 @@ bool containLuaErrors(
     {
         ProtectedWork carried{
             [](void* carriedWork, lua_State* inner)
-            { (*static_cast<std::remove_reference_t<Work>*>(carriedWork))(inner); },
+            {
+                auto& innerWork = *static_cast<std::remove_reference_t<Work>*>(carriedWork);
+                runWork(innerWork, inner, [inner] { return lua_gettop(inner); });
+            },
             &work,
             false,
             std::string()};
@@ -105,8 +120,9 @@ bool containLuaErrors(
     }
     else
     {
-        isDone =
-            contain([&] { work(state); }, [&] { hasText = describeCurrentException(errorText); });
+        isDone = contain(
+            [&] { runWork(work, state, [top] { return top; }); },
+            [&] { hasText = describeCurrentException(errorText); });
     }
     if (stackAfter == STACK_AFTER_WORK::AS_BEFORE && isDone)
     {

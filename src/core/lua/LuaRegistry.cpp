@@ -7,18 +7,23 @@
 namespace tbScripts::lua
 {
 
-void freeRegistrySlot(LuaStateSlot& slot, int key)
+bool freeRegistrySlot(LuaStateSlot& slot, int key, std::string& errorText)
 {
     if (!slot.running || key <= 0)
-        return;
+        return true;
     // Contained although it allocates nothing: the stack may be full.
-    std::string ignored;
-    containLuaErrors(
+    return containLuaErrors<STACK_AFTER_WORK::AS_BEFORE>(
         slot,
         slot.running,
         0,
         [&slot, key](lua_State* state) { giveRegistrySlotBack(slot, state, key); },
-        ignored);
+        errorText);
+}
+
+void freeRegistrySlot(LuaStateSlot& slot, int key)
+{
+    std::string ignored;
+    freeRegistrySlot(slot, key, ignored);
 }
 
 } // namespace tbScripts::lua

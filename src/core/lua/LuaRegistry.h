@@ -3,6 +3,8 @@
 #include "core/lua/LuaApi.h"
 #include "core/lua/LuaStateHandle.h"
 
+#include <string>
+
 namespace tbScripts::lua
 {
 
@@ -40,6 +42,10 @@ inline void giveRegistrySlotBack(LuaStateSlot& slot, lua_State* state, int key)
 }
 
 /// Frees registry slot `key`, unless the state is closed. Slots that were never taken are ignored.
+/// Returns false if that raised, and why in `errorText`.
+bool freeRegistrySlot(LuaStateSlot& slot, int key, std::string& errorText);
+
+/// The same; if it raises, the slot is lost.
 void freeRegistrySlot(LuaStateSlot& slot, int key);
 
 } // namespace tbScripts::lua

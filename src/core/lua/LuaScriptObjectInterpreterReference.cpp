@@ -44,25 +44,29 @@ LuaScriptObjectInterpreterReference::LuaScriptObjectInterpreterReference(
 
 LuaScriptObjectInterpreterReference::~LuaScriptObjectInterpreterReference()
 {
-    lua_State* const state = m_handle.get();
-    if (!state || (m_slot == 0 && !m_hasOwnRelease))
+    if (!m_handle.get())
         return;
     std::string errorText;
-    const bool isReleased = containLuaErrors(
-        *m_handle.getSlot(),
-        state,
-        0,
-        [this](lua_State* inner)
-        {
-            if (!m_hasOwnRelease)
-                giveRegistrySlotBack(*m_handle.getSlot(), inner, m_slot);
-            else if (m_release)
-                m_release(inner, m_slot, getType());
-        },
-        errorText);
+    const bool isReleased = m_hasOwnRelease
+                                ? _runOwnRelease(errorText)
+                                : freeRegistrySlot(*m_handle.getSlot(), m_slot, errorText);
     if (isReleased)
         return;
     contain([&] { LogManager::getInstance()->log(errorText, LOG_SOURCE_LUA_ENVIRONMENT); }, [] {});
+}
+
+bool LuaScriptObjectInterpreterReference::_runOwnRelease(std::string& errorText) const
+{
+    return containLuaErrors(
+        *m_handle.getSlot(),
+        m_handle.get(),
+        0,
+        [this](lua_State* state)
+        {
+            if (m_release)
+                m_release(state, m_slot, getType());
+        },
+        errorText);
 }
 
 int LuaScriptObjectInterpreterReference::slotOf(

@@ -53,6 +53,8 @@ public:
     static int slotOf(const ScriptObjectReference& reference, const LuaStateHandle& handle);
 
 private:
+    bool _runOwnRelease(std::string& errorText) const;
+
     LuaStateHandle m_handle;
     int m_slot;
     bool m_hasOwnRelease; // a callable is only needed for that

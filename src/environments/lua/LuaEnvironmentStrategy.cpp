@@ -459,7 +459,6 @@ ScriptObjectReference LuaEnvironmentStrategy::_anchorGlobal(
         {
             if (!accepts(lua_type(state, -1)))
                 return;
-            lua_pushvalue(state, -1);
             LuaScriptObjectInterpreterReference::of(anchored).anchor(state);
             isAnchored = true;
         });

@@ -113,9 +113,8 @@ LuaCallOutcome callFunction(
     const LuaCallBridge bridge(scope, contextOfCall());
     mismatch = outputs.size();
     const bool isDone = call.runAdmitted(
-        [&](lua_State* state)
+        [&](lua_State* state, int top)
         {
-            const int top = lua_gettop(state);
             pushReferenced(state, function, handle);
             int pushed = 0;
             for (const FunctionParameter& input : inputs)
