@@ -392,6 +392,7 @@ set(TOBREL_SCRIPTS_PUBLIC_TESTS
     tests/lifetime/DeclarationEndTest.cpp
     tests/lifetime/EnvironmentEndTest.cpp
     tests/lifetime/FactoryEndTest.cpp
+    tests/lifetime/FailedRivalTypeTest.cpp
     tests/lifetime/InertNamespaceEndTest.cpp
     tests/lifetime/InterpreterSwitchTest.cpp
     tests/lifetime/MethodDeclarationEndTest.cpp

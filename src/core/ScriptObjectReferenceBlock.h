@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <new>
 #include <utility>
 
@@ -18,7 +19,8 @@ namespace tbScripts
 /// true number, and it alone decides when the block goes.
 struct ScriptObjectReference::SharedBlock
 {
-    static constexpr std::size_t ROOM_SIZE = 64;
+    // Such a value has a callable, which differs in size from one standard library to the next.
+    static constexpr std::size_t ROOM_SIZE = sizeof(std::function<void()>) + 4 * sizeof(void*);
 
     union Room
     {

@@ -18,7 +18,7 @@ int releaseTypeAnchor(lua_State* state)
     const std::shared_ptr<LuaTypeCore> core = std::move(anchor->hold);
     LuaStateSlot& slot = *core->handle.getSlot();
     if (slot.isClosing)
-        slot.keptUntilClosed.push_back(core); // instances may still be made and finalised
+        slot.keepUntilClosed(core); // instances may still be made and finalised
     else if (!core->isKeptUntilClosed)
         anchor->core = nullptr; // whoever else holds the core may let it go before the closures
     return 0;

@@ -34,7 +34,7 @@ struct LuaTypeField
 
 /// What the closures of a user type work with. It outlives its type as long as instances do, since
 /// the last of them still needs the destructor.
-struct LuaTypeCore
+struct LuaTypeCore : LuaKeptObject
 {
     LuaTypeCore(const LuaStateHandle& stateHandle, const tbMemory::StringView& name);
 
@@ -60,9 +60,8 @@ struct LuaTypeCore
 
     LuaStateHandle handle;
     tbMemory::String fullName;
-    bool isAlive = true;            // false once the type is gone
-    bool isKeptUntilClosed = false; // the state's slot holds it to the very end
-    const void* table = nullptr;    // identity of the type's table; null once it is gone
+    bool isAlive = true;         // false once the type is gone
+    const void* table = nullptr; // identity of the type's table; null once it is gone
     DefinitionHolder<ConstructorDefinition> constructor;
     DefinitionHolder<DestructorDefinition> destructor; // never empty
 

@@ -20,7 +20,8 @@ constexpr int PART_TABLE = 1;
 constexpr int PART_ANCHOR = 2;
 constexpr int PART_READERS = 3;
 constexpr int PART_WRITERS = 4;
-constexpr int PARTS = 4;
+constexpr int PART_FORMER = 5; // what the table held before, until it is published
+constexpr int PARTS = 5;
 
 // Readers hold the closure of each field, and `true` for other names that the type's table has.
 // The calls are tail calls, so that the line that reads or writes is the caller of the closure.
@@ -123,6 +124,18 @@ void publishField(
     lua_settop(state, partsIndex);
 }
 
+// Stack: +0. Raw, and without the values that `to` has already.
+void copyEntries(lua_State* state, int from, int to)
+{
+    lua_pushnil(state);
+    while (lua_next(state, from))
+    {
+        lua_pushvalue(state, -2);
+        lua_insert(state, -2);
+        lua_rawset(state, to);
+    }
+}
+
 void forgetIn(lua_State* state, int part)
 {
     pushPart(state, lua_gettop(state), part);
@@ -145,11 +158,14 @@ NAMED_TABLE LuaTypeTable::pushParts(
     }
     // Instances that are older than the new anchor need its destructor later than it lasts.
     if (before == NAMED_TABLE::OF_USER_TYPE)
-    {
-        slot.keptUntilClosed.push_back(core);
-        core->isKeptUntilClosed = true;
-    }
+        slot.keepUntilClosed(core);
     const int tableIndex = lua_gettop(state);
+    if (before == NAMED_TABLE::OF_USER_TYPE)
+    {
+        lua_createtable(state, 0, 0);
+        copyEntries(state, tableIndex, lua_gettop(state));
+        lua_rawseti(state, partsIndex, PART_FORMER);
+    }
     registerTypeTable(slot, state, core->fullName);
     core->setTable(lua_topointer(state, tableIndex));
     lua_pushvalue(state, tableIndex);
@@ -169,6 +185,25 @@ NAMED_TABLE LuaTypeTable::pushParts(
     setAnchoredEntry(state, partsIndex, "enableGc", &enableGc);
     setAnchoredEntry(state, partsIndex, "disableGc", &disableGc);
     return before;
+}
+
+void LuaTypeTable::forgetFormer(lua_State* state)
+{
+    lua_pushnil(state);
+    lua_rawseti(state, -2, PART_FORMER);
+}
+
+void LuaTypeTable::restoreFormer(lua_State* state)
+{
+    const int partsIndex = lua_gettop(state);
+    pushPart(state, partsIndex, PART_FORMER);
+    pushPart(state, partsIndex, PART_TABLE);
+    if (lua_istable(state, -2))
+    {
+        clearTable(state);
+        copyEntries(state, partsIndex + 1, partsIndex + 2);
+    }
+    lua_settop(state, partsIndex);
 }
 
 void LuaTypeTable::pushTable(lua_State* state)

@@ -30,6 +30,13 @@ public:
     static NAMED_TABLE
     pushParts(LuaStateSlot& slot, lua_State* state, const std::shared_ptr<LuaTypeCore>& core);
 
+    /// Forgets what a table that was taken over held before. Allocates nothing.
+    static void forgetFormer(lua_State* state);
+
+    /// Gives a table that was taken over back to the type that had it before, if there is one: it
+    /// holds what it held then.
+    static void restoreFormer(lua_State* state);
+
     /// Stack: +1, the type's table.
     static void pushTable(lua_State* state);
 

@@ -175,7 +175,8 @@ bool LuaUserType::install(const LuaStateHandle& handle)
             lua_pushvalue(state, -1);
             m_partsKey = takeRegistrySlot(slot, state);
             LuaTypeTable::pushTable(state);
-            m_owner.publish(slot, state, getName()); // last: this may change or end the type
+            m_owner.publish(slot, state, getName()); // this may change or end the type
+            LuaTypeTable::forgetFormer(state);
         });
     if (!isDone)
         _abandon(call, before);
@@ -335,6 +336,8 @@ void LuaUserType::_abandon(LuaHostCall& call, NAMED_TABLE before)
 {
     m_core->isAlive = false;
     m_core->forgetTable();
+    if (before == NAMED_TABLE::OF_USER_TYPE && m_partsKey != LUA_NOREF)
+        _runWithParts(call, &LuaTypeTable::restoreFormer);
     if (LuaStateSlot* const slot = m_core->handle.getSlot())
         freeRegistrySlot(*slot, std::exchange(m_partsKey, LUA_NOREF));
     _dropMembers(); // which publishing may have declared

@@ -52,7 +52,11 @@ void takeErrorText(lua_State* state, std::string& text);
 /// Where the C++ runtime keeps the exception that this thread is handling; null until
 /// `findHandledException` has looked. Found once per thread, and read without a call: a quarter of
 /// what a crossing costs beside the interpreter's own work went into asking the runtime each time.
+    #if defined(__GLIBC__) // which has room for it in libraries that are loaded later
 extern __thread void* const* handledException __attribute__((tls_model("initial-exec")));
+    #else
+extern __thread void* const* handledException;
+    #endif
 
 void findHandledException();
 #endif

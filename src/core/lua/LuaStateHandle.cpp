@@ -85,7 +85,8 @@ void LuaStateHandle::close()
     m_slot->isClosing = true;
     contain([state] { lua_close(state); }, [] {});
     m_slot->isClosing = false;
-    std::exchange(m_slot->keptUntilClosed, {}).clear();
+    while (std::shared_ptr<LuaKeptObject> kept = std::move(m_slot->firstKept))
+        m_slot->firstKept = std::move(kept->nextKept); // one by one: a chain may be long
     runPutOff(*m_slot);
 }
 

@@ -28,6 +28,17 @@ struct LuaSpareKeys
     std::size_t count = 0;
 };
 
+/// What a state can keep to its very end. Kept ones are chained through themselves, since
+/// finalisers have them kept when there may be no memory for a list.
+struct LuaKeptObject
+{
+    bool isKeptUntilClosed = false;
+    std::shared_ptr<LuaKeptObject> nextKept;
+
+protected:
+    ~LuaKeptObject() = default;
+};
+
 /// What all objects that touch one interpreter share about it.
 ///
 /// Invariant: `main` and `running` are null as soon as the state begins to close, and nobody who
@@ -56,9 +67,18 @@ struct LuaStateSlot
     bool isTearingDown = false; // the environment is going: only upkeep may enter
     LuaCallbackScope* innermostCallback = nullptr; // the host function that runs, if one does
     std::vector<std::function<void()>> putOff; // what waits for the outermost host call to return
-    std::vector<std::shared_ptr<void>> keptUntilClosed; // what finalisers may need to the very end
+    std::shared_ptr<LuaKeptObject> firstKept;  // what finalisers may need to the very end
 
     std::uint32_t holders = 0;
+
+    /// Keeps `object` until the state has closed.
+    void keepUntilClosed(std::shared_ptr<LuaKeptObject> object)
+    {
+        if (std::exchange(object->isKeptUntilClosed, true))
+            return;
+        object->nextKept = std::move(firstKept);
+        firstKept = std::move(object);
+    }
 };
 
 /// Shared, revocable access to an interpreter state.
