@@ -108,8 +108,8 @@ public:
     /// what that call did is known.
     unsigned int getActivity() const { return m_activity; }
 
-    /// How many messages the library has logged. A finaliser of a script may have any call fail, and
-    /// a call that fails says so.
+    /// How many messages the library has logged. A finaliser of a script may have any call fail,
+    /// and a call that fails says so.
     unsigned int getMessages() const { return m_messages; }
 
     /// Whether the present call is made from inside of another one.

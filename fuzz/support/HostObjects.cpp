@@ -2,8 +2,6 @@
 
 #include "support/Require.h"
 
-#include <algorithm>
-
 namespace tbScripts::fuzz
 {
 
@@ -21,6 +19,7 @@ HostObject* HostObjects::make(FATE fate)
 {
     m_objects.emplace_back();
     m_objects.back().fate = fate;
+    m_addresses.insert(&m_objects.back());
     return &m_objects.back();
 }
 
@@ -75,10 +74,7 @@ void HostObjects::write(void* object, bool isTransfer)
 
 bool HostObjects::contains(const void* object) const
 {
-    return std::any_of(
-        m_objects.begin(),
-        m_objects.end(),
-        [object](const HostObject& one) { return &one == object; });
+    return m_addresses.count(object) > 0;
 }
 
 void HostObjects::check() const

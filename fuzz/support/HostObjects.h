@@ -1,6 +1,7 @@
 #pragma once
 
 #include <deque>
+#include <unordered_set>
 
 namespace tbScripts::fuzz
 {
@@ -57,6 +58,7 @@ public:
 
 private:
     std::deque<HostObject> m_objects;
+    std::unordered_set<const void*> m_addresses; // of them: scripts may make very many
     bool m_mayLeak = false;
 };
 
