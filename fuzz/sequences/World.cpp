@@ -204,7 +204,6 @@ void World::trace(const char* what, const std::string& detail) const
 void World::log(const tbLog::StringView& message, const tbLog::StringView& /*source*/)
 {
     trace("log:", std::string(message));
-    ++m_messages;
     if (m_bytes.below(4) != 3)
         return;
     act();

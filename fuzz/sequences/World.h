@@ -108,10 +108,6 @@ public:
     /// what that call did is known.
     unsigned int getActivity() const { return m_activity; }
 
-    /// How many messages the library has logged. A finaliser of a script may have any call fail,
-    /// and a call that fails says so.
-    unsigned int getMessages() const { return m_messages; }
-
     /// Whether the present call is made from inside of another one.
     bool isNested() const { return m_depth > 0; }
 
@@ -139,7 +135,6 @@ private:
     std::vector<std::unique_ptr<Script>> m_orphans; // that a rename has given away
     std::set<std::string> m_managedScripts;
     unsigned int m_activity = 0;
-    unsigned int m_messages = 0;
     int m_depth = 0;
     int m_budget = 400; // calls; loops of scripts make many of one byte
     bool m_isClosing = false;
