@@ -136,11 +136,20 @@ public:
 
     Definition& operator*() const { return *m_definition; }
 
-    /// Returns the definition as one that may be changed: a running one is left to its calls, and
-    /// this holder goes on with a copy. Requires: it holds one.
+    /// Returns one more hold on the same definition. Requires: it holds one.
+    DefinitionHolder share() const
+    {
+        DefinitionHolder other;
+        other.m_definition = m_definition;
+        ++m_definition->holders;
+        return other;
+    }
+
+    /// Returns the definition as one that may be changed: one that runs or is shared is left to the
+    /// others, and this holder goes on with a copy. Requires: it holds one.
     Definition& edit()
     {
-        if (m_definition->runningCalls > 0)
+        if (m_definition->holders > 1)
             *this = DefinitionHolder(cloneDefinition(*m_definition));
         return *m_definition;
     }

@@ -77,6 +77,31 @@ TEST_F(FailedRivalTypeTest, ItGoesOnWhereTheNamespaceWentToAnotherInterpreter)
     EXPECT_THAT(m_destroyed, ElementsAre(&m_made[0]));
 }
 
+TEST_F(FailedRivalTypeTest, ItsInstancesAreDestroyedAsItSaidUntilTheSecondSaysMore)
+{
+    ASSERT_NE(m_other->setUserType("world::Late"), nullptr);
+
+    run("late = nil");
+    collect();
+
+    EXPECT_THAT(m_destroyed, ElementsAre(&m_made[0]));
+}
+
+TEST_F(FailedRivalTypeTest, ADestructorOfTheSecondLeavesThatOfTheFirst)
+{
+    UserType* const second = m_other->setUserType("world::Late");
+    ASSERT_NE(second, nullptr);
+    int destructions = 0;
+    second->setDestructor([&destructions](void*) { ++destructions; });
+
+    setMaker(*environment().getUserType("world::Late")); // its finaliser is that of the table again
+    run("late = nil");
+    collect();
+
+    EXPECT_EQ(destructions, 0);
+    EXPECT_THAT(m_destroyed, ElementsAre(&m_made[0]));
+}
+
 TEST_F(FailedRivalTypeTest, ADeclarationThatWorksTakesTheTableOver)
 {
     UserType* const second = m_other->setUserType("world::Late");

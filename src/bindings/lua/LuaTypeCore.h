@@ -64,6 +64,7 @@ struct LuaTypeCore : LuaKeptObject
     const void* table = nullptr; // identity of the type's table; null once it is gone
     DefinitionHolder<ConstructorDefinition> constructor;
     DefinitionHolder<DestructorDefinition> destructor; // never empty
+    bool hasOwnDestructor = false;                     // the host has set one
 
     // Entries stay where they are and are never removed: closures point at them. By name.
     std::unordered_map<std::string, LuaTypeField> fields;

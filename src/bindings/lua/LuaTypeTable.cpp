@@ -136,6 +136,22 @@ void copyEntries(lua_State* state, int from, int to)
     }
 }
 
+// Instances that the former type of the table at `tableIndex` made are destroyed as it said, until
+// the host says something else.
+void inheritDestructor(lua_State* state, int tableIndex, LuaTypeCore& core)
+{
+    lua_pushstring(state, "__gc");
+    lua_rawget(state, tableIndex);
+    if (lua_tocfunction(state, -1) == &finaliseInstance && lua_getupvalue(state, -1, 1))
+    {
+        const auto* const anchor = static_cast<const LuaTypeAnchor*>(lua_touserdata(state, -1));
+        if (anchor && anchor->core && !core.hasOwnDestructor)
+            core.destructor = anchor->core->destructor.share();
+        lua_pop(state, 1);
+    }
+    lua_pop(state, 1);
+}
+
 void forgetIn(lua_State* state, int part)
 {
     pushPart(state, lua_gettop(state), part);
@@ -165,6 +181,7 @@ NAMED_TABLE LuaTypeTable::pushParts(
         lua_createtable(state, 0, 0);
         copyEntries(state, tableIndex, lua_gettop(state));
         lua_rawseti(state, partsIndex, PART_FORMER);
+        inheritDestructor(state, tableIndex, *core);
     }
     registerTypeTable(slot, state, core->fullName);
     core->setTable(lua_topointer(state, tableIndex));

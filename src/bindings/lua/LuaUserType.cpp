@@ -160,6 +160,7 @@ bool LuaUserType::install(const LuaStateHandle& handle)
     core->constructor = std::move(m_core->constructor);
     Destructor destructor = (*m_core->destructor).callable;
     setCallable(core->destructor, getFullName(), destructor);
+    core->hasOwnDestructor = m_core->hasOwnDestructor;
     m_core = std::move(core);
 
     NAMED_TABLE before = NAMED_TABLE::FOREIGN;
@@ -239,6 +240,7 @@ void LuaUserType::setDestructor(Destructor destructor)
     if (!_isUsable(call))
         return;
     setCallable(m_core->destructor, getFullName(), destructor);
+    m_core->hasOwnDestructor = true;
     _runWithParts(call, [](lua_State* state) { LuaTypeTable::publishFinaliser(state); });
 }
 
