@@ -124,7 +124,7 @@ void publishField(
     lua_settop(state, partsIndex);
 }
 
-// Stack: +0. Raw, and without the values that `to` has already.
+// Raw. Stack: +0.
 void copyEntries(lua_State* state, int from, int to)
 {
     lua_pushnil(state);
@@ -136,20 +136,29 @@ void copyEntries(lua_State* state, int from, int to)
     }
 }
 
-// Instances that the former type of the table at `tableIndex` made are destroyed as it said, until
-// the host says something else.
-void inheritDestructor(lua_State* state, int tableIndex, LuaTypeCore& core)
+// Returns the anchor of the type whose finaliser the table at `tableIndex` has, null if it has none
+// of ours. Stack: +0.
+const LuaTypeAnchor* anchorOfFinaliser(lua_State* state, int tableIndex)
 {
+    const LuaTypeAnchor* anchor = nullptr;
     lua_pushstring(state, "__gc");
     lua_rawget(state, tableIndex);
     if (lua_tocfunction(state, -1) == &finaliseInstance && lua_getupvalue(state, -1, 1))
     {
-        const auto* const anchor = static_cast<const LuaTypeAnchor*>(lua_touserdata(state, -1));
-        if (anchor && anchor->core && !core.hasOwnDestructor)
-            core.destructor = anchor->core->destructor.share();
+        anchor = static_cast<const LuaTypeAnchor*>(lua_touserdata(state, -1));
         lua_pop(state, 1);
     }
     lua_pop(state, 1);
+    return anchor;
+}
+
+// Instances that the former type of the table at `tableIndex` made are destroyed as it said, until
+// the host says something else.
+void inheritDestructor(lua_State* state, int tableIndex, LuaTypeCore& core)
+{
+    const LuaTypeAnchor* const former = anchorOfFinaliser(state, tableIndex);
+    if (former && former->core && !core.hasOwnDestructor)
+        core.destructor = former->core->destructor.share();
 }
 
 void forgetIn(lua_State* state, int part)
@@ -213,12 +222,18 @@ void LuaTypeTable::forgetFormer(lua_State* state)
 void LuaTypeTable::restoreFormer(lua_State* state)
 {
     const int partsIndex = lua_gettop(state);
+    pushPart(state, partsIndex, PART_ANCHOR);
     pushPart(state, partsIndex, PART_FORMER);
     pushPart(state, partsIndex, PART_TABLE);
-    if (lua_istable(state, -2))
+    const int formerIndex = partsIndex + 2;
+    const int tableIndex = partsIndex + 3;
+    // A third type may have taken it over meanwhile.
+    const bool isOurs =
+        anchorOfFinaliser(state, tableIndex) == lua_touserdata(state, partsIndex + 1);
+    if (isOurs && lua_istable(state, formerIndex))
     {
         clearTable(state);
-        copyEntries(state, partsIndex + 1, partsIndex + 2);
+        copyEntries(state, formerIndex, tableIndex);
     }
     lua_settop(state, partsIndex);
 }
