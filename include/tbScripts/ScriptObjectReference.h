@@ -68,7 +68,7 @@ public:
 
 private:
     friend class lua::LuaScriptObjectInterpreterReference; // makes values inside of blocks
-    friend class FunctionParameter;                        // hands out EMPTY for parameters that hold no reference
+    friend class FunctionParameter; // hands out EMPTY for parameters that hold no reference
 
     struct SharedBlock;
 
