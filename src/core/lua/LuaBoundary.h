@@ -50,8 +50,8 @@ void takeErrorText(lua_State* state, std::string& text);
 
 #if defined(__GNUC__)
 /// Where the C++ runtime keeps the exception that this thread is handling; null until
-/// `findHandledException` has looked. Found once per thread, and read without a call: a quarter of
-/// what a crossing costs beside the interpreter's own work went into asking the runtime each time.
+/// `findHandledException` has looked. Found once per thread, and read without a call: asking the
+/// runtime each time was a noticeable part of setting a global.
     #if defined(__GLIBC__) // which has room for it in libraries that are loaded later
 extern __thread void* const* handledException __attribute__((tls_model("initial-exec")));
     #else
