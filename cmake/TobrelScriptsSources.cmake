@@ -38,30 +38,30 @@ set(TOBREL_SCRIPTS_SOURCES
     src/bindings/Function.cpp
     src/bindings/Namespace.cpp
     src/bindings/UserType.cpp
-    src/bindings/lua/LuaCallBridge.cpp
-    src/bindings/lua/LuaCallBridge.h
-    src/bindings/lua/LuaFunction.cpp
-    src/bindings/lua/LuaFunction.h
-    src/bindings/lua/LuaFunctionClosure.cpp
-    src/bindings/lua/LuaFunctionClosure.h
-    src/bindings/lua/LuaInstanceBox.cpp
-    src/bindings/lua/LuaInstanceBox.h
+    src/bindings/lua/LuaDuplicateDeclaration.h
     src/bindings/lua/LuaNamedTables.cpp
     src/bindings/lua/LuaNamedTables.h
-    src/bindings/lua/LuaNamespace.cpp
-    src/bindings/lua/LuaNamespace.h
     src/bindings/lua/LuaOwner.cpp
     src/bindings/lua/LuaOwner.h
     src/bindings/lua/LuaRaise.h
-    src/bindings/lua/LuaRivals.h
-    src/bindings/lua/LuaTypeClosures.cpp
-    src/bindings/lua/LuaTypeClosures.h
-    src/bindings/lua/LuaTypeCore.cpp
-    src/bindings/lua/LuaTypeCore.h
-    src/bindings/lua/LuaTypeTable.cpp
-    src/bindings/lua/LuaTypeTable.h
-    src/bindings/lua/LuaUserType.cpp
-    src/bindings/lua/LuaUserType.h
+    src/bindings/lua/functions/LuaFunction.cpp
+    src/bindings/lua/functions/LuaFunction.h
+    src/bindings/lua/functions/LuaFunctionClosure.cpp
+    src/bindings/lua/functions/LuaFunctionClosure.h
+    src/bindings/lua/namespaces/LuaNamespace.cpp
+    src/bindings/lua/namespaces/LuaNamespace.h
+    src/bindings/lua/types/LuaTypeClosures.cpp
+    src/bindings/lua/types/LuaTypeClosures.h
+    src/bindings/lua/types/LuaTypeCore.cpp
+    src/bindings/lua/types/LuaTypeCore.h
+    src/bindings/lua/types/LuaTypeTable.cpp
+    src/bindings/lua/types/LuaTypeTable.h
+    src/bindings/lua/types/LuaUserType.cpp
+    src/bindings/lua/types/LuaUserType.h
+    src/bindings/lua/values/LuaCallBridge.cpp
+    src/bindings/lua/values/LuaCallBridge.h
+    src/bindings/lua/values/LuaInstanceBox.cpp
+    src/bindings/lua/values/LuaInstanceBox.h
     src/core/ExceptionContainment.h
     src/core/FunctionParameter.cpp
     src/core/LogManager.cpp
@@ -74,28 +74,28 @@ set(TOBREL_SCRIPTS_SOURCES
     src/core/ScriptObjectView.cpp
     src/core/StringUtils.cpp
     src/core/lua/LuaApi.h
-    src/core/lua/LuaBoundary.cpp
-    src/core/lua/LuaBoundary.h
-    src/core/lua/LuaCallbackScope.cpp
-    src/core/lua/LuaCallbackScope.h
     src/core/lua/LuaErrorText.cpp
     src/core/lua/LuaErrorText.h
-    src/core/lua/LuaHostCall.cpp
-    src/core/lua/LuaHostCall.h
     src/core/lua/LuaNumber.h
     src/core/lua/LuaPrivateState.h
-    src/core/lua/LuaRegistry.cpp
-    src/core/lua/LuaRegistry.h
-    src/core/lua/LuaScriptObjectInterpreterReference.cpp
-    src/core/lua/LuaScriptObjectInterpreterReference.h
-    src/core/lua/LuaScriptObjectInterpreterView.cpp
-    src/core/lua/LuaScriptObjectInterpreterView.h
     src/core/lua/LuaStateHandle.cpp
     src/core/lua/LuaStateHandle.h
     src/core/lua/LuaTables.cpp
     src/core/lua/LuaTables.h
     src/core/lua/LuaText.h
     src/core/lua/LuaTypeDirectory.h
+    src/core/lua/calls/LuaBoundary.cpp
+    src/core/lua/calls/LuaBoundary.h
+    src/core/lua/calls/LuaCallbackScope.cpp
+    src/core/lua/calls/LuaCallbackScope.h
+    src/core/lua/calls/LuaHostCall.cpp
+    src/core/lua/calls/LuaHostCall.h
+    src/core/lua/references/LuaRegistry.cpp
+    src/core/lua/references/LuaRegistry.h
+    src/core/lua/references/LuaScriptObjectInterpreterReference.cpp
+    src/core/lua/references/LuaScriptObjectInterpreterReference.h
+    src/core/lua/references/LuaScriptObjectInterpreterView.cpp
+    src/core/lua/references/LuaScriptObjectInterpreterView.h
     src/environments/DummyEnvironmentStrategy.cpp
     src/environments/DummyEnvironmentStrategy.h
     src/environments/Environment.cpp
@@ -106,27 +106,27 @@ set(TOBREL_SCRIPTS_SOURCES
     src/environments/EnvironmentStrategy.cpp
     src/environments/EnvironmentStrategy.h
     src/environments/EnvironmentTeardown.cpp
-    src/environments/lua/GrowingBytes.h
-    src/environments/lua/LuaChunkCache.cpp
-    src/environments/lua/LuaChunkCache.h
-    src/environments/lua/LuaChunkMaker.cpp
-    src/environments/lua/LuaChunkMaker.h
-    src/environments/lua/LuaDumpFrame.cpp
-    src/environments/lua/LuaDumpFrame.h
     src/environments/lua/LuaEnvironmentStrategy.cpp
     src/environments/lua/LuaEnvironmentStrategy.h
     src/environments/lua/LuaGlobals.cpp
     src/environments/lua/LuaGlobals.h
-    src/environments/lua/LuaRecentKeys.h
     src/environments/lua/LuaScriptCalls.cpp
     src/environments/lua/LuaScriptCalls.h
-    src/environments/lua/LuaTextsAhead.cpp
-    src/environments/lua/LuaTextsAhead.h
-    src/environments/lua/LuaValueFormat.h
-    src/environments/lua/LuaValueReader.cpp
-    src/environments/lua/LuaValueReader.h
-    src/environments/lua/LuaValueWriter.cpp
-    src/environments/lua/LuaValueWriter.h
+    src/environments/lua/bytes/GrowingBytes.h
+    src/environments/lua/bytes/LuaRecentKeys.h
+    src/environments/lua/bytes/LuaStringsAhead.cpp
+    src/environments/lua/bytes/LuaStringsAhead.h
+    src/environments/lua/bytes/LuaValueFormat.h
+    src/environments/lua/bytes/LuaValueReader.cpp
+    src/environments/lua/bytes/LuaValueReader.h
+    src/environments/lua/bytes/LuaValueWriter.cpp
+    src/environments/lua/bytes/LuaValueWriter.h
+    src/environments/lua/chunks/LuaChunkCache.cpp
+    src/environments/lua/chunks/LuaChunkCache.h
+    src/environments/lua/chunks/LuaChunkMaker.cpp
+    src/environments/lua/chunks/LuaChunkMaker.h
+    src/environments/lua/chunks/LuaDumpFrame.cpp
+    src/environments/lua/chunks/LuaDumpFrame.h
     src/loading/ContentLoader.cpp
     src/loading/FileReplacement.cpp
     src/loading/FileReplacement.h
@@ -466,12 +466,12 @@ set(TOBREL_SCRIPTS_INTERNAL_TESTS
     tests/environments/DummyEnvironmentStrategyTest.cpp
     tests/environments/EnvironmentTeardownOrderTest.cpp
     tests/environments/lua/ForeignLibraryTest.cpp
-    tests/environments/lua/LuaDumpFrameTest.cpp
     tests/environments/lua/LuaChunkMakerTest.cpp
+    tests/environments/lua/LuaDumpFrameTest.cpp
     tests/environments/lua/LuaEnvironmentMemoryTest.cpp
     tests/environments/lua/LuaEnvironmentObjectsTest.cpp
     tests/environments/lua/LuaEnvironmentStrategyTest.cpp
-    tests/environments/lua/LuaTextsAheadTest.cpp
+    tests/environments/lua/LuaStringsAheadTest.cpp
     tests/environments/lua/ScriptValueUserdataTest.cpp
     tests/faults/lua/AllocationFailureTest.cpp
     tests/faults/lua/ExhaustedMemoryTest.cpp

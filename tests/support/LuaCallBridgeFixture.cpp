@@ -1,7 +1,7 @@
 #include "support/LuaCallBridgeFixture.h"
 
-#include "bindings/lua/LuaCallBridge.h"
-#include "bindings/lua/LuaInstanceBox.h"
+#include "bindings/lua/values/LuaCallBridge.h"
+#include "bindings/lua/values/LuaInstanceBox.h"
 
 namespace tbScripts::test
 {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/lua/LuaCallbackScope.h"
+#include "core/lua/calls/LuaCallbackScope.h"
 #include "support/LuaStateFixture.h"
 
 #include "tbScripts/FunctionParameter.h"

@@ -1,7 +1,7 @@
 #include "support/LuaFunctionFixture.h"
 
-#include "core/lua/LuaHostCall.h"
-#include "core/lua/LuaScriptObjectInterpreterReference.h"
+#include "core/lua/calls/LuaHostCall.h"
+#include "core/lua/references/LuaScriptObjectInterpreterReference.h"
 #include "environments/lua/LuaScriptCalls.h"
 
 #include <utility>

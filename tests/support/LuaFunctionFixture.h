@@ -1,7 +1,7 @@
 #pragma once
 
-#include "bindings/lua/LuaFunction.h"
-#include "bindings/lua/LuaInstanceBox.h"
+#include "bindings/lua/functions/LuaFunction.h"
+#include "bindings/lua/values/LuaInstanceBox.h"
 #include "support/LuaStateFixture.h"
 
 #include "tbScripts/ScriptObjectReference.h"

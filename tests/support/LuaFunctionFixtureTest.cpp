@@ -1,6 +1,6 @@
 #include "support/LuaFunctionFixture.h"
 
-#include "core/lua/LuaScriptObjectInterpreterReference.h"
+#include "core/lua/references/LuaScriptObjectInterpreterReference.h"
 
 namespace tbScripts::test
 {

@@ -1,6 +1,6 @@
 #include "support/LuaStateFixture.h"
 
-#include "bindings/lua/LuaInstanceBox.h"
+#include "bindings/lua/values/LuaInstanceBox.h"
 
 namespace tbScripts::test
 {

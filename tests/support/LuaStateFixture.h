@@ -1,8 +1,8 @@
 #pragma once
 
 #include "core/lua/LuaApi.h"
-#include "core/lua/LuaCallbackScope.h"
 #include "core/lua/LuaStateHandle.h"
+#include "core/lua/calls/LuaCallbackScope.h"
 #include "support/LogFixture.h"
 
 #include <string>

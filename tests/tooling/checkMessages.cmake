@@ -35,7 +35,7 @@ list(REMOVE_ITEM described "")
 
 file(GLOB_RECURSE messageFiles ${root}/src/*Messages.h)
 set(messageFiles ${messageFiles}
-    ${root}/src/core/lua/LuaHostCall.cpp
+    ${root}/src/core/lua/calls/LuaHostCall.cpp
     ${root}/src/environments/DummyEnvironmentStrategy.cpp)
 
 set(problems "")

@@ -1,7 +1,7 @@
 #include "core/lua/LuaStateHandle.h"
 
 #include "core/ExceptionContainment.h"
-#include "core/lua/LuaBoundary.h"
+#include "core/lua/calls/LuaBoundary.h"
 
 #include <array>
 #include <cstddef>

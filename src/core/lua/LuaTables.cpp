@@ -1,6 +1,6 @@
 #include "core/lua/LuaTables.h"
 
-#include "core/lua/LuaHostCall.h"
+#include "core/lua/calls/LuaHostCall.h"
 
 namespace tbScripts::lua
 {

@@ -2,7 +2,7 @@
 
 #include "core/lua/LuaStateHandle.h"
 #include "environments/EnvironmentStrategy.h"
-#include "environments/lua/LuaChunkCache.h"
+#include "environments/lua/chunks/LuaChunkCache.h"
 
 #include <tbMemory/String.h>
 

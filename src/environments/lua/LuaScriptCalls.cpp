@@ -1,9 +1,9 @@
 #include "environments/lua/LuaScriptCalls.h"
 
-#include "bindings/lua/LuaCallBridge.h"
-#include "core/lua/LuaCallbackScope.h"
+#include "bindings/lua/values/LuaCallBridge.h"
 #include "core/lua/LuaErrorText.h"
-#include "core/lua/LuaScriptObjectInterpreterReference.h"
+#include "core/lua/calls/LuaCallbackScope.h"
+#include "core/lua/references/LuaScriptObjectInterpreterReference.h"
 
 #include <algorithm>
 

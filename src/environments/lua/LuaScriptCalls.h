@@ -1,9 +1,9 @@
 #pragma once
 
 #include "core/lua/LuaApi.h"
-#include "core/lua/LuaHostCall.h"
 #include "core/lua/LuaStateHandle.h"
-#include "environments/lua/LuaChunkCache.h"
+#include "core/lua/calls/LuaHostCall.h"
+#include "environments/lua/chunks/LuaChunkCache.h"
 #include "scripts/lua/LuaBytecode.h"
 
 #include "tbScripts/FunctionParameter.h"

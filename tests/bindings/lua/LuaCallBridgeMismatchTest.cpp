@@ -1,5 +1,5 @@
-#include "bindings/lua/LuaCallBridge.h"
-#include "core/lua/LuaScriptObjectInterpreterReference.h"
+#include "bindings/lua/values/LuaCallBridge.h"
+#include "core/lua/references/LuaScriptObjectInterpreterReference.h"
 #include "support/LuaCallBridgeFixture.h"
 
 #include <climits>

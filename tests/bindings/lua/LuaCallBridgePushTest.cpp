@@ -1,6 +1,6 @@
-#include "bindings/lua/LuaCallBridge.h"
-#include "bindings/lua/LuaInstanceBox.h"
-#include "core/lua/LuaScriptObjectInterpreterReference.h"
+#include "bindings/lua/values/LuaCallBridge.h"
+#include "bindings/lua/values/LuaInstanceBox.h"
+#include "core/lua/references/LuaScriptObjectInterpreterReference.h"
 #include "support/LuaCallBridgeFixture.h"
 
 #include <ostream>

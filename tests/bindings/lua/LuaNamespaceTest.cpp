@@ -1,8 +1,8 @@
 // Namespaces in a bare state: what the interpreter's registry holds of them.
 
-#include "bindings/lua/LuaNamespace.h"
+#include "bindings/lua/namespaces/LuaNamespace.h"
 
-#include "bindings/lua/LuaUserType.h"
+#include "bindings/lua/types/LuaUserType.h"
 #include "support/LuaStateFixture.h"
 
 #include <memory>

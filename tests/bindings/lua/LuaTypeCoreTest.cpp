@@ -1,4 +1,4 @@
-#include "bindings/lua/LuaTypeCore.h"
+#include "bindings/lua/types/LuaTypeCore.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "bindings/lua/LuaInstanceBox.h"
+#include "bindings/lua/values/LuaInstanceBox.h"
 #include "environments/lua/LuaEnvironmentStrategy.h"
 #include "support/AllocationCounter.h"
 #include "support/LuaFunctionFixture.h"

@@ -1,4 +1,4 @@
-#include "bindings/lua/LuaCallBridge.h"
+#include "bindings/lua/values/LuaCallBridge.h"
 #include "support/LuaFunctionFixture.h"
 
 #include "tbScripts/ScriptObjectInterpreterView.h"

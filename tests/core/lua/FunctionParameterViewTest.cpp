@@ -1,8 +1,8 @@
 // Parameters of user types that were read from a script, and the view that they carry.
 
-#include "bindings/lua/LuaCallBridge.h"
-#include "bindings/lua/LuaInstanceBox.h"
-#include "core/lua/LuaScriptObjectInterpreterReference.h"
+#include "bindings/lua/values/LuaCallBridge.h"
+#include "bindings/lua/values/LuaInstanceBox.h"
+#include "core/lua/references/LuaScriptObjectInterpreterReference.h"
 #include "support/AllocationCounter.h"
 #include "support/LuaStateFixture.h"
 

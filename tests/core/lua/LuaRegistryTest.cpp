@@ -1,4 +1,4 @@
-#include "core/lua/LuaRegistry.h"
+#include "core/lua/references/LuaRegistry.h"
 
 #include "support/LuaStateFixture.h"
 

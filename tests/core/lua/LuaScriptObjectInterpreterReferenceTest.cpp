@@ -1,4 +1,4 @@
-#include "core/lua/LuaScriptObjectInterpreterReference.h"
+#include "core/lua/references/LuaScriptObjectInterpreterReference.h"
 
 #include "support/LuaStateFixture.h"
 

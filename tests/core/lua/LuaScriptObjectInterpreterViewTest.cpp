@@ -1,6 +1,6 @@
-#include "core/lua/LuaScriptObjectInterpreterView.h"
+#include "core/lua/references/LuaScriptObjectInterpreterView.h"
 
-#include "core/lua/LuaScriptObjectInterpreterReference.h"
+#include "core/lua/references/LuaScriptObjectInterpreterReference.h"
 #include "support/InjectedAllocator.h"
 #include "support/LuaStateFixture.h"
 

@@ -1,7 +1,7 @@
 // A view assigned to one of several holders: all see the new value, and each slot is freed once.
 
-#include "core/lua/LuaScriptObjectInterpreterReference.h"
-#include "core/lua/LuaScriptObjectInterpreterView.h"
+#include "core/lua/references/LuaScriptObjectInterpreterReference.h"
+#include "core/lua/references/LuaScriptObjectInterpreterView.h"
 #include "support/LuaStateFixture.h"
 
 #include <tbScripts/ScriptObjectReference.h>

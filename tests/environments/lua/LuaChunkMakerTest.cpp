@@ -1,4 +1,4 @@
-#include "environments/lua/LuaChunkMaker.h"
+#include "environments/lua/chunks/LuaChunkMaker.h"
 
 #include "scripts/lua/LuaScriptStrategy.h"
 #include "support/LuaStateFixture.h"

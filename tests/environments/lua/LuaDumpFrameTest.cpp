@@ -1,4 +1,4 @@
-#include "environments/lua/LuaDumpFrame.h"
+#include "environments/lua/chunks/LuaDumpFrame.h"
 
 #include "support/LuaStateFixture.h"
 #include "support/RowName.h"

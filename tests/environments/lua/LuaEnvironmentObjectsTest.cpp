@@ -1,6 +1,6 @@
 // Host objects of declared types as globals: the block that scripts hold, and its type.
 
-#include "bindings/lua/LuaInstanceBox.h"
+#include "bindings/lua/values/LuaInstanceBox.h"
 #include "environments/lua/LuaEnvironmentStrategy.h"
 #include "support/Execution.h"
 #include "support/LogFixture.h"

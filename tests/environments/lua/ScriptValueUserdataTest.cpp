@@ -1,8 +1,8 @@
 // Records of userdata of every sort: types with names of all lengths, boxes that scripts spoilt,
 // and blocks that are none of ours. And values that only the interpreter's own interface can make.
 
-#include "bindings/lua/LuaInstanceBox.h"
-#include "core/lua/LuaScriptObjectInterpreterReference.h"
+#include "bindings/lua/values/LuaInstanceBox.h"
+#include "core/lua/references/LuaScriptObjectInterpreterReference.h"
 #include "environments/lua/LuaEnvironmentStrategy.h"
 #include "support/LogFixture.h"
 #include "support/RowName.h"

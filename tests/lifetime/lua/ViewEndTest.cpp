@@ -1,6 +1,6 @@
 // Views look at the interpreter's stack and end with the call that lent them.
 
-#include "bindings/lua/LuaInstanceBox.h"
+#include "bindings/lua/values/LuaInstanceBox.h"
 #include "environments/lua/LuaEnvironmentStrategy.h"
 #include "support/EnvironmentFixture.h"
 #include "support/InterpreterCalls.h"

@@ -1,0 +1,375 @@
+#include "bindings/lua/types/LuaTypeClosures.h"
+
+#include "bindings/BindingMessages.h"
+#include "bindings/lua/LuaRaise.h"
+#include "bindings/lua/functions/LuaFunction.h"
+#include "bindings/lua/types/LuaTypeCore.h"
+#include "bindings/lua/values/LuaCallBridge.h"
+#include "core/lua/LuaNumber.h"
+#include "core/lua/LuaText.h"
+#include "core/lua/calls/LuaCallbackScope.h"
+
+#include <cstring>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tbScripts::lua
+{
+
+namespace
+{
+
+LuaTypeAnchor* anchorOf(lua_State* state)
+{
+    return static_cast<LuaTypeAnchor*>(lua_touserdata(state, lua_upvalueindex(1)));
+}
+
+// Null if the interpreter has let go of the type: nothing of it can be used any more.
+LuaTypeCore* coreOf(lua_State* state)
+{
+    const LuaTypeAnchor* const anchor = anchorOf(state);
+    return anchor ? anchor->core : nullptr;
+}
+
+int raiseTypeIsGone(lua_State* state, const LuaTypeAnchor* anchor)
+{
+    const tbMemory::StringView name = anchor ? anchor->getName() : tbMemory::StringView();
+    return raiseText(state, messages::userTypeIsGone(name).c_str());
+}
+
+int raiseTypeIsGone(lua_State* state)
+{
+    return raiseTypeIsGone(state, anchorOf(state));
+}
+
+int raiseNotAnInstance(lua_State* state, const LuaTypeCore& core)
+{
+    return raiseText(state, messages::notAnInstance(core.fullName).c_str());
+}
+
+const LuaFieldLink* linkOf(lua_State* state)
+{
+    return static_cast<const LuaFieldLink*>(lua_touserdata(state, lua_upvalueindex(1)));
+}
+
+int raiseFieldIsGone(lua_State* state, const LuaFieldLink* link)
+{
+    return raiseTypeIsGone(state, link ? link->anchor : nullptr);
+}
+
+// Returns the box on top of the stack, null if there is none of this type.
+LuaInstanceBox* boxOnTop(const LuaTypeCore& core, lua_State* state)
+{
+    const int top = lua_gettop(state);
+    return top > 0 ? core.boxAt(state, top) : nullptr;
+}
+
+int runReadField(lua_State* state)
+{
+    const LuaFieldLink* const link = linkOf(state);
+    const LuaTypeCore* const core = link ? link->anchor->core : nullptr;
+    if (!core || !link->field->getter)
+        return raiseFieldIsGone(state, link);
+    const LuaInstanceBox* const box = core->instanceAt(state, 1);
+    if (!box)
+        return raiseNotAnInstance(state, *core);
+
+    LuaCallbackScope scope(*core->handle.getSlot(), state);
+    const DefinitionCall<GetterDefinition> call(*link->field->getter);
+    const FunctionParameter value = call.getCallable()(box->object);
+    return LuaCallBridge(scope, call.getName()).pushParameter(value);
+}
+
+// Fills the parameters from the arguments and calls the setter. What the bridge or the setter
+// throws as a text is raised without being logged; the caller's line has it.
+template <typename Fill>
+int callSetter(
+    const LuaTypeCore& core,
+    lua_State* state,
+    SetterDefinition& definition,
+    const tbMemory::String& nameInMessages,
+    Fill&& fillParameters)
+{
+    LuaCallbackScope scope(*core.handle.getSlot(), state);
+    const DefinitionCall<SetterDefinition> call(definition);
+    std::unique_ptr<std::string> errorText;
+    try
+    {
+        fillParameters(LuaCallBridge(scope, nameInMessages), call.getParameters());
+        call.getCallable()(tbMemory::BufferView<FunctionParameter>(call.getParameters()));
+        return 0;
+    }
+    catch (const std::string& thrown)
+    {
+        errorText = std::make_unique<std::string>(thrown);
+    }
+    return raiseText(state, errorText->c_str());
+}
+
+int runWriteField(lua_State* state)
+{
+    constexpr int VALUE_INDEX = 2;
+    const LuaFieldLink* const link = linkOf(state);
+    const LuaTypeCore* const core = link ? link->anchor->core : nullptr;
+    if (!core || !link->field->setter)
+        return raiseFieldIsGone(state, link);
+    const LuaInstanceBox* const box = core->instanceAt(state, 1);
+    if (!box)
+        return raiseNotAnInstance(state, *core);
+
+    SetterDefinition& definition = *link->field->setter;
+    return callSetter(
+        *core,
+        state,
+        definition,
+        definition.getName(),
+        [&](const LuaCallBridge& bridge, std::vector<FunctionParameter>& parameters)
+        {
+            LuaCallBridge::writeObject(parameters[0], box->object);
+            bridge.readParameter(parameters[1], VALUE_INDEX);
+        });
+}
+
+int indexAt(lua_State* state, int index)
+{
+    return lowBitsToInt(lua_tonumber(state, index));
+}
+
+// Writes instance and index over the first two parameters; throws if those are not for them: the
+// host may have declared the list anew.
+void fillIndexed(
+    const LuaTypeCore& core,
+    std::vector<FunctionParameter>& parameters,
+    std::size_t expectedSize,
+    void* object,
+    int index)
+{
+    if (parameters.size() < expectedSize || !LuaCallBridge::writeObject(parameters[0], object) ||
+        !LuaCallBridge::writeIndex(parameters[1], index))
+        throw std::string(std::string_view(messages::arrayAccessNotPrepared(core.fullName)));
+}
+
+int runReadArray(const LuaTypeCore& core, lua_State* state)
+{
+    constexpr std::size_t PARAMETERS = 2;
+    if (!core.arrayRead)
+        return 0;
+    const LuaInstanceBox* const box = core.instanceAt(state, 1);
+    if (!box)
+        return raiseNotAnInstance(state, core);
+
+    LuaCallbackScope scope(*core.handle.getSlot(), state);
+    const DefinitionCall<FunctionDefinition> call(core.arrayRead->getDefinition());
+    std::unique_ptr<std::string> errorText;
+    try
+    {
+        std::vector<FunctionParameter>& parameters = call.getParameters();
+        fillIndexed(core, parameters, PARAMETERS, box->object, indexAt(state, 2));
+        const FunctionParameter value =
+            call.getCallable()(tbMemory::BufferView<FunctionParameter>(parameters));
+        return LuaCallBridge(scope, core.fullName).pushParameter(value);
+    }
+    catch (const std::string& thrown)
+    {
+        errorText = std::make_unique<std::string>(thrown);
+    }
+    return raiseText(state, errorText->c_str());
+}
+
+int runWriteArray(const LuaTypeCore& core, lua_State* state)
+{
+    constexpr int VALUE_INDEX = 3;
+    constexpr std::size_t PARAMETERS = 3;
+    if (!core.arrayWrite || !core.arrayWrite->setter)
+        return 0;
+    const LuaInstanceBox* const box = core.instanceAt(state, 1);
+    if (!box)
+        return raiseNotAnInstance(state, core);
+
+    return callSetter(
+        core,
+        state,
+        *core.arrayWrite->setter,
+        core.fullName,
+        [&](const LuaCallBridge& bridge, std::vector<FunctionParameter>& parameters)
+        {
+            fillIndexed(core, parameters, PARAMETERS, box->object, indexAt(state, 2));
+            bridge.readParameter(parameters[2], VALUE_INDEX);
+        });
+}
+
+// A method whose entry a script has removed from the table reads as nil, which is a result.
+bool isMethod(const LuaTypeCore& core, lua_State* state, int keyIndex)
+{
+    return lua_type(state, keyIndex) == LUA_TSTRING &&
+           findIn(core.methods, textAt(state, keyIndex)) != nullptr;
+}
+
+int runReadOther(lua_State* state)
+{
+    const int tableIndex = lua_upvalueindex(2);
+    const int readersIndex = lua_upvalueindex(3);
+    lua_settop(state, 2);
+    const LuaTypeCore* const core = coreOf(state);
+    const bool isAlive = core && core->isAlive;
+    if (lua_isnumber(state, 2))
+        return isAlive ? runReadArray(*core, state) : raiseTypeIsGone(state);
+
+    lua_pushvalue(state, 2);
+    lua_rawget(state, tableIndex);
+    if (!lua_isnil(state, -1))
+    {
+        if (isAlive && lua_type(state, 2) == LUA_TSTRING)
+        {
+            lua_pushvalue(state, 2);
+            lua_pushboolean(state, 1);
+            lua_rawset(state, readersIndex);
+        }
+        return 1;
+    }
+    if (!isAlive)
+        return raiseTypeIsGone(state);
+    return isMethod(*core, state, 2) ? 1 : 0;
+}
+
+int runWriteOther(lua_State* state)
+{
+    const LuaTypeCore* const core = coreOf(state);
+    if (!core || !core->isAlive)
+        return raiseTypeIsGone(state);
+    return lua_isnumber(state, 2) ? runWriteArray(*core, state) : 0;
+}
+
+int runReadElement(lua_State* state)
+{
+    const LuaTypeCore* const core = coreOf(state);
+    return core && core->isAlive ? runReadArray(*core, state) : raiseTypeIsGone(state);
+}
+
+int runWriteElement(lua_State* state)
+{
+    const LuaTypeCore* const core = coreOf(state);
+    return core && core->isAlive ? runWriteArray(*core, state) : raiseTypeIsGone(state);
+}
+
+int runMakeInstance(lua_State* state)
+{
+    const LuaTypeCore* const core = coreOf(state);
+    if (!core || !core->isAlive || !core->handle.get())
+        return raiseTypeIsGone(state);
+    // Without metatable and object until there is an object: nothing to destroy before.
+    void* const block = lua_newuserdata(state, INSTANCE_BOX_SIZE);
+    std::memset(block, 0, INSTANCE_BOX_SIZE);
+    if (!core->isAlive || !core->constructor)
+        return raiseTypeIsGone(state); // what was finalised for the block's sake has ended the type
+
+    LuaCallbackScope scope(*core->handle.getSlot(), state);
+    const DefinitionCall<ConstructorDefinition> call(*core->constructor);
+    void* const object = call.getCallable()(tbMemory::BufferView<FunctionParameter>());
+
+    auto* const box = static_cast<LuaInstanceBox*>(block);
+    box->object = object;
+    box->gcEnabled = true;
+    lua_pushvalue(state, lua_upvalueindex(2));
+    lua_setmetatable(state, -2);
+    return 1;
+}
+
+int runFinaliseInstance(lua_State* state)
+{
+    const LuaTypeCore* const core = coreOf(state);
+    if (!core)
+        return 0;
+    LuaInstanceBox* const box = boxOnTop(*core, state);
+    if (!box)
+        return raiseNotAnInstance(state, *core);
+    if (!box->gcEnabled || box->isDestroyed)
+        return 0;
+    box->isDestroyed = true; // first: the destructor may come back here
+
+    LuaCallbackScope scope(*core->handle.getSlot(), state);
+    const DefinitionCall<DestructorDefinition> call(*core->destructor);
+    call.getCallable()(box->object);
+    return 0;
+}
+
+int runSetGcEnabled(lua_State* state, bool isEnabled)
+{
+    const LuaTypeCore* const core = coreOf(state);
+    if (!core)
+        return raiseTypeIsGone(state);
+    const int top = lua_gettop(state);
+    const LuaInstance instance =
+        top > 0 ? boxAt(*core->handle.getSlot(), state, top) : LuaInstance{};
+    if (!instance.box)
+        return raiseNotAnInstance(state, *core);
+    if (!instance.box->isDestroyed)
+        instance.box->gcEnabled = isEnabled;
+    return 0;
+}
+
+int runEnableGc(lua_State* state)
+{
+    return runSetGcEnabled(state, true);
+}
+
+int runDisableGc(lua_State* state)
+{
+    return runSetGcEnabled(state, false);
+}
+
+} // namespace
+
+int readField(lua_State* state)
+{
+    return closureOf<&runReadField>(state);
+}
+
+int writeField(lua_State* state)
+{
+    return closureOf<&runWriteField>(state);
+}
+
+int readOther(lua_State* state)
+{
+    return closureOf<&runReadOther>(state);
+}
+
+int writeOther(lua_State* state)
+{
+    return closureOf<&runWriteOther>(state);
+}
+
+int readElement(lua_State* state)
+{
+    return closureOf<&runReadElement>(state);
+}
+
+int writeElement(lua_State* state)
+{
+    return closureOf<&runWriteElement>(state);
+}
+
+int makeInstance(lua_State* state)
+{
+    return closureOf<&runMakeInstance>(state);
+}
+
+int finaliseInstance(lua_State* state)
+{
+    return closureOf<&runFinaliseInstance>(state);
+}
+
+int enableGc(lua_State* state)
+{
+    return closureOf<&runEnableGc>(state);
+}
+
+int disableGc(lua_State* state)
+{
+    return closureOf<&runDisableGc>(state);
+}
+
+} // namespace tbScripts::lua

@@ -1,0 +1,86 @@
+#include "bindings/lua/types/LuaTypeCore.h"
+
+#include <cstring>
+#include <new>
+#include <utility>
+
+namespace tbScripts::lua
+{
+
+namespace
+{
+
+int releaseTypeAnchor(lua_State* state)
+{
+    auto* const anchor = static_cast<LuaTypeAnchor*>(lua_touserdata(state, 1));
+    if (!anchor || !anchor->hold)
+        return 0;
+    const std::shared_ptr<LuaTypeCore> core = std::move(anchor->hold);
+    LuaStateSlot& slot = *core->handle.getSlot();
+    if (slot.isClosing)
+        slot.keepUntilClosed(core); // instances may still be made and finalised
+    else if (!core->isKeptUntilClosed)
+        anchor->core = nullptr; // whoever else holds the core may let it go before the closures
+    return 0;
+}
+
+} // namespace
+
+LuaTypeCore::LuaTypeCore(const LuaStateHandle& stateHandle, const tbMemory::StringView& name)
+    : handle(stateHandle)
+    , fullName(name)
+{
+}
+
+LuaTypeCore::~LuaTypeCore()
+{
+    forgetTable();
+}
+
+void LuaTypeCore::setTable(const void* typeTable)
+{
+    handle.getSlot()->types.add(typeTable, fullName);
+    table = typeTable;
+}
+
+void LuaTypeCore::forgetTable()
+{
+    if (const void* const forgotten = std::exchange(table, nullptr))
+        handle.getSlot()->types.remove(forgotten, fullName);
+}
+
+LuaInstanceBox* LuaTypeCore::boxAt(lua_State* state, int index) const
+{
+    void* const block = boxSizedBlockAt(state, index);
+    const void* const metatable = block ? pushMetatable(state, index) : nullptr;
+    if (!metatable)
+        return nullptr;
+    if (metatable == table)
+        return hasFlagsOfABox(block) ? static_cast<LuaInstanceBox*>(block) : nullptr;
+    const LuaInstance instance = lua::boxAt(*handle.getSlot(), state, index);
+    return instance.box && instance.typeName == fullName ? instance.box : nullptr;
+}
+
+LuaInstanceBox* LuaTypeCore::instanceAt(lua_State* state, int index) const
+{
+    LuaInstanceBox* const box = boxAt(state, index);
+    return box && !box->isDestroyed ? box : nullptr;
+}
+
+void pushTypeAnchor(lua_State* state, const std::shared_ptr<LuaTypeCore>& core)
+{
+    const std::size_t nameSize = core->fullName.size();
+    void* const block = lua_newuserdata(state, sizeof(LuaTypeAnchor) + nameSize);
+    auto* const anchor = new (block) LuaTypeAnchor{nullptr, nullptr, nameSize};
+    if (nameSize > 0)
+        std::memcpy(static_cast<void*>(anchor + 1), core->fullName.data(), nameSize);
+
+    lua_createtable(state, 0, 1);
+    lua_pushcfunction(state, &releaseTypeAnchor);
+    lua_setfield(state, -2, "__gc");
+    anchor->core = core.get(); // last: from here on the block is finalised
+    anchor->hold = core;
+    lua_setmetatable(state, -2);
+}
+
+} // namespace tbScripts::lua

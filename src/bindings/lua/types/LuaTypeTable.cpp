@@ -1,0 +1,280 @@
+#include "bindings/lua/types/LuaTypeTable.h"
+
+#include "bindings/lua/LuaNamedTables.h"
+#include "bindings/lua/types/LuaTypeClosures.h"
+#include "core/lua/LuaTables.h"
+#include "core/lua/LuaText.h"
+
+#include <cstring>
+#include <new>
+#include <string>
+
+namespace tbScripts::lua
+{
+
+namespace
+{
+
+// Where the parts are in their table.
+constexpr int PART_TABLE = 1;
+constexpr int PART_ANCHOR = 2;
+constexpr int PART_READERS = 3;
+constexpr int PART_WRITERS = 4;
+constexpr int PART_FORMER = 5; // what the table held before, until it is published
+constexpr int PARTS = 5;
+
+// Readers hold the closure of each field, and `true` for other names that the type's table has.
+// The calls are tail calls, so that the line that reads or writes is the caller of the closure.
+constexpr const char* DISPATCHERS = R"(
+local readers, writers, class, rawget, type, readOther, writeOther, readElement, writeElement = ...
+local function read(self, key)
+    if type(key) == 'number' then return readElement(self, key) end
+    local reader = readers[key]
+    if reader == true then
+        local value = rawget(class, key)
+        if value ~= nil then return value end
+    elseif reader then
+        return reader(self)
+    end
+    return readOther(self, key)
+end
+local function write(self, key, value)
+    if type(key) == 'number' then return writeElement(self, key, value) end
+    local writer = writers[key]
+    if writer then return writer(self, value) end
+    return writeOther(self, key, value)
+end
+return read, write
+)";
+constexpr const char* NAME_OF_DISPATCHERS = "=user type";
+
+// Stack: +1, part `part` of the parts at `partsIndex`.
+void pushPart(lua_State* state, int partsIndex, int part)
+{
+    lua_rawgeti(state, partsIndex, part);
+}
+
+// Sets field `name` of the type's table to the value on top of the stack, which it pops. Raw: the
+// table may have got a metatable from a script.
+void setEntry(lua_State* state, int tableIndex, const char* name)
+{
+    lua_pushstring(state, name);
+    lua_insert(state, -2);
+    lua_rawset(state, tableIndex);
+}
+
+// Stack: +1, the two dispatchers set as entries of the table, nothing left.
+void setDispatchers(const LuaStateSlot& slot, lua_State* state, int partsIndex, int tableIndex)
+{
+    constexpr int ARGUMENTS = 9;
+    // Compiled for each type: only then its tables are constants for the interpreter's compiler.
+    if (luaL_loadbuffer(state, DISPATCHERS, std::strlen(DISPATCHERS), NAME_OF_DISPATCHERS) != 0)
+        throw std::string(std::string_view(textAt(state, -1))); // no memory
+    pushPart(state, partsIndex, PART_READERS);
+    pushPart(state, partsIndex, PART_WRITERS);
+    lua_pushvalue(state, tableIndex);
+    lua_rawgeti(state, LUA_REGISTRYINDEX, slot.rawgetKey);
+    lua_rawgeti(state, LUA_REGISTRYINDEX, slot.typeKey);
+    pushPart(state, partsIndex, PART_ANCHOR);
+    lua_pushvalue(state, tableIndex);
+    pushPart(state, partsIndex, PART_READERS);
+    lua_pushcclosure(state, &readOther, 3);
+    pushPart(state, partsIndex, PART_ANCHOR);
+    lua_pushcclosure(state, &writeOther, 1);
+    pushPart(state, partsIndex, PART_ANCHOR);
+    lua_pushcclosure(state, &readElement, 1);
+    pushPart(state, partsIndex, PART_ANCHOR);
+    lua_pushcclosure(state, &writeElement, 1);
+    lua_call(state, ARGUMENTS, 2);
+    lua_insert(state, -2);
+    setEntry(state, tableIndex, "__index");
+    setEntry(state, tableIndex, "__newindex");
+}
+
+// Sets entry `name` of the type's table to `closure` over the anchor.
+void setAnchoredEntry(lua_State* state, int partsIndex, const char* name, lua_CFunction closure)
+{
+    pushPart(state, partsIndex, PART_TABLE);
+    pushPart(state, partsIndex, PART_ANCHOR);
+    lua_pushcclosure(state, closure, 1);
+    setEntry(state, lua_gettop(state) - 1, name);
+    lua_pop(state, 1);
+}
+
+// Has `part` show the closure of `field` under `name`.
+void publishField(
+    lua_State* state,
+    int part,
+    const tbMemory::StringView& name,
+    LuaTypeField& field,
+    lua_CFunction closure)
+{
+    const int partsIndex = lua_gettop(state);
+    pushPart(state, partsIndex, part);
+    lua_pushlstring(state, name.empty() ? "" : name.data(), name.size());
+    if (!lua_isnumber(state, -1))
+    {
+        void* const block = lua_newuserdata(state, sizeof(LuaFieldLink));
+        pushPart(state, partsIndex, PART_ANCHOR);
+        const auto* const anchor = static_cast<const LuaTypeAnchor*>(lua_touserdata(state, -1));
+        new (block) LuaFieldLink{anchor, &field};
+        lua_pushcclosure(state, closure, 2);
+        lua_rawset(state, -3);
+    }
+    lua_settop(state, partsIndex);
+}
+
+// Raw. Stack: +0.
+void copyEntries(lua_State* state, int from, int to)
+{
+    lua_pushnil(state);
+    while (lua_next(state, from))
+    {
+        lua_pushvalue(state, -2);
+        lua_insert(state, -2);
+        lua_rawset(state, to);
+    }
+}
+
+// Returns the anchor of the type whose finaliser the table at `tableIndex` has, null if it has none
+// of ours. Stack: +0.
+const LuaTypeAnchor* anchorOfFinaliser(lua_State* state, int tableIndex)
+{
+    const LuaTypeAnchor* anchor = nullptr;
+    lua_pushstring(state, "__gc");
+    lua_rawget(state, tableIndex);
+    if (lua_tocfunction(state, -1) == &finaliseInstance && lua_getupvalue(state, -1, 1))
+    {
+        anchor = static_cast<const LuaTypeAnchor*>(lua_touserdata(state, -1));
+        lua_pop(state, 1);
+    }
+    lua_pop(state, 1);
+    return anchor;
+}
+
+// Instances that the former type of the table at `tableIndex` made are destroyed as it said, until
+// the host says something else.
+void inheritDestructor(lua_State* state, int tableIndex, LuaTypeCore& core)
+{
+    const LuaTypeAnchor* const former = anchorOfFinaliser(state, tableIndex);
+    if (former && former->core && !core.hasOwnDestructor)
+        core.destructor = former->core->destructor.share();
+}
+
+void forgetIn(lua_State* state, int part)
+{
+    pushPart(state, lua_gettop(state), part);
+    clearTable(state);
+    lua_pop(state, 1);
+}
+
+} // namespace
+
+NAMED_TABLE LuaTypeTable::pushParts(
+    LuaStateSlot& slot, lua_State* state, const std::shared_ptr<LuaTypeCore>& core)
+{
+    lua_createtable(state, PARTS, 0);
+    const int partsIndex = lua_gettop(state);
+    const NAMED_TABLE before = makeNamedTable(slot, state, core->fullName);
+    if (before == NAMED_TABLE::FOREIGN)
+    {
+        lua_remove(state, partsIndex);
+        return before;
+    }
+    // Instances that are older than the new anchor need its destructor later than it lasts.
+    if (before == NAMED_TABLE::OF_USER_TYPE)
+        slot.keepUntilClosed(core);
+    const int tableIndex = lua_gettop(state);
+    if (before == NAMED_TABLE::OF_USER_TYPE)
+    {
+        lua_createtable(state, 0, 0);
+        copyEntries(state, tableIndex, lua_gettop(state));
+        lua_rawseti(state, partsIndex, PART_FORMER);
+        inheritDestructor(state, tableIndex, *core);
+    }
+    registerTypeTable(slot, state, core->fullName);
+    core->setTable(lua_topointer(state, tableIndex));
+    lua_pushvalue(state, tableIndex);
+    lua_rawseti(state, partsIndex, PART_TABLE);
+    pushTypeAnchor(state, core);
+    lua_rawseti(state, partsIndex, PART_ANCHOR);
+    lua_createtable(state, 0, 0);
+    lua_rawseti(state, partsIndex, PART_READERS);
+    lua_createtable(state, 0, 0);
+    lua_rawseti(state, partsIndex, PART_WRITERS);
+
+    setDispatchers(slot, state, partsIndex, tableIndex);
+    pushName(state, core->fullName);
+    setEntry(state, tableIndex, "__name");
+    lua_settop(state, partsIndex);
+    publishFinaliser(state);
+    setAnchoredEntry(state, partsIndex, "enableGc", &enableGc);
+    setAnchoredEntry(state, partsIndex, "disableGc", &disableGc);
+    return before;
+}
+
+void LuaTypeTable::forgetFormer(lua_State* state)
+{
+    lua_pushnil(state);
+    lua_rawseti(state, -2, PART_FORMER);
+}
+
+void LuaTypeTable::restoreFormer(lua_State* state)
+{
+    const int partsIndex = lua_gettop(state);
+    pushPart(state, partsIndex, PART_ANCHOR);
+    pushPart(state, partsIndex, PART_FORMER);
+    pushPart(state, partsIndex, PART_TABLE);
+    const int formerIndex = partsIndex + 2;
+    const int tableIndex = partsIndex + 3;
+    // A third type may have taken it over meanwhile.
+    const bool isOurs =
+        anchorOfFinaliser(state, tableIndex) == lua_touserdata(state, partsIndex + 1);
+    if (isOurs && lua_istable(state, formerIndex))
+    {
+        clearTable(state);
+        copyEntries(state, formerIndex, tableIndex);
+    }
+    lua_settop(state, partsIndex);
+}
+
+void LuaTypeTable::pushTable(lua_State* state)
+{
+    pushPart(state, lua_gettop(state), PART_TABLE);
+}
+
+void LuaTypeTable::publishFactory(lua_State* state)
+{
+    const int partsIndex = lua_gettop(state);
+    pushPart(state, partsIndex, PART_TABLE);
+    pushPart(state, partsIndex, PART_ANCHOR);
+    lua_pushvalue(state, -2);
+    lua_pushcclosure(state, &makeInstance, 2);
+    setEntry(state, partsIndex + 1, "new");
+    lua_settop(state, partsIndex);
+}
+
+void LuaTypeTable::publishFinaliser(lua_State* state)
+{
+    setAnchoredEntry(state, lua_gettop(state), "__gc", &finaliseInstance);
+}
+
+void LuaTypeTable::publishGetter(
+    lua_State* state, const tbMemory::StringView& name, LuaTypeField& field)
+{
+    publishField(state, PART_READERS, name, field, &readField);
+}
+
+void LuaTypeTable::publishSetter(
+    lua_State* state, const tbMemory::StringView& name, LuaTypeField& field)
+{
+    publishField(state, PART_WRITERS, name, field, &writeField);
+}
+
+void LuaTypeTable::forgetFields(lua_State* state)
+{
+    forgetIn(state, PART_READERS);
+    forgetIn(state, PART_WRITERS);
+}
+
+} // namespace tbScripts::lua

@@ -1,0 +1,452 @@
+#include "bindings/lua/types/LuaUserType.h"
+
+#include "bindings/BindingMessages.h"
+#include "bindings/lua/LuaNamedTables.h"
+#include "bindings/lua/functions/LuaFunction.h"
+#include "bindings/lua/types/LuaTypeTable.h"
+#include "core/ExceptionContainment.h"
+#include "core/LogSources.h"
+#include "core/lua/calls/LuaHostCall.h"
+#include "core/lua/references/LuaRegistry.h"
+
+#include "tbScripts/LogManager.h"
+
+#include <array>
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace tbScripts::lua
+{
+
+namespace
+{
+
+constexpr const char* SEPARATOR = "::";
+constexpr const char* ARRAY_READ = "__arrayRead";
+constexpr const char* ARRAY_WRITE = "__arrayWrite";
+
+struct Operator
+{
+    const char* name;
+    bool isBinary;
+};
+
+constexpr std::array<Operator, 12> OPERATORS{
+    {{"__tostring", false},
+     {"__unm", false},
+     {"__add", true},
+     {"__sub", true},
+     {"__mul", true},
+     {"__div", true},
+     {"__mod", true},
+     {"__pow", true},
+     {"__concat", true},
+     {"__eq", true},
+     {"__lt", true},
+     {"__le", true}}};
+
+template <typename Definition>
+DefinitionHolder<Definition> makeDefinition(const tbMemory::StringView& name)
+{
+    return DefinitionHolder<Definition>(
+        std::make_unique<Definition>(std::make_shared<const tbMemory::String>(name)));
+}
+
+// Swapped, so that the old callable goes last: its end may run code of the host.
+template <typename Definition>
+void setCallable(
+    DefinitionHolder<Definition>& holder,
+    const tbMemory::StringView& name,
+    typename Definition::Callable& callable)
+{
+    if (!holder)
+        holder = makeDefinition<Definition>(name);
+    std::swap(holder.edit().callable, callable);
+}
+
+void dropMethods(LuaTypeCore& core)
+{
+    // Each has left the registry before it goes, since the end of its callable may run code of the
+    // host.
+    auto methods = std::exchange(core.methods, {});
+    core.arrayRead = nullptr;
+    for (auto& [name, method] : methods)
+    {
+        method->uninstall();
+        method->reset(); // what the callable captured goes now, even if the method has to stay
+        destroyWhenIdle(core.handle, std::move(method));
+    }
+}
+
+void dropFields(LuaTypeCore& core)
+{
+    std::vector<DefinitionHolder<GetterDefinition>> getters;
+    std::vector<DefinitionHolder<SetterDefinition>> setters;
+    for (auto& [name, field] : core.fields)
+    {
+        getters.push_back(std::move(field.getter));
+        setters.push_back(std::move(field.setter));
+    }
+}
+
+// Returns the method that `declare` makes, looked up when its host call has ended: what waited for
+// that may have ended the type, or cleared it.
+template <typename Declare>
+Function* declareMethodIn(
+    // NOLINTNEXTLINE(performance-unnecessary-value-param): keeps the core over the call
+    std::shared_ptr<const LuaTypeCore> core,
+    const tbMemory::StringView& name,
+    Declare&& declare)
+{
+    const tbMemory::String keptName(name); // the view may be of a method that goes
+    if (!declare() || !core->isAlive || !core->handle.get())
+        return nullptr;
+    return findIn(core->methods, keptName);
+}
+
+} // namespace
+
+LuaUserType::LuaUserType(const tbMemory::StringView& name, const LuaStateHandle& handle)
+    : LuaUserType(name, name, LuaOwner::globals(), handle)
+{
+}
+
+LuaUserType::LuaUserType(
+    const tbMemory::StringView& name,
+    const tbMemory::StringView& namespaceFullName,
+    const LuaStateHandle& handle)
+    : LuaUserType(
+          name,
+          tbMemory::String(namespaceFullName) + SEPARATOR + name,
+          LuaOwner::table(namespaceFullName),
+          handle)
+{
+}
+
+LuaUserType::LuaUserType(
+    const tbMemory::StringView& name,
+    const tbMemory::StringView& fullName,
+    LuaOwner owner,
+    const LuaStateHandle& handle)
+    : UserType(name)
+    , m_owner(std::move(owner))
+    , m_core(std::make_shared<LuaTypeCore>(LuaStateHandle(), fullName))
+{
+    setFullName(fullName);
+    Destructor doNothing = [](void*) {};
+    setCallable(m_core->destructor, fullName, doNothing);
+    install(handle);
+}
+
+LuaUserType::~LuaUserType()
+{
+    contain([this] { uninstall(); }, [] {}); // no memory for one of its steps ends nobody
+}
+
+bool LuaUserType::install(const LuaStateHandle& handle)
+{
+    if (isInstalled() && m_core->handle.sharesStateWith(handle))
+        return true;
+    LuaHostCall call(handle); // first: leaving another state may run anything
+    if (call.isRefused())
+        return false;
+    uninstall();
+
+    // A core of its own for each state: instances of an earlier one still need theirs.
+    auto core = std::make_shared<LuaTypeCore>(handle, getFullName());
+    core->constructor = std::move(m_core->constructor);
+    Destructor destructor = (*m_core->destructor).callable;
+    setCallable(core->destructor, getFullName(), destructor);
+    core->hasOwnDestructor = m_core->hasOwnDestructor;
+    m_core = std::move(core);
+
+    NAMED_TABLE before = NAMED_TABLE::FOREIGN;
+    const bool isDone = call.run(
+        [&](lua_State* state)
+        {
+            LuaStateSlot& slot = *m_core->handle.getSlot();
+            before = LuaTypeTable::pushParts(slot, state, m_core);
+            if (before == NAMED_TABLE::FOREIGN)
+                return;
+            if (m_core->constructor)
+                LuaTypeTable::publishFactory(state);
+            lua_pushvalue(state, -1);
+            m_partsKey = takeRegistrySlot(slot, state);
+            LuaTypeTable::pushTable(state);
+            m_owner.publish(slot, state, getName()); // this may change or end the type
+            LuaTypeTable::forgetFormer(state);
+        });
+    if (!isDone)
+        _abandon(call, before);
+    m_core->isAlive = isInstalled();
+    if (isDone && before == NAMED_TABLE::FOREIGN)
+    {
+        LogManager::getInstance()->log(
+            messages::nameIsReserved(getFullName()), LOG_SOURCE_LUA_USER_TYPE);
+    }
+    return isInstalled();
+}
+
+void LuaUserType::uninstall()
+{
+    m_core->isAlive = false; // first: nothing is declared from here on
+    m_core->forgetTable();
+    if (!isInstalled())
+    {
+        m_partsKey = LUA_NOREF;
+        _dropMembers();
+        return;
+    }
+    LuaHostCall call(m_core->handle, LuaHostCall::ENTRY::UPKEEP);
+    clear();
+    if (!isInstalled())
+        return; // the end of a callable has ended this type
+    LuaStateSlot& slot = *m_core->handle.getSlot();
+    freeRegistrySlot(slot, std::exchange(m_partsKey, LUA_NOREF));
+    call.run([&](lua_State* state) { m_owner.unpublish(slot, state, getName()); });
+    call.run([this](lua_State* state) { removeNamedTable(state, getFullName()); });
+}
+
+bool LuaUserType::isInstalled() const
+{
+    return m_partsKey != LUA_NOREF && m_core->handle.get();
+}
+
+Function* LuaUserType::getMethod(const tbMemory::StringView& name) const
+{
+    return _findMethod(name);
+}
+
+Function* LuaUserType::getStaticMethod(const tbMemory::StringView& name) const
+{
+    return _findMethod(name);
+}
+
+void LuaUserType::setConstructor(Constructor constructor)
+{
+    LuaHostCall call(m_core->handle);
+    if (!_isUsable(call))
+        return;
+    setCallable(m_core->constructor, getFullName(), constructor);
+    _runWithParts(call, [](lua_State* state) { LuaTypeTable::publishFactory(state); });
+}
+
+void LuaUserType::setDestructor(Destructor destructor)
+{
+    LuaHostCall call(m_core->handle);
+    if (!_isUsable(call))
+        return;
+    setCallable(m_core->destructor, getFullName(), destructor);
+    m_core->hasOwnDestructor = true;
+    _runWithParts(call, [](lua_State* state) { LuaTypeTable::publishFinaliser(state); });
+}
+
+Function* LuaUserType::setMethod(const tbMemory::StringView& name, bool selfOwnedByScript)
+{
+    const FUNCTION_PARAMETER_TYPE selfType =
+        selfOwnedByScript ? PARAM_TYPE_USER_TYPE_OWNED : PARAM_TYPE_USER_TYPE;
+    return declareMethodIn(m_core, name, [&] { return _declareMethod(name, {selfType}); });
+}
+
+Function* LuaUserType::setStaticMethod(const tbMemory::StringView& name)
+{
+    return declareMethodIn(m_core, name, [&] { return _declareMethod(name, {}); });
+}
+
+Function* LuaUserType::setOperator(BUILT_IN_FUNCTION op)
+{
+    const auto number = static_cast<std::size_t>(op);
+    if (number >= OPERATORS.size())
+    {
+        LuaHostCall call(m_core->handle);
+        if (_isUsable(call))
+        {
+            LogManager::getInstance()->log(
+                messages::unknownOperator(getFullName()), LOG_SOURCE_LUA_USER_TYPE);
+        }
+        return nullptr;
+    }
+    const Operator& known = OPERATORS.at(number);
+    return declareMethodIn(
+        m_core,
+        known.name,
+        [&]
+        {
+            return known.isBinary
+                       ? _declareMethod(
+                             known.name, {PARAM_TYPE_USER_TYPE, PARAM_TYPE_USER_TYPE_OWNED})
+                       : _declareMethod(known.name, {PARAM_TYPE_USER_TYPE});
+        });
+}
+
+void LuaUserType::setField(UserTypeFieldDescriptor descriptor)
+{
+    LuaHostCall call(m_core->handle);
+    if (!_isUsable(call))
+        return;
+    if (descriptor.getter)
+        _setGetter(call, descriptor.name, descriptor.getter);
+    if (!descriptor.setter || !_isUsable(call))
+        return;
+    _setSetter(
+        call,
+        descriptor.name,
+        descriptor.setter,
+        {FunctionParameter::ofType(PARAM_TYPE_USER_TYPE_OWNED, getFullName()),
+         FunctionParameter::ofType(descriptor.type, descriptor.userTypeName)});
+}
+
+void LuaUserType::setArrayAccess(UserTypeArrayDescriptor descriptor)
+{
+    LuaHostCall call(m_core->handle);
+    if (!_isUsable(call))
+        return;
+    if (descriptor.read)
+    {
+        if (Function* const function =
+                _declareMethod(ARRAY_READ, {PARAM_TYPE_USER_TYPE, PARAM_TYPE_INT}))
+            function->setFunction(std::move(descriptor.read));
+    }
+    if (!descriptor.write || !_isUsable(call))
+        return;
+    _setSetter(
+        call,
+        ARRAY_WRITE,
+        descriptor.write,
+        {FunctionParameter::ofType(PARAM_TYPE_USER_TYPE_OWNED, getFullName()),
+         FunctionParameter::ofType(PARAM_TYPE_INT),
+         FunctionParameter::ofType(descriptor.type, descriptor.userTypeName)});
+}
+
+void LuaUserType::clear()
+{
+    LuaHostCall call(m_core->handle, LuaHostCall::ENTRY::UPKEEP);
+    if (isInstalled())
+        _runWithParts(call, &LuaTypeTable::forgetFields);
+    _dropMembers();
+}
+
+bool LuaUserType::_isUsable(const LuaHostCall& call) const
+{
+    return !call.isRefused() && isInstalled() && m_core->isAlive;
+}
+
+void LuaUserType::_abandon(LuaHostCall& call, NAMED_TABLE before)
+{
+    m_core->isAlive = false;
+    m_core->forgetTable();
+    if (before == NAMED_TABLE::OF_USER_TYPE && m_partsKey != LUA_NOREF)
+        _runWithParts(call, &LuaTypeTable::restoreFormer);
+    if (LuaStateSlot* const slot = m_core->handle.getSlot())
+        freeRegistrySlot(*slot, std::exchange(m_partsKey, LUA_NOREF));
+    _dropMembers(); // which publishing may have declared
+    if (before == NAMED_TABLE::NONE)
+        call.run([this](lua_State* state) { removeNamedTable(state, getFullName()); });
+}
+
+LuaFunction* LuaUserType::_findMethod(const tbMemory::StringView& name) const
+{
+    return findIn(m_core->methods, name);
+}
+
+LuaFunction* LuaUserType::_declareMethod(
+    const tbMemory::StringView& name, std::initializer_list<FUNCTION_PARAMETER_TYPE> parameters)
+{
+    LuaHostCall call(m_core->handle);
+    if (!_isUsable(call))
+        return nullptr;
+    if (_findMethod(name))
+    {
+        LogManager::getInstance()->log(
+            messages::methodAlreadyRegistered(name, getName()), LOG_SOURCE_LUA_USER_TYPE);
+    }
+    // Looked up again: the receiver may have cleared this type.
+    LuaFunction* const known = _findMethod(name);
+    LuaFunction* const method = known ? known : _makeMethod(name);
+    if (!method || !_isUsable(call))
+        return nullptr;
+    method->reset();
+    if (_findMethod(name) != method)
+        return nullptr; // the end of the old callable has cleared this type
+    for (const FUNCTION_PARAMETER_TYPE type : parameters)
+        method->addParameter(type, getFullName());
+    return method;
+}
+
+LuaFunction* LuaUserType::_makeMethod(const tbMemory::StringView& name)
+{
+    auto made = std::make_unique<LuaFunction>(name, LuaOwner::table(getFullName()), m_core->handle);
+    if (!made->isInstalled() || !isInstalled())
+        return nullptr;
+    if (_findMethod(name))
+    {
+        // What publishing ran has declared it meanwhile. That one stays; the end of ours takes the
+        // entry, so that it has to be published again.
+        made.reset();
+        LuaFunction* const known = _findMethod(name);
+        if (known)
+        {
+            known->uninstall();
+            known->install(m_core->handle);
+        }
+        return known;
+    }
+    LuaFunction* const method = made.get();
+    m_core->methods[keyOf(name)] = std::move(made);
+    if (name == tbMemory::StringView(ARRAY_READ))
+        m_core->arrayRead = method;
+    return method;
+}
+
+void LuaUserType::_setGetter(
+    LuaHostCall& call,
+    const tbMemory::StringView& name,
+    decltype(UserTypeFieldDescriptor::getter)& getter)
+{
+    LuaTypeField& field = m_core->fields[keyOf(name)];
+    setCallable(field.getter, name, getter);
+    _runWithParts(call, [&](lua_State* state) { LuaTypeTable::publishGetter(state, name, field); });
+}
+
+void LuaUserType::_setSetter(
+    LuaHostCall& call,
+    const tbMemory::StringView& name,
+    decltype(UserTypeFieldDescriptor::setter)& setter,
+    std::initializer_list<FunctionParameter> parameters)
+{
+    LuaTypeField& field = m_core->fields[keyOf(name)];
+    setCallable(field.setter, name, setter);
+    for (const FunctionParameter& parameter : parameters)
+        (*field.setter).addParameter(parameter);
+    if (name == tbMemory::StringView(ARRAY_WRITE))
+        m_core->arrayWrite = &field;
+    _runWithParts(call, [&](lua_State* state) { LuaTypeTable::publishSetter(state, name, field); });
+}
+
+template <typename Work>
+bool LuaUserType::_runWithParts(LuaHostCall& call, Work&& work)
+{
+    bool hasParts = false;
+    const bool isDone = call.run(
+        [&](lua_State* state)
+        {
+            lua_rawgeti(state, LUA_REGISTRYINDEX, m_partsKey);
+            hasParts = lua_istable(state, -1); // see reserveReferences in LuaStateHandle.cpp
+            if (hasParts)
+                work(state);
+        });
+    return isDone && hasParts;
+}
+
+void LuaUserType::_dropMembers()
+{
+    // Without interpreter no call of the host keeps this type: what ends here may destroy it.
+    const std::shared_ptr<LuaTypeCore> core = m_core;
+    dropMethods(*core);
+    dropFields(*core);
+}
+
+} // namespace tbScripts::lua

@@ -1,0 +1,114 @@
+#pragma once
+
+#include "bindings/lua/LuaNamedTables.h"
+#include "bindings/lua/LuaOwner.h"
+#include "bindings/lua/types/LuaTypeCore.h"
+#include "core/lua/LuaApi.h"
+#include "core/lua/LuaStateHandle.h"
+
+#include "tbScripts/UserType.h"
+
+#include <initializer_list>
+#include <memory>
+
+namespace tbScripts::lua
+{
+
+class LuaHostCall;
+
+/// User type that is published in a Lua state: as a global, or as a field of a namespace's table.
+///
+/// Each operation is one `LuaHostCall`, made first. What runs meanwhile, a finaliser or the log
+/// receiver, may clear or release this type, which then goes when the call ends.
+class LuaUserType final : public UserType
+{
+public:
+    /// Publishes the type as global `name`. `isInstalled` says whether that worked.
+    LuaUserType(const tbMemory::StringView& name, const LuaStateHandle& handle);
+
+    /// Publishes the type as field `name` of the namespace of that full name.
+    LuaUserType(
+        const tbMemory::StringView& name,
+        const tbMemory::StringView& namespaceFullName,
+        const LuaStateHandle& handle);
+
+    /// Not copyable: one type owns one script-visible name. Copy the `UserType` part instead.
+    LuaUserType(const LuaUserType&) = delete;
+    LuaUserType& operator=(const LuaUserType&) = delete;
+
+    /// Ends as `uninstall` does.
+    ~LuaUserType() override;
+
+    /// Publishes the type in the state of `handle`, unless it is there already, with constructor
+    /// and destructor and without anything else. Returns false, after logging why, if that failed.
+    bool install(const LuaStateHandle& handle);
+
+    /// Clears the type and removes its script-visible name, whatever that holds by then. Instances
+    /// stay, but their fields and methods are gone.
+    void uninstall();
+
+    /// Returns whether the type is published in an open state.
+    bool isInstalled() const;
+
+    const LuaStateHandle& getHandle() const { return m_core->handle; }
+
+    Function* getMethod(const tbMemory::StringView& name) const override;
+    Function* getStaticMethod(const tbMemory::StringView& name) const override;
+    void setConstructor(Constructor constructor) override;
+    void setDestructor(Destructor destructor) override;
+    Function* setMethod(const tbMemory::StringView& name, bool selfOwnedByScript) override;
+    Function* setStaticMethod(const tbMemory::StringView& name) override;
+    Function* setOperator(BUILT_IN_FUNCTION op) override;
+    void setField(UserTypeFieldDescriptor descriptor) override;
+    void setArrayAccess(UserTypeArrayDescriptor descriptor) override;
+    void clear() override;
+
+private:
+    LuaUserType(
+        const tbMemory::StringView& name,
+        const tbMemory::StringView& fullName,
+        LuaOwner owner,
+        const LuaStateHandle& handle);
+
+    // Returns whether the type can be changed during `call`.
+    bool _isUsable(const LuaHostCall& call) const;
+
+    // Takes back a publishing that failed; `before` is what had the name until then.
+    void _abandon(LuaHostCall& call, NAMED_TABLE before);
+
+    LuaFunction* _findMethod(const tbMemory::StringView& name) const;
+
+    // Declares a method with parameters of those types, all with this type's name, and returns it;
+    // null if that failed. One host call, whose end may destroy what it returns, and this type.
+    LuaFunction* _declareMethod(
+        const tbMemory::StringView& name,
+        std::initializer_list<FUNCTION_PARAMETER_TYPE> parameters);
+
+    // Makes the function of a new method; null if it cannot be published.
+    LuaFunction* _makeMethod(const tbMemory::StringView& name);
+
+    // Both exchange callables: the old one goes last, since its end may run code of the host.
+    void _setGetter(
+        LuaHostCall& call,
+        const tbMemory::StringView& name,
+        decltype(UserTypeFieldDescriptor::getter)& getter);
+
+    // The setter's list of parameters grows by `parameters`.
+    void _setSetter(
+        LuaHostCall& call,
+        const tbMemory::StringView& name,
+        decltype(UserTypeFieldDescriptor::setter)& setter,
+        std::initializer_list<FunctionParameter> parameters);
+
+    // Runs `work(state)` with the parts of the type's table on top of the stack.
+    template <typename Work>
+    bool _runWithParts(LuaHostCall& call, Work&& work);
+
+    void _dropMembers();
+
+    LuaOwner m_owner;
+    std::shared_ptr<LuaTypeCore> m_core; // never null
+    int m_partsKey = LUA_NOREF;          // registry slot of the table's parts
+};
+
+} // namespace tbScripts::lua

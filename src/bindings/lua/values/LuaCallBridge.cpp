@@ -1,0 +1,394 @@
+#include "bindings/lua/values/LuaCallBridge.h"
+
+#include "bindings/BindingMessages.h"
+#include "bindings/lua/values/LuaInstanceBox.h"
+#include "core/LogSources.h"
+#include "core/lua/LuaNumber.h"
+#include "core/lua/LuaText.h"
+#include "core/lua/references/LuaScriptObjectInterpreterReference.h"
+#include "core/lua/references/LuaScriptObjectInterpreterView.h"
+
+#include "tbScripts/LogManager.h"
+
+#include <array>
+#include <charconv>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <memory>
+#include <new>
+#include <utility>
+
+namespace tbScripts::lua
+{
+
+namespace
+{
+
+constexpr const char* NAME_OF_INT = "int";
+constexpr const char* NAME_OF_FLOAT = "float";
+constexpr const char* NAME_OF_DOUBLE = "double";
+constexpr const char* NAME_OF_STRING = "string";
+constexpr const char* NAME_OF_FUNCTION = "lua function";
+constexpr const char* NAME_OF_OBJECT = "lua object";
+
+constexpr int UNKNOWN_LINE = -1;
+constexpr int CALLING_LEVEL = 1; // level 0 is the host function itself
+
+// Returns whether both texts are the same, which are mostly names of types: too short to be worth a
+// call of the C library.
+bool isSameName(const tbMemory::String& left, const tbMemory::String& right)
+{
+    const std::size_t size = left.size();
+    const char* const one = left.data();
+    const char* const other = right.data();
+    const auto isSamePiece = [&](auto piece, std::size_t position)
+    {
+        auto otherPiece = piece;
+        std::memcpy(&piece, one + position, sizeof(piece));
+        std::memcpy(&otherPiece, other + position, sizeof(piece));
+        return piece == otherPiece;
+    };
+
+    if (size != right.size())
+        return false;
+    // The last piece overlaps the one before, so that there is no remainder to go through.
+    constexpr std::size_t WORD = sizeof(std::uint64_t);
+    constexpr std::size_t HALF = sizeof(std::uint32_t);
+    if (size >= WORD)
+    {
+        for (std::size_t i = 0; i + WORD < size; i += WORD)
+        {
+            if (!isSamePiece(std::uint64_t(), i))
+                return false;
+        }
+        return isSamePiece(std::uint64_t(), size - WORD);
+    }
+    if (size >= HALF)
+        return isSamePiece(std::uint32_t(), 0) && isSamePiece(std::uint32_t(), size - HALF);
+    return size == 0 || (one[0] == other[0] && one[size / 2] == other[size / 2] &&
+                         one[size - 1] == other[size - 1]);
+}
+
+const char* nameOfNumber(FUNCTION_PARAMETER_TYPE type)
+{
+    if (type == PARAM_TYPE_INT)
+        return NAME_OF_INT;
+    return type == PARAM_TYPE_FLOAT ? NAME_OF_FLOAT : NAME_OF_DOUBLE;
+}
+
+} // namespace
+
+bool LuaCallBridge::accepts(const FunctionParameter& parameter, int stackIndex) const
+{
+    switch (parameter.m_type)
+    {
+    case PARAM_TYPE_BOOL:
+        return true;
+    case PARAM_TYPE_INT:
+    case PARAM_TYPE_FLOAT:
+    case PARAM_TYPE_DOUBLE:
+        return lua_isnumber(m_state, stackIndex) != 0;
+    case PARAM_TYPE_STRING:
+        return lua_isstring(m_state, stackIndex) != 0;
+    case PARAM_TYPE_USER_TYPE_OWNED:
+    case PARAM_TYPE_USER_TYPE:
+        return lua_isnil(m_state, stackIndex) || _acceptsInstance(parameter, stackIndex);
+    case PARAM_TYPE_SCRIPT_FUNCTION:
+        return lua_isfunction(m_state, stackIndex);
+    case PARAM_TYPE_SCRIPT_OBJECT:
+        return lua_istable(m_state, stackIndex);
+    case PARAM_TYPE_VOID:
+    default: // numbers outside the enumeration expect nothing
+        return false;
+    }
+}
+
+void LuaCallBridge::_read(FunctionParameter& parameter, int stackIndex) const
+{
+    switch (parameter.m_type)
+    {
+    case PARAM_TYPE_BOOL:
+        _makeRoomForPlainValue(parameter);
+        parameter.m_storage.boolean = lua_toboolean(m_state, stackIndex) != 0;
+        parameter.m_live = FunctionParameter::MEMBER::BOOL;
+        return;
+    case PARAM_TYPE_INT:
+    case PARAM_TYPE_FLOAT:
+    case PARAM_TYPE_DOUBLE:
+        _readNumber(parameter, stackIndex);
+        return;
+    case PARAM_TYPE_STRING:
+        _readText(parameter, stackIndex);
+        return;
+    case PARAM_TYPE_USER_TYPE_OWNED:
+    case PARAM_TYPE_USER_TYPE:
+        _readUserType(parameter, stackIndex);
+        return;
+    case PARAM_TYPE_SCRIPT_FUNCTION:
+    case PARAM_TYPE_SCRIPT_OBJECT:
+        _readReference(parameter, stackIndex);
+        return;
+    case PARAM_TYPE_VOID:
+    default: // numbers outside the enumeration cannot be read either
+        throw std::string(std::string_view(messages::parameterNotHandled(m_functionName)));
+    }
+}
+
+int LuaCallBridge::_push(const FunctionParameter& parameter) const
+{
+    switch (parameter.m_type)
+    {
+    case PARAM_TYPE_VOID:
+        return 0;
+    case PARAM_TYPE_BOOL:
+        lua_pushboolean(m_state, parameter.getBool() ? 1 : 0);
+        return 1;
+    case PARAM_TYPE_INT:
+        lua_pushinteger(m_state, parameter.getInt());
+        return 1;
+    case PARAM_TYPE_FLOAT:
+        lua_pushnumber(m_state, static_cast<lua_Number>(parameter.getFloat()));
+        return 1;
+    case PARAM_TYPE_DOUBLE:
+        lua_pushnumber(m_state, parameter.getDouble());
+        return 1;
+    case PARAM_TYPE_STRING:
+        pushName(m_state, parameter.getString()); // texts end at their first NUL for scripts
+        return 1;
+    case PARAM_TYPE_USER_TYPE_OWNED:
+    case PARAM_TYPE_USER_TYPE:
+        return _pushUserType(parameter);
+    case PARAM_TYPE_SCRIPT_FUNCTION:
+    case PARAM_TYPE_SCRIPT_OBJECT:
+        pushReferenced(m_state, parameter.getScriptObject(), LuaStateHandle(&m_scope.getSlot()));
+        return 1;
+    }
+    LogManager::getInstance()->log(
+        messages::outputNotHandled(m_functionName), LOG_SOURCE_LUA_FUNCTION);
+    return 0;
+}
+
+bool LuaCallBridge::writeObject(FunctionParameter& parameter, void* object)
+{
+    if (parameter.m_type != PARAM_TYPE_USER_TYPE && parameter.m_type != PARAM_TYPE_USER_TYPE_OWNED)
+        return false;
+    if (parameter.m_live != FunctionParameter::MEMBER::USER_TYPE)
+        parameter.prepareForUserType();
+    FunctionParameter::UserTypeValue& value = parameter.m_storage.userType;
+    value.object = object;
+    value.view.reset();
+    return true;
+}
+
+bool LuaCallBridge::writeIndex(FunctionParameter& parameter, int index)
+{
+    if (parameter.m_type != PARAM_TYPE_INT)
+        return false;
+    _makeRoomForPlainValue(parameter);
+    parameter.m_storage.integer = index;
+    parameter.m_live = FunctionParameter::MEMBER::INT;
+    return true;
+}
+
+tbMemory::String LuaCallBridge::buildTypeMismatchMessage(
+    lua_State* state,
+    lua_Debug& activation,
+    int actualType,
+    const tbMemory::StringView& expectedTypeName,
+    const tbMemory::StringView& functionName)
+{
+    int line = UNKNOWN_LINE;
+    if (lua_getstack(state, CALLING_LEVEL, &activation) && lua_getinfo(state, "nSl", &activation))
+        line = activation.currentline;
+    return messages::typeMismatch(
+        intToDecimal(line), functionName, expectedTypeName, lua_typename(state, actualType));
+}
+
+std::string LuaCallBridge::intToDecimal(int number)
+{
+    std::array<char, 16> digits{};
+    const std::to_chars_result end =
+        std::to_chars(digits.data(), digits.data() + digits.size(), number);
+    return std::string(digits.data(), end.ptr);
+}
+
+void LuaCallBridge::_makeRoomForPlainValue(FunctionParameter& parameter)
+{
+    if (parameter._ownsSomething())
+        parameter._clear();
+}
+
+void LuaCallBridge::_readNumber(FunctionParameter& parameter, int stackIndex) const
+{
+    _makeRoomForPlainValue(parameter);
+    // Not a number reads as 0, which the conversion of such a value gives anyway.
+    const double number = lua_tonumber(m_state, stackIndex);
+    switch (parameter.m_type)
+    {
+    case PARAM_TYPE_INT:
+        parameter.m_storage.integer = truncateToInt(number);
+        parameter.m_live = FunctionParameter::MEMBER::INT;
+        break;
+    case PARAM_TYPE_FLOAT:
+        parameter.m_storage.single = narrowToFloat(number);
+        parameter.m_live = FunctionParameter::MEMBER::FLOAT;
+        break;
+    default:
+        parameter.m_storage.number = number;
+        parameter.m_live = FunctionParameter::MEMBER::DOUBLE;
+        break;
+    }
+    if (number == 0.0 && !lua_isnumber(m_state, stackIndex))
+        _throwTypeMismatch(stackIndex, nameOfNumber(parameter.m_type));
+}
+
+void LuaCallBridge::_readText(FunctionParameter& parameter, int stackIndex) const
+{
+    if (parameter.m_live != FunctionParameter::MEMBER::TEXT)
+        parameter.prepareForString();
+    tbMemory::String& text = parameter.m_storage.text;
+    const tbMemory::StringView passed = textAt(m_state, stackIndex);
+    if (passed.isNull())
+    {
+        text.clear();
+        _throwTypeMismatch(stackIndex, NAME_OF_STRING);
+    }
+    text = passed;
+}
+
+bool LuaCallBridge::_acceptsInstance(const FunctionParameter& parameter, int stackIndex) const
+{
+    const LuaInstance instance = instanceAt(m_scope.getSlot(), m_state, stackIndex);
+    return instance.box &&
+           (parameter.m_acceptsAnyUserType || instance.typeName == parameter.getUserTypeName());
+}
+
+bool LuaCallBridge::_readExpectedInstance(FunctionParameter& parameter, int stackIndex) const
+{
+    if (parameter.m_live != FunctionParameter::MEMBER::USER_TYPE || parameter.m_acceptsAnyUserType)
+        return false;
+    auto* const box = static_cast<const LuaInstanceBox*>(boxSizedBlockAt(m_state, stackIndex));
+    const tbMemory::String* const name =
+        box ? livingTypeAt(m_scope.getSlot(), m_state, stackIndex) : nullptr;
+    FunctionParameter::UserTypeValue& value = parameter.m_storage.userType;
+    if (!name || !hasFlagsOfABox(box) || box->isDestroyed || !isSameName(*name, value.typeName))
+        return false;
+    value.object = box->object;
+    if (parameter.m_type == PARAM_TYPE_USER_TYPE_OWNED)
+        _lendView(parameter, stackIndex);
+    return true;
+}
+
+void LuaCallBridge::_readUserType(FunctionParameter& parameter, int stackIndex) const
+{
+    if (parameter.m_live != FunctionParameter::MEMBER::USER_TYPE)
+        parameter.prepareForUserType();
+    FunctionParameter::UserTypeValue& value = parameter.m_storage.userType;
+    value.object = nullptr;
+    if (!_readInstance(parameter, value, stackIndex))
+    {
+        const bool acceptsAny = parameter.m_acceptsAnyUserType;
+        if (!lua_isnil(m_state, stackIndex))
+        {
+            _throwTypeMismatch(
+                stackIndex,
+                acceptsAny ? tbMemory::StringView("") : tbMemory::StringView(value.typeName));
+        }
+        value.view.reset();
+        if (acceptsAny)
+            value.typeName.clear();
+    }
+    else if (parameter.m_type == PARAM_TYPE_USER_TYPE_OWNED)
+    {
+        _lendView(parameter, stackIndex);
+    }
+}
+
+bool LuaCallBridge::_readInstance(
+    const FunctionParameter& parameter,
+    FunctionParameter::UserTypeValue& value,
+    int stackIndex) const
+{
+    const LuaInstance instance = instanceAt(m_scope.getSlot(), m_state, stackIndex);
+    if (!instance.box)
+        return false;
+    if (parameter.m_acceptsAnyUserType)
+        value.typeName = instance.typeName;
+    else if (instance.typeName != value.typeName)
+        return false;
+    value.object = instance.box->object;
+    return true;
+}
+
+void LuaCallBridge::_readReference(FunctionParameter& parameter, int stackIndex) const
+{
+    parameter._clear(); // without a value it designates nothing
+    const bool isFunction = parameter.m_type == PARAM_TYPE_SCRIPT_FUNCTION;
+    if (!accepts(parameter, stackIndex))
+        _throwTypeMismatch(stackIndex, isFunction ? NAME_OF_FUNCTION : NAME_OF_OBJECT);
+    LuaStateSlot& slot = m_scope.getSlot();
+    if (!slot.main)
+        return; // the state is closing: what it holds cannot be kept any more
+
+    const ScriptObjectReference kept =
+        LuaScriptObjectInterpreterReference::make(LuaStateHandle(&slot), parameter.m_type);
+    lua_pushvalue(m_state, stackIndex);
+    LuaScriptObjectInterpreterReference::of(kept).anchor(m_state);
+    new (&parameter.m_storage.reference) ScriptObjectReference(kept);
+    parameter.m_live = FunctionParameter::MEMBER::REFERENCE;
+}
+
+void LuaCallBridge::_lendView(FunctionParameter& parameter, int stackIndex) const
+{
+    std::shared_ptr<ScriptObjectInterpreterView>& view = parameter.m_storage.userType.view;
+    if (view.use_count() != 1)
+        view = std::make_shared<LuaScriptObjectInterpreterView>();
+    // Only this bridge puts views into parameters, and only of this kind.
+    static_cast<LuaScriptObjectInterpreterView&>(*view).lend(
+        m_scope, PARAM_TYPE_SCRIPT_OBJECT, stackIndex);
+}
+
+void LuaCallBridge::_throwTypeMismatch(
+    int stackIndex, const tbMemory::StringView& expectedTypeName) const
+{
+    lua_Debug activation;
+    throw std::string(std::string_view(buildTypeMismatchMessage(
+        m_state, activation, lua_type(m_state, stackIndex), expectedTypeName, m_functionName)));
+}
+
+int LuaCallBridge::_pushUserType(const FunctionParameter& parameter) const
+{
+    void* const object = parameter.getUserTypeObject();
+    if (!object)
+        return 0;
+    bool becomesOwner = parameter.m_type == PARAM_TYPE_USER_TYPE_OWNED;
+    if (becomesOwner && parameter.m_storage.userType.view)
+    {
+        // Only this bridge puts views into parameters, and only of this kind.
+        const auto& view =
+            static_cast<const LuaScriptObjectInterpreterView&>(*parameter.m_storage.userType.view);
+        if (view.isForeignTo(m_scope.getSlot()))
+            becomesOwner = false; // a script of another interpreter has it, and keeps it
+        else if (_pushOriginal(view, object))
+            return 1;
+    }
+    pushInstance(m_scope.getSlot(), m_state, object, becomesOwner, parameter.getUserTypeName());
+    return 1;
+}
+
+bool LuaCallBridge::_pushOriginal(
+    const LuaScriptObjectInterpreterView& view, const void* object) const
+{
+    if (!view.pushValue(m_state))
+        return false;
+    const LuaInstance instance = boxAt(m_scope.getSlot(), m_state, -1);
+    // A dead one too: its object was destroyed meanwhile, and a new box would do that again.
+    if (instance.box &&
+        (instance.box->isDestroyed || (instance.box->gcEnabled && instance.box->object == object)))
+        return true;
+    lua_pop(m_state, 1);
+    return false;
+}
+
+} // namespace tbScripts::lua

@@ -1,0 +1,104 @@
+#include "bindings/lua/values/LuaInstanceBox.h"
+
+#include "core/lua/LuaText.h"
+
+#include <cstring>
+
+namespace tbScripts::lua
+{
+
+namespace
+{
+
+// Returns whether the value on top of the stack is the table of one of our types, living or dead.
+bool isTypeTable(const LuaStateSlot& slot, lua_State* state)
+{
+    if (slot.types.find(lua_topointer(state, -1)))
+        return true;
+    if (!lua_istable(state, -1))
+        return false;
+    lua_rawgeti(state, LUA_REGISTRYINDEX, slot.typeTablesKey);
+    lua_pushvalue(state, -2);
+    lua_rawget(state, -2);
+    const bool isType = lua_type(state, -1) == LUA_TSTRING;
+    lua_pop(state, 2);
+    return isType;
+}
+
+// Stack: +1, the table of the user type `typeName`, or nil if there is no such type.
+void pushTypeTable(const LuaStateSlot& slot, lua_State* state, const tbMemory::StringView& typeName)
+{
+    pushName(state, typeName);
+    lua_rawget(state, LUA_REGISTRYINDEX);
+    if (isTypeTable(slot, state))
+        return;
+    lua_pop(state, 1);
+    lua_pushnil(state);
+}
+
+} // namespace
+
+void registerTypeTable(
+    const LuaStateSlot& slot, lua_State* state, const tbMemory::StringView& fullName)
+{
+    lua_rawgeti(state, LUA_REGISTRYINDEX, slot.typeTablesKey);
+    lua_pushvalue(state, -2);
+    lua_pushlstring(state, fullName.empty() ? "" : fullName.data(), fullName.size());
+    lua_rawset(state, -3);
+    lua_pop(state, 1);
+}
+
+LuaInstance boxOfAnyType(const LuaStateSlot& slot, lua_State* state, int index, void* block)
+{
+    LuaInstance instance{nullptr, tbMemory::StringView()};
+    if (!lua_getmetatable(state, index))
+        return instance;
+    lua_rawgeti(state, LUA_REGISTRYINDEX, slot.typeTablesKey);
+    lua_insert(state, -2);
+    lua_rawget(state, -2);
+    if (lua_type(state, -1) == LUA_TSTRING)
+    {
+        instance.box = static_cast<LuaInstanceBox*>(block);
+        instance.typeName = textAt(state, -1);
+    }
+    lua_pop(state, 2);
+    return instance;
+}
+
+void pushInstance(
+    const LuaStateSlot& slot,
+    lua_State* state,
+    void* object,
+    bool gcEnabled,
+    const tbMemory::StringView& typeName)
+{
+    void* const block = lua_newuserdata(state, INSTANCE_BOX_SIZE);
+    const LuaInstanceBox box{object, gcEnabled, false, {}};
+    std::memset(block, 0, INSTANCE_BOX_SIZE);
+    std::memcpy(block, &box, sizeof(box));
+    pushTypeTable(slot, state, typeName);
+    lua_setmetatable(state, -2);
+}
+
+void pushHostObject(
+    const LuaStateSlot& slot, lua_State* state, void* object, const tbMemory::StringView& typeName)
+{
+    if (object)
+        pushInstance(slot, state, object, false, typeName);
+    else
+        lua_pushnil(state);
+}
+
+void* untypedObjectAt(const LuaStateSlot& slot, lua_State* state, int index)
+{
+    if (lua_type(state, index) != LUA_TUSERDATA || lua_objlen(state, index) < sizeof(void*))
+        return nullptr;
+    const LuaInstance instance = boxAt(slot, state, index);
+    if (instance.box && instance.box->isDestroyed)
+        return nullptr;
+    void* object = nullptr;
+    std::memcpy(&object, lua_touserdata(state, index), sizeof(object));
+    return object;
+}
+
+} // namespace tbScripts::lua

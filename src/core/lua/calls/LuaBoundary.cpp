@@ -1,0 +1,106 @@
+#include "core/lua/calls/LuaBoundary.h"
+
+#include "core/lua/LuaErrorText.h"
+
+#include <exception>
+
+#if defined(__GNUC__)
+    #include <cxxabi.h>
+#endif
+
+namespace tbScripts::lua
+{
+
+namespace
+{
+
+// What the interpreter says of an exception that carries no text.
+constexpr const char* TEXT_OF_UNKNOWN_EXCEPTION = "C++ exception";
+
+// Fills `carried` from an exception of the work; only such as carry a text are caught here, all
+// others belong to the interpreter.
+void runCarriedWork(ProtectedWork& carried, lua_State* state)
+{
+    try
+    {
+        carried.invoke(carried.work, state);
+        return;
+    }
+    catch (const std::string& text)
+    {
+        carried.text = text;
+    }
+    catch (const std::exception& exception)
+    {
+        carried.text = exception.what();
+    }
+    carried.hasThrown = true;
+}
+
+} // namespace
+
+#if defined(__GNUC__)
+__thread void* const* handledException = nullptr;
+
+void findHandledException()
+{
+    // The C++ ABI of these platforms fixes that it is the first word of the exception globals.
+    handledException = reinterpret_cast<void* const*>(abi::__cxa_get_globals());
+}
+#endif
+
+int runProtectedWork(lua_State* state)
+{
+    ProtectedWork& carried = *static_cast<ProtectedWork*>(lua_touserdata(state, -1));
+    lua_pop(state, 1);
+    runCarriedWork(carried, state);
+    return 0;
+}
+
+bool callProtected(const LuaStateSlot& slot, lua_State* state, int arguments, ProtectedWork& work)
+{
+    // Nothing in these lines makes an object, and the stack has room: the interpreter keeps some
+    // for each C function, and every operation leaves it as it was. So nothing raises before the
+    // call protects.
+    lua_rawgeti(state, LUA_REGISTRYINDEX, slot.trampolineKey);
+    lua_insert(state, -1 - arguments);
+    lua_pushlightuserdata(state, &work);
+    return lua_pcall(state, arguments + 1, 0, 0) == 0 && !work.hasThrown;
+}
+
+bool describeCurrentException(std::string& text)
+{
+    // Null for an exception that is not of this runtime: one of the interpreter's.
+    const std::exception_ptr current = std::current_exception();
+    if (!current)
+        return false;
+
+    text = TEXT_OF_UNKNOWN_EXCEPTION;
+    contain(
+        [&]
+        {
+            try
+            {
+                std::rethrow_exception(current);
+            }
+            catch (const std::string& thrown)
+            {
+                text = thrown;
+            }
+            catch (const std::exception& exception)
+            {
+                text = exception.what();
+            }
+        },
+        [] {});
+    return true;
+}
+
+void takeErrorText(lua_State* state, std::string& text)
+{
+    constexpr const char* TEXT_WITHOUT_MEMORY = "std::bad_alloc"; // short: takes none either
+    if (!contain([&] { text = errorTextAt(state, -1); }, [] {}))
+        text = TEXT_WITHOUT_MEMORY;
+}
+
+} // namespace tbScripts::lua

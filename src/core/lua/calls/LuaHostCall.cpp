@@ -1,0 +1,72 @@
+#include "core/lua/calls/LuaHostCall.h"
+
+#include "core/ExceptionContainment.h"
+#include "core/LogSources.h"
+#include "core/lua/calls/LuaCallbackScope.h"
+
+#include "tbScripts/LogManager.h"
+
+#include <cstddef>
+#include <cstdint>
+
+#if defined(__linux__)
+    #include <pthread.h>
+#endif
+
+namespace tbScripts::lua
+{
+
+namespace
+{
+
+constexpr const char* TEXT_TOO_DEEP = "C stack overflow";
+
+// Where the stack of this thread ends, 0 if nobody knows.
+std::uintptr_t findEndOfStack()
+{
+    void* lowest = nullptr;
+#if defined(__linux__)
+    pthread_attr_t attributes;
+    if (::pthread_getattr_np(::pthread_self(), &attributes) != 0)
+        return 0;
+    std::size_t size = 0;
+    ::pthread_attr_getstack(&attributes, &lowest, &size);
+    ::pthread_attr_destroy(&attributes);
+#endif
+    return reinterpret_cast<std::uintptr_t>(lowest);
+}
+
+} // namespace
+
+bool LuaHostCall::_admitOrExplain(std::string& errorText)
+{
+    if (!m_slot)
+    {
+        errorText.clear();
+        return false;
+    }
+    if (!m_state)
+    {
+        errorText = TEXT_TOO_DEEP;
+        return false;
+    }
+    return !m_slot->innermostCallback || m_slot->innermostCallback->keepViews(errorText);
+}
+
+bool LuaHostCall::_isStackLeft()
+{
+    constexpr std::uintptr_t RESERVE = std::uintptr_t{32} * 1024; // the interpreter needs some too
+    thread_local const std::uintptr_t end = findEndOfStack();
+    const char here = 0;
+    const auto place = reinterpret_cast<std::uintptr_t>(&here);
+    // Below the end it is another stack, which the host has made by itself.
+    return place < end || place - end > RESERVE;
+}
+
+void LuaHostCall::_logFailure(const std::string& errorText)
+{
+    // Contained: destructors log too, and the first message of all makes the manager.
+    contain([&] { LogManager::getInstance()->log(errorText, LOG_SOURCE_LUA_ENVIRONMENT); }, [] {});
+}
+
+} // namespace tbScripts::lua

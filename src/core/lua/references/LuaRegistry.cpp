@@ -1,0 +1,29 @@
+#include "core/lua/references/LuaRegistry.h"
+
+#include "core/lua/calls/LuaBoundary.h"
+
+#include <string>
+
+namespace tbScripts::lua
+{
+
+bool freeRegistrySlot(LuaStateSlot& slot, int key, std::string& errorText)
+{
+    if (!slot.running || key <= 0)
+        return true;
+    // Contained although it allocates nothing: the stack may be full.
+    return containLuaErrors<STACK_AFTER_WORK::AS_BEFORE>(
+        slot,
+        slot.running,
+        0,
+        [&slot, key](lua_State* state) { giveRegistrySlotBack(slot, state, key); },
+        errorText);
+}
+
+void freeRegistrySlot(LuaStateSlot& slot, int key)
+{
+    std::string ignored;
+    freeRegistrySlot(slot, key, ignored);
+}
+
+} // namespace tbScripts::lua

@@ -1,0 +1,93 @@
+#include "core/lua/references/LuaScriptObjectInterpreterReference.h"
+
+#include "core/ExceptionContainment.h"
+#include "core/LogSources.h"
+#include "core/ScriptObjectReferenceBlock.h"
+#include "core/lua/calls/LuaBoundary.h"
+#include "core/lua/references/LuaRegistry.h"
+
+#include "tbScripts/LogManager.h"
+
+#include <string>
+#include <typeinfo>
+#include <utility>
+
+namespace tbScripts::lua
+{
+
+ScriptObjectReference LuaScriptObjectInterpreterReference::make(
+    const LuaStateHandle& handle, FUNCTION_PARAMETER_TYPE type)
+{
+    ScriptObjectReference made;
+    made.m_block->makeValue<LuaScriptObjectInterpreterReference>(handle, type, 0);
+    return made;
+}
+
+LuaScriptObjectInterpreterReference::LuaScriptObjectInterpreterReference(
+    LuaStateHandle handle, FUNCTION_PARAMETER_TYPE type, int slot)
+    : ScriptObjectInterpreterReference(type)
+    , m_handle(std::move(handle))
+    , m_slot(slot)
+    , m_hasOwnRelease(false)
+{
+}
+
+LuaScriptObjectInterpreterReference::LuaScriptObjectInterpreterReference(
+    LuaStateHandle handle, FUNCTION_PARAMETER_TYPE type, int slot, LuaReleaseAction release)
+    : ScriptObjectInterpreterReference(type)
+    , m_handle(std::move(handle))
+    , m_slot(slot)
+    , m_hasOwnRelease(true)
+    , m_release(std::move(release))
+{
+}
+
+LuaScriptObjectInterpreterReference::~LuaScriptObjectInterpreterReference()
+{
+    if (!m_handle.get())
+        return;
+    std::string errorText;
+    const bool isReleased = m_hasOwnRelease
+                                ? _runOwnRelease(errorText)
+                                : freeRegistrySlot(*m_handle.getSlot(), m_slot, errorText);
+    if (isReleased)
+        return;
+    contain([&] { LogManager::getInstance()->log(errorText, LOG_SOURCE_LUA_ENVIRONMENT); }, [] {});
+}
+
+bool LuaScriptObjectInterpreterReference::_runOwnRelease(std::string& errorText) const
+{
+    return containLuaErrors(
+        *m_handle.getSlot(),
+        m_handle.get(),
+        0,
+        [this](lua_State* state)
+        {
+            if (m_release)
+                m_release(state, m_slot, getType());
+        },
+        errorText);
+}
+
+int LuaScriptObjectInterpreterReference::slotOf(
+    const ScriptObjectReference& reference, const LuaStateHandle& handle)
+{
+    const ScriptObjectInterpreterReference* const value = reference.getInterpreterReference();
+    // Exact type instead of a dynamic cast: this runs for every value that is pushed.
+    if (!value || typeid(*value) != typeid(LuaScriptObjectInterpreterReference))
+        return 0;
+    const auto& ours = static_cast<const LuaScriptObjectInterpreterReference&>(*value);
+    return ours.m_handle.sharesStateWith(handle) ? ours.m_slot : 0;
+}
+
+void pushReferenced(
+    lua_State* state, const ScriptObjectReference& reference, const LuaStateHandle& handle)
+{
+    const int slot = LuaScriptObjectInterpreterReference::slotOf(reference, handle);
+    if (slot == 0) // the registry keeps its own bookkeeping there
+        lua_pushnil(state);
+    else
+        lua_rawgeti(state, LUA_REGISTRYINDEX, slot);
+}
+
+} // namespace tbScripts::lua

@@ -1,0 +1,88 @@
+#pragma once
+
+#include "core/lua/LuaApi.h"
+#include "core/lua/calls/LuaCallbackScope.h"
+#include "core/lua/references/LuaScriptObjectInterpreterReference.h"
+
+#include "tbScripts/ScriptObjectInterpreterView.h"
+
+#include <string>
+
+namespace tbScripts::lua
+{
+
+/// Looks at a stack slot during a callback of the host.
+///
+/// A slot's index means something only while its own call is the innermost one. Before the host
+/// calls into the interpreter again, the scope has the value kept in the registry.
+class LuaScriptObjectInterpreterView final : public ScriptObjectInterpreterView
+{
+public:
+    /// Looks at nothing until it is lent.
+    LuaScriptObjectInterpreterView();
+
+    ~LuaScriptObjectInterpreterView() override;
+
+    /// Looks at stack slot `index` until `scope` ends; 0 is nothing.
+    void lend(LuaCallbackScope& scope, FUNCTION_PARAMETER_TYPE type, int index)
+    {
+        if (m_scope)
+            end();
+        m_hasOwnRelease = false;
+        m_type = type;
+        m_index = index;
+        m_scope = &scope;
+        scope.addView(*this);
+    }
+
+    /// The same; `release` goes to the references that are made from this view.
+    void lend(
+        LuaCallbackScope& scope, FUNCTION_PARAMETER_TYPE type, int index, LuaReleaseAction release);
+
+    /// Looks at nothing from here on.
+    void end();
+
+    /// Returns whether this looks at a value of another interpreter than that of `slot`.
+    bool isForeignTo(const LuaStateSlot& slot) const;
+
+    /// Stack: +1, the value; +0 and false if there is none to look at. `state` is the thread that
+    /// runs. Never raises.
+    bool pushValue(lua_State* state) const;
+
+    ScriptObjectInterpreterReference* createReference() override;
+
+private:
+    friend class LuaCallbackScope; // chains the views that were lent to it
+
+    // Needs no stack slot any more.
+    bool _isKept() const;
+
+    // Anchors the value in the registry.
+    bool _keep(std::string& errorText);
+
+    FUNCTION_PARAMETER_TYPE m_type = PARAM_TYPE_VOID;
+    int m_index = 0;    // on the stack of the scope's thread
+    int m_keptSlot = 0; // in the registry, 0 while only on the stack
+    bool m_hasOwnRelease = false;
+    LuaReleaseAction m_release;
+    LuaCallbackScope* m_scope = nullptr;              // null once the call is over
+    LuaScriptObjectInterpreterView* m_next = nullptr; // in the scope's chain
+};
+
+inline void LuaCallbackScope::addView(LuaScriptObjectInterpreterView& view)
+{
+    view.m_next = m_firstView;
+    m_firstView = &view;
+    m_hasUnkeptViews = true;
+}
+
+inline void LuaCallbackScope::removeView(LuaScriptObjectInterpreterView& view)
+{
+    LuaScriptObjectInterpreterView** link = &m_firstView;
+    while (*link != &view)
+        link = &(*link)->m_next;
+    *link = view.m_next;
+    view.m_next = nullptr;
+}
+
+} // namespace tbScripts::lua
