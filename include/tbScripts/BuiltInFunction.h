@@ -5,11 +5,11 @@
 namespace tbScripts
 {
 
-/// Operators of scripts that a user type can define, see `UserType::setOperator`. The numbers are
-/// fixed.
+/// Operators of the script language that a user type can define, see `UserType::setOperator`. The
+/// numbers are fixed.
 enum class BUILT_IN_FUNCTION : std::int32_t
 {
-    TOSTRING = 0, ///< `tostring(a)`; gives a text
+    TOSTRING = 0, ///< `tostring(a)`; returns a string
     UNM = 1,      ///< `-a`
     ADD = 2,      ///< `a + b`
     SUB = 3,      ///< `a - b`
@@ -18,7 +18,7 @@ enum class BUILT_IN_FUNCTION : std::int32_t
     MOD = 6,      ///< `a % b`
     POW = 7,      ///< `a ^ b`
     CONCAT = 8,   ///< `a .. b`
-    EQ = 9,       ///< `a == b`; gives a truth value, as do the next two
+    EQ = 9,       ///< `a == b`; returns a boolean, as do the next two
     LT = 10,      ///< `a < b`
     LE = 11       ///< `a <= b`
 };

@@ -7,14 +7,14 @@
 namespace tbScripts
 {
 
-/// Outcome of the last compilation of a script. A fresh one reads as a success.
+/// Outcome of the last compilation of a script. A new result reads as a success.
 ///
-/// Format: docs/messages.md lists the texts and codes.
+/// Format: docs/messages.md lists the messages and codes.
 struct CompilationResult
 {
-    tbMemory::String message;    ///< text of the failure, empty on success
+    tbMemory::String message;    ///< what failed, empty on success
     std::uint32_t errorCode = 0; ///< 0 success, 2 no interpreter, 3 syntax error, 4 out of memory
-    bool success = true;         ///< whether there is a compiled form
+    bool success = true;         ///< whether the script has a compiled form
 };
 
 } // namespace tbScripts

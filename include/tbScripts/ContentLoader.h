@@ -20,9 +20,17 @@ class Script;
 
 /// Reads and writes declaration files, and turns declarations into scripts of the `ScriptManager`.
 ///
-/// Format: docs/script-declarations.md. Paths to read are resolved against the working directory of
-/// `tbResources::ResourceManager`, absolute ones taken as they are. A path that is a directory, a
-/// FIFO or unreadable counts as a missing file.
+/// @code
+/// const ContentLoadResult<Script> loaded =
+///     ContentLoader::loadScriptDeclaration("patrol.json", true);
+/// for (const tbMemory::String& error : loaded.errors)
+///     std::cout << error << '\n';
+/// @endcode
+///
+/// Relative paths to read are resolved against the working directory of
+/// `tbResources::ResourceManager`. A directory, a FIFO and an unreadable file count as missing.
+///
+/// Format: docs/script-declarations.md.
 class TBSCRIPTS_API ContentLoader
 {
 public:
@@ -30,50 +38,54 @@ public:
 
     /// Reads and parses a file.
     ///
-    /// On failure: a result without root. A missing file is logged (tag
-    /// "ContentLoader::inputData"), a text that is no JSON as below.
+    /// On failure: returns a result without root. A missing file is logged (tag
+    /// "ContentLoader::inputData"), invalid JSON as by `inputDataSources`.
     static tbExport::ExporterLoadResult inputData(const tbMemory::StringView& path);
 
-    /// Parses a text.
+    /// Parses a JSON document.
     ///
-    /// On failure: a result without root; what is wrong and where is logged in six entries (tag
+    /// On failure: returns a result without root. Six log entries say what is wrong and where (tag
     /// "ContentLoader::inputDataSources", separators with tag "-").
     static tbExport::ExporterLoadResult inputDataSources(const tbMemory::StringView& text);
 
-    /// Returns all bytes of a file; empty, and nothing logged, if it cannot be read.
+    /// Returns all bytes of a file.
+    ///
+    /// On failure: returns an empty string and logs nothing.
     static tbMemory::String inputDataStr(const tbMemory::StringView& path);
 
-    /// Writes `data` to the file whose name is the working path directly followed by `path`, and
-    /// returns whether it could be opened.
+    /// Writes `data` to a file and returns whether the file could be opened. The file's name is the
+    /// working path directly followed by `path`.
     ///
-    /// A file is replaced whole or not at all: if the disk is full or the process ends meanwhile,
-    /// the old one stays. Links are followed and permissions kept. Devices and pipes, and files
-    /// that cannot be replaced in their folder, are written in place.
-    /// On failure: one that cannot be opened is logged (tag "ContentLoader"). Kept: a failure while
-    /// writing is not reported.
+    /// A regular file is replaced as a whole or not at all: if the disk is full or the process is
+    /// killed during the call, the old file stays. Links are followed and permissions preserved.
+    /// Devices, pipes, and files that cannot be replaced in their folder are written in place.
+    /// On failure: a file that cannot be opened is logged (tag "ContentLoader").
+    /// Compatibility: a failure while writing is not reported (decision 0014).
     static bool outputData(const tbMemory::StringView& data, const tbMemory::StringView& path);
 
-    /// Prints `tree` and writes it as `outputData` does. False for null.
+    /// Prints `tree` as JSON and writes it as `outputData` does. Returns false for null.
     static bool saveTreeDeclaration(tbExport::Node* tree, const tbMemory::StringView& path);
 
     /// The same for an object that writes itself into a tree.
     static bool
     saveObjectDeclaration(tbExport::Exportable* object, const tbMemory::StringView& path);
 
-    /// Reads a file and processes its text. Kept: the second argument is ignored, the scripts are
-    /// always compiled.
+    /// Reads a file and processes its declarations.
+    ///
+    /// Compatibility: `compile` is ignored, the scripts are always compiled (decision 0014).
     static ContentLoadResult<Script>
     loadScriptDeclaration(const tbMemory::StringView& path, bool compile);
 
-    /// Makes or updates the scripts that `text` declares, one declaration or an array of them, and
-    /// compiles them if `compile` says so.
+    /// Creates or updates the scripts that `text` declares, and compiles them if `compile` is set.
+    /// `text` holds one declaration or an array of them.
     ///
-    /// Errors are in the result, not in the log; of an element that fails only the first one. How a
-    /// script compiled is said by its own `getLastCompilationResult`.
+    /// Errors go into the result, not into the log; an element that fails reports its first error
+    /// only. `Script::getLastCompilationResult` says how a script compiled.
     static ContentLoadResult<Script>
     processScriptSources(const tbMemory::StringView& text, bool compile);
 
-    /// The same for one declaration. `declaration` stays the caller's; null is no object.
+    /// The same for one declaration, which the caller keeps. Null counts as a node that is no
+    /// object.
     static ContentLoadResult<Script> processScriptTree(tbExport::Node* declaration, bool compile);
 };
 

@@ -24,27 +24,29 @@ class Environment;
 
 /// The process's environments by name, reached through `getInstance`.
 ///
-/// It owns what it hands out, until `kill`. An environment that runs a script while the manager is
-/// killed leaves the manager at once; its interpreter and bindings follow when that run returns.
+/// The manager owns the environments until `kill`. `kill` removes an environment that runs a script
+/// at once; its interpreter and bindings are destroyed when that run returns.
 class TBSCRIPTS_API EnvironmentManager : public tbCommon::SingletonClass<EnvironmentManager>
 {
 public:
     ///@{
-    /// Takes a share in the environments of `other`.
+    /// Shares the environments of `other`.
     ///
-    /// Kept: a copy shares the environments. They end with the last manager that has them, and
-    /// `getInstance` goes on giving the instance that it gave before.
+    /// Compatibility: a copy creates no new environments. They are destroyed with the last manager
+    /// that lists them, and `getInstance` still returns the same instance (decision 0014).
     EnvironmentManager(const EnvironmentManager& other);
     EnvironmentManager& operator=(const EnvironmentManager& other);
     ///@}
 
-    /// Destroys the environments, one after the other; each has left the manager before it goes.
+    /// Destroys the environments, one after the other; the manager forgets each one before it
+    /// destroys it.
     ~EnvironmentManager() override;
 
-    /// Returns the environment of exactly that name; makes one without interpreter if there is
-    /// none. Never null.
+    /// Returns the environment of exactly that name, never null. Creates one without interpreter if
+    /// there is none.
     ///
-    /// Ownership: the manager's. Valid until: `kill`.
+    /// Ownership: the manager's.
+    /// Valid until: `kill`.
     Environment* createOrRetrieve(const tbMemory::StringView& name);
 
 private:

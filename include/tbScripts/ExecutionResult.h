@@ -7,18 +7,18 @@
 namespace tbScripts
 {
 
-/// Outcome of the last execution or script call of an environment. A fresh one is a success.
+/// Outcome of the last execution or script call of an environment. A new result reads as a success.
 ///
-/// Format: docs/messages.md lists the texts and codes.
+/// Format: docs/messages.md lists the messages and codes.
 struct ExecutionResult
 {
-    tbMemory::String message; ///< text of the failure, empty on success
+    tbMemory::String message; ///< what failed, empty on success
 
-    /// 0 success, 1 error inside the error handling, 2 no interpreter, 3 script made for another
-    /// interpreter, 4 no bytecode, 5 runtime error, 6 out of memory.
+    /// 0 success, 1 error inside the error handling, 2 no interpreter, 3 script compiled for
+    /// another interpreter, 4 no bytecode, 5 runtime error, 6 out of memory.
     std::int32_t code = 0;
 
-    bool success = true; ///< whether it ended without an error
+    bool success = true; ///< whether it returned without an error
 };
 
 } // namespace tbScripts

@@ -23,39 +23,55 @@ class LuaFunction;
 
 /// Host function that scripts call by name: its declared parameters and the callable behind it.
 ///
-/// A new function is unbound: calling it logs and has no effect. It may be changed, reset or
-/// destroyed while its callable runs; the running call finishes with what it began with.
+/// A new function is unbound: calling it logs and has no effect. The host may change, reset or
+/// destroy a function while its callable runs; the running call finishes with the parameters and
+/// the callable that it started with.
+///
+/// @code
+/// Function* const heal = environment.setFunc("heal");
+/// heal->addParameter(PARAM_TYPE_INT);
+/// heal->addParameter(PARAM_TYPE_DOUBLE);
+/// heal->setFunction(
+///     [&world](const Parameters& arguments)
+///     {
+///         if (!world.isAlive(arguments[0].getInt()))
+///             throw std::string("heal: there is no such unit");
+///         return world.heal(arguments[0].getInt(), arguments[1].getDouble());
+///     });
+/// @endcode
 class TBSCRIPTS_API Function
 {
 public:
-    /// What the host binds: gets the script's arguments, one for each declared parameter, and
-    /// returns the result, `FunctionParameter::VOID` for none. The arguments are good during the
-    /// call. A `std::string` or `std::exception` that it throws becomes a script error.
+    /// The callable that the host binds. It receives the script's arguments, one for each declared
+    /// parameter, and returns the result, `FunctionParameter::VOID` for none. A `std::string` or
+    /// `std::exception` that it throws becomes a script error.
+    ///
+    /// Valid until: the call returns, for the arguments.
     using Callable =
         std::function<FunctionParameter(const tbMemory::BufferView<FunctionParameter>&)>;
 
-    /// Makes an unbound function without parameters.
+    /// Creates an unbound function without parameters.
     explicit Function(const tbMemory::StringView& name);
 
     ///@{
     /// Copies name, declared parameters and callable.
     ///
-    /// Kept: the default callable of an unbound function still calls that of `other`; after the end
-    /// of `other` it reports with its name.
+    /// Compatibility: the default callable of an unbound copy still calls that of `other`, and uses
+    /// its name after `other` has been destroyed (decision 0006).
     Function(const Function& other);
     Function& operator=(const Function& other);
     ///@}
 
-    /// Ends the function. Scripts that have kept it get an error when they call it.
+    /// Destroys the function. A script that still holds it gets an error when it calls it.
     virtual ~Function();
 
-    /// Returns the name that scripts call it by.
+    /// Returns the name by which scripts call the function.
     ///
     /// Valid until: this function is assigned to or destroyed.
     tbMemory::StringView getName() const;
 
     /// Declares one more parameter. `typeName` is the full name of the expected user type, empty
-    /// to accept every one; it is ignored for all other kinds.
+    /// to accept every user type; other kinds ignore it.
     void addParameter(
         FUNCTION_PARAMETER_TYPE type,
         const tbMemory::StringView& typeName = tbMemory::StringView());
@@ -63,10 +79,10 @@ public:
     /// Binds `callable`. An empty one makes each call a script error.
     void setFunction(Callable callable);
 
-    /// Forgets the declared parameters and the callable.
+    /// Removes the declared parameters and the callable.
     void reset();
 
-    /// What an unbound function does: logs (tag "Function") and returns
+    /// The callable of an unbound function: logs (tag "Function") and returns
     /// `FunctionParameter::VOID`.
     FunctionParameter defaultFunction(const tbMemory::BufferView<FunctionParameter>& parameters);
 

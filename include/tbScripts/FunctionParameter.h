@@ -25,16 +25,21 @@ class LuaCallBridge;
 
 /// Tagged value that crosses the border between host and script.
 ///
-/// Reading one as another kind than its own gives the neutral value (false, 0, empty, null), never
+/// A read as another kind than its own returns the neutral value (false, 0, empty, null), never
 /// another kind's bytes. No operation reports an error.
+///
+/// @code
+/// const FunctionParameter five = 5;
+/// std::cout << five.getInt() << ' ' << five.getDouble() << '\n'; // nothing is converted
+/// @endcode
 class TBSCRIPTS_API FunctionParameter
 {
 public:
-    /// What a host function returns to say that there is no result. Usable before and after `main`.
+    /// The result of a host function that has none. Usable before and after `main`.
     static const FunctionParameter VOID;
 
-    /// Makes a value of kind `PARAM_TYPE_VOID`. Here and constexpr, so that `VOID` needs no code to
-    /// be made and is there before any static object of a host.
+    /// Creates a value of kind `PARAM_TYPE_VOID`. It is inline and constexpr, so that `VOID` is
+    /// initialised before any static object of a host.
     constexpr FunctionParameter() noexcept
         : m_storage()
         , m_type(PARAM_TYPE_VOID)
@@ -44,8 +49,8 @@ public:
     }
 
     ///@{
-    /// Makes a value of the kind that the type of `value` says. These, and what reads such values,
-    /// are here because a host function does little else.
+    /// Creates a value of the kind that corresponds to the type of `value`. These constructors and
+    /// the getters are inline, because most host functions do little else.
     FunctionParameter(bool value) noexcept
         : FunctionParameter(PARAM_TYPE_BOOL, MEMBER::BOOL)
     {
@@ -72,20 +77,25 @@ public:
 
     ///@}
 
-    /// Copies the zero-terminated `text`; a null pointer gives the empty text.
+    /// Copies the zero-terminated `text`; a null pointer creates the empty string.
     FunctionParameter(const char* text);
 
     /// Copies `text`, all of its bytes.
     FunctionParameter(const tbMemory::StringView& text);
 
-    /// Makes a value of a user type from `object`, which may be null.
+    /// Creates a value of a user type from `object`, which may be null.
     ///
-    /// `typeName` is the type's full name; empty gives a value without methods. If `scriptOwned`,
-    /// the script destroys the object that is handed to it, otherwise the host keeps it. The
-    /// parameter itself never destroys it.
+    /// `typeName` is the type's full name; an empty name creates a value without methods.
+    /// Ownership: `scriptOwned` transfers the object to the script that receives the value;
+    /// otherwise the host keeps it. The parameter itself never destroys the object.
+    ///
+    /// @code
+    /// auto* const made = new Point{arguments[0].getDouble(), arguments[1].getDouble()};
+    /// return FunctionParameter(made, "Point", true); // the script owns it
+    /// @endcode
     FunctionParameter(void* object, const tbMemory::StringView& typeName, bool scriptOwned);
 
-    /// Shares `reference`. The kind is that of the reference; an empty one gives
+    /// Shares `reference` and takes its kind. An empty reference creates a
     /// `PARAM_TYPE_SCRIPT_OBJECT` that designates nothing.
     FunctionParameter(const ScriptObjectReference& reference);
 
@@ -98,17 +108,22 @@ public:
         typename = std::enable_if_t<!std::is_same<std::remove_cv_t<T>, char>::value>>
     FunctionParameter(T* object) = delete;
 
-    /// Makes an empty value of kind `type`, to declare what is expected: zero, the empty text, an
-    /// empty reference or a null object.
+    /// Creates an empty value of kind `type`, which declares an expected result: zero, the empty
+    /// string, an empty reference or a null object.
     ///
-    /// `userTypeName` is the full name of the expected user type, empty to accept every one. It is
-    /// ignored for all other kinds.
+    /// `userTypeName` is the full name of the expected user type, empty to accept every user type;
+    /// other kinds ignore it.
+    ///
+    /// @code
+    /// std::array<FunctionParameter, 1> results{
+    ///     FunctionParameter::ofType(PARAM_TYPE_USER_TYPE, "Point")};
+    /// @endcode
     static FunctionParameter ofType(
         FUNCTION_PARAMETER_TYPE type,
         const tbMemory::StringView& userTypeName = tbMemory::StringView());
 
-    /// Returns an empty value that expects what this one expects: the same kind, and for user types
-    /// the type that was declared.
+    /// Returns an empty value with the same declaration: the same kind and, for user types, the
+    /// declared type.
     FunctionParameter getDeclaration() const;
 
     ///@{
@@ -119,7 +134,8 @@ public:
     ///@}
 
     ///@{
-    /// Takes the value. A moved-from text or user type becomes void; references stay shared.
+    /// Moves the value. A moved-from string or user type becomes void; a moved-from reference still
+    /// shares its value.
     FunctionParameter(FunctionParameter&& other) noexcept
         : FunctionParameter()
     {
@@ -130,14 +146,14 @@ public:
 
     ///@}
 
-    /// Gives up text and reference. A host object is not destroyed.
+    /// Releases string and reference. A host object is not destroyed.
     ~FunctionParameter()
     {
         if (_ownsSomething())
             _clear();
     }
 
-    /// Returns the kind; a number above 9 is given back as it is.
+    /// Returns the kind; a number above 9 is returned unchanged.
     FUNCTION_PARAMETER_TYPE getType() const { return m_type; }
 
     ///@{
@@ -158,9 +174,9 @@ public:
 
     ///@}
 
-    /// Returns the text, zero-terminated behind its end; a null view for another kind.
+    /// Returns the string, zero-terminated behind its end; a null view for another kind.
     ///
-    /// Valid until: this parameter is changed or destroyed. The same holds for the name below.
+    /// Valid until: this parameter is changed or destroyed. The same holds for `getUserTypeName`.
     tbMemory::StringView getString() const
     {
         return _is(PARAM_TYPE_STRING, MEMBER::TEXT) ? tbMemory::StringView(m_storage.text)
@@ -176,8 +192,8 @@ public:
         return _holdsUserType() ? m_storage.userType.object : nullptr;
     }
 
-    /// Returns a view on the script value that an owned user type was read from; looks at nothing
-    /// for other kinds, for values that the host made, and once the call that read it is over.
+    /// Returns a view on the script value that an owned user type was read from. The view is empty
+    /// for other kinds, for values that the host created, and after the call that read the value.
     ScriptObjectView getUserTypeView() const;
 
     /// Returns the reference, an empty one for another kind.
@@ -185,24 +201,24 @@ public:
     /// Valid until: this parameter is changed or destroyed.
     const ScriptObjectReference& getScriptObject() const;
 
-    /// Gives the storage the empty value of the current kind; what it held is destroyed. Does
-    /// nothing for numbers, truth values and void. None of these operations changes the kind.
+    /// Replaces the stored value by the empty value of the current kind. Does nothing for numbers,
+    /// booleans and void. None of the four `prepare` operations changes the kind.
     void prepareForInternalType();
 
-    /// Gives the storage an empty text.
+    /// Replaces the stored value by an empty string.
     void prepareForString();
 
-    /// Gives the storage a null object of a type without name.
+    /// Replaces the stored value by a null object of a type without name.
     void prepareForUserType();
 
-    /// Gives the storage an empty reference.
+    /// Replaces the stored value by an empty reference.
     void prepareForScriptObjectReference();
 
 private:
     friend class lua::LuaCallBridge; // fills the storage in place
 
-    // Which member of the storage lives. Kept beside the kind, because preparing may give the
-    // storage another member than the kind says.
+    // Which member of the storage lives. Stored beside the kind, because a `prepare` operation may
+    // create another member than the one that belongs to the kind.
     enum class MEMBER : std::uint8_t
     {
         NONE,
@@ -283,7 +299,7 @@ private:
 
     void _takeOwnedFrom(FunctionParameter& other) noexcept;
 
-    // Numbers and truth values, which are always of the kind that is said.
+    // For numbers and booleans: their kind and their member always agree.
     void _copyPlainFrom(const FunctionParameter& other) noexcept
     {
         std::memcpy(&m_storage.firstWord, &other.m_storage.firstWord, sizeof(std::uint64_t));

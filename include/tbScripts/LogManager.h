@@ -21,17 +21,17 @@ extern template class TBSCRIPTS_API tbCommon::SingletonClass<tbScripts::LogManag
 namespace tbScripts
 {
 
-/// Where every message of the library goes.
+/// Passes every message of the library to the host's receiver.
 ///
-/// Messages have no level. Without a receiver they are dropped. The instance is made by the first
-/// `getInstance`; `kill` destroys it and forgets the receiver with it.
+/// Messages have no level. Without a receiver they are dropped. The first `getInstance` creates the
+/// instance; `kill` destroys it and forgets the receiver with it.
 ///
-/// Format: docs/messages.md lists all texts and tags.
+/// Format: docs/messages.md lists all messages and tags.
 class TBSCRIPTS_API LogManager : public tbCommon::SingletonClass<LogManager>
 {
 public:
     ///@{
-    /// Copies the receiver. `getInstance` goes on giving the instance that it gave before.
+    /// Copies the receiver. `getInstance` still returns the same instance.
     LogManager(const LogManager& other);
     LogManager& operator=(const LogManager& other);
     ///@}
@@ -41,13 +41,13 @@ public:
 
     /// Sends all further messages to `receiver`; null drops them.
     ///
-    /// Ownership: the receiver stays the caller's and has to outlive its use here.
+    /// Ownership: the caller's; the receiver has to outlive its use here.
     void setReceiver(tbLog::Logger* receiver);
 
-    /// Hands `message` and `source`, the short tag of the reporting component, to the receiver.
+    /// Calls the receiver with `message` and `source`, the short tag of the reporting component.
     ///
-    /// Meanwhile the receiver is free to change the receiver, or to kill the manager. What it
-    /// throws goes nowhere.
+    /// During the call the receiver may set another receiver or kill the manager. Exceptions that
+    /// the receiver throws are discarded.
     void log(const tbMemory::StringView& message, const tbMemory::StringView& source);
 
 private:

@@ -17,17 +17,25 @@ class UserType;
 /// Named scope of variables, functions, user types and further namespaces. Scripts see it as a
 /// table.
 ///
-/// It owns what is declared in it. Setting a variable overwrites the field of that name whatever it
-/// holds, a function, type or namespace included. One that belongs to an interpreter which was
-/// switched away or closed does nothing and gives null, until it is declared again. Failures of the
-/// interpreter are logged (tag "LuaEnvironment").
+/// A namespace owns what is declared in it. `setVar` overwrites the field of that name even if it
+/// holds a function, type or namespace. A namespace whose interpreter was replaced or closed does
+/// nothing and returns null, until it is declared again. Failures of the interpreter are logged
+/// (tag "LuaEnvironment").
 ///
-/// Kept: a namespace and a user type of one full name share one table. Clearing the namespace takes
-/// the type's entries too, and instances that are collected afterwards are not destroyed.
+/// Compatibility: a namespace and a user type of one full name share one table. `clear` removes the
+/// type's entries too, and instances that are collected afterwards are not destroyed (decision
+/// 0006).
+///
+/// @code
+/// Namespace* const sky = environment.setNamespace("world::sky"); // declares world as well
+/// sky->setVar("height", 80.0);
+/// sky->setVar("highest", "Point", &home);
+/// @endcode
 class TBSCRIPTS_API Namespace
 {
 public:
-    /// Makes one of that short name; `Environment::setNamespace` gives one that scripts see.
+    /// Creates a namespace that no script sees; `Environment::setNamespace` declares one that
+    /// scripts see. `name` is its short name.
     explicit Namespace(const tbMemory::StringView& name);
 
     ///@{
@@ -36,28 +44,28 @@ public:
     Namespace& operator=(const Namespace& other);
     ///@}
 
-    /// Ends what was declared here.
+    /// Destroys what was declared here.
     virtual ~Namespace();
 
-    /// Returns the short name, without those of the namespaces around it.
+    /// Returns the short name, without the names of the namespaces around it.
     ///
     /// Valid until: this namespace is assigned to or destroyed.
     tbMemory::StringView getName() const { return m_name; }
 
     ///@{
-    /// Returns what was declared here under `name`, null if nothing was. A name is taken as it is,
-    /// without path syntax.
+    /// Returns the namespace or type that was declared here under `name`, null if there is none.
+    /// Names have no path syntax.
     ///
     /// Ownership: this namespace's.
-    /// Valid until: it is released or destroyed. The same holds for everything that is declared
-    /// below.
+    /// Valid until: this namespace is released or destroyed. The same holds for everything that the
+    /// operations of this class declare.
     virtual Namespace* getNamespace(const tbMemory::StringView& name) const = 0;
     virtual UserType* getUserType(const tbMemory::StringView& name) const = 0;
     ///@}
 
     ///@{
-    /// Sets a variable. An empty reference stores nil, and so does a null text; a text ends at its
-    /// first NUL.
+    /// Sets a variable. An empty reference stores nil, and so does a null string; a string ends at
+    /// its first NUL.
     virtual void setVar(const tbMemory::StringView& name, const ScriptObjectReference& value) = 0;
     virtual void setVar(const tbMemory::StringView& name, const tbMemory::StringView& value) = 0;
     virtual void setVar(const tbMemory::StringView& name, double value) = 0;
@@ -66,9 +74,10 @@ public:
     virtual void setVar(const tbMemory::StringView& name, bool value) = 0;
     ///@}
 
-    /// Stores an instance of the user type `userTypeName` (its full name) that the host goes on
-    /// owning; a null `object` stores nil. A name that is no user type gives a value without
-    /// methods.
+    /// Stores an instance of the user type with the full name `userTypeName`; a null `object`
+    /// stores nil. A name of no declared type stores a value without methods.
+    ///
+    /// Ownership: the host keeps `object`.
     virtual void setVar(
         const tbMemory::StringView& name,
         const tbMemory::StringView& userTypeName,
@@ -76,27 +85,31 @@ public:
 
     /// Declares a namespace in this one and returns it.
     ///
-    /// A name declared before is logged (tag "LuaNamespace"), and its namespace is returned as it
-    /// is.
-    /// On failure: null.
+    /// A name that was declared before is logged (tag "LuaNamespace"); its namespace is returned
+    /// unchanged.
+    /// On failure: returns null.
     virtual Namespace* setNamespace(const tbMemory::StringView& name) = 0;
 
-    /// Declares a user type and returns it, without methods and fields. A name declared before is
-    /// logged (tag "LuaNamespace"), and its type is returned cleared.
-    /// On failure: null.
+    /// Declares a user type and returns it, without methods and fields.
+    ///
+    /// A name that was declared before is logged (tag "LuaNamespace"); its type is cleared and
+    /// returned.
+    /// On failure: returns null.
     virtual UserType* setUserType(const tbMemory::StringView& name) = 0;
 
-    /// Declares a function and returns it, unbound. A name declared before is logged (tag
-    /// "LuaNamespace"), and its function is returned as new.
-    /// On failure: null.
+    /// Declares a function and returns it, unbound.
+    ///
+    /// A name that was declared before is logged (tag "LuaNamespace"); its function is reset and
+    /// returned.
+    /// On failure: returns null.
     virtual Function* setFunction(const tbMemory::StringView& name) = 0;
 
-    /// Empties what scripts see, here and in the namespaces inside, resets the functions and runs
-    /// two full collections. What was declared stays declared.
+    /// Empties the tables of this namespace and of the namespaces inside, resets the functions and
+    /// runs two full collections. Names that were declared stay declared.
     virtual void clear() = 0;
 
-    /// Destroys all that was declared here, and empties what scripts see. What a callable that is
-    /// running needs of it lives until the outermost call returns.
+    /// Empties the tables and destroys everything that was declared here. Objects that a running
+    /// callable still needs are destroyed when the outermost call returns.
     virtual void release() = 0;
 
     /// The same as for a view of `value`; a null pointer stores nil.

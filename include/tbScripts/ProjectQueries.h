@@ -9,28 +9,28 @@ namespace tbScripts
 class ResourceDeclAugmentCallback;
 class Script;
 
-/// What `ProjectLoader::save` is asked for.
+/// Input of `ProjectLoader::save`.
 struct ProjectSaveQuery
 {
-    /// The project's own path; that of its scripts is derived from it.
+    /// Path of the project; the path of its scripts file is derived from it.
     tbMemory::String path;
 
-    void* userData = nullptr; ///< the host's; carried along and not used
+    void* userData = nullptr; ///< the host's; the library does not use it
 };
 
-/// What `ProjectLoader::load` is asked for.
+/// Input of `ProjectLoader::load`.
 struct ProjectLoadQuery
 {
-    tbMemory::String path; ///< of the scripts file itself
+    tbMemory::String path; ///< path of the scripts file itself
 
-    /// Told of each script before it is compiled; may be null. Not owned.
+    /// Called for each script before it is compiled; may be null. Not owned.
     ResourceDeclAugmentCallback* callback = nullptr;
 };
 
-/// What came of `ProjectLoader::load`.
+/// Result of `ProjectLoader::load`.
 struct ProjectLoadResult
 {
-    /// In the order of the file. Not owned: they belong to the `ScriptManager`.
+    /// The loaded scripts in the order of the file. The `ScriptManager` owns them.
     tbMemory::BufferCast<Script*> scripts;
 };
 

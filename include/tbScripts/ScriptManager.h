@@ -24,48 +24,49 @@ class ContentLoader;
 class ProjectLoader;
 class Script;
 
-/// The process's scripts by name, reached through `getInstance`. It owns what it hands out.
+/// The process's scripts by name, reached through `getInstance`. The manager owns them.
 ///
-/// Names are compared byte by byte. Environments go on with a compiled script that they run,
-/// whether or not the manager still has it.
+/// Names are compared byte by byte. An environment finishes a script that it runs, whether or not
+/// the manager still lists the script.
 class TBSCRIPTS_API ScriptManager : public tbCommon::SingletonClass<ScriptManager>
 {
 public:
     ///@{
-    /// Takes a share in the scripts of `other`.
+    /// Shares the scripts of `other`.
     ///
-    /// Kept: a copy shares the scripts. They end with the last manager that has them, and
-    /// `getInstance` goes on giving the instance that it gave before.
+    /// Compatibility: a copy creates no new scripts. They are destroyed with the last manager that
+    /// lists them, and `getInstance` still returns the same instance (decision 0014).
     ScriptManager(const ScriptManager& other);
     ScriptManager& operator=(const ScriptManager& other);
     ///@}
 
-    /// Returns the script filed under `name`; files a new one, without sources and interpreter, if
-    /// there is none. Never null.
+    /// Returns the script `name`, never null. Adds a new script without sources and interpreter if
+    /// there is none.
     ///
-    /// Ownership: the manager's. Valid until: it is erased or the manager killed; a rename changes
-    /// nothing. The same holds for the next two.
+    /// Ownership: the manager's.
+    /// Valid until: the script is erased or the manager is killed. The same holds for `get` and
+    /// `getByIndex`.
     Script* createOrRetrieve(const tbMemory::StringView& name);
 
-    /// Returns the script filed under `name`, null if there is none.
+    /// Returns the script `name`, null if there is none.
     Script* get(const tbMemory::StringView& name) const;
 
-    /// Returns script number `index`, null from `getCount` on. The order is any, and stays as long
-    /// as nothing is filed, renamed or erased. Takes time in proportion to `index`.
+    /// Returns script number `index`, null from `getCount` on. The order is unspecified; it stays
+    /// the same until a script is added, renamed or erased. Takes time in proportion to `index`.
     Script* getByIndex(unsigned int index) const;
 
-    /// Returns how many scripts are filed.
+    /// Returns the number of scripts.
     unsigned int getCount() const;
 
-    /// Files the script `name` under `newName`, which becomes its name. Does nothing if there is no
+    /// Lists the script `name` under `newName`, which becomes its name. Does nothing if there is no
     /// script `name`.
     ///
-    /// Kept: if another script is filed under `newName`, that one stays, and the renamed script is
-    /// filed nowhere any more. It goes on living, and belongs to whoever holds its pointer, who
-    /// deletes it; if a copy of this manager still files it, not before that copy has let it go.
+    /// Compatibility: if `newName` is taken, the existing script keeps it. The renamed script
+    /// leaves the registry and its ownership passes to the caller, who deletes it after every copy
+    /// of the manager that still lists it has been destroyed (decision 0014).
     void rename(const tbMemory::StringView& name, const tbMemory::StringView& newName);
 
-    /// Destroys the script filed under `name`; does nothing if there is none.
+    /// Destroys the script `name`; does nothing if there is none.
     void erase(const tbMemory::StringView& name);
 
 private:

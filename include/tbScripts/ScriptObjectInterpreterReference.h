@@ -8,26 +8,26 @@ namespace tbScripts
 
 /// Interpreter side of a `ScriptObjectReference`: keeps one script value alive.
 ///
-/// Each interpreter has its own kind. One of a kind that an environment did not make designates
-/// nothing there.
+/// Each interpreter derives its own class. In an environment of another interpreter, a reference
+/// designates nothing.
 class TBSCRIPTS_API ScriptObjectInterpreterReference
 {
 public:
-    /// Gives the value back to its interpreter.
+    /// Releases the value.
     virtual ~ScriptObjectInterpreterReference();
 
     ///@{
-    /// Not copyable: each one stands for exactly one anchored value.
+    /// Not copyable: each object stands for exactly one value that it keeps alive.
     ScriptObjectInterpreterReference(const ScriptObjectInterpreterReference&) = delete;
     ScriptObjectInterpreterReference& operator=(const ScriptObjectInterpreterReference&) = delete;
     ///@}
 
     /// Returns `PARAM_TYPE_SCRIPT_FUNCTION` or `PARAM_TYPE_SCRIPT_OBJECT`, `PARAM_TYPE_VOID` for
-    /// one of unknown kind.
+    /// a value of unknown kind.
     FUNCTION_PARAMETER_TYPE getType() const;
 
 protected:
-    /// Says the kind of the value; `PARAM_TYPE_VOID` for an unknown one.
+    /// Creates a reference on a value of kind `type`, `PARAM_TYPE_VOID` for an unknown kind.
     explicit ScriptObjectInterpreterReference(FUNCTION_PARAMETER_TYPE type = PARAM_TYPE_VOID);
 
 private:

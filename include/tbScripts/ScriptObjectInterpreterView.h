@@ -7,22 +7,22 @@ namespace tbScripts
 
 class ScriptObjectInterpreterReference;
 
-/// Interpreter side of a `ScriptObjectView`: knows where a script value sits during a call.
+/// Interpreter side of a `ScriptObjectView`: knows where a script value lies during a call.
 class TBSCRIPTS_API ScriptObjectInterpreterView
 {
 public:
     virtual ~ScriptObjectInterpreterView();
 
     ///@{
-    /// Not copyable: views are shared, never duplicated.
+    /// Not copyable: handles share a view.
     ScriptObjectInterpreterView(const ScriptObjectInterpreterView&) = delete;
     ScriptObjectInterpreterView& operator=(const ScriptObjectInterpreterView&) = delete;
     ///@}
 
-    /// Anchors the value and returns its new interpreter reference.
+    /// Creates a reference that keeps the value alive, and returns it.
     ///
-    /// On failure: null, also when the call that lent the value is over.
-    /// Ownership: the caller's.
+    /// On failure: returns null, also after the call that created the view.
+    /// Ownership: passes to the caller.
     virtual ScriptObjectInterpreterReference* createReference() = 0;
 
 protected:

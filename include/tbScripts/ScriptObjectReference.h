@@ -16,54 +16,73 @@ namespace lua
 class LuaScriptObjectInterpreterReference;
 }
 
-/// Keeps a value of a script for the host.
+/// Keeps a script's table or function alive for the host.
 ///
-/// Handles share a block that holds the interpreter's side of the value. As long as one handle on
-/// it exists, the interpreter keeps the value alive. A handle may outlive its environment: it then
-/// behaves as an empty one and releases nothing. The count is not atomic.
+/// Copies of a handle share the value; the interpreter keeps it alive until the last of them is
+/// destroyed. A handle may outlive its environment: it then behaves as an empty handle and releases
+/// nothing.
+///
+/// @code
+/// const ScriptObjectReference decide = environment.getScriptFunction("decide"); // once
+/// @endcode
+///
+/// A host function keeps a function that a script passes to it:
+///
+/// @code
+/// onEvent->addParameter(PARAM_TYPE_SCRIPT_FUNCTION);
+/// onEvent->setFunction(
+///     [&listeners](const Parameters& arguments)
+///     {
+///         listeners.push_back(arguments[0].getScriptObject());
+///         return FunctionParameter::VOID;
+///     });
+/// @endcode
 class TBSCRIPTS_API ScriptObjectReference
 {
 public:
-    /// Makes an empty handle.
+    /// Creates an empty handle.
     ScriptObjectReference();
 
-    /// Makes a handle on what `reference` keeps alive; null makes an empty one.
+    /// Creates a handle on the value that `reference` keeps alive; null creates an empty handle.
     ///
-    /// Ownership: `reference` belongs to the handle and its copies from here on.
+    /// Ownership: passes to the handle and its copies.
     explicit ScriptObjectReference(ScriptObjectInterpreterReference* reference);
 
-    /// Anchors the value that `view` looks at; empty if the view looks at nothing.
+    /// Keeps the value of `view` alive; an empty view creates an empty handle.
     explicit ScriptObjectReference(const ScriptObjectView& view);
 
     /// Shares the value of `other`.
     ScriptObjectReference(const ScriptObjectReference& other);
 
-    /// Kept: shares the value as the copy does. `other` is not emptied.
+    /// Shares the value of `other`.
+    ///
+    /// Compatibility: `other` is not emptied (decision 0006).
     ScriptObjectReference(ScriptObjectReference&& other) noexcept;
 
-    /// Gives up the own value and shares that of `other`.
+    /// Releases the present value and shares that of `other`.
     ScriptObjectReference& operator=(const ScriptObjectReference& other);
 
-    /// Swaps the values of both.
+    /// Swaps the values of both handles.
     ScriptObjectReference& operator=(ScriptObjectReference&& other) noexcept;
 
-    /// Anchors the value that `view` looks at.
+    /// Keeps the value of `view` alive.
     ///
-    /// Kept: if other handles share the block, they see the new value too, and the count starts
-    /// again at 1. A view that looks at nothing leaves their value as it is.
+    /// Compatibility: handles that share the old value get the new one too, and `getUseCount`
+    /// starts again at 1. An empty view leaves their value unchanged (decision 0006).
     ScriptObjectReference& operator=(const ScriptObjectView& view);
 
     ~ScriptObjectReference();
 
     /// Returns the interpreter's side of the value, null for an empty handle.
     ///
-    /// Valid until: the last handle that shares the value is gone or given another value.
+    /// Valid until: the last handle that shares the value is destroyed or assigned another value.
     ScriptObjectInterpreterReference* getInterpreterReference() const;
 
     /// Returns the kind of the value, `PARAM_TYPE_VOID` for an empty handle.
     FUNCTION_PARAMETER_TYPE getType() const;
 
-    /// Returns how many handles share the value. Counted anew from 1 after a view was assigned.
+    /// Returns how many handles share the value. The count starts again at 1 when a view is
+    /// assigned.
     std::uint32_t getUseCount() const;
 
 private:

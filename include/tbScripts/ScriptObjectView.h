@@ -9,26 +9,26 @@ namespace tbScripts
 
 class ScriptObjectInterpreterView;
 
-/// Borrowed look at a script value that sits on the interpreter's stack during a call.
+/// Borrowed view of a script value on the interpreter's stack.
 ///
-/// Good while the call that lent it runs. Kept longer it looks at nothing, and a reference made
-/// from it is empty. Copies look at the same value.
+/// A view shows its value during the call that created it. After that call the view is empty, and a
+/// reference created from it is empty too. Copies show the same value.
 class TBSCRIPTS_API ScriptObjectView
 {
 public:
-    /// Looks at nothing.
+    /// Creates an empty view.
     ScriptObjectView();
 
-    /// Looks through `view`, which may be null.
+    /// Creates a view on the value of `view`, which may be null.
     ///
-    /// Ownership: stays the caller's; `view` has to outlive this object and its copies.
+    /// Ownership: the caller's; `view` has to outlive this object and its copies.
     explicit ScriptObjectView(ScriptObjectInterpreterView* view);
 
-    /// Looks through `view`, which may be null, and shares it.
+    /// Creates a view on the value of `view`, which may be null, and shares `view`.
     explicit ScriptObjectView(std::shared_ptr<ScriptObjectInterpreterView> view);
 
     ///@{
-    /// Looks at what `other` looks at; one that was moved from looks at nothing.
+    /// Shows the value of `other`; a moved-from view is empty.
     ScriptObjectView(const ScriptObjectView& other);
     ScriptObjectView(ScriptObjectView&& other) noexcept;
     ScriptObjectView& operator=(const ScriptObjectView& other);
@@ -37,9 +37,9 @@ public:
 
     ~ScriptObjectView();
 
-    /// Returns the interpreter side, null if this looks at nothing.
+    /// Returns the interpreter's side of the view, null for an empty view.
     ///
-    /// Valid until: the last view that shares it is gone.
+    /// Valid until: the last view that shares it is destroyed.
     ScriptObjectInterpreterView* getInterpreterView() const;
 
 private:

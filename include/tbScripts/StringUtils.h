@@ -10,13 +10,13 @@
 namespace tbScripts
 {
 
-/// Texts of interpreters, and the parts of qualified names.
+/// Converts interpreters to and from their names, and splits qualified names.
 class TBSCRIPTS_API StringUtils
 {
 public:
     /// Returns "lua" for `INTERPRETER_LUA` and "UNKNOWN" for every other value.
     ///
-    /// Valid until: the library is unloaded (static text).
+    /// Valid until: the library is unloaded.
     static tbMemory::StringView interpreterToString(INTERPRETER interpreter);
 
     /// Returns `INTERPRETER_LUA` for exactly "lua" (case-sensitive), else `INTERPRETER_UNKNOWN`.
@@ -24,8 +24,8 @@ public:
 
     /// Splits `name` at each "::" and returns the parts, at least one.
     ///
-    /// Empty parts are kept: "a::" has the parts "a" and "". A single colon never splits, and of
-    /// three colons the first two do: "a:::b" has the parts "a" and ":b".
+    /// Empty parts count: "a::" has the parts "a" and "". A single colon never splits. Of three
+    /// colons the first two split: "a:::b" has the parts "a" and ":b".
     static tbMemory::BufferCast<tbMemory::String>
     splitUserTypeName(const tbMemory::StringView& name);
 };

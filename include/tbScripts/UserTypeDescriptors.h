@@ -11,36 +11,38 @@
 namespace tbScripts
 {
 
-/// A field of a user type.
+/// Input of `UserType::setField`.
 struct UserTypeFieldDescriptor
 {
-    /// Gets the instance's object, returns the field's value. Empty: cannot be read.
+    /// Receives the instance's object and returns the field's value. If it is empty, scripts cannot
+    /// read the field. The interpreter reports what it throws.
     std::function<FunctionParameter(void*)> getter;
 
-    /// Gets the instance and the value. Empty: writing has no effect. A `std::string` that it
-    /// throws becomes a script error; all else is left to the interpreter, as with the getter.
+    /// Receives the instance and the value. If it is empty, writing has no effect. A `std::string`
+    /// that it throws becomes a script error; the interpreter reports other exceptions.
     std::function<void(const tbMemory::BufferView<FunctionParameter>&)> setter;
 
-    tbMemory::StringView name; ///< what scripts call it; copied
+    tbMemory::StringView name; ///< name of the field in scripts; copied
 
-    /// Kind of the value that the setter gets; another one in the script is a script error.
+    /// Kind of the value that the setter receives; another kind is a script error.
     FUNCTION_PARAMETER_TYPE type = PARAM_TYPE_VOID;
 
     /// Full name of the value's user type, for the two kinds that have one. Copied.
     tbMemory::StringView userTypeName;
 };
 
-/// How a user type is indexed by numbers.
+/// Input of `UserType::setArrayAccess`.
 struct UserTypeArrayDescriptor
 {
-    /// Gets the instance and the index, returns the element. Empty: every element is nil.
+    /// Receives the instance and the index and returns the element. If it is empty, every element
+    /// is nil.
     std::function<FunctionParameter(const tbMemory::BufferView<FunctionParameter>&)> read;
 
-    /// Gets the instance, the index and the value. Empty: writing has no effect. A `std::string`
-    /// that it or `read` throws becomes a script error.
+    /// Receives the instance, the index and the value. If it is empty, writing has no effect. A
+    /// `std::string` that `read` or `write` throws becomes a script error.
     std::function<void(const tbMemory::BufferView<FunctionParameter>&)> write;
 
-    /// Kind of the value that `write` gets; another one in the script is a script error.
+    /// Kind of the value that `write` receives; another kind is a script error.
     FUNCTION_PARAMETER_TYPE type = PARAM_TYPE_VOID;
 
     /// Full name of the value's user type, for the two kinds that have one. Copied.

@@ -1,6 +1,7 @@
-# What the documents show is what is built and run. Each C++ block is a region between [shown] and
-# [/shown] of a program in examples/guide, each Lua block and each JSON block of the guide a whole
-# file there; and nothing that is there is left unshown.
+# What documents and headers show is built and run. Each C++ block of a document is a region between
+# [shown] and [/shown] of a program in examples/guide, each Lua block and each JSON block of the guide
+# is a whole file there, and each region and file is shown. Each example of a public header is a run
+# of lines of such a program.
 cmake_minimum_required(VERSION 3.25)
 
 set(separator "\n@@\n")
@@ -113,6 +114,38 @@ foreach(document IN LISTS documents)
     if(document MATCHES "^docs/guide/")
         compare_blocks(${document} json listFiles)
     endif()
+endforeach()
+
+# An example in a public header is a run of lines of one of the programs, whatever its indentation.
+set(programTexts "")
+foreach(program IN LISTS programs)
+    file(READ ${root}/${program} text)
+    string(REGEX REPLACE "\n +" "\n" text "\n${text}")
+    string(APPEND programTexts "${text}@@\n")
+endforeach()
+
+function(compare_examples header)
+    file(READ ${root}/${header} rest)
+    string(REGEX REPLACE "\n */// *" "\n" rest "${rest}")
+    string(FIND "${rest}" "\n@code\n" begin)
+    while(NOT begin EQUAL -1)
+        math(EXPR begin "${begin} + 6")
+        string(SUBSTRING "${rest}" ${begin} -1 rest)
+        string(FIND "${rest}" "@endcode\n" end)
+        string(SUBSTRING "${rest}" 0 ${end} example)
+        string(FIND "${programTexts}" "${example}" place)
+        if(place EQUAL -1)
+            string(APPEND problems "  ${header} shows what is nowhere in examples/guide:${example}")
+        endif()
+        string(SUBSTRING "${rest}" ${end} -1 rest)
+        string(FIND "${rest}" "\n@code\n" begin)
+    endwhile()
+    set(problems "${problems}" PARENT_SCOPE)
+endfunction()
+
+file(GLOB headers RELATIVE ${root} ${root}/include/tbScripts/*.h)
+foreach(header IN LISTS headers)
+    compare_examples(${header})
 endforeach()
 
 if(regions STREQUAL "")

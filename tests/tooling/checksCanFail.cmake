@@ -121,12 +121,14 @@ file(APPEND ${tree}/docs/guide/errors.md "\n```lua\nnowhere()\n```\n\n```json\n{
 file(APPEND ${tree}/docs/guide/errors.md "\n[there](nowhere.md)\n")
 file(APPEND ${tree}/examples/guide/errors.cpp "    // [shown]\n    int more;\n    // [/shown]\n")
 file(APPEND ${tree}/examples/guide/patrol.lua "-- one line more\n")
+file(APPEND ${tree}/include/tbScripts/Script.h "/// @code\n/// int elsewhere;\n/// @endcode\n")
 file(APPEND ${tree}/README.md "\n[there](docs/messages.md#nowhere)\n")
 file(APPEND ${tree}/tests/README.md "\n[here](#nowhere)\n")
 foreach(complaint IN ITEMS
         "docs/architecture.md shows[^:]*:[^:]*int nowhere"
         "docs/guide/errors.md shows[^:]*:[^:]*nowhere"
         "docs/guide/errors.md shows[^:]*:[^:]*{}"
+        "include/tbScripts/Script.h shows[^:]*:[^:]*int elsewhere"
         "errors.cpp has what no[^:]*:[^:]*int more"
         "patrol.lua has what no")
     expect_failure(checkDocumentedCode "${complaint}" -D root=${tree})

@@ -16,7 +16,7 @@ namespace tbCommon
 /// `template class tbCommon::SingletonClass<T>;` in one source. The process then has one instance;
 /// without it, the library and its users would each have their own.
 ///
-/// Creation and `kill` take no lock: one thread uses the class.
+/// Creation and `kill` take no lock.
 template <typename T>
 class SingletonClass
 {
