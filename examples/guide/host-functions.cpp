@@ -45,7 +45,7 @@ void run(Environment& environment, const char* sources)
 int main()
 {
     // [shown]
-    World world; // before the environment, so that it goes after it
+    World world; // declared before the environment, so it is destroyed after it
     Environment environment;
     environment.setEnvironmentFor(INTERPRETER_LUA);
 

@@ -27,13 +27,13 @@ int main()
         greet = environment.getScriptFunction("greet");
         environment.callScriptFunction(greet, {}, outputs);
         std::cout << results[0].getString() << '\n';
-    } // the interpreter closes; reference and script live on
+    } // the interpreter closes; reference and script still exist
 
     Environment next;
     next.setEnvironmentFor(INTERPRETER_LUA);
     if (!next.callScriptFunction(greet, {}, outputs)) // no function of this environment
         std::cout << next.getLastExecutionResult().message << '\n';
-    next.execute(script); // the compiled form is as good as before
+    next.execute(script); // the compiled form is still valid
     next.callScriptFunction(next.getScriptFunction("greet"), {}, outputs);
     std::cout << results[0].getString() << '\n';
     // [/shown]

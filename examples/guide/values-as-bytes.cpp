@@ -23,8 +23,8 @@ tbMemory::Buffer takeState(Environment& environment, const ScriptObjectReference
         Parameters outputs = results;
         environment.callScriptFunction(getState, {}, outputs);
         bytes = environment.serializeScriptObject(results[0].getScriptObject(), true);
-    }                                       // the last reference on the table ends here
-    environment.requestGarbageCollection(); // and the old instances go
+    }                                       // destroys the last reference to the table
+    environment.requestGarbageCollection(); // collects the old instances
     return bytes;
 }
 
