@@ -22,7 +22,7 @@ struct Variant
 /// What the library is compared with.
 enum class RIVAL_KIND
 {
-    BINDING, // the same written by hand against the interpreter; counts for the mean of all rows
+    BINDING, // the same hand-written against the interpreter; counts for the mean of all rows
     LIMIT,   // the work without a library around it, which nothing can undercut
     PEER     // another library for the same purpose
 };

@@ -1,4 +1,4 @@
-// Measures the library against code that is written by hand for the interpreter's C interface, in
+// Measures the library against hand-written code for the interpreter's C interface, in
 // one process. docs/performance.md explains the method and shows the last results.
 
 #include "Options.h"

@@ -1,5 +1,5 @@
 // Measures how long the compiler takes for a host source that binds twenty functions, through the
-// public interface and by hand, in turn.
+// public interface and hand-written, in turn.
 
 #include <algorithm>
 #include <cstdio>
@@ -77,7 +77,7 @@ int main(int count, char** arguments)
     std::snprintf(
         line,
         sizeof line,
-        "library %.3f s, by hand %.3f s, ratio %.2f, goal %.2f, met: %s\n",
+        "library %.3f s, hand-written %.3f s, ratio %.2f, goal %.2f, met: %s\n",
         medianOf(library),
         medianOf(byHand),
         ratio,

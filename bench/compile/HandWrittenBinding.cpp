@@ -1,4 +1,4 @@
-// Twenty host functions, bound by hand against the C interface of the interpreter.
+// Twenty host functions, with a hand-written binding against the C interface of the interpreter.
 
 #include "Game.h"
 

@@ -54,7 +54,7 @@ struct Results
     std::vector<MemoryResult> memory;
     int repetitions = 0;
 
-    /// The geometric mean of the ratios against what is written by hand.
+    /// The geometric mean of the ratios against hand-written code.
     double getMean() const;
 };
 

@@ -85,7 +85,7 @@ std::string verdict(const RatioResult& ratio)
 
 void printBindings(std::ostream& stream, const Results& results)
 {
-    std::vector<Cells> rows{{"operation", "library ns", "by hand ns", "ratio", "goal", "met"}};
+    std::vector<Cells> rows{{"operation", "library ns", "hand-written ns", "ratio", "goal", "met"}};
     std::string subject;
     for (const RatioResult& ratio : results.ratios)
     {

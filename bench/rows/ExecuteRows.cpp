@@ -57,7 +57,7 @@ total = 0
 for _, entity in ipairs(entities) do total = total + entity.life end
 )";
 
-// By hand the loaded chunk is kept and called again.
+// The hand-written side keeps the loaded chunk and calls it again.
 LuaLoop executeByHand(LuaHost& host, const char* source)
 {
     if (luaL_loadstring(host.getState(), source) != 0)

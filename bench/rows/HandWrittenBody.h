@@ -7,7 +7,7 @@
 namespace bench
 {
 
-/// Declares the global type `Body` as it is written by hand: one metatable, functions that check
+/// Declares the global type `Body` as hand-written code does: one metatable, functions that check
 /// their arguments, and a box with a pointer, because the host has objects that scripts only see.
 void declareHandWrittenBody(lua_State* state);
 

@@ -8,7 +8,7 @@ namespace bench
 namespace
 {
 
-constexpr const char* BY_HAND = "written by hand";
+constexpr const char* BY_HAND = "hand-written";
 
 std::vector<Variant> makeScriptVariants(const ScriptRow& script, std::size_t operations)
 {

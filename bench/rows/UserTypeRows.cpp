@@ -62,7 +62,8 @@ int getByHand(lua_State* state)
     return 1;
 }
 
-// By hand a type without fields and elements needs no function to find its methods: a table does.
+// A hand-written type without fields and elements needs no function to find its methods: a table
+// does.
 void declareMethodOnlyByHand(lua_State* state)
 {
     declareHandWrittenBody(state);

@@ -43,7 +43,7 @@ public:
     ArenaScripts(const ArenaScripts&) = delete;
     ArenaScripts& operator=(const ArenaScripts&) = delete;
 
-    /// Runs a compiled script once, so that it defines its functions and hands over its callbacks.
+    /// Runs a compiled script once, so that it defines its functions and passes its callbacks.
     bool run(const tbScripts::Script& script);
 
     /// Looks up what the arena needs of the environment, and gives the scripts their settings back

@@ -128,7 +128,7 @@ void compareCounts(
         "sum of random numbers", static_cast<double>(totals.randomSum), scripts.tally("random"));
     summary.compare("timers fired", scripts.countTimersFired(), scripts.tally("timers"));
     summary.compare("way walked", totals.walked, scripts.tally("walked"), 3);
-    summary.compare("states handed over", seen.states, scripts.tally("states"));
+    summary.compare("states transferred", seen.states, scripts.tally("states"));
     summary.compare("units in states", seen.entitiesInStates, witness.countEntities());
     summary.compare("vectors in states", witness.countVecs(), scripts.tally("vectorsInStates"));
     summary.compare(

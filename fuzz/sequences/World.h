@@ -132,7 +132,7 @@ private:
     std::array<FunctionParameter, 6> m_parameters;
     std::vector<ScriptObjectView> m_views;
     std::vector<WrittenValue> m_writtenValues;
-    std::vector<std::unique_ptr<Script>> m_orphans; // that a rename has given away
+    std::vector<std::unique_ptr<Script>> m_orphans; // that a rename has released
     std::set<std::string> m_managedScripts;
     unsigned int m_activity = 0;
     int m_depth = 0;

@@ -11,7 +11,7 @@ enum class FATE
 {
     NEVER,        // the host's: no script may destroy it
     EXACTLY_ONCE, // made by `new`
-    AT_MOST_ONCE, // handed over in a way that may fail, or transferred in bytes
+    AT_MOST_ONCE, // ownership is transferred in a way that may fail, or in bytes
     ANY           // given more than one owner, which only the host can avoid
 };
 

@@ -8,7 +8,7 @@ using ::testing::ElementsAre;
 namespace
 {
 
-// What the host reads out of a truth value, an int or a text.
+// What the host reads out of a boolean, an int or a string.
 std::string textOf(const FunctionParameter& parameter)
 {
     switch (parameter.getType())

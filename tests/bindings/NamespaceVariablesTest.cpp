@@ -103,7 +103,7 @@ struct CanBeSet<
 {
 };
 
-// A pointer would be taken for a truth value.
+// A pointer would be taken for a boolean.
 static_assert(CanBeSet<const char*>::value && CanBeSet<bool>::value);
 static_assert(!CanBeSet<int*>::value && !CanBeSet<const void*>::value);
 

@@ -176,7 +176,7 @@ TEST_F(EnvironmentNamespacesTest, ClearingTakesTheEntriesOfATypeOfTheSameName)
 
     run("assert(a.new == nil and a.__gc == nil)");
     run("t = nil collectgarbage()");
-    EXPECT_EQ(destroyed, 0); // kept: instances are not destroyed any more
+    EXPECT_EQ(destroyed, 0); // compatibility: nothing destroys the instances
 }
 
 TEST_F(EnvironmentNamespacesTest, InnerUserTypeOfTheSameNameSharesTheTable)

@@ -1,4 +1,4 @@
-// Bytes written by hand, as values.
+// Hand-written bytes, as values.
 
 #include "support/RowName.h"
 #include "support/ScriptValueFixture.h"

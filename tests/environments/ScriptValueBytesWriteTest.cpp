@@ -1,4 +1,4 @@
-// Values as bytes, compared with bytes written by hand.
+// Values as bytes, compared with hand-written bytes.
 
 #include "support/RowName.h"
 #include "support/ScriptValueFixture.h"

@@ -1,4 +1,4 @@
-// Values written as bytes and read back: by hand, from one environment to another, and a large
+// Values written as bytes and read back: single ones, from one environment to another, and a large
 // generated set that is the same in every run.
 
 #include "support/RowName.h"

@@ -42,7 +42,7 @@ expect_run(${scripts} 0
     "tick 100: state of "
     "tick 300: state of "
     " vectors: as in the arena"
-    "\n states handed over 3 3\n"
+    "\n states transferred 3 3\n"
     "\nBoth environments are gone made destroyed\n Vec objects "
     "\n Vec objects left none\n"
     "Saved again as scripts_copy_scripts.tbscripts: 7 of 7 scripts unchanged\n"
@@ -77,7 +77,7 @@ expect_run(${scratch}/leaking 1
     "\n Vec objects left 1 <- differs\n"
     "Host and scripts DIFFER.")
 
-# A vector that its script handed over and takes back all the same: it is destroyed twice.
+# A vector whose ownership a script transfers and takes back: it is destroyed twice.
 copy_scripts(${scratch}/keeping)
 file(APPEND ${scratch}/keeping/state.lua "
 local honestState = state

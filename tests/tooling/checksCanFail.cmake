@@ -152,6 +152,24 @@ foreach(complaint IN ITEMS
     expect_failure(checkReliability "${complaint}" -D root=${tree})
 endforeach()
 
+make_tree(${tree})
+file(APPEND ${tree}/docs/guide/errors.md "\nA truth\nvalue is written by hand.\n")
+file(APPEND ${tree}/include/tbScripts/Version.h "// Kept: it is so.\n")
+file(APPEND ${tree}/tests/README.md "\nTwo rival declarations. <!-- words: allow rival declaration -->\n")
+foreach(complaint IN ITEMS
+        "errors.md: \"[^\"]*truth value\": write boolean"
+        "errors.md: \"[^\"]*by hand\": write manually"
+        "Version.h: \"[^\"]*kept:\": write Compatibility")
+    expect_failure(checkWords "${complaint}" -D root=${tree})
+endforeach()
+execute_process(
+    COMMAND ${CMAKE_COMMAND} -D root=${tree} -P ${root}/tests/tooling/checkWords.cmake
+    OUTPUT_VARIABLE output
+    ERROR_VARIABLE output)
+if(output MATCHES "tests/README.md")
+    string(APPEND failures "  checkWords does not know its own marker\n")
+endif()
+
 if(doxygen)
     set(reference -D root=${tree} -D doxygen=${doxygen} -D scratch=${scratch}/reference)
     set(header ${tree}/include/tbScripts/New.h)

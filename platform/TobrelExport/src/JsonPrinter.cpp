@@ -32,7 +32,7 @@ constexpr std::string_view COMMA_AND_LINE = ",\n                                
 constexpr std::string_view LINE = COMMA_AND_LINE.substr(1);
 static_assert(LINE.size() == 1 + MAX_INDENTED_LEVELS * BLANKS_PER_LEVEL);
 
-// Whole numbers below this size print as such: 2^63, the end of the library's integers.
+// Integers below this size print as such: 2^63, the end of the library's integers.
 constexpr double END_OF_INTEGERS = 9223372036854775808.0;
 
 /// For each byte what it is escaped with: nothing, the letter of a short escape, or 'u'.
@@ -192,7 +192,7 @@ private:
         if (!std::isfinite(number))
             m_text += "null"; // JSON has no word for it
         else if (number == 0.0 && std::signbit(number))
-            m_text += "-0.0"; // readers take "-0" for the whole number, which has no sign
+            m_text += "-0.0"; // readers take "-0" for the integer, which has no sign
         else if (std::fabs(number) < END_OF_INTEGERS && number == std::trunc(number))
             _printNumber(static_cast<std::int64_t>(number));
         else

@@ -89,7 +89,7 @@ public:
 
     bool on_int64(std::int64_t number, string_view text, error_code&)
     {
-        if (number == 0 && text.front() == '-') // whole numbers have no such zero
+        if (number == 0 && text.front() == '-') // integers have no such zero
             m_values.push_double(-0.0);
         else
             m_values.push_int64(number);
@@ -102,7 +102,7 @@ public:
         return true;
     }
 
-    // `text` is the whole number, because the whole document is handed to the parser at once.
+    // `text` is all of the number, because the parser gets the whole document at once.
     bool on_double(double roughly, string_view text, error_code& error)
     {
         double number = 0.0;

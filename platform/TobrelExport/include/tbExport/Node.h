@@ -67,7 +67,7 @@ public:
     /// The bool; false for a node of another kind.
     bool getBool() const noexcept;
 
-    /// The number; 0 for a node of another kind. A whole number of a document keeps its digits, up
+    /// The number; 0 for a node of another kind. An integer of a document keeps its digits, up
     /// to 64 bits, in the tree; here it is the nearest double.
     double getNumber() const noexcept;
 
