@@ -23,12 +23,14 @@
 namespace tbScripts
 {
 
-/// Runs `work` and returns whether it came to its end. Whatever it throws is swallowed, after
-/// `describe` was called while it is being handled; only the end of the thread passes.
+/// Runs `work` and returns whether it completed. Swallows every exception, and calls `describe`
+/// while it handles one; only the exception that ends the thread passes.
 ///
 /// This is the only place that catches everything. It must never stand between the interpreter and
-/// a callable of the host: it would swallow script errors, and the script would go on as if nothing
-/// had happened.
+/// a callable of the host: it would swallow script errors, and the script would continue as if
+/// nothing had happened.
+///
+/// Why: docs/decisions/0003-errors-at-the-boundary.md
 template <typename Work, typename Describe>
 TBSCRIPTS_CATCHES_THREAD_CANCELLATION bool contain(Work&& work, Describe&& describe)
 {

@@ -3,7 +3,7 @@
 namespace tbScripts
 {
 
-// The tags that name the reporting component, each spelt once: hosts compare them as texts.
+// The tags that name the reporting component, each spelt once: hosts compare them as strings.
 constexpr const char* LOG_SOURCE_ENVIRONMENT = "Environment";
 constexpr const char* LOG_SOURCE_LUA_ENVIRONMENT = "LuaEnvironment";
 constexpr const char* LOG_SOURCE_LUA_ENVIRONMENT_STRATEGY = "LuaEnvironmentStrategy";

@@ -20,7 +20,7 @@ inline std::string keyOf(const tbMemory::StringView& name)
     return std::string(std::string_view(name));
 }
 
-/// Returns what is registered under `name`, null if nothing is.
+/// Returns the object registered under `name`, null if there is none.
 template <typename T>
 T* findIn(const OwningRegistry<T>& registry, const tbMemory::StringView& name)
 {
@@ -28,7 +28,7 @@ T* findIn(const OwningRegistry<T>& registry, const tbMemory::StringView& name)
     return known == registry.end() ? nullptr : known->second.get();
 }
 
-/// The same for objects that belong to somebody else.
+/// The same for a registry that does not own its objects.
 template <typename T>
 T* findIn(const std::unordered_map<std::string, T*>& registry, const tbMemory::StringView& name)
 {

@@ -12,8 +12,8 @@ namespace tbScripts::lua
 namespace
 {
 
-// As the interpreter writes it, whatever the locale. Its own conversion allocates, which may run a
-// finaliser that raises.
+// Formats as the interpreter does, in any locale. The interpreter's own conversion allocates, which
+// may run a finaliser that raises.
 std::string numberText(double number)
 {
     constexpr int DIGITS = 14;

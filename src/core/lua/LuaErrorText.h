@@ -7,8 +7,9 @@
 namespace tbScripts::lua
 {
 
-/// Returns the text of the error value at `index`. One that has none is described by its kind:
-/// "(error object is a table value)". Allocates nothing in the interpreter, so it never raises.
+/// Returns the message of the error value at `index`. A value that is neither string nor number is
+/// described by its kind: "(error object is a table value)". Allocates nothing in the interpreter,
+/// so it never raises.
 std::string errorTextAt(lua_State* state, int index);
 
 } // namespace tbScripts::lua

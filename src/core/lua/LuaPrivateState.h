@@ -5,8 +5,8 @@
 namespace tbScripts::lua
 {
 
-/// A state for one piece of work, without libraries. Owned as a plain pointer: nobody else ever
-/// sees it.
+/// A state for one piece of work, without libraries. A plain pointer owns it, because no other
+/// object ever refers to it.
 class LuaPrivateState
 {
 public:
@@ -24,7 +24,7 @@ public:
             lua_close(m_state);
     }
 
-    /// Returns null if there was no memory.
+    /// Returns the state, null if there was no memory for it.
     lua_State* get() const { return m_state; }
 
 private:

@@ -8,11 +8,11 @@ namespace tbScripts::lua
 namespace
 {
 
-// In kilobytes; more than any heap, so that a step goes on to the end of the cycle.
+// In kilobytes; more than any heap, so that one step finishes the cycle.
 constexpr int WHOLE_CYCLE = 1 << 30;
 
-// Each finaliser runs once whether or not it raises, so this ends. A script's hook may raise before
-// a step is begun, and would do so again and again.
+// Terminates: each finaliser runs once, whether or not it raises, and the loop stops if a script's
+// hook raises before a step begins, which that hook would do each time.
 void finishCycle(LuaHostCall& call)
 {
     bool isFinished = false;
@@ -44,7 +44,7 @@ void clearTable(lua_State* state)
 
 void collectGarbageTwice(LuaHostCall& call)
 {
-    constexpr int ROUNDS = 2; // the second frees what the finalisers of the first let go
+    constexpr int ROUNDS = 2; // the second frees what the finalisers of the first have released
     for (int round = 0; round < ROUNDS; ++round)
     {
         if (call.run([](lua_State* state) { lua_gc(state, LUA_GCCOLLECT, 0); }))

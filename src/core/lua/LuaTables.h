@@ -11,8 +11,8 @@ class LuaHostCall;
 /// Stack: +0.
 void clearTable(lua_State* state);
 
-/// Runs two full collections. A finaliser that raises is logged, and the collection that it broke
-/// off is finished by steps: a full one anew for each of them would take quadratic time.
+/// Runs two full collections. A finaliser that raises is logged; the collection that it interrupts
+/// continues in steps, because a new full collection for each finaliser would take quadratic time.
 void collectGarbageTwice(LuaHostCall& call);
 
 } // namespace tbScripts::lua

@@ -11,8 +11,8 @@
 namespace tbScripts::lua
 {
 
-/// Returns whether one of `size` bytes is 0. Most texts that pass here are names, too short to be
-/// worth a call of the C library.
+/// Returns whether one of `size` bytes is 0. Most strings here are names, which are so short that a
+/// call of the C library would take longer.
 inline bool holdsNul(const char* bytes, std::size_t size)
 {
     constexpr std::size_t LONG = 64;
@@ -27,7 +27,7 @@ inline bool holdsNul(const char* bytes, std::size_t size)
         return word;
     };
 
-    // The last piece overlaps the one before, so that there is no remainder to go through.
+    // The last piece overlaps the one before, so there is no remainder.
     if (size >= LONG)
         return std::memchr(bytes, '\0', size) != nullptr;
     if (size >= WORD)
@@ -44,8 +44,8 @@ inline bool holdsNul(const char* bytes, std::size_t size)
     return size > 0 && (bytes[0] == 0 || bytes[size / 2] == 0 || bytes[size - 1] == 0);
 }
 
-/// Returns `text` up to its first NUL: names and texts end there for the interpreter, whether or
-/// not the view is zero-terminated.
+/// Returns `text` up to its first NUL: for the interpreter, names and strings of the host end
+/// there, whether or not the view is zero-terminated.
 inline tbMemory::StringView upToFirstNul(const tbMemory::StringView& text)
 {
     if (!holdsNul(text.data(), text.size()))
@@ -53,14 +53,14 @@ inline tbMemory::StringView upToFirstNul(const tbMemory::StringView& text)
     return tbMemory::StringView(text.data(), std::strlen(text.data()));
 }
 
-/// Stack: +1, the name; a null one is the empty name.
+/// Stack: +1, the name; a null view is the empty name.
 inline void pushName(lua_State* state, const tbMemory::StringView& name)
 {
     const tbMemory::StringView shown = upToFirstNul(name);
     lua_pushlstring(state, shown.empty() ? "" : shown.data(), shown.size());
 }
 
-/// Stack: +1, the text; a null one is nil.
+/// Stack: +1, the string; a null view is nil.
 inline void pushText(lua_State* state, const tbMemory::StringView& text)
 {
     if (text.isNull())
@@ -69,7 +69,7 @@ inline void pushText(lua_State* state, const tbMemory::StringView& text)
         pushName(state, text);
 }
 
-/// Returns the characters of the text or number at `index`. A number there becomes a text.
+/// Returns the bytes of the string or number at `index`. A number there becomes a string.
 inline tbMemory::StringView textAt(lua_State* state, int index)
 {
     std::size_t size = 0;

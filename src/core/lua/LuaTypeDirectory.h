@@ -9,15 +9,17 @@
 namespace tbScripts::lua
 {
 
-/// The tables of one state's user types by their address, for as long as the types keep them alive.
+/// Maps the address of a user type's table to the type's name, for the types of one state that keep
+/// their tables alive.
 ///
-/// Every instance that crosses the border is looked up here, so this is a hash table with nothing
-/// to follow: entries lie in one block, each at or behind the place that its address says.
+/// The library looks up every instance that it reads from a script here, so this is a hash table
+/// with open addressing: entries lie in one block, each at or behind the place of its address.
 class LuaTypeDirectory
 {
 public:
-    /// Notes that `table` is that of the type `name`, which stays where it is until it is removed.
-    /// A table that is noted already gets the new name.
+    /// Adds `table` of the type `name`. A table that is listed already gets the new name.
+    ///
+    /// Requires: `name` stays at its address until `remove`.
     void add(const void* table, const tbMemory::String& name)
     {
         if ((m_count + 1) * 2 > m_entries.size())
@@ -27,8 +29,7 @@ public:
         entry = {table, &name};
     }
 
-    /// Forgets `table`, unless it has got another name than this very one meanwhile. Needs no
-    /// memory.
+    /// Removes `table`, unless a later `add` has given it another name object. Needs no memory.
     void remove(const void* table, const tbMemory::String& name)
     {
         if (find(table) != &name)
@@ -36,7 +37,7 @@ public:
         std::size_t place = _placeOf(table);
         m_entries[place] = Entry();
         --m_count;
-        // What lies behind may have been put there because this place was taken.
+        // Entries behind may lie there only because this place was taken.
         for (place = (place + 1) & m_mask; m_entries[place].table; place = (place + 1) & m_mask)
         {
             const Entry moved = m_entries[place];
@@ -45,7 +46,7 @@ public:
         }
     }
 
-    /// Returns the name of the type whose table this is, null if it is none.
+    /// Returns the name of the type whose table this is, null if there is none.
     const tbMemory::String* find(const void* table) const
     {
         return m_entries[_placeOf(table)].name;

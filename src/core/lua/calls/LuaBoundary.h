@@ -9,9 +9,11 @@
 //
 // Two cases need the protected call all the same:
 // - The C++ runtime ends the process when an exception that is not its own is caught while one of
-//   its own is being handled. Hosts do call us from their catch blocks, so that is looked up first.
+//   its own is being handled. Hosts do call us from their catch blocks, so we look that up first.
 // - Interpreters that are built without external unwinding raise by a jump, which a try block does
 //   not see. Building with TBSCRIPTS_PROTECTED_BOUNDARY makes every call a protected one.
+//
+// Why: docs/decisions/0003-errors-at-the-boundary.md, 0017-checks-that-a-call-can-skip.md
 
 #include "core/ExceptionContainment.h"
 #include "core/lua/LuaApi.h"
@@ -24,35 +26,35 @@
 namespace tbScripts::lua
 {
 
-/// Work of a call, in a form that the interpreter can carry to its protected call.
+/// Work of a call, in a form that the interpreter can pass to its protected call.
 struct ProtectedWork
 {
     void (*invoke)(void* work, lua_State* state);
     void* work;
-    bool hasThrown;   // ended by a C++ exception whose text we know
-    std::string text; // that text
+    bool hasThrown;   // a C++ exception with a known message ended the work
+    std::string text; // the message of that exception
 };
 
-/// What the interpreter calls protected: runs the `ProtectedWork` on top of the stack.
+/// The function that the interpreter calls protected: runs the `ProtectedWork` on top of the stack.
 int runProtectedWork(lua_State* state);
 
-/// Runs `work` by a protected call, with the topmost `arguments` values as its stack. Returns
-/// whether it came to its end; else the error value is on the stack or `work.text` is set.
+/// Runs `work` in a protected call, with the topmost `arguments` values as its stack. Returns
+/// whether the work completed; if not, the error value is on the stack or `work.text` is set.
 bool callProtected(const LuaStateSlot& slot, lua_State* state, int arguments, ProtectedWork& work);
 
-/// Gives the text of the exception that is being handled and returns whether it has one. The
-/// interpreter's own exceptions have none: their error value is on the stack.
+/// Sets `text` to the message of the exception that is being handled and returns whether it has
+/// one. The interpreter's own exceptions have none: their error value is on the stack.
 bool describeCurrentException(std::string& text);
 
-/// Gives the text of the error value on top of the stack; a short one if there is no memory for it.
-/// Throws nothing: destructors come this way.
+/// Sets `text` to the message of the error value on top of the stack; to a short one if there is no
+/// memory for it. Throws nothing: destructors call this.
 void takeErrorText(lua_State* state, std::string& text);
 
 #if defined(__GNUC__)
-/// Where the C++ runtime keeps the exception that this thread is handling; null until
-/// `findHandledException` has looked. Found once per thread, and read without a call: asking the
-/// runtime each time was a noticeable part of setting a global.
-    #if defined(__GLIBC__) // which has room for it in libraries that are loaded later
+/// Address at which the C++ runtime stores the exception that this thread is handling; null until
+/// `findHandledException` was called. It is found once per thread and read without a call: asking
+/// the runtime each time was a noticeable part of setting a global.
+    #if defined(__GLIBC__) // which reserves static TLS for libraries that are loaded later
 extern __thread void* const* handledException __attribute__((tls_model("initial-exec")));
     #else
 extern __thread void* const* handledException;
@@ -61,7 +63,7 @@ extern __thread void* const* handledException;
 void findHandledException();
 #endif
 
-/// Returns whether errors have to be contained by a protected call here and now.
+/// Returns whether only a protected call can contain errors at this point.
 inline bool needsProtectedCall()
 {
 #if defined(TBSCRIPTS_PROTECTED_BOUNDARY) || !defined(__GNUC__)
@@ -73,14 +75,14 @@ inline bool needsProtectedCall()
 #endif
 }
 
-/// What work leaves on the stack when it comes to its end.
+/// What work leaves on the stack when it completes.
 enum class STACK_AFTER_WORK
 {
     ANYTHING,
     AS_BEFORE // without the arguments, if there are some
 };
 
-/// Calls `work`, with the height of the stack if it asks for that.
+/// Calls `work`, with the height of the stack if `work` has a parameter for it.
 template <typename Work, typename GetTop>
 void runWork(Work& work, lua_State* state, GetTop&& getTop)
 {
@@ -90,13 +92,13 @@ void runWork(Work& work, lua_State* state, GetTop&& getTop)
         work(state);
 }
 
-/// Runs `work(state)` and returns whether it came to its end. If not, `errorText` says why. The
-/// stack is put back where it was, less the topmost `arguments` values, which are the work's.
+/// Runs `work(state)` and returns whether it completed. If not, `errorText` says why. Restores the
+/// stack, less the topmost `arguments` values, which the work consumes.
 ///
-/// `work(state, top)` also gets the height of the stack below what it pushes.
+/// `work(state, top)` also gets the height of the stack below the values that it pushes.
 ///
 /// Requires: `work` addresses the stack relative to its top or to that height, and owns nothing
-/// that a raised error would leave behind.
+/// that a raised error would leak.
 template <STACK_AFTER_WORK stackAfter = STACK_AFTER_WORK::ANYTHING, typename Work>
 bool containLuaErrors(
     const LuaStateSlot& slot, lua_State* state, int arguments, Work&& work, std::string& errorText)

@@ -16,7 +16,7 @@ bool LuaCallbackScope::keepViews(std::string& errorText)
     if (!m_hasUnkeptViews)
         return true;
     m_hasUnkeptViews = false; // first: anchoring may run a finaliser that calls the host
-    // From the start each time: that finaliser may have dropped any of the views.
+    // From the start each time: that finaliser may have destroyed any of the views.
     for (LuaScriptObjectInterpreterView* view = m_firstView; view;)
     {
         if (view->_isKept())

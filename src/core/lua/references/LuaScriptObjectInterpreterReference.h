@@ -13,7 +13,7 @@
 namespace tbScripts::lua
 {
 
-/// What gives a value back: gets the state, the registry slot and the kind of the value.
+/// Releases a value: receives the state, the registry slot and the kind of the value.
 using LuaReleaseAction =
     std::function<void(lua_State* state, std::int64_t slot, FUNCTION_PARAMETER_TYPE type)>;
 
@@ -21,35 +21,35 @@ using LuaReleaseAction =
 class LuaScriptObjectInterpreterReference final : public ScriptObjectInterpreterReference
 {
 public:
-    /// Returns a handle on a new reference without slot, which `of` gives. Both are one piece of
-    /// memory.
+    /// Returns a handle on a new reference without slot, which `of` returns. Both lie in one block
+    /// of memory. Why: docs/decisions/0016-reusing-registry-slots.md
     static ScriptObjectReference make(const LuaStateHandle& handle, FUNCTION_PARAMETER_TYPE type);
 
-    /// Returns what `reference` holds. Requires: it comes from `make`.
+    /// Returns the reference in `reference`. Requires: `make` created it.
     static LuaScriptObjectInterpreterReference& of(const ScriptObjectReference& reference)
     {
         return static_cast<LuaScriptObjectInterpreterReference&>(
             *reference.getInterpreterReference());
     }
 
-    /// Takes over registry slot `slot`, 0 for none yet, and gives it back at its end.
+    /// Owns registry slot `slot` (0 for none yet), which the destructor releases.
     LuaScriptObjectInterpreterReference(
         LuaStateHandle handle, FUNCTION_PARAMETER_TYPE type, int slot);
 
-    /// The same; `release` gives it back, and an empty one gives nothing back.
+    /// The same; the destructor calls `release` instead, or does nothing if that is empty.
     LuaScriptObjectInterpreterReference(
         LuaStateHandle handle, FUNCTION_PARAMETER_TYPE type, int slot, LuaReleaseAction release);
 
-    /// Gives the slot back, unless the state is closed.
+    /// Releases the slot, unless the state is closed.
     ~LuaScriptObjectInterpreterReference() override;
 
-    /// Anchors the value on top of the stack, which it pops. Requires: none is anchored yet.
+    /// Anchors the value on top of the stack and pops it. Requires: no value is anchored yet.
     ///
     /// May raise: the registry may have to grow.
     void anchor(lua_State* state) { m_slot = takeRegistrySlot(*m_handle.getSlot(), state); }
 
-    /// Returns the registry slot of what `reference` designates in the state of `handle`; 0 if
-    /// that is nothing: an empty reference, one of another or a closed state, one not ours.
+    /// Returns the registry slot of the value of `reference` in the state of `handle`; 0 if it has
+    /// none there: an empty reference, one of another or of a closed state, one of a foreign class.
     static int slotOf(const ScriptObjectReference& reference, const LuaStateHandle& handle);
 
 private:
@@ -57,11 +57,11 @@ private:
 
     LuaStateHandle m_handle;
     int m_slot;
-    bool m_hasOwnRelease; // a callable is only needed for that
+    bool m_hasOwnRelease; // whether `m_release` is used
     LuaReleaseAction m_release;
 };
 
-/// Stack: +1, the value that `reference` designates in the state of `handle`, else nil.
+/// Stack: +1, the value of `reference` in the state of `handle`, nil if it has none there.
 void pushReferenced(
     lua_State* state, const ScriptObjectReference& reference, const LuaStateHandle& handle);
 

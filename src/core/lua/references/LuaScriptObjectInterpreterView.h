@@ -11,19 +11,19 @@
 namespace tbScripts::lua
 {
 
-/// Looks at a stack slot during a callback of the host.
+/// Shows the value in a stack slot during a callback of the host.
 ///
-/// A slot's index means something only while its own call is the innermost one. Before the host
-/// calls into the interpreter again, the scope has the value kept in the registry.
+/// The index of a slot is valid only while its own call is the innermost one. Before the host calls
+/// into the interpreter again, the scope anchors the value in the registry.
 class LuaScriptObjectInterpreterView final : public ScriptObjectInterpreterView
 {
 public:
-    /// Looks at nothing until it is lent.
+    /// Creates an empty view.
     LuaScriptObjectInterpreterView();
 
     ~LuaScriptObjectInterpreterView() override;
 
-    /// Looks at stack slot `index` until `scope` ends; 0 is nothing.
+    /// Shows the value in stack slot `index` until `scope` is destroyed; 0 leaves the view empty.
     void lend(LuaCallbackScope& scope, FUNCTION_PARAMETER_TYPE type, int index)
     {
         if (m_scope)
@@ -35,26 +35,26 @@ public:
         scope.addView(*this);
     }
 
-    /// The same; `release` goes to the references that are made from this view.
+    /// The same; references that are created from this view use `release`.
     void lend(
         LuaCallbackScope& scope, FUNCTION_PARAMETER_TYPE type, int index, LuaReleaseAction release);
 
-    /// Looks at nothing from here on.
+    /// Empties the view.
     void end();
 
-    /// Returns whether this looks at a value of another interpreter than that of `slot`.
+    /// Returns whether the value belongs to another interpreter than that of `slot`.
     bool isForeignTo(const LuaStateSlot& slot) const;
 
-    /// Stack: +1, the value; +0 and false if there is none to look at. `state` is the thread that
-    /// runs. Never raises.
+    /// Stack: +1, the value; +0 and false if the view is empty. `state` is the running coroutine.
+    /// Never raises.
     bool pushValue(lua_State* state) const;
 
     ScriptObjectInterpreterReference* createReference() override;
 
 private:
-    friend class LuaCallbackScope; // chains the views that were lent to it
+    friend class LuaCallbackScope; // chains its views
 
-    // Needs no stack slot any more.
+    // Whether the value is anchored, so that the view needs no stack slot any more.
     bool _isKept() const;
 
     // Anchors the value in the registry.
@@ -62,10 +62,10 @@ private:
 
     FUNCTION_PARAMETER_TYPE m_type = PARAM_TYPE_VOID;
     int m_index = 0;    // on the stack of the scope's thread
-    int m_keptSlot = 0; // in the registry, 0 while only on the stack
+    int m_keptSlot = 0; // in the registry, 0 while the value is only on the stack
     bool m_hasOwnRelease = false;
     LuaReleaseAction m_release;
-    LuaCallbackScope* m_scope = nullptr;              // null once the call is over
+    LuaCallbackScope* m_scope = nullptr;              // null after the call
     LuaScriptObjectInterpreterView* m_next = nullptr; // in the scope's chain
 };
 

@@ -9,8 +9,8 @@
 namespace tbScripts::lua
 {
 
-/// Bytes that grow at their end, in constant time for each on average. New ones are not set: their
-/// writer sets all of them.
+/// Bytes that grow at their end, in amortised constant time for each. New bytes are uninitialised:
+/// the writer sets all of them.
 class GrowingBytes
 {
 public:

@@ -10,11 +10,11 @@ namespace tbScripts::lua
 namespace
 {
 
-// So many bytes are searched for further texts. Where there are fewer, they need no haste.
+// `_find` searches so many bytes for further strings.
 constexpr std::size_t REACH = 4096;
 
-// Returns the size of the record that begins the `room` bytes at `record`, which is no instance;
-// more than `room` if it does not end there.
+// Returns the size of the record at the start of the `room` bytes at `record`, which is no
+// instance; more than `room` if the record does not end there.
 std::size_t recordSize(const unsigned char* record, std::size_t room)
 {
     switch (*record)
@@ -55,8 +55,8 @@ std::size_t LuaStringsAhead::push(lua_State* state, std::size_t position)
     return textRecordSize(m_texts[m_next++].bytes.size());
 }
 
-// Finds the texts from that at `position` on. What a reader would not take for a text may be among
-// them, behind the end of the value: nobody asks for it.
+// Finds the strings from `position` on. Behind the end of the value, some of them may be no
+// strings; the reader never asks for those.
 void LuaStringsAhead::_find(std::size_t position)
 {
     const std::size_t end = position + std::min(m_size - position, REACH);
@@ -74,7 +74,7 @@ void LuaStringsAhead::_find(std::size_t position)
     }
 }
 
-// Stack: +0, with the texts that were found in their place.
+// Puts the strings that `_find` found into their slots. Stack: +0.
 void LuaStringsAhead::_lookUp(lua_State* state) const
 {
     for (std::size_t i = 0; i < m_count; ++i)

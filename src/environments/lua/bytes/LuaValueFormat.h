@@ -1,6 +1,6 @@
 #pragma once
 
-// The records that script values are written as. Format: docs/script-value-bytes.md.
+// The records of script values as bytes. Format: docs/script-value-bytes.md.
 
 #include "core/lua/LuaText.h"
 
@@ -23,8 +23,8 @@ constexpr unsigned char TAG_INSTANCE = 'u';
 constexpr unsigned char TAG_TABLE = '{';
 constexpr unsigned char TAG_TABLE_END = '}';
 
-// Bytes of the records that are always of the same size, and the least of those that are not. A
-// buffer with less is nil.
+// Sizes of the records of fixed size, and the smallest sizes of the others. A shorter buffer is
+// nil.
 constexpr std::size_t BOOLEAN_SIZE = 4;
 constexpr std::size_t NUMBER_SIZE = 12;
 constexpr std::size_t LEAST_TEXT_SIZE = 3;
@@ -33,8 +33,8 @@ constexpr std::size_t TABLE_START_SIZE = 4;
 constexpr std::size_t TABLE_END_SIZE = 4;
 constexpr std::size_t LEAST_TABLE_SIZE = TABLE_START_SIZE + TABLE_END_SIZE;
 
-// Where the parts of a record stand in it. An instance with a type holds a text record, tag
-// included, from its third byte on.
+// Offsets of the parts of a record. The record of an instance with a type contains a string record,
+// tag included, from its third byte on.
 constexpr std::size_t TRUTH_OFFSET = 1;
 constexpr std::size_t NUMBER_OFFSET = 4;
 constexpr std::size_t TEXT_OFFSET = 1;
@@ -46,7 +46,7 @@ constexpr std::size_t UNTYPED_POINTER_OFFSET = 4;
 constexpr std::size_t POINTER_SIZE = 8;
 constexpr std::size_t UNTYPED_INSTANCE_SIZE = UNTYPED_POINTER_OFFSET + POINTER_SIZE;
 
-/// All records but that of a function begin at a multiple of this.
+/// Every record but that of a function begins at a multiple of this.
 constexpr std::size_t ALIGNMENT = 4;
 
 /// Returns `size` rounded up to the next multiple of 4.
@@ -55,13 +55,13 @@ constexpr std::size_t pad4(std::size_t size)
     return (size + (ALIGNMENT - 1)) & ~(ALIGNMENT - 1);
 }
 
-/// Returns the size of a record with a text of `length` bytes: the tag, the text, a zero.
+/// Returns the size of a record with a string of `length` bytes: the tag, the string, a zero.
 constexpr std::size_t textRecordSize(std::size_t length)
 {
     return pad4(length + 2);
 }
 
-/// Returns where the pointer stands in the record of an instance whose type's name has `length`
+/// Returns the offset of the pointer in the record of an instance whose type's name has `length`
 /// bytes.
 constexpr std::size_t pointerOffset(std::size_t length)
 {
@@ -74,7 +74,7 @@ constexpr std::size_t instanceRecordSize(std::size_t length)
     return pointerOffset(length) + POINTER_SIZE;
 }
 
-// Parts of a record may stand at any address: they are copied, never looked at in place.
+// Parts of a record may lie at any address, so these functions copy them.
 
 inline void storeNumber(unsigned char* bytes, double number)
 {
@@ -103,7 +103,7 @@ inline void* loadPointer(const unsigned char* bytes)
     return pointer;
 }
 
-/// Returns the text at `position` of the `size` bytes at `data`. It ends with the first zero, or
+/// Returns the string at `position` of the `size` bytes at `data`. It ends with its first zero, or
 /// with the bytes.
 inline tbMemory::StringView
 textIn(const unsigned char* data, std::size_t size, std::size_t position)
@@ -114,10 +114,10 @@ textIn(const unsigned char* data, std::size_t size, std::size_t position)
     return upToFirstNul(tbMemory::StringView(text, size - position));
 }
 
-/// Returns the size of the record of a text that begins the `room` bytes at `record`; more than
-/// `room` if it does not end there.
+/// Returns the size of the string record at the start of the `room` bytes at `record`; more than
+/// `room` if the record does not end there.
 ///
-/// The final zero is one of the last 4 bytes of a record, so no others need to be told apart.
+/// The final zero is one of the last 4 bytes of the record, so the search goes 4 bytes at a time.
 inline std::size_t textRecordSizeAt(const unsigned char* record, std::size_t room)
 {
     constexpr std::uint32_t LOWEST_BITS = 0x01010101U;

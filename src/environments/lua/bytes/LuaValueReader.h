@@ -17,30 +17,34 @@
 namespace tbScripts::lua
 {
 
-/// Makes one script value from bytes, whatever they are. Format: docs/script-value-bytes.md.
+/// Creates one script value from any bytes. Format: docs/script-value-bytes.md.
 ///
-/// Lives outside of the work that the boundary contains, so that nothing is lost when that is
-/// broken off. No instance then owns its object.
+/// The reader exists outside of the work that the boundary contains, so an error in that work leaks
+/// nothing. Ownership changes only in `handOverOwnership`, after the whole value was read: if
+/// reading fails, no instance owns its object.
+///
+/// Why no recursion: docs/decisions/0012-values-without-recursion.md
 class LuaValueReader
 {
 public:
-    /// So many open tables are kept on the stack, where they have to fit beside everything else.
+    /// At most so many open tables lie on the interpreter's stack, which also holds the host's
+    /// calls.
     static constexpr std::size_t RESIDENT_DEPTH = 64;
 
-    /// Requires: `bytes` stay as they are while this lives.
+    /// Requires: `bytes` do not change while this object exists.
     LuaValueReader(const LuaStateSlot& slot, const tbMemory::BufferView<unsigned char>& bytes);
 
-    /// Returns the kind of reference that keeps the value.
+    /// Returns the kind of the reference that will keep the value alive.
     FUNCTION_PARAMETER_TYPE getType() const;
 
     /// Returns whether the bytes are a value. May raise.
-    /// Stack: +1, the value, if there is one; some values of its own underneath.
+    /// Stack: +1, the value, if there is one; below it values that the reader needs.
     bool read(lua_State* state);
 
-    /// Lets the instances own their objects that were written so. Never raises.
+    /// Sets the ownership flag of the instances whose records transfer ownership. Never raises.
     ///
-    /// Requires: the value was read, and is kept elsewhere: on the stack is what `read` left
-    /// underneath. Stack: +0.
+    /// Requires: `read` succeeded and the caller has popped the value; the values below it are
+    /// still on the stack. Stack: +0.
     void handOverOwnership(lua_State* state) const;
 
 private:
@@ -58,20 +62,21 @@ private:
         int textKeys = 0;
     };
 
-    /// What is known of a depth.
+    /// What the reader knows about one depth.
     struct Level
     {
-        Fields expected;           // what the last table here had; tables beside it have the same
-        KEY keyAround = KEY::NONE; // of the open table, in the one around it
-        Fields fieldsAround;       // of that one so far
+        Fields expected;           // of the last table at this depth; its neighbours have as many
+        KEY keyAround = KEY::NONE; // of the open table, in the table around it
+        Fields fieldsAround;       // of the table around, so far
     };
 
-    // The table that is being read and those around it are open. The outer ones are on the stack,
-    // each with the key of the next, which is set at its end. Those deeper than `RESIDENT_DEPTH`
-    // are kept in a table of ours, since values nest deeper than any stack, and set at once.
+    // The table that is being read and the tables around it are open. Values nest deeper than any
+    // stack, so only the outer open tables lie on the stack, each with its key in the table around
+    // it; the reader sets such a pair when the inner table ends. Tables deeper than
+    // `RESIDENT_DEPTH` lie in the table `saved`; the reader sets their pairs when they begin.
     //
-    // Stack while tables are open: [saved] [owners] [recent keys] [texts ahead] [root] [key] ...
-    // [table], and the key that has no value yet. A key that is not a number is not there.
+    // Stack while tables are open: [saved] [owners] [recent keys] [strings ahead] [root] [key] ...
+    // [table], and the key that has no value yet. A dropped key (NaN) is not on the stack.
 
     bool _pushFunction(lua_State* state);
     void _prepareSideTables(lua_State* state);
@@ -91,7 +96,7 @@ private:
 
     bool _isFunction() const;
 
-    // Requires: the position is in the buffer.
+    // Requires: the position is inside the buffer.
     bool _has(std::size_t size) const { return m_size - m_position >= size; }
 
     tbMemory::StringView _textAt(std::size_t offset) const;
@@ -99,19 +104,19 @@ private:
     const LuaStateSlot& m_slot;
     const unsigned char* m_data;
     std::size_t m_size;
-    std::size_t m_position; // of the record that is read
+    std::size_t m_position; // of the record that is being read
 
-    KEY m_key;       // the one that has no value yet, of the innermost open table
-    Fields m_fields; // of that table so far
+    KEY m_key;       // of the innermost open table, if the key has no value yet
+    Fields m_fields; // of the innermost open table, so far
     std::size_t m_depth;
     std::size_t m_residentDepth; // 0 or `RESIDENT_DEPTH`
     std::array<Level, RESIDENT_DEPTH> m_levels;
     LuaRecentKeys m_recentKeys;
     LuaStringsAhead m_stringsAhead;
 
-    int m_savedIndex;                         // of the table that keeps the deeper open tables
-    int m_ownersIndex;                        // of the table that keeps the instances below
-    std::unordered_set<void*> m_ownedObjects; // of instances that will own them
+    int m_savedIndex;                         // of the table with the deeper open tables
+    int m_ownersIndex;                        // of the table with the instances that will be owners
+    std::unordered_set<void*> m_ownedObjects; // the objects of these instances
 };
 
 } // namespace tbScripts::lua

@@ -15,17 +15,18 @@ namespace tbScripts::lua
 namespace
 {
 
-// What is kept on the stack has to fit beside everything else; few values nest as deep as that.
+// The stack also holds the host's calls, so only so many open tables lie on it. Few values nest
+// deeper.
 constexpr std::size_t RESIDENT_DEPTH = 64;
 constexpr int SLOTS_PER_TABLE = 2; // the table and its key
-constexpr int SLOTS_FOR_WORK = 12; // less than the interpreter has in any case
+constexpr int SLOTS_FOR_WORK = 12; // fewer than the interpreter guarantees
 constexpr int COMFORTABLE_SLOTS =
     static_cast<int>(RESIDENT_DEPTH) * SLOTS_PER_TABLE + SLOTS_FOR_WORK;
 
 constexpr int DUMPED = 0;
-constexpr int NO_MEMORY_FOR_DUMP = -1; // no status of the interpreter's
+constexpr int NO_MEMORY_FOR_DUMP = -1; // no status of the interpreter
 
-// Called by the interpreter, whose own frames an exception would have to pass.
+// The interpreter calls this; an exception would have to pass through the interpreter's frames.
 int appendDumpedPiece(lua_State* /*state*/, const void* piece, std::size_t size, void* bytes)
 {
     try
@@ -39,8 +40,9 @@ int appendDumpedPiece(lua_State* /*state*/, const void* piece, std::size_t size,
     }
 }
 
-// Returns false for most texts that do not read as numbers: those that begin with a letter and are
-// neither "inf" nor "nan" by their first and third. Asking the interpreter takes far longer.
+// Returns false for most strings that do not read as numbers: those that begin with a letter,
+// unless their first and third letters are those of "inf" or "nan". Asking the interpreter takes
+// far longer.
 bool mayReadAsNumber(const tbMemory::StringView& text)
 {
     const auto lowered = [&text](std::size_t i)
@@ -51,8 +53,8 @@ bool mayReadAsNumber(const tbMemory::StringView& text)
            ((lowered(0) == 'i' && lowered(2) == 'f') || (lowered(0) == 'n' && lowered(2) == 'n'));
 }
 
-// Returns the box on top of the stack if its type was unknown when it was made. Blocks of another
-// size or with a metatable are foreign. Null if it is none.
+// Returns the box on top of the stack if its type was unknown when it was created, else null.
+// Blocks of another size or with a metatable are foreign.
 LuaInstanceBox* untypedBoxOnTop(lua_State* state)
 {
     void* const block = lua_touserdata(state, -1);
@@ -91,7 +93,7 @@ void LuaValueWriter::write(lua_State* state)
         _writeValue(state, type);
     if (!isWritten)
         return;
-    // The buffer first: without memory for it nobody would own the objects any more.
+    // The buffer first: if there is no memory for it, the instances must still own their objects.
     m_buffer = tbMemory::Buffer(m_bytes.data(), m_bytes.size());
     _releaseOwners(state);
 }
@@ -101,14 +103,14 @@ tbMemory::Buffer LuaValueWriter::takeBuffer()
     return std::move(m_buffer);
 }
 
-// Stack: +3, two tables and the value, which is underneath, once more.
+// Stack: +3, two tables and a copy of the value below them.
 void LuaValueWriter::_prepareSideTables(lua_State* state)
 {
     lua_createtable(state, 0, 0);
     lua_createtable(state, 0, 0);
     m_ownersIndex = lua_gettop(state);
     m_savedIndex = m_ownersIndex - 1;
-    // Inside of a call with thousands of arguments there is no room.
+    // A call with thousands of arguments leaves no room.
     if (lua_checkstack(state, COMFORTABLE_SLOTS))
         m_residentDepth = RESIDENT_DEPTH;
     lua_pushvalue(state, m_savedIndex - 1);
@@ -131,7 +133,8 @@ void LuaValueWriter::_writeValue(lua_State* state, int type)
     case LUA_TUSERDATA:
         _writeInstance(state);
         break;
-    default: // has no record; kept: in a table its key has one all the same
+    default:
+        // Compatibility: the value has no record, but in a table its key has one (decision 0014).
         break;
     }
 }
@@ -142,10 +145,10 @@ bool LuaValueWriter::_writeFunction(lua_State* state)
     const int status = lua_dump(state, &appendDumpedPiece, &m_bytes);
     if (status == NO_MEMORY_FOR_DUMP)
         throw std::bad_alloc();
-    return status == DUMPED; // functions of the host have nothing to dump
+    return status == DUMPED; // functions of the host have no dump
 }
 
-// Writes the table on top of the stack and those in it. Returns false if one contains itself.
+// Writes the table on top of the stack and the tables in it. Returns false if one contains itself.
 bool LuaValueWriter::_writeTables(lua_State* state)
 {
     bool isOpened = _openTable(state);
@@ -169,8 +172,10 @@ bool LuaValueWriter::_writeTables(lua_State* state)
     return isOpened;
 }
 
-// Writes the key under the topmost value. Kept: a text that reads as a number becomes one, and a
-// key that is neither text nor number an empty text. Stack: +0.
+// Writes the key under the topmost value. Stack: +0.
+//
+// Compatibility: a string that reads as a number becomes that number, and a key that is neither
+// string nor number becomes the empty string (docs/script-value-bytes.md#writing).
 void LuaValueWriter::_writeKey(lua_State* state)
 {
     constexpr int INDEX = -2;
@@ -188,8 +193,8 @@ void LuaValueWriter::_writeKey(lua_State* state)
         _putText(TAG_TEXT_KEY, text);
 }
 
-// Begins the table on top of the stack; its key in the table around it is underneath. Returns false
-// if it contains itself.
+// Begins the table on top of the stack; its key in the table around it is below. Returns false if
+// the table contains itself.
 //
 // Each table is compared with one open table only, the mark: the deepest whose depth is a power of
 // two. That is enough. A table that contains itself makes the walk open the same tables again and
@@ -197,7 +202,7 @@ void LuaValueWriter::_writeKey(lua_State* state)
 // and is deeper than a round is long, the next round meets it. That is at three times the depth
 // where the first table is met again, at most.
 //
-// Stack: +1, the place of the first key; less what is saved elsewhere.
+// Stack: +1, the place of the first key; less the parent, if it is saved elsewhere.
 bool LuaValueWriter::_openTable(lua_State* state)
 {
     const void* const table = lua_topointer(state, -1);
@@ -239,7 +244,7 @@ void LuaValueWriter::_saveParent(lua_State* state)
     lua_rawseti(state, m_savedIndex, slot + 1);
 }
 
-// Stack: +2, what was saved. (Its slots are used again; they need not be cleared.)
+// Stack: +2, what `_saveParent` saved. The slots are reused, so nothing clears them.
 void LuaValueWriter::_restoreParent(lua_State* state)
 {
     const int slot = _savedSlot();
@@ -260,7 +265,7 @@ void LuaValueWriter::_writeInstance(lua_State* state)
         _putUntypedInstance(object);
     if (!isAlive || !box->gcEnabled || !m_transferOwnership)
         return;
-    // Kept until all is written, so that the box is still there.
+    // Keeps the box alive until the whole value is written.
     lua_pushvalue(state, -1);
     lua_rawseti(state, m_ownersIndex, ++m_ownerCount);
 }
@@ -311,7 +316,8 @@ void LuaValueWriter::_putTypedInstance(void* object, const tbMemory::StringView&
     storePointer(m_bytes.extend(POINTER_SIZE), object);
 }
 
-// Kept: without a type, byte 1 does not say whether the object changes its owner.
+// Compatibility: without a type, byte 1 does not say whether ownership is transferred, and the
+// pointer is stored at offset 4, while the reader reads it at offset 8 (decision 0014).
 void LuaValueWriter::_putUntypedInstance(void* object)
 {
     _putTag(TAG_INSTANCE, 0);

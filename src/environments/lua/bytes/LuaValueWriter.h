@@ -15,24 +15,27 @@ namespace tbScripts::lua
 
 /// Writes one script value as bytes. Format: docs/script-value-bytes.md.
 ///
-/// Lives outside of the work that the boundary contains, so that nothing is lost when that is
-/// broken off. It then has no bytes, and no instance has changed its owner.
+/// The writer exists outside of the work that the boundary contains, so an error in that work leaks
+/// nothing. After an error the writer has no bytes, and no ownership has changed.
+///
+/// Why no recursion: docs/decisions/0012-values-without-recursion.md
 class LuaValueWriter
 {
 public:
-    /// With `transferOwnership`, what reads the bytes will own the instances that the script owns.
+    /// With `transferOwnership`, the written instances lose the objects that the script owns; the
+    /// instances that are read from the bytes will own them.
     LuaValueWriter(const LuaStateSlot& slot, bool transferOwnership);
 
-    /// Writes the value on top of the stack. May raise. Stack: some values of its own stay.
+    /// Writes the value on top of the stack. May raise. Stack: some values of the writer stay.
     void write(lua_State* state);
 
     /// Returns the bytes; none if there is no record for the value, or if it contains itself.
     tbMemory::Buffer takeBuffer();
 
 private:
-    // The table that is being written and those around it are open. Each is on the stack with its
-    // current key as long as there is room, and deeper ones in a table of ours: values nest deeper
-    // than any stack.
+    // The table that is being written and the tables around it are open. Values nest deeper than
+    // any stack: as long as there is room, open tables lie on the stack, each with its current key,
+    // and deeper ones in the table `saved`.
     //
     // Stack while tables are open: [value] [saved] [owners] [root] [key] ... [table] [key].
 
@@ -58,13 +61,13 @@ private:
     const LuaStateSlot& m_slot;
     bool m_transferOwnership;
     GrowingBytes m_bytes;
-    tbMemory::Buffer m_buffer; // the bytes of a value that was written to its end
+    tbMemory::Buffer m_buffer; // the bytes, after the whole value was written
 
     std::vector<const void*> m_openTables;
     std::size_t m_markDepth;     // see `_openTable`
-    std::size_t m_residentDepth; // so many open tables stay on the stack
-    int m_savedIndex;            // of the table that keeps the deeper ones and their keys
-    int m_ownersIndex;           // of the table with the instances that are to lose their objects
+    std::size_t m_residentDepth; // at most so many open tables lie on the stack
+    int m_savedIndex;            // of the table with the deeper open tables and their keys
+    int m_ownersIndex;           // of the table with the instances that will lose their objects
     int m_ownerCount;
 };
 

@@ -10,7 +10,7 @@ namespace tbScripts::lua
 void LuaChunkCache::pushFunction(
     lua_State* state, const LuaBytecode& bytecode, const char* chunkName)
 {
-    // A hook that a script has set would see the maker being called.
+    // A hook that a script has set would notice the call of the maker.
     if (lua_gethookmask(state) == 0 && _pushMaker(state, bytecode, chunkName))
     {
         lua_call(state, 0, 1);
@@ -33,7 +33,7 @@ bool LuaChunkCache::_pushMaker(lua_State* state, const LuaBytecode& bytecode, co
         const Place before = std::exchange(place, {bytecode.version, false});
         if (before.hasMaker)
             _dropMaker(state, index);
-        return false; // many a script runs once
+        return false; // many scripts run only once
     }
     if (m_makersKey == LUA_NOREF)
     {
@@ -41,7 +41,7 @@ bool LuaChunkCache::_pushMaker(lua_State* state, const LuaBytecode& bytecode, co
         m_makersKey = luaL_ref(state, LUA_REGISTRYINDEX);
     }
     lua_rawgeti(state, LUA_REGISTRYINDEX, m_makersKey);
-    if (lua_istable(state, -1)) // else a script has been at the registry
+    if (lua_istable(state, -1)) // else a script has changed the registry
     {
         if (place.hasMaker)
             lua_rawgeti(state, -1, static_cast<int>(index) + 1);
@@ -58,7 +58,7 @@ bool LuaChunkCache::_pushMaker(lua_State* state, const LuaBytecode& bytecode, co
     return false;
 }
 
-// Stack: +0. The chunk that was there may be gone for good.
+// Lets the collector free the chunk. Stack: +0.
 void LuaChunkCache::_dropMaker(lua_State* state, std::size_t index) const
 {
     lua_rawgeti(state, LUA_REGISTRYINDEX, m_makersKey);
