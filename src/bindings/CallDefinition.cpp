@@ -25,7 +25,7 @@ CallDeclaration::CallDeclaration(std::shared_ptr<const tbMemory::String> name)
 
 void CallDeclaration::setParameters(const std::vector<FunctionParameter>& parameters)
 {
-    m_innerParameters.clear(); // made anew from the other list when they are needed
+    m_innerParameters.clear(); // created again from the other list when they are needed
     m_parameters = parameters;
 }
 

@@ -17,7 +17,7 @@ EnvironmentManager& EnvironmentManager::operator=(const EnvironmentManager& othe
 {
     if (this == &other)
         return *this;
-    const auto environments = other.m_environments; // first: ends below may reach `other`
+    const auto environments = other.m_environments; // first: destructors below may change `other`
     _dropAll();
     m_environments = environments;
     return *this;
@@ -41,7 +41,7 @@ Environment* EnvironmentManager::createOrRetrieve(const tbMemory::StringView& na
 
 void EnvironmentManager::_dropAll()
 {
-    // What an environment's end runs may come back here.
+    // The destruction of an environment runs code that may call this manager.
     while (!m_environments.empty())
         m_environments.extract(m_environments.begin());
 }

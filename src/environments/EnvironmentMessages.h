@@ -3,7 +3,7 @@
 #include <tbMemory/String.h>
 #include <tbMemory/StringView.h>
 
-// The texts of environments. docs/messages.md lists them with their causes.
+// The messages of environments. docs/messages.md lists them with their causes.
 namespace tbScripts::messages
 {
 
@@ -51,7 +51,7 @@ inline tbMemory::String namespaceAlreadyExistant(const tbMemory::StringView& nam
            "' already existant. Returning it as-is, this might hold unexpected results.";
 }
 
-// The missing blank before "not" belongs to the text.
+// Compatibility: there is no blank before "not" (decision 0006).
 inline tbMemory::String scriptOfOtherInterpreter(const tbMemory::StringView& scriptName)
 {
     return "Script '" + tbMemory::String(scriptName) +

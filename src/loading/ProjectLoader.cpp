@@ -22,7 +22,7 @@ namespace
 constexpr const char* MEMBER_SCRIPTS = "scripts";
 constexpr const char* SCRIPTS_FILE_ENDING = "_scripts.tbscripts";
 
-// Kept: the last "." counts wherever it is, also in the name of a folder.
+// Compatibility: the last "." counts wherever it is, also in the name of a folder (decision 0014).
 tbMemory::String scriptsFileOf(const tbMemory::String& projectPath)
 {
     const std::string_view path = projectPath;
@@ -63,7 +63,8 @@ ProjectLoadResult ProjectLoader::load(const ProjectLoadQuery& query)
 {
     tbExport::ExporterLoadResult parsed = ContentLoader::inputData(query.path);
     tbExport::Node* const declarations = findDeclarations(parsed);
-    // Held to the end: callback and log receiver may erase scripts, or kill the manager.
+    // Held until the end of the load: callback and log receiver may erase scripts, or kill the
+    // manager.
     std::vector<std::shared_ptr<Script>> scripts;
     for (std::size_t i = 0; declarations && i < declarations->getSize(); ++i)
     {

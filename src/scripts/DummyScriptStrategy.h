@@ -5,7 +5,7 @@
 namespace tbScripts
 {
 
-/// Refuses to compile: what a script has while no interpreter is chosen.
+/// Strategy of a script without interpreter: refuses to compile.
 class DummyScriptStrategy final : public ScriptStrategy
 {
 public:

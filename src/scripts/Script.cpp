@@ -52,8 +52,8 @@ void Script::setTargetInterpreter(INTERPRETER interpreter)
         m_targetInterpreter = INTERPRETER_LUA;
         return;
     }
-    // Kept: the stored value stays what it was, only the strategy tells that the script is
-    // disabled.
+    // Compatibility: the stored value does not change; only the strategy disables the script
+    // (decision 0006).
     m_strategy = std::make_shared<DummyScriptStrategy>(m_name);
     LogManager::getInstance()->log(messages::SCRIPT_TYPE_UNKNOWN, LOG_SOURCE_SCRIPT);
 }
@@ -80,7 +80,7 @@ void Script::setSources(const tbMemory::StringView& sources)
 
 bool Script::load()
 {
-    // Held and copied: the log receiver may change this very script while it reads of a failure.
+    // Held and copied: the log receiver may change this script while it receives a failure.
     const std::shared_ptr<ScriptStrategy> strategy = m_strategy;
     return strategy->load(m_sources);
 }

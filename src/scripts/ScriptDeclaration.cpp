@@ -1,4 +1,4 @@
-// A script's declaration: an object with the texts "name", "type" and "sources".
+// A script's declaration: an object with the strings "name", "type" and "sources".
 
 #include "tbScripts/Script.h"
 #include "tbScripts/StringUtils.h"
@@ -21,7 +21,7 @@ void addText(tbExport::Node& node, const char* memberName, const tbMemory::Strin
         member->setString(text);
 }
 
-// Null if there is no such member, or if it is no text.
+// Null if there is no such member, or if it is no string.
 const tbExport::Node* findText(const tbExport::Node& node, const char* memberName)
 {
     const tbExport::Node* const member = node.getMember(memberName);

@@ -16,7 +16,7 @@ namespace tbScripts
 namespace
 {
 
-// Destroys a script when its last manager has let it go, unless a rename has given it away.
+// Destroys a script when the last manager releases it, unless a rename has made the host its owner.
 struct ScriptDeleter
 {
     bool isGivenAway = false;
@@ -70,7 +70,7 @@ void ScriptManager::rename(const tbMemory::StringView& name, const tbMemory::Str
     if (filed == m_scripts.end())
         return;
     filed->second->setName(newKey);
-    // Only moved from here on, which needs no memory: the script is not lost for want of it.
+    // From here on entries are only moved, which needs no memory: a lack of it loses no script.
     auto entry = m_scripts.extract(filed);
     entry.key() = std::move(newKey);
     const auto refiled = m_scripts.insert(std::move(entry));
@@ -94,7 +94,7 @@ std::shared_ptr<Script> ScriptManager::_shareOf(const Script& script) const
     std::shared_ptr<Script> sameName = _share(script.getName());
     if (sameName.get() == &script)
         return sameName;
-    // The host has given it another name without a rename.
+    // The host has changed the script's name without `rename`.
     const auto filed = std::find_if(
         m_scripts.begin(),
         m_scripts.end(),

@@ -12,8 +12,9 @@ namespace tbScripts
 
 /// Compiler of a script for one interpreter, and its last result.
 ///
-/// Copies of a script share it. It knows the script that it was made for by that one's name alone,
-/// which it shares: so it may outlive the script, and then reports with the last name.
+/// Copies of a script share the strategy. The strategy knows only the name of the script that it
+/// was created for, and shares it: so it may outlive the script, and then reports with the last
+/// name.
 class ScriptStrategy
 {
 public:
@@ -24,8 +25,8 @@ public:
 
     virtual ~ScriptStrategy();
 
-    /// Compiles `sources`, up to their first NUL, in place of what was compiled before. Returns the
-    /// success flag of the result that it sets.
+    /// Compiles `sources` up to their first NUL, and replaces the compiled form. Returns the
+    /// success flag of the new result.
     virtual bool load(tbMemory::StringView sources) = 0;
 
     /// Drops the compiled form; the last result stays.

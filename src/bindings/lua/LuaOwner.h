@@ -9,8 +9,8 @@
 namespace tbScripts::lua
 {
 
-/// Where scripts find a binding under its name: among the globals, or in a table that the registry
-/// holds under the full name of a namespace or user type.
+/// The table in which scripts find a binding under its name: the globals, or the table that the
+/// registry holds under the full name of a namespace or user type.
 class LuaOwner
 {
 public:
@@ -18,12 +18,12 @@ public:
 
     static LuaOwner table(const tbMemory::StringView& fullName);
 
-    /// Sets field `name` to the value on top of the stack, which it pops. Metamethods of the table
-    /// run, so this may raise anything; also if there is no such table.
+    /// Sets field `name` to the value on top of the stack, and pops the value. Raises if there is
+    /// no such table, and may raise anything, because metamethods of the table run.
     void
     publish(const LuaStateSlot& slot, lua_State* state, const tbMemory::StringView& name) const;
 
-    /// Sets field `name` to nil, whatever it holds. May raise, as above.
+    /// Sets field `name` to nil, whatever it holds. May raise, for the same reasons.
     void
     unpublish(const LuaStateSlot& slot, lua_State* state, const tbMemory::StringView& name) const;
 
@@ -34,7 +34,7 @@ private:
     tbMemory::String m_fullName;
 };
 
-/// Stack: +1, the table that the registry holds under `fullName`, or whatever it holds there.
+/// Stack: +1, the value that the registry holds under `fullName`; normally a table.
 void pushNamedTable(lua_State* state, const tbMemory::StringView& fullName);
 
 } // namespace tbScripts::lua

@@ -11,8 +11,8 @@ namespace tbScripts::lua
 struct LuaBytecode
 {
     tbMemory::Buffer code;
-    std::uint64_t script = 0;  ///< number of the script that it was compiled for
-    std::uint64_t version = 0; ///< of this chunk alone, in the whole process
+    std::uint64_t script = 0;  ///< number of the script, unique in the process
+    std::uint64_t version = 0; ///< number of this chunk, unique in the process
 };
 
 } // namespace tbScripts::lua

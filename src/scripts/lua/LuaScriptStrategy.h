@@ -9,7 +9,7 @@
 namespace tbScripts::lua
 {
 
-/// Compiles Lua sources to bytecode, in a private state of its own for each compilation.
+/// Compiles Lua sources to bytecode, with a private state for each compilation.
 class LuaScriptStrategy final : public ScriptStrategy
 {
 public:
@@ -18,8 +18,8 @@ public:
     bool load(tbMemory::StringView sources) override;
     void unload() override;
 
-    /// Returns the compiled chunk, null if there is none. Shared, so that a run keeps it while the
-    /// script is loaded anew or destroyed.
+    /// Returns the compiled chunk, null if there is none. A run shares the chunk, and so finishes
+    /// while the script is loaded again or destroyed.
     std::shared_ptr<const LuaBytecode> getBytecode() const;
 
 private:
@@ -27,7 +27,7 @@ private:
 
     static std::uint64_t _nextNumber();
 
-    const std::uint64_t m_number = _nextNumber(); // of this script alone, in the whole process
+    const std::uint64_t m_number = _nextNumber(); // unique in the process
     std::shared_ptr<const LuaBytecode> m_bytecode;
 };
 

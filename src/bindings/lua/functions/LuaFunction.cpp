@@ -49,7 +49,7 @@ bool LuaFunction::install(const LuaStateHandle& handle)
 {
     if (isInstalled() && m_handle.sharesStateWith(handle))
         return true;
-    LuaHostCall call(handle); // first: leaving another state may run anything
+    LuaHostCall call(handle); // first: leaving another state may run code of scripts and host
     uninstall();
     m_handle = handle;
     const bool isDone = call.run(
@@ -77,7 +77,7 @@ void LuaFunction::uninstall()
 {
     if (isInstalled())
     {
-        m_anchor->function = nullptr; // first: the name may not be removable
+        m_anchor->function = nullptr; // first: removing the name may fail
         LuaHostCall call(m_handle, LuaHostCall::ENTRY::UPKEEP);
         call.run([&](lua_State* state)
                  { m_owner.unpublish(*m_handle.getSlot(), state, getName()); });

@@ -36,8 +36,8 @@ int runHostFunction(LuaCallbackScope& scope, const HostFunctionCall& call)
     return bridge.pushParameter(result);
 }
 
-// Returns the number of results, or RAISE_MESSAGE_ON_TOP with the message in `errorText`,
-// which is null until then: a text from the beginning would cost every call.
+// Returns the number of results, or RAISE_MESSAGE_ON_TOP with the message in `errorText`, which is
+// null until then: a string from the beginning would cost every call.
 int runCatchingHostErrors(
     LuaCallbackScope& scope, const HostFunctionCall& call, std::unique_ptr<std::string>& errorText)
 {
@@ -52,13 +52,13 @@ int runCatchingHostErrors(
     catch (const std::exception& exception)
     {
         if (!call.getCallable())
-            throw; // not the host's: what an empty callable throws is left to the interpreter
+            throw; // an empty callable throws this; the interpreter reports it
         errorText = std::make_unique<std::string>(exception.what());
     }
     return RAISE_MESSAGE_ON_TOP;
 }
 
-// `function` may be gone once the callable has run; the call keeps what is needed.
+// The callable may destroy `function`; the call holds the definition, which it still needs.
 int callLivingFunction(LuaFunction& function, lua_State* state)
 {
     LuaCallbackScope scope(*function.getHandle().getSlot(), state);

@@ -5,7 +5,9 @@
 namespace tbScripts::lua
 {
 
-/// The script's side of every host function. Its upvalue is the function's anchor.
+/// The closure that scripts call for every host function. Its upvalue is the function's anchor.
+///
+/// Why an anchor: docs/decisions/0005-anchors-for-closures.md
 int callHostFunction(lua_State* state);
 
 } // namespace tbScripts::lua

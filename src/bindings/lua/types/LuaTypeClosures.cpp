@@ -26,7 +26,7 @@ LuaTypeAnchor* anchorOf(lua_State* state)
     return static_cast<LuaTypeAnchor*>(lua_touserdata(state, lua_upvalueindex(1)));
 }
 
-// Null if the interpreter has let go of the type: nothing of it can be used any more.
+// Null if the interpreter has finalised the anchor: the type cannot be used any more.
 LuaTypeCore* coreOf(lua_State* state)
 {
     const LuaTypeAnchor* const anchor = anchorOf(state);
@@ -82,8 +82,8 @@ int runReadField(lua_State* state)
     return LuaCallBridge(scope, call.getName()).pushParameter(value);
 }
 
-// Fills the parameters from the arguments and calls the setter. What the bridge or the setter
-// throws as a text is raised without being logged; the caller's line has it.
+// Fills the parameters from the arguments and calls the setter. A string that the bridge or the
+// setter throws is raised without being logged; the message has the caller's line.
 template <typename Fill>
 int callSetter(
     const LuaTypeCore& core,
@@ -137,8 +137,8 @@ int indexAt(lua_State* state, int index)
     return lowBitsToInt(lua_tonumber(state, index));
 }
 
-// Writes instance and index over the first two parameters; throws if those are not for them: the
-// host may have declared the list anew.
+// Writes instance and index into the first two parameters. Throws if these have other kinds: the
+// host may have redeclared the list.
 void fillIndexed(
     const LuaTypeCore& core,
     std::vector<FunctionParameter>& parameters,
@@ -259,11 +259,11 @@ int runMakeInstance(lua_State* state)
     const LuaTypeCore* const core = coreOf(state);
     if (!core || !core->isAlive || !core->handle.get())
         return raiseTypeIsGone(state);
-    // Without metatable and object until there is an object: nothing to destroy before.
+    // The block gets its metatable after its object: until then nothing must be destroyed.
     void* const block = lua_newuserdata(state, INSTANCE_BOX_SIZE);
     std::memset(block, 0, INSTANCE_BOX_SIZE);
     if (!core->isAlive || !core->constructor)
-        return raiseTypeIsGone(state); // what was finalised for the block's sake has ended the type
+        return raiseTypeIsGone(state); // a finaliser that ran for the block has destroyed the type
 
     LuaCallbackScope scope(*core->handle.getSlot(), state);
     const DefinitionCall<ConstructorDefinition> call(*core->constructor);
@@ -287,7 +287,7 @@ int runFinaliseInstance(lua_State* state)
         return raiseNotAnInstance(state, *core);
     if (!box->gcEnabled || box->isDestroyed)
         return 0;
-    box->isDestroyed = true; // first: the destructor may come back here
+    box->isDestroyed = true; // first: the destructor may call this function again
 
     LuaCallbackScope scope(*core->handle.getSlot(), state);
     const DefinitionCall<DestructorDefinition> call(*core->destructor);
