@@ -1,12 +1,12 @@
-# Finds LuaJIT: where pkg-config says it is, else by a plain search for its header and library.
+# Finds LuaJIT: where pkg-config says, else by a plain search for its header and library.
 #
 #   find_package(LuaJIT 2.1 REQUIRED)
 #
-# gives the target LuaJIT::LuaJIT and the variables LuaJIT_FOUND and LuaJIT_VERSION. A target of that
-# name which is there already is taken over as it is. pkg-config may be missing.
+# defines the target LuaJIT::LuaJIT and the variables LuaJIT_FOUND and LuaJIT_VERSION. If a target of
+# that name exists, the module uses it unchanged. pkg-config may be missing.
 #
-# LuaJIT_ROOT and CMAKE_PREFIX_PATH lead to a copy elsewhere; LuaJIT_INCLUDE_DIR and LuaJIT_LIBRARY,
-# in the cache, name header folder and library themselves.
+# LuaJIT_ROOT and CMAKE_PREFIX_PATH point to a copy elsewhere; LuaJIT_INCLUDE_DIR and LuaJIT_LIBRARY,
+# in the cache, name header folder and library directly.
 
 include(FindPackageHandleStandardArgs)
 
@@ -24,7 +24,7 @@ function(_luajit_read_version result)
     set(${result} "" PARENT_SCOPE)
 endfunction()
 
-# A static library does not say what it needs itself.
+# A static library does not name its own dependencies.
 function(_luajit_add_target)
     add_library(LuaJIT::LuaJIT UNKNOWN IMPORTED)
     set_target_properties(LuaJIT::LuaJIT PROPERTIES
@@ -37,8 +37,8 @@ function(_luajit_add_target)
 endfunction()
 
 if(TARGET LuaJIT::LuaJIT)
-    # Its header may not be there yet, when it is a target of the same build. Whoever brought it then
-    # answers for its version.
+    # If the interpreter is a target of the same build, its header may not exist yet. The build that
+    # defines the target then has to ensure its version.
     get_target_property(_luajit_folders LuaJIT::LuaJIT INTERFACE_INCLUDE_DIRECTORIES)
     _luajit_read_version(LuaJIT_VERSION ${_luajit_folders})
     set(_luajit_target LuaJIT::LuaJIT)

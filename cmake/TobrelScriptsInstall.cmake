@@ -24,8 +24,8 @@ install(
         cmake/FindLuaJIT.cmake
     DESTINATION ${packageFolder})
 
-# The way from the pkg-config folder up to the prefix: with the configured prefix in it the file
-# would be wrong for a tree that was installed or moved elsewhere.
+# The relative path from the pkg-config folder up to the prefix: a file with the configured prefix would
+# be wrong for a tree that was installed or moved elsewhere.
 file(RELATIVE_PATH prefixFromPc /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
 string(REGEX REPLACE "/$" "" prefixFromPc "${prefixFromPc}")
 configure_file(cmake/tobrelscripts.pc.in tobrelscripts.pc @ONLY)
@@ -33,7 +33,7 @@ install(
     FILES ${CMAKE_CURRENT_BINARY_DIR}/tobrelscripts.pc
     DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 
-# The pages lie to each other as they do here, so that their links hold.
+# The pages keep their relative places, so that their links work.
 install(FILES README.md CHANGELOG.md CONTRIBUTING.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} FILES_MATCHING PATTERN "*.md")
 if(EXISTS ${PROJECT_SOURCE_DIR}/LICENSE)

@@ -1,4 +1,4 @@
-# `cpack` makes one Debian package of all that is installed: a host needs headers, library and
+# `cpack` builds one Debian package from all installed files: a host needs headers, library and
 # stand-ins of the same build, and the tool is small.
 
 set(CPACK_GENERATOR DEB)
@@ -9,7 +9,7 @@ set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_VERBATIM_VARIABLES ON)
 
-# Whoever packs may have any umask.
+# The umask of the user who packs must not matter.
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
     OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 
@@ -23,7 +23,7 @@ functions and types and calls theirs, with typed values in both directions and
 errors that never reach it as exceptions. Headers, shared library, package files
 for CMake and pkg-config, and tbscripts, which runs, checks and packs scripts.")
 
-# What the files need is read from them. Those that this package brings itself need nobody else.
+# `dpkg-shlibdeps` reads the dependencies from the files. Libraries of this package need no other one.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY =)

@@ -27,7 +27,7 @@ struct Entity
     bool isShielded;
 };
 
-/// Something that scripts may want to hear about: what happened, to whom, and how much.
+/// An event for the callbacks of scripts: what happened, to whom, and how much.
 struct Event
 {
     std::string name;
@@ -49,9 +49,9 @@ struct Totals
 
 /// The world of the demo, as a game would have it: it knows nothing of scripts.
 ///
-/// Entities stay where they are until the arena ends, the fallen too, so that scripts can hold
-/// them. Every run is the same: positions need nothing but square roots, and chance is a small
-/// generator of our own with a fixed seed.
+/// Entities keep their addresses until the arena is destroyed, the fallen too, so scripts can hold
+/// them. Every run is the same: positions need only square roots, and chance is a small generator
+/// with a fixed seed.
 class Arena
 {
 public:
@@ -60,7 +60,7 @@ public:
 
     /// Adds an entity, which stands in the corner until it is placed. Ids begin at 1.
     ///
-    /// Valid until: the arena is destroyed, as with every entity that it hands out.
+    /// Valid until: the arena is destroyed, as with every entity that it returns.
     Entity& spawn(KIND kind);
 
     /// Puts a living entity somewhere else.

@@ -23,7 +23,7 @@ using tbScripts::PARAM_TYPE_SCRIPT_OBJECT;
 using tbScripts::PARAM_TYPE_STRING;
 using tbScripts::PARAM_TYPE_USER_TYPE;
 
-// The host cannot look into a script table by itself; one line of script can.
+// The host cannot read the fields of a script table directly; one line of script can.
 constexpr const char* OWN_SCRIPT = "-- ArenaScripts.cpp\n"
                                    "function readSetting(settings, name) return settings[name] end";
 
@@ -95,13 +95,14 @@ void ArenaScripts::startTick(int tick)
 
 Decision ArenaScripts::decide(Entity& entity)
 {
-    // The kind of each output says what is expected. One that the script does not give, or gives
-    // as something else, stays as it is here.
+    // The kind of each output is the kind that the host expects. If the script returns no value for
+    // an output, or one of another kind, the output stays unchanged.
     std::array<FunctionParameter, 2> outputs{
         "rest", FunctionParameter::ofType(PARAM_TYPE_USER_TYPE, VEC_TYPE)};
     ++m_decisions;
     _call(m_decide, {toScript(&entity)}, outputs);
-    // The vector is the script's, which may collect it as soon as it runs again. So it is copied.
+    // The script owns the vector and may collect it as soon as it runs again, so the host copies
+    // it.
     const Vec* const step = m_vecs.find(outputs[1].getUserTypeObject());
     return {textOf(outputs[0]), step ? *step : Vec()};
 }
@@ -114,7 +115,7 @@ void ArenaScripts::dispatch(const Event& event)
     const auto listeners = m_listeners.find(event.name);
     if (listeners == m_listeners.end())
         return;
-    // A copy shares the references: a callback may add listeners meanwhile.
+    // A copy, because a callback may add listeners during the loop.
     const std::vector<ScriptObjectReference> callbacks = listeners->second;
     for (const ScriptObjectReference& callback : callbacks)
         _call(callback, {toScript(event.entity), event.amount}, {});
@@ -137,10 +138,10 @@ tbMemory::Buffer ArenaScripts::handOverState()
         _call(m_state, {}, outputs);
         bytes =
             m_environment.serializeScriptObject(outputs[0].getScriptObject(), TRANSFERS_OWNERSHIP);
-    } // the last that refers to the table ends here: state.lua keeps neither it nor what is in it
-    // The instances in that table are still around, for the collector. They own nothing any more,
-    // but they point at vectors that whoever reads the bytes will destroy. Nobody can reach them to
-    // use them then, and after a collection they do not even exist.
+    } // destroys the last reference to the table: state.lua keeps neither it nor its contents
+    // The collector has not freed the instances in that table yet. They own nothing any more, but
+    // they point at vectors that the environment which reads the bytes will destroy. No script can
+    // reach these instances, and after a collection they no longer exist.
     m_environment.requestGarbageCollection();
     return bytes;
 }
@@ -181,7 +182,7 @@ void ArenaScripts::_declareFunctions()
         {PARAM_TYPE_INT, PARAM_TYPE_SCRIPT_FUNCTION},
         [this](const Parameters& arguments)
         {
-            // The kind of an argument is checked, its value is the host's to judge.
+            // The library checks the kind of an argument, the host its value.
             const int ticks = std::clamp(arguments[0].getInt(), 1, LONGEST_TIMER);
             m_timers.push_back({m_tick + ticks, arguments[1].getScriptObject()});
             return FunctionParameter::VOID;

@@ -30,12 +30,12 @@ struct Score
     int guardsFallen = 0;
 };
 
-/// The border between the arena and its scripts: the environment that they run in, what they may
-/// call beside the world of World.h, and every script function that the arena calls.
+/// Connects the arena with its scripts: the environment in which they run, the functions that they
+/// may call besides those of World.h, and every script function that the arena calls.
 class ArenaScripts
 {
 public:
-    /// Makes the environment and declares in it what scripts may use.
+    /// Creates the environment and declares in it what scripts may use.
     ///
     /// Requires: `arena`, `vecs` and `project` outlive this object.
     ArenaScripts(Arena& arena, VecStore& vecs, Project& project);
@@ -62,8 +62,9 @@ public:
 
     Score score();
 
-    /// Returns what the scripts know of the world, as bytes; empty if the script fails. The vectors
-    /// in it belong to whoever reads the bytes, once, and are lost if nobody does.
+    /// Returns what the scripts know of the world, as bytes; empty if the script fails. The
+    /// environment that reads the bytes owns the vectors in them; bytes that are never read leak
+    /// the vectors.
     tbMemory::Buffer handOverState();
 
     /// Returns the scripts' count of `name`.
@@ -112,8 +113,8 @@ private:
     tbScripts::Namespace* m_world = nullptr;
     tbScripts::Namespace* m_field = nullptr;
 
-    // A reference keeps its script value alive. It may go before the environment or after it, so
-    // the order of these members does not matter.
+    // A reference keeps its script value alive. References may be destroyed before the environment
+    // or after it, so the order of these members does not matter.
     std::vector<Timer> m_timers;
     std::map<std::string, std::vector<tbScripts::ScriptObjectReference>> m_listeners;
     tbScripts::ScriptObjectReference m_settings;
@@ -124,7 +125,7 @@ private:
     tbScripts::ScriptObjectReference m_report;
     tbScripts::ScriptObjectReference m_readSetting;
 
-    // Last, so that it goes first: the callables in it use everything above.
+    // Last, so that it is destroyed first: the callables in it use everything above.
     tbScripts::Environment m_environment;
 };
 

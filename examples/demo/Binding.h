@@ -26,14 +26,14 @@ struct Expected
 
 /// Adds `parameters` to those that `function` has already, and binds `callable`.
 ///
-/// The library gives no function where it could not make one, and the log says why; there is
-/// nothing to bind then.
+/// If the library could not create the function, `function` is null and the log says why; this does
+/// nothing then.
 void define(
     tbScripts::Function* function,
     std::initializer_list<Expected> parameters,
     tbScripts::Function::Callable callable);
 
-/// Returns a copy of the text in `parameter`.
+/// Returns a copy of the string in `parameter`.
 std::string textOf(const tbScripts::FunctionParameter& parameter);
 
 } // namespace demo

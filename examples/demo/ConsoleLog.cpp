@@ -20,7 +20,7 @@ ConsoleLog::~ConsoleLog()
 
 void ConsoleLog::log(const tbLog::StringView& message, const tbLog::StringView& source)
 {
-    // Both views end with this call: whoever keeps messages copies them.
+    // Both views are valid during this call only: a receiver that keeps messages copies them.
     std::cout << "    [" << std::string_view(source) << "] " << std::string_view(message) << '\n';
 }
 

@@ -7,8 +7,8 @@ namespace demo
 
 /// Prints every message of the library: the tag of the component that reports, then the text.
 ///
-/// Set as receiver while it lives. Messages have no level; a host that wants one derives it from
-/// the tag.
+/// It is the receiver of the log as long as it exists. Messages have no level; a host that wants
+/// one derives it from the tag.
 class ConsoleLog : public tbLog::Logger
 {
 public:
@@ -16,7 +16,7 @@ public:
     ConsoleLog(const ConsoleLog&) = delete;
     ConsoleLog& operator=(const ConsoleLog&) = delete;
 
-    /// Takes itself out again: the log manager does not own its receiver.
+    /// Removes the receiver: the log manager does not own it.
     ~ConsoleLog() override;
 
     void log(const tbLog::StringView& message, const tbLog::StringView& source) override;

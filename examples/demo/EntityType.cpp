@@ -107,8 +107,8 @@ void declareOperators(UserType& type)
             const std::string text = std::string(nameOf(entity.kind)) + ' ' + entity.name;
             return FunctionParameter(text);
         });
-    // Each time that the host hands an entity over the script gets a new instance of it. So two of
-    // them are compared by what is behind; as keys of a table they differ all the same.
+    // Each time the host passes an entity, the script gets a new instance. EQ compares two
+    // instances by their entities; as keys of a table they still differ.
     define(
         type.setOperator(BUILT_IN_FUNCTION::EQ),
         {},

@@ -10,8 +10,8 @@ namespace demo
 
 constexpr const char* ENTITY_TYPE = "world::types::Entity";
 
-/// Declares the type whose objects belong to the host: scripts cannot make any, and their collector
-/// destroys none, since the type has neither constructor nor destructor.
+/// Declares the type whose objects belong to the host: scripts cannot create any, and their
+/// collector destroys none, because the type has neither constructor nor destructor.
 ///
 /// Requires: `arena` and `vecs` outlive `environment`.
 void declareEntity(tbScripts::Environment& environment, Arena& arena, VecStore& vecs);
@@ -20,7 +20,7 @@ void declareEntity(tbScripts::Environment& environment, Arena& arena, VecStore& 
 /// the arena never moves or removes one.
 tbScripts::FunctionParameter toScript(Entity* entity);
 
-/// Returns the entity in `parameter`; throws a text, which becomes a script error, if there is
+/// Returns the entity in `parameter`; throws a string, which becomes a script error, if there is
 /// none.
 Entity& entityIn(const tbScripts::FunctionParameter& parameter);
 

@@ -65,7 +65,7 @@ std::map<std::string, Declaration> readList(const std::string& list)
 
 } // namespace
 
-// Told of each script before it is compiled: what it changes is what runs.
+// Called for each script before it is compiled, so that its changes are compiled.
 class Project::Augmentation : public tbScripts::ResourceDeclAugmentCallback
 {
 public:
@@ -116,7 +116,7 @@ void Project::declareIn(tbScripts::Environment& environment)
 
 void Project::saveAgain(Summary& summary)
 {
-    // What the host has added is none of the project's business.
+    // The line that the host has added is not part of the project.
     for (const Entry& entry : m_entries)
         entry.script->setSources(entry.authoredSources);
     const std::string project = m_name.substr(0, m_name.rfind(LIST_ENDING)) + "_copy";

@@ -13,14 +13,14 @@
 namespace demo
 {
 
-/// The scripts of the match, as a project on disk has them: one list of all.
+/// The scripts of the match, loaded from a project on disk: one list of all scripts.
 ///
-/// They live in the library's script manager, which ends with this object.
+/// The library's script manager holds the scripts; the destructor of this object kills the manager.
 class Project
 {
 public:
-    /// Loads a project script list and compiles what is in it. To each script a line is added, for
-    /// as long as it is here, with which it tells the host that it runs.
+    /// Loads a project script list and compiles its scripts. Adds to each script a line that tells
+    /// the host that the script runs; the line is not saved.
     explicit Project(const std::filesystem::path& list);
 
     Project(const Project&) = delete;
@@ -33,9 +33,9 @@ public:
     /// Requires: this object outlives `environment`.
     void declareIn(tbScripts::Environment& environment);
 
-    /// Runs the scripts of one folder of the project, "" for those in none, one after the other in
-    /// whatever has `run(script)`. One that did not compile is reported and left out. Returns
-    /// whether there were any.
+    /// Runs the scripts of one folder of the project ("" for scripts in no folder) one after the
+    /// other through `run(script)`. Reports and skips scripts that did not compile. Returns whether
+    /// there were any.
     template <typename Scripts>
     bool run(const std::string& folder, Scripts& scripts)
     {

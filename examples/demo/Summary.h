@@ -3,7 +3,7 @@
 namespace demo
 {
 
-/// The table in the end, in which each line compares what two sides have counted.
+/// The table at the end, in which each line compares the counts of two sides.
 class Summary
 {
 public:

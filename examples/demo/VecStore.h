@@ -8,13 +8,13 @@
 namespace demo
 {
 
-/// The vectors that scripts have made. The interpreters' collectors say when one is to go; the
-/// store counts and knows which are there.
+/// The vectors that scripts have created. The interpreters' collectors decide when a vector is
+/// destroyed; the store counts the vectors and knows which exist.
 ///
 /// A host could as well write `new` and `delete` where this one calls `make` and `destroy`. But
-/// scripts decide what they own, by enableGc and disableGc, and they may be wrong. A vector that
-/// nobody destroys is a number in the summary here; destroying one twice, or using one that is
-/// gone, harms nothing.
+/// scripts change what they own, with enableGc and disableGc, and they may be wrong. Here a vector
+/// that is never destroyed is a number in the summary; destroying a vector twice, or using a
+/// destroyed one, does no harm.
 class VecStore
 {
 public:

@@ -32,8 +32,8 @@ double& elementOf(Vec& vec, int index)
     return index == 1 ? vec.x : vec.y;
 }
 
-// Vec.new() needs a constructor, which gets no arguments. What is made from arguments is made by a
-// static method.
+// Vec.new() needs a constructor, which receives no arguments. A static method creates vectors from
+// arguments.
 void declareMaking(UserType& type, VecStore& vecs)
 {
     type.setConstructor([&vecs](const Parameters&) { return vecs.make(Vec()); });
@@ -142,7 +142,7 @@ void declareMethods(UserType& type, VecStore& vecs)
 
 void declareVec(tbScripts::Environment& environment, VecStore& vecs)
 {
-    UserType* const type = environment.setUserType(VEC_TYPE); // makes the namespaces on the way
+    UserType* const type = environment.setUserType(VEC_TYPE); // declares the namespaces too
     if (!type)
         return;
     declareMaking(*type, vecs);

@@ -12,10 +12,11 @@
 namespace demo
 {
 
-/// A second environment, where states of the first are restored and compared with the arena.
+/// A second environment, which restores states of the first and compares them with the arena.
 ///
-/// Nothing of the first environment can be seen here, and its references mean nothing; bytes do.
-/// User types are looked up by their full names, so the same world is declared here.
+/// It sees nothing of the first environment, whose references are empty here; only bytes pass from
+/// one to the other. The library looks up user types by their full names, so this environment
+/// declares the same ones.
 class Witness
 {
 public:

@@ -26,7 +26,7 @@ void declareField(Namespace& field, Arena& arena)
         [&arena](const Parameters& arguments)
         {
             const tbMemory::StringView kind = arguments[0].getString();
-            // What a callable throws as a text is a script error for the one who called.
+            // A string that a callable throws becomes an error of the calling script.
             if (kind != "guard" && kind != "raider")
                 throw "spawn knows guards and raiders, but no " + textOf(arguments[0]);
             return toScript(&arena.spawn(kind == "guard" ? KIND::GUARD : KIND::RAIDER));
@@ -54,7 +54,8 @@ void declareChance(Namespace& chance, Arena& arena)
 
 } // namespace
 
-// A qualified name leads from namespace to namespace; each is made when it is first needed.
+// A qualified name names one namespace after the other; the library declares those that are
+// missing.
 void declareWorld(tbScripts::Environment& environment, Arena& arena, VecStore& vecs)
 {
     declareVec(environment, vecs);

@@ -137,7 +137,7 @@ void compareCounts(
     std::cout << "Scripts: " << scripts.report() << '\n';
 }
 
-// Returns whether there was something to run. Both environments end with this call.
+// Returns whether there was something to run. Both environments are destroyed before it returns.
 bool play(Project& project, Arena& arena, VecStore& vecs, Summary& summary)
 {
     ArenaScripts scripts(arena, vecs, project);
@@ -164,8 +164,9 @@ int main(int argumentCount, char** arguments)
         return STATUS_NOTHING_TO_RUN;
     }
 
-    const demo::ConsoleLog log; // first, so that it hears everything, the teardown included
-    Arena arena;                // before the environments, which hold its entities
+    const demo::ConsoleLog
+        log;     // first, so that it receives all messages, those of the teardown too
+    Arena arena; // before the environments, which hold its entities
     VecStore vecs;
     Summary summary;
     std::cout << "Lines that begin with a [tag] are the library's log.\n"
@@ -174,7 +175,7 @@ int main(int argumentCount, char** arguments)
     if (!play(project, arena, vecs, summary))
         return STATUS_NOTHING_TO_RUN;
 
-    // With its environment goes every vector that its scripts still held.
+    // The destruction of an environment destroys every vector that its scripts still held.
     Summary::begin("Both environments are gone", "made", "destroyed");
     summary.compare("Vec objects", vecs.countMade(), vecs.countDestroyed());
     summary.expectNone("Vec objects left", vecs.countLeft());

@@ -1,5 +1,7 @@
-# What every stand-in needs to be a package of its own: target names that read alike in the build
-# tree and in an installed one, an export set, a package file and a pkg-config file.
+# Turns a stand-in into a package: target names that are the same in the build tree and in an installed
+# one, an export set, a package file and a pkg-config file.
+#
+# Why: docs/decisions/0007-stand-ins-as-packages.md
 
 include_guard()
 include(CMakePackageConfigHelpers)
@@ -99,8 +101,8 @@ function(_tobrel_install_package library type packages description)
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 endfunction()
 
-# Gives the way from the pkg-config folder up to the prefix. A pkg-config file with the configured
-# prefix in it would be wrong for a tree that was installed or moved elsewhere.
+# Returns the relative path from the pkg-config folder up to the prefix: a file with the configured
+# prefix would be wrong for a tree that was installed or moved elsewhere.
 function(tobrel_relative_prefix result)
     file(RELATIVE_PATH way /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
     string(REGEX REPLACE "/$" "" way "${way}")

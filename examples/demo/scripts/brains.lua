@@ -8,7 +8,7 @@ local STEP = 0.75
 local WEAK = 20
 
 local function strike(unit, foe)
-    -- The host makes a new instance of a unit for each result. They are equal if the unit is.
+    -- The library creates a new instance for each result. Two of them are equal if the unit is the same.
     local isSeen = world.field.nearestFoe(foe) == unit
     foe:hurt(isSeen and roll(3, 9) or roll(4, 10))
     return "strike"

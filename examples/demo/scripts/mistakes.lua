@@ -1,5 +1,5 @@
 -- mistakes.lua
--- Three mistakes on purpose. Each is reported with its line and ends only the call that it is in.
+-- Three mistakes on purpose. Each is reported with its line and ends only the call in which it happens.
 
 plannedMistakes = 3
 

@@ -1,5 +1,5 @@
 -- settings.lua
--- The rules of the match. Nothing here becomes a global: the host keeps the table, and gives it to
+-- The rules of the match. Nothing here becomes a global: the host keeps the table, and passes it to
 -- begin() and report() in waves.lua.
 
 configure({

@@ -8,9 +8,9 @@ local units = {}
 
 onEvent("spawned", function(unit) units[unit.id] = unit end)
 
--- Called by the host every hundred ticks. It turns the table into bytes, and whoever reads those
--- owns the vectors in it from then on. So each vector here is made for the table, and is kept
--- nowhere else: reading unit.position gives a new one every time.
+-- The host calls this every hundred ticks and turns the table into bytes. The environment that reads
+-- the bytes owns the vectors in the table. So each vector here is created for the table and stored
+-- nowhere else: reading unit.position creates a new one every time.
 function state()
     count("states")
     local known = {

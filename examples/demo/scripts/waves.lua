@@ -6,7 +6,7 @@ local field = world.field
 
 local wavesStarted = 0
 
--- The host owns the unit; whoever gets it here may hold it to the end of the match.
+-- The host owns the unit; a script may hold it until the end of the match.
 local function place(kind, name, position)
     local unit = field.spawn(kind)
     unit.name = name
