@@ -42,7 +42,7 @@ std::vector<Candidate> findCandidates(const std::vector<std::string>& paths, Cou
     std::vector<Candidate> candidates;
     for (const std::string& path : paths)
     {
-        std::error_code ignored; // what is no folder is read, and then reported
+        std::error_code ignored; // a path that is no folder is read below, which reports errors
         if (!std::filesystem::is_directory(path, ignored))
         {
             candidates.push_back({path, false});

@@ -48,7 +48,7 @@ void addElements(Document& document, tbExport::Node& array)
         document.declarations.push_back(array.getElement(i));
 }
 
-// Finds the declarations and returns what is wrong, if something is.
+// Finds the declarations and returns the error, empty if there is none.
 std::string findDeclarations(Document& document)
 {
     tbExport::Node& root = *document.parsed.getRoot();

@@ -18,18 +18,18 @@ namespace tool
 struct Document
 {
     tbExport::ExporterLoadResult parsed;       // owns the declarations
-    std::vector<tbExport::Node*> declarations; // of any kind, checked by whoever uses them
-    std::string trouble;                       // a whole line if there is nothing to use
+    std::vector<tbExport::Node*> declarations; // of any kind; the caller checks them
+    std::string trouble;                       // a whole line if the document is unusable
 };
 
 /// Reads and parses the file `path`.
 Document readDocument(const std::string& path);
 
-/// Whether files of that name are documents: .json and .tbscripts. All others are scripts.
+/// Whether a file of that name is a document: .json and .tbscripts. All others are scripts.
 bool isDocumentName(std::string_view path);
 
-/// Whether the file looks as if it was meant for scripts, and not as some other JSON. What cannot
-/// be parsed does.
+/// Whether the file looks like script declarations and not like other JSON. A file that cannot be
+/// parsed does.
 bool isAboutScripts(const Document& document);
 
 } // namespace tool

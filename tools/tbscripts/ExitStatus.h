@@ -6,7 +6,7 @@
 namespace tool
 {
 
-/// What the process tells its caller, from good to bad.
+/// Exit status of the process, from good to bad.
 enum class EXIT_STATUS : std::int32_t
 {
     WELL = 0,

@@ -48,7 +48,7 @@ void visit(
     const fs::directory_entry& entry,
     const std::vector<std::string_view>& endings)
 {
-    std::error_code ignored; // a broken link, say: whoever reads the file reports it
+    std::error_code ignored; // of a broken link, for example: reading the file reports it
     if (entry.is_directory(ignored))
     {
         if (!entry.is_symlink(ignored))

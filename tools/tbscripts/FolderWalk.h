@@ -7,11 +7,11 @@
 namespace tool
 {
 
-/// What lies below a folder.
+/// The files below a folder.
 struct FolderContent
 {
     std::vector<std::string> files;    // relative to the folder, with "/", in byte order
-    std::vector<std::string> troubles; // each a path, followed by what is wrong there
+    std::vector<std::string> troubles; // each a path, followed by the error
 };
 
 /// Lists the files below `folder`, at any depth, whose names end with one of `endings`. Links to

@@ -9,8 +9,8 @@
 namespace tool
 {
 
-/// Receives the library's messages while it lives. At its end it reports those that nobody has
-/// reported in another form.
+/// Receives the library's messages as long as it exists. Its destructor reports those that the tool
+/// has not reported in another form.
 class LibraryLog : public tbLog::Logger
 {
 public:
@@ -21,7 +21,7 @@ public:
 
     void log(const tbLog::StringView& message, const tbLog::StringView& source) override;
 
-    /// `message` is or will be reported otherwise.
+    /// Marks `message` as reported in another form.
     void forget(std::string_view message);
 
 private:

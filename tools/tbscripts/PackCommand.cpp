@@ -43,7 +43,7 @@ bool isFolder(const std::string& path)
     return false;
 }
 
-// Reads all scripts. Reports whatever cannot be read and returns whether there was none of that.
+// Reads all scripts. Reports unreadable ones and returns whether there were none.
 bool collect(const std::string& folder, std::vector<NamedSource>& sources)
 {
     if (!isFolder(folder))
@@ -104,7 +104,7 @@ bool readsBack(const std::string& path, const std::vector<NamedSource>& sources)
     return true;
 }
 
-// Returns what is wrong with `path`, empty if the list is there.
+// Returns what is wrong with `path`, empty if the list was written.
 std::string write(const std::string& path, const std::vector<NamedSource>& sources)
 {
     if (!endsWith(path, ".tbscripts"))

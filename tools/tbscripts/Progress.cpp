@@ -10,7 +10,7 @@ namespace tool
 namespace
 {
 
-constexpr std::size_t LEAST_TOTAL = 500; // less is done before anybody looks
+constexpr std::size_t LEAST_TOTAL = 500; // less takes no noticeable time
 constexpr std::size_t PIECES_BETWEEN_LINES = 50;
 
 } // namespace

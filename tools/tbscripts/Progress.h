@@ -5,8 +5,8 @@
 namespace tool
 {
 
-/// A line on the terminal that says how far the work is. It is shown only if there is much to do
-/// and the standard error is a terminal, and is gone at the end.
+/// A line on the terminal that shows the progress. It appears only if there is much to do and the
+/// standard error is a terminal; the destructor removes the line.
 class Progress
 {
 public:
@@ -18,7 +18,7 @@ public:
     /// One of the `total` pieces of work is done.
     void advance();
 
-    /// Makes room for another line. The next `advance` may show the progress again.
+    /// Removes the line, so that another one can be printed. The next `advance` may show it again.
     void hide();
 
 private:

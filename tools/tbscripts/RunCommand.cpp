@@ -20,7 +20,7 @@ namespace
 
 using Scripts = std::vector<LabelledScript>;
 
-// Adds the scripts of all files, compiled. Reports whatever is wrong with any of them.
+// Adds the compiled scripts of all files. Reports all errors.
 EXIT_STATUS loadAll(const std::vector<std::string>& paths, Scripts& scripts)
 {
     EXIT_STATUS status = EXIT_STATUS::WELL;
@@ -45,8 +45,8 @@ EXIT_STATUS loadAll(const std::vector<std::string>& paths, Scripts& scripts)
     return status;
 }
 
-// Several scripts may begin alike, and the message tells them apart no more than the interpreter
-// does. So whoever reads it is told.
+// If several scripts begin alike, the interpreter's message fits all of them. So the tool's message
+// names all of them.
 std::string describeOthers(const Scripts& scripts, std::size_t chosen, std::string_view reason)
 {
     std::string others;

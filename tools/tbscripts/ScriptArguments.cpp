@@ -26,7 +26,7 @@ bool execute(
     const std::string& sources)
 {
     tbScripts::Script script;
-    script.setName(name); // an error in here is shown as one of the script that it serves
+    script.setName(name); // an error in this script is shown as one of the user's script
     script.setTargetInterpreter(tbScripts::INTERPRETER_LUA);
     script.setSources(sources);
     script.load();

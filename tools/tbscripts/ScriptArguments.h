@@ -21,7 +21,7 @@ bool provideArguments(
     const tbMemory::StringView& scriptName,
     const std::vector<std::string>& arguments);
 
-/// Returns a string literal of Lua that stands for these bytes.
+/// Returns a Lua string literal of these bytes.
 std::string literalOf(std::string_view bytes);
 
 } // namespace tool

@@ -46,7 +46,7 @@ void takeScript(ScriptFile& file, const std::string& path, tbExport::Node* node,
     const tbScripts::Script& script = *result.objects[0];
     const tbMemory::String name = script.getName();
     file.scripts.push_back({show(path) + '(' + escape(name) + ')', script});
-    // A script of the same name in another document starts anew, it is no update of this one.
+    // A script of the same name in another document is a new script, no update of this one.
     tbScripts::ScriptManager::getInstanceRef().erase(name);
 }
 

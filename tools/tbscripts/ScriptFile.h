@@ -10,14 +10,15 @@ namespace tool
 
 struct Document;
 
-/// A script, and how messages call it: by its file, in a document with its name in parentheses.
+/// A script and its label in messages: its file, in a document with the script's name in
+/// parentheses.
 struct LabelledScript
 {
     std::string label; // escaped
     tbScripts::Script script;
 };
 
-/// The scripts that a file holds, not compiled.
+/// The scripts of a file, not compiled.
 struct ScriptFile
 {
     std::vector<LabelledScript> scripts;
@@ -27,7 +28,7 @@ struct ScriptFile
 /// Reads a script or a document.
 ScriptFile readScriptFile(const std::string& path);
 
-/// The same for a document that was read already.
+/// The same for a document that is read already.
 ScriptFile takeScripts(const std::string& path, const Document& document);
 
 } // namespace tool

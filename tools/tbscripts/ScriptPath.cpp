@@ -8,8 +8,8 @@ namespace tool
 namespace
 {
 
-constexpr std::size_t LONGEST_PART = 255;  // what file systems take
-constexpr std::size_t LONGEST_PATH = 4095; // what the system takes
+constexpr std::size_t LONGEST_PART = 255;  // limit of file systems
+constexpr std::size_t LONGEST_PATH = 4095; // limit of the system
 
 std::vector<std::string_view> split(std::string_view path)
 {

@@ -5,11 +5,11 @@
 #include <cstddef>
 #include <system_error>
 
-// The library hands the interpreter the source text as the chunk's name, and the interpreter's
-// messages begin with a short form of that name. Searching a message for "]:7:" would be fooled by
-// a source that begins with `x = [["]:7:]]`, so the short form is made here in the same way, and
-// only a message that begins with exactly that is split. tests/tools/SourcePositionTest.cpp
-// compares it with what the interpreter says.
+// The library passes the source text to the interpreter as the chunk's name, and the interpreter's
+// messages begin with a short form of that name. A search for "]:7:" would fail for a source that
+// begins with `x = [["]:7:]]`. So this file builds the short form in the same way, and splits only
+// a message that begins with exactly this form. tests/tools/SourcePositionTest.cpp compares the
+// form with the interpreter's.
 namespace tool
 {
 
@@ -37,7 +37,7 @@ bool isControl(char byte)
     return static_cast<unsigned char>(byte) < 0x20;
 }
 
-// "@" says that the rest is the name of a file, of which the end matters.
+// "@" says that the rest is the name of a file, whose end matters.
 std::string idOfFileName(std::string_view name)
 {
     if (name.size() < ID_SIZE)

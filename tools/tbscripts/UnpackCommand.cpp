@@ -55,8 +55,8 @@ bool writeAll(const UnpackPlan& plan, const std::string& folder)
     return !reportIfAny(folder, flushFiles(folder));
 }
 
-// After all were written: a later one may have replaced an earlier one, where the file system takes
-// two names for one.
+// Runs after all files were written: where the file system takes two names for one, a later file
+// may have replaced an earlier one.
 bool readBackAll(const UnpackPlan& plan, const std::string& folder)
 {
     bool isSame = true;

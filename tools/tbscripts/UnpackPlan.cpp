@@ -47,7 +47,7 @@ void planElement(UnpackPlan& plan, std::size_t index, const tbExport::Node& decl
         {std::string(name->getString()), std::move(place.path), sources->getString()});
 }
 
-// Orders paths so that what lies below a folder follows it directly: "a", "a/b", "a.lua".
+// Orders paths so that the files below a folder follow it directly: "a", "a/b", "a.lua".
 bool isBefore(const PlannedFile* left, const PlannedFile* right)
 {
     const auto rank = [](char letter)
@@ -158,8 +158,8 @@ void addTrouble(UnpackPlan& plan, const std::string& path, const std::string& tr
         plan.troubles.push_back(show(path) + ": " + trouble);
 }
 
-// Looks at the folders that a path passes, as far as there are any, and returns whether there is a
-// way. Each folder is looked at once.
+// Checks the existing folders on a path, each folder once, and returns whether the path can be
+// used.
 bool isPassable(
     UnpackPlan& plan,
     const std::filesystem::path& root,

@@ -14,21 +14,21 @@ struct PlannedFile
 {
     std::string name;       // of the script, as the document has it
     std::string path;       // below the folder
-    std::string_view bytes; // valid until: the document ends
+    std::string_view bytes; // valid until: the document is destroyed
 };
 
-/// What unpacking a document would write, and what speaks against it.
+/// The files that unpacking a document would write, and the reasons against it.
 struct UnpackPlan
 {
     std::vector<PlannedFile> files;
-    std::vector<std::string> troubles; // each begins with the element or the file it is about
+    std::vector<std::string> troubles; // each begins with an element or a file
 };
 
-/// Plans without looking at the disk.
+/// Creates the plan without looking at the disk.
 UnpackPlan planUnpacking(const Document& document);
 
-/// Adds what on the disk speaks against writing the files below `folder`: links that may lead
-/// elsewhere, things in the way, and files that exist unless `mayOverwrite`.
+/// Adds the reasons on the disk against writing the files below `folder`: links that may lead
+/// elsewhere, folders or devices of the same names, and, unless `mayOverwrite`, existing files.
 void checkAgainstDisk(UnpackPlan& plan, const std::string& folder, bool mayOverwrite);
 
 } // namespace tool
