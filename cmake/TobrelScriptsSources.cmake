@@ -401,6 +401,7 @@ set(TOBREL_SCRIPTS_PUBLIC_TESTS
     tests/lifetime/RunningScriptTest.cpp
     tests/lifetime/StorageOrderTest.cpp
     tests/lifetime/TeardownTest.cpp
+    tests/lifetime/ThreadChangeTest.cpp
     tests/lifetime/UserTypeEndTest.cpp
     tests/lifetime/UserTypeRedeclarationTest.cpp
     tests/lifetime/UserTypeSwitchTest.cpp
