@@ -20,12 +20,12 @@ class LuaUserType;
 
 /// Namespace that is published in a Lua state: as a global, or as a field of its parent's table.
 ///
-/// Each operation is one `LuaHostCall`, made first. What runs meanwhile, a finaliser or the log
-/// receiver, may release this namespace or its parent, which then go when the call ends.
+/// Each operation begins with one `LuaHostCall`. A finaliser or the log receiver that runs during
+/// the call may release this namespace or its parent, which are then destroyed when the call ends.
 class LuaNamespace final : public Namespace
 {
 public:
-    /// Publishes the namespace as global `name`. `isInstalled` says whether that worked.
+    /// Publishes the namespace as global `name`. `isInstalled` returns whether that worked.
     LuaNamespace(const tbMemory::StringView& name, const LuaStateHandle& handle);
 
     /// Publishes the namespace as field `name` of the namespace of that full name.
@@ -34,23 +34,24 @@ public:
         const tbMemory::StringView& parentFullName,
         const LuaStateHandle& handle);
 
-    /// Not copyable: one namespace owns what is in it. Copy the `Namespace` part instead.
+    /// Not copyable: a namespace owns what is declared in it. Copy the `Namespace` part instead.
     LuaNamespace(const LuaNamespace&) = delete;
     LuaNamespace& operator=(const LuaNamespace&) = delete;
 
-    /// Ends as `uninstall` does.
+    /// Does what `uninstall` does.
     ~LuaNamespace() override;
 
-    /// Publishes an empty namespace in the state of `handle`, unless it is there already. What was
-    /// declared in it is installed when it is declared again. Returns false, after logging why, if
-    /// that failed.
+    /// Publishes an empty namespace in the state of `handle`, unless it is published there already.
+    /// Its declarations are installed when the host declares them again. On failure: logs why and
+    /// returns false.
     bool install(const LuaStateHandle& handle);
 
-    /// Releases the namespace and removes its script-visible name, whatever that holds by then.
+    /// Releases the namespace and removes its script-visible name, even if a script has assigned
+    /// another value to that name.
     void uninstall();
 
-    /// Leaves its table and name to another namespace of the same full name. Requires: nothing was
-    /// declared in it.
+    /// Leaves table and name to another namespace of the same full name. Requires: the namespace
+    /// has no declarations.
     void leaveTable() { m_isPublished = false; }
 
     /// Returns whether the namespace is published in an open state.
@@ -84,7 +85,8 @@ private:
         LuaOwner owner,
         const LuaStateHandle& handle);
 
-    // One host call each. The end of that call may destroy what they return, and this namespace.
+    // Each of them is one host call. The end of that call may destroy the returned object, and this
+    // namespace.
     LuaNamespace* _declareNamespace(const tbMemory::StringView& name);
     LuaUserType* _declareUserType(const tbMemory::StringView& name);
     LuaFunction* _declareFunction(const tbMemory::StringView& name);
@@ -98,8 +100,8 @@ private:
     // Returns whether the namespace can be changed during `call`.
     bool _beginChange(const LuaHostCall& call);
 
-    // Returns what `registry` has under `name`, published in the present state; if it has nothing,
-    // what `make` gives. Null if that failed.
+    // Returns the object of `registry` under `name`, published in the present state; if there is
+    // none, the object that `make` creates. Null on failure.
     template <typename T, typename Make>
     T* _installOrMake(OwningRegistry<T>& registry, const tbMemory::StringView& name, Make&& make);
 
@@ -117,7 +119,7 @@ private:
     LuaOwner m_owner;
     LuaStateHandle m_handle;
     bool m_isPublished = false; // in the state of the handle
-    bool m_isReleased = true;   // nothing was declared since it was made or released
+    bool m_isReleased = true;   // no declaration since the construction or the last release
     std::shared_ptr<const char> m_life = std::make_shared<const char>(); // expires with this object
 };
 

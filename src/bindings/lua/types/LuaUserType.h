@@ -18,12 +18,12 @@ class LuaHostCall;
 
 /// User type that is published in a Lua state: as a global, or as a field of a namespace's table.
 ///
-/// Each operation is one `LuaHostCall`, made first. What runs meanwhile, a finaliser or the log
-/// receiver, may clear or release this type, which then goes when the call ends.
+/// Each operation begins with one `LuaHostCall`. A finaliser or the log receiver that runs during
+/// the call may clear or release this type, which is then destroyed when the call ends.
 class LuaUserType final : public UserType
 {
 public:
-    /// Publishes the type as global `name`. `isInstalled` says whether that worked.
+    /// Publishes the type as global `name`. `isInstalled` returns whether that worked.
     LuaUserType(const tbMemory::StringView& name, const LuaStateHandle& handle);
 
     /// Publishes the type as field `name` of the namespace of that full name.
@@ -36,15 +36,15 @@ public:
     LuaUserType(const LuaUserType&) = delete;
     LuaUserType& operator=(const LuaUserType&) = delete;
 
-    /// Ends as `uninstall` does.
+    /// Does what `uninstall` does.
     ~LuaUserType() override;
 
-    /// Publishes the type in the state of `handle`, unless it is there already, with constructor
-    /// and destructor and without anything else. Returns false, after logging why, if that failed.
+    /// Publishes the type in the state of `handle`, unless it is published there already, with
+    /// constructor and destructor only. On failure: logs why and returns false.
     bool install(const LuaStateHandle& handle);
 
-    /// Clears the type and removes its script-visible name, whatever that holds by then. Instances
-    /// stay, but their fields and methods are gone.
+    /// Clears the type and removes its script-visible name, even if a script has assigned another
+    /// value to that name. Instances stay, without fields and methods.
     void uninstall();
 
     /// Returns whether the type is published in an open state.
@@ -73,27 +73,30 @@ private:
     // Returns whether the type can be changed during `call`.
     bool _isUsable(const LuaHostCall& call) const;
 
-    // Takes back a publishing that failed; `before` is what had the name until then.
+    // Undoes a publishing that failed; `before` is what the registry held under the name until
+    // then.
     void _abandon(LuaHostCall& call, NAMED_TABLE before);
 
     LuaFunction* _findMethod(const tbMemory::StringView& name) const;
 
     // Declares a method with parameters of those types, all with this type's name, and returns it;
-    // null if that failed. One host call, whose end may destroy what it returns, and this type.
+    // null on failure. One host call, whose end may destroy the returned function, and this type.
     LuaFunction* _declareMethod(
         const tbMemory::StringView& name,
         std::initializer_list<FUNCTION_PARAMETER_TYPE> parameters);
 
-    // Makes the function of a new method; null if it cannot be published.
+    // Creates the function of a new method; null if it cannot be published.
     LuaFunction* _makeMethod(const tbMemory::StringView& name);
 
-    // Both exchange callables: the old one goes last, since its end may run code of the host.
+    // Both exchange callables: the old one is destroyed last, since its destructor may run host
+    // code.
     void _setGetter(
         LuaHostCall& call,
         const tbMemory::StringView& name,
         decltype(UserTypeFieldDescriptor::getter)& getter);
 
-    // The setter's list of parameters grows by `parameters`.
+    // Compatibility: adds `parameters` to the setter's list, also if there is one already (decision
+    // 0026).
     void _setSetter(
         LuaHostCall& call,
         const tbMemory::StringView& name,
