@@ -96,13 +96,16 @@ set(TOBREL_SCRIPTS_SOURCES
     src/core/lua/references/LuaScriptObjectInterpreterReference.h
     src/core/lua/references/LuaScriptObjectInterpreterView.cpp
     src/core/lua/references/LuaScriptObjectInterpreterView.h
+    src/environments/BindingRegistry.h
     src/environments/DummyEnvironmentStrategy.cpp
     src/environments/DummyEnvironmentStrategy.h
     src/environments/Environment.cpp
     src/environments/EnvironmentBindings.h
+    src/environments/EnvironmentCore.cpp
+    src/environments/EnvironmentCore.h
+    src/environments/EnvironmentDeclarations.cpp
     src/environments/EnvironmentManager.cpp
     src/environments/EnvironmentMessages.h
-    src/environments/EnvironmentRegistries.cpp
     src/environments/EnvironmentStrategy.cpp
     src/environments/EnvironmentStrategy.h
     src/environments/EnvironmentTeardown.cpp

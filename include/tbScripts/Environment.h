@@ -7,23 +7,16 @@
 #include "tbScripts/ScriptObjectReference.h"
 
 #include <tbMemory/Buffer.h>
-#include <tbMemory/BufferCast.h>
 #include <tbMemory/BufferView.h>
-#include <tbMemory/String.h>
 #include <tbMemory/StringView.h>
 
-#include <cstddef>
-#include <memory>
-#include <string>
 #include <type_traits>
-#include <unordered_map>
 
 /// Everything that the library shows to hosts.
 namespace tbScripts
 {
 
-struct EnvironmentBindings;
-class EnvironmentStrategy;
+class EnvironmentCore;
 class Function;
 class Namespace;
 class Script;
@@ -238,51 +231,9 @@ public:
     Namespace* getNamespace(const tbMemory::StringView& name) const;
 
 private:
-    // Gives up interpreter and bindings; the last holder tears them down, at once or, while the
-    // interpreter runs, when its outermost call returns. Returns false if this object is gone: what
-    // the teardown runs may have destroyed it.
-    bool _dispose();
-    void _disposeOnce();
-
-    void _startStrategy(std::shared_ptr<EnvironmentStrategy> strategy, INTERPRETER interpreter);
-
-    // Closes the interpreter, unless a copy shares it. Returns false if this object is gone.
-    bool _endStrategy();
-
-    // Have the interpreter make an object, null if it cannot, and register what it gives. Null also
-    // if this object is gone, as with everything below: what the interpreter runs meanwhile may
-    // have destroyed it.
-    Function* _declareFunc(const tbMemory::StringView& name);
-    UserType* _declareUserType(const tbMemory::StringView& name);
-    Namespace* _declareNamespace(const tbMemory::StringView& name);
-
-    // The operations of the same names, for names that are not qualified.
-    UserType* _setPlainUserType(const tbMemory::StringView& name);
-    Namespace* _setPlainNamespace(const tbMemory::StringView& name);
-
-    // Returns the namespace that holds the last of `parts`, of which there are several; declares
-    // what is missing on the way.
-    Namespace* _reachNamespaceOf(const tbMemory::BufferCast<tbMemory::String>& parts);
-
-    // Returns the namespace that the first `count` of `parts` name, null if there is none.
-    Namespace*
-    _findNamespace(const tbMemory::BufferCast<tbMemory::String>& parts, std::size_t count) const;
-
-    // Shared with the strategy, whose messages use the last name if this object goes first.
-    std::shared_ptr<tbMemory::String> m_name;
-
-    // By name; the objects belong to m_bindings.
-    std::unordered_map<std::string, Function*> m_functions;
-    std::unordered_map<std::string, UserType*> m_userTypes;
-    std::unordered_map<std::string, Namespace*> m_namespaces;
-
-    std::shared_ptr<EnvironmentBindings> m_bindings; // shared by copies
-    std::shared_ptr<EnvironmentStrategy> m_strategy; // never null, shared by copies
-    INTERPRETER m_interpreter;
-    ExecutionResult m_result; // written by whichever strategy serves
-
-    // Expires with this object: scripts and the log receiver may destroy it during an operation.
-    std::shared_ptr<const char> m_life;
+    // Counted: operations in progress hold it too, because a script or the log receiver can destroy
+    // this object while one of them runs.
+    EnvironmentCore* m_core;
 };
 
 } // namespace tbScripts

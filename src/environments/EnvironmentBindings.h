@@ -21,13 +21,10 @@ struct EnvironmentBindings
     std::vector<std::unique_ptr<Namespace>> namespaces;
 };
 
-/// Takes down what one environment gives up: everything, in its order, if `bindings` is the last
-/// share of the bindings; else only the interpreter, if no other environment has it.
+/// Tears down what one environment gives up: everything, in its order, if `bindings` is the last
+/// share of the bindings; else only the interpreter, if it serves no other environment.
 ///
-/// Requires: the caller holds `strategy`. What runs meanwhile may destroy the environment.
-void releaseShares(
-    EnvironmentStrategy& strategy,
-    bool isLastOfStrategy,
-    std::shared_ptr<EnvironmentBindings> bindings);
+/// Requires: the caller holds `strategy`, which no longer serves the environment.
+void releaseShares(EnvironmentStrategy& strategy, std::shared_ptr<EnvironmentBindings> bindings);
 
 } // namespace tbScripts

@@ -18,11 +18,18 @@ EnvironmentStrategy::EnvironmentStrategy(Name environmentName)
 
 EnvironmentStrategy::~EnvironmentStrategy() = default;
 
-void EnvironmentStrategy::giveWay(std::unique_ptr<Function> /*made*/, Function& /*known*/) {}
+void EnvironmentStrategy::resolveDuplicate(std::unique_ptr<Function> /*made*/, Function& /*known*/)
+{
+}
 
-void EnvironmentStrategy::giveWay(std::unique_ptr<UserType> /*made*/, UserType& /*known*/) {}
+void EnvironmentStrategy::resolveDuplicate(std::unique_ptr<UserType> /*made*/, UserType& /*known*/)
+{
+}
 
-void EnvironmentStrategy::giveWay(std::unique_ptr<Namespace> /*made*/, Namespace& /*known*/) {}
+void EnvironmentStrategy::resolveDuplicate(
+    std::unique_ptr<Namespace> /*made*/, Namespace& /*known*/)
+{
+}
 
 const ExecutionResult& EnvironmentStrategy::getLastExecutionResult() const
 {

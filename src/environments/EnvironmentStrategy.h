@@ -88,9 +88,9 @@ public:
     /// Ends `made`, while whose publishing `known` was declared under the same name: that one stays
     /// published, as new; a namespace keeps what is in it. Back-ends that make nothing have nothing
     /// to do.
-    virtual void giveWay(std::unique_ptr<Function> made, Function& known);
-    virtual void giveWay(std::unique_ptr<UserType> made, UserType& known);
-    virtual void giveWay(std::unique_ptr<Namespace> made, Namespace& known);
+    virtual void resolveDuplicate(std::unique_ptr<Function> made, Function& known);
+    virtual void resolveDuplicate(std::unique_ptr<UserType> made, UserType& known);
+    virtual void resolveDuplicate(std::unique_ptr<Namespace> made, Namespace& known);
 
     /// Returns whether a call of the host into the interpreter is in progress, or its end.
     virtual bool isRunning() const = 0;
@@ -115,6 +115,11 @@ public:
     /// back-end it has.
     void addResult(ExecutionResult& result);
     void removeResult(ExecutionResult& result);
+
+    /// Returns whether an environment has this back-end, and whether several have it.
+    bool isServing() const { return !m_shownIn.empty(); }
+
+    bool isShared() const { return m_shownIn.size() > 1; }
 
 protected:
     tbMemory::StringView getEnvironmentName() const;

@@ -48,13 +48,12 @@ void tearDown(EnvironmentStrategy& strategy, EnvironmentBindings& bindings)
 
 void releaseShares(
     EnvironmentStrategy& strategy,
-    bool isLastOfStrategy,
     // NOLINTNEXTLINE(performance-unnecessary-value-param): the share ends with this call
     std::shared_ptr<EnvironmentBindings> bindings)
 {
     if (bindings.use_count() == 1)
         tearDown(strategy, *bindings);
-    else if (isLastOfStrategy)
+    else if (!strategy.isServing())
         strategy.shutDown();
 }
 

@@ -252,7 +252,7 @@ protected:
     // Gives the shares up as an environment does at its end.
     void release()
     {
-        releaseShares(*m_strategy, m_strategy.use_count() == 1, std::move(m_bindings));
+        releaseShares(*m_strategy, std::move(m_bindings));
         m_strategy.reset();
     }
 
@@ -332,6 +332,8 @@ TEST_F(EnvironmentTeardownOrderTest, SharesOfACopyGoWithoutAStep)
 {
     const std::shared_ptr<EnvironmentStrategy> strategy = m_strategy;
     const std::shared_ptr<EnvironmentBindings> bindings = m_bindings;
+    ExecutionResult resultOfCopy;
+    strategy->addResult(resultOfCopy);
 
     release();
 

@@ -11,7 +11,7 @@ namespace tbScripts::lua
 
 /// Ends `made` in favour of `known`, which is published anew, without what was declared in it.
 template <typename T>
-void giveWay(T& made, T& known, const LuaStateHandle& handle)
+void resolveDuplicate(T& made, T& known, const LuaStateHandle& handle)
 {
     LuaHostCall call(handle, LuaHostCall::ENTRY::UPKEEP); // keeps both to its end
     made.uninstall();                                     // takes the name from both
@@ -20,7 +20,7 @@ void giveWay(T& made, T& known, const LuaStateHandle& handle)
 }
 
 /// The same for a namespace, which keeps what was declared in it: both have one table.
-inline void giveWay(LuaNamespace& made, LuaNamespace& /*known*/, const LuaStateHandle& /*handle*/)
+inline void resolveDuplicate(LuaNamespace& made, LuaNamespace& /*known*/, const LuaStateHandle& /*handle*/)
 {
     made.leaveTable();
 }

@@ -45,12 +45,12 @@ bool isFunctionType(int luaType)
 }
 
 template <typename T, typename Front>
-void giveWayTo(Front& made, Front& known, const LuaStateHandle& handle)
+void resolveDuplicateTo(Front& made, Front& known, const LuaStateHandle& handle)
 {
     auto* const ours = dynamic_cast<T*>(&made);
     auto* const others = dynamic_cast<T*>(&known);
     if (ours && others)
-        lua::giveWay(*ours, *others, handle);
+        lua::resolveDuplicate(*ours, *others, handle);
 }
 
 } // namespace
@@ -361,21 +361,21 @@ void LuaEnvironmentStrategy::installNamespace(Namespace& scope)
         published->install(m_handle);
 }
 
-void LuaEnvironmentStrategy::giveWay(std::unique_ptr<Function> made, Function& known)
+void LuaEnvironmentStrategy::resolveDuplicate(std::unique_ptr<Function> made, Function& known)
 {
     LuaHostCall call(m_handle, LuaHostCall::ENTRY::UPKEEP); // keeps both to its end
-    giveWayTo<LuaFunction>(*made, known, m_handle);
+    resolveDuplicateTo<LuaFunction>(*made, known, m_handle);
     known.reset();
 }
 
-void LuaEnvironmentStrategy::giveWay(std::unique_ptr<UserType> made, UserType& known)
+void LuaEnvironmentStrategy::resolveDuplicate(std::unique_ptr<UserType> made, UserType& known)
 {
-    giveWayTo<LuaUserType>(*made, known, m_handle);
+    resolveDuplicateTo<LuaUserType>(*made, known, m_handle);
 }
 
-void LuaEnvironmentStrategy::giveWay(std::unique_ptr<Namespace> made, Namespace& known)
+void LuaEnvironmentStrategy::resolveDuplicate(std::unique_ptr<Namespace> made, Namespace& known)
 {
-    giveWayTo<LuaNamespace>(*made, known, m_handle);
+    resolveDuplicateTo<LuaNamespace>(*made, known, m_handle);
 }
 
 bool LuaEnvironmentStrategy::isRunning() const

@@ -66,9 +66,9 @@ public:
     void installFunction(Function& function) override;
     void installUserType(UserType& type) override;
     void installNamespace(Namespace& scope) override;
-    void giveWay(std::unique_ptr<Function> made, Function& known) override;
-    void giveWay(std::unique_ptr<UserType> made, UserType& known) override;
-    void giveWay(std::unique_ptr<Namespace> made, Namespace& known) override;
+    void resolveDuplicate(std::unique_ptr<Function> made, Function& known) override;
+    void resolveDuplicate(std::unique_ptr<UserType> made, UserType& known) override;
+    void resolveDuplicate(std::unique_ptr<Namespace> made, Namespace& known) override;
     bool isRunning() const override;
     bool isTearingDown() const override;
     void beginTeardown() override;

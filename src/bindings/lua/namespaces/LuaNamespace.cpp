@@ -335,7 +335,7 @@ T* LuaNamespace::_installOrMake(
     if (!made->isInstalled() || !isInstalled())
         return nullptr;
     if (T* const known = findIn(registry, name))
-        giveWay(*made, *known, m_handle);
+        resolveDuplicate(*made, *known, m_handle);
     else
         registry[keyOf(name)] = std::move(made);
     return findIn(registry, name);

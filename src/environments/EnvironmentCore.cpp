@@ -1,0 +1,181 @@
+// The life of an environment's core: what it shares with copies, what it gives up and when.
+
+#include "environments/EnvironmentCore.h"
+
+#include "core/LogSources.h"
+#include "environments/DummyEnvironmentStrategy.h"
+#include "environments/EnvironmentBindings.h"
+#include "environments/EnvironmentMessages.h"
+#include "environments/lua/LuaEnvironmentStrategy.h"
+
+#include "tbScripts/LogManager.h"
+
+#include <new>
+#include <utility>
+
+namespace tbScripts
+{
+
+namespace
+{
+
+// Returns null if there is no memory, of whichever kind, for an interpreter.
+std::shared_ptr<EnvironmentStrategy> startLua(const EnvironmentStrategy::Name& environmentName)
+{
+    try
+    {
+        auto strategy = std::make_shared<lua::LuaEnvironmentStrategy>(environmentName);
+        if (strategy->hasState())
+            return strategy;
+    }
+    catch (const std::bad_alloc&)
+    {
+    }
+    return nullptr;
+}
+
+// Gives up a share without ever releasing what it shares.
+template <typename T>
+void keepForGood(std::shared_ptr<T> share)
+{
+    alignas(std::shared_ptr<T>) unsigned char storage[sizeof(share)];
+    new (storage) std::shared_ptr<T>(std::move(share));
+}
+
+} // namespace
+
+EnvironmentCore::EnvironmentCore()
+    : m_name(std::make_shared<tbMemory::String>())
+    , m_bindings(std::make_shared<EnvironmentBindings>())
+    , m_strategy(std::make_shared<DummyEnvironmentStrategy>(m_name))
+{
+    m_strategy->addResult(m_result);
+}
+
+EnvironmentCore::EnvironmentCore(const EnvironmentCore& other)
+    : EnvironmentCore()
+{
+    *m_name = *other.m_name;
+    if (!other.m_bindings)
+        return; // that one is being torn down: there is nothing left to share
+    m_registries = other.m_registries;
+    m_bindings = other.m_bindings;
+    if (!other.m_strategy->isTearingDown()) // an interpreter that is closing is not shared
+        _startStrategy(other.m_strategy);
+}
+
+EnvironmentCore::~EnvironmentCore()
+{
+    _giveUp();
+}
+
+void EnvironmentCore::assign(const EnvironmentCore& other)
+{
+    EnvironmentCore source(other); // finalisers of what this one gives up may reach `other`
+    if (m_bindings == source.m_bindings && m_strategy == source.m_strategy)
+        m_strategy->removeResult(m_result);
+    else
+        _giveUp();
+    if (m_hasEnded)
+        return; // a finaliser has destroyed this environment
+    // From here on shares only change hands, which needs no memory: this core has nothing left.
+    std::swap(*m_name, *source.m_name);
+    m_registries.swap(source.m_registries);
+    m_bindings = std::move(source.m_bindings);
+    m_strategy = source.m_strategy;
+    m_strategy->removeResult(source.m_result); // its place is free for the next
+    m_strategy->addResult(m_result);
+}
+
+void EnvironmentCore::end()
+{
+    m_hasEnded = true;
+    _giveUp();
+}
+
+void EnvironmentCore::switchInterpreter(INTERPRETER interpreter)
+{
+    if (m_strategy->isRunning())
+    {
+        LogManager::getInstance()->log(
+            messages::environmentIsRunning(*m_name), LOG_SOURCE_ENVIRONMENT);
+        return;
+    }
+    if (m_strategy->isTearingDown())
+        return; // this environment is being destroyed: nothing can be set any more
+    // Created while the old one is still there: without memory for it nothing has changed.
+    auto dummy = std::make_shared<DummyEnvironmentStrategy>(m_name);
+    if (!m_strategy->isShared()) // else a copy goes on with it
+    {
+        const std::shared_ptr<EnvironmentStrategy> ended = m_strategy;
+        ended->shutDown();
+    }
+    if (m_hasEnded)
+        return; // a finaliser has destroyed this environment
+
+    if (interpreter == INTERPRETER_LUA)
+    {
+        if (std::shared_ptr<EnvironmentStrategy> strategy = startLua(m_name))
+        {
+            _startStrategy(std::move(strategy));
+            return;
+        }
+    }
+    _startStrategy(std::move(dummy));
+    LogManager::getInstance()->log(
+        interpreter == INTERPRETER_LUA ? messages::NO_MEMORY_FOR_STATE
+                                       : messages::ENVIRONMENT_TYPE_UNKNOWN,
+        LOG_SOURCE_ENVIRONMENT);
+}
+
+void EnvironmentCore::_startStrategy(std::shared_ptr<EnvironmentStrategy> strategy)
+{
+    m_strategy->removeResult(m_result);
+    m_strategy = std::move(strategy);
+    m_strategy->addResult(m_result);
+}
+
+void EnvironmentCore::_giveUp()
+{
+    while (m_bindings) // again if a finaliser assigns to this environment
+        _giveUpOnce();
+}
+
+void EnvironmentCore::_giveUpOnce()
+{
+    m_strategy->removeResult(m_result);
+    // Bindings leave their registries first: a finaliser that asks for one finds none.
+    m_registries = {};
+    std::shared_ptr<EnvironmentBindings> bindings = std::move(m_bindings);
+
+    // The strategy stays in its place: finalisers that call this environment find one that refuses.
+    const std::shared_ptr<EnvironmentStrategy> strategy = m_strategy;
+    if (!strategy->isRunning())
+    {
+        releaseShares(*strategy, std::move(bindings));
+        return;
+    }
+    try
+    {
+        strategy->putOff(
+            [held = strategy, bindings]() mutable
+            {
+                releaseShares(*held, std::move(bindings));
+                held.reset();
+            });
+    }
+    catch (const std::bad_alloc&)
+    {
+        // Nothing of it may be destroyed while it runs, and there is nowhere to note that it
+        // should.
+        keepForGood(strategy);
+        keepForGood(std::move(bindings));
+    }
+}
+
+void EnvironmentHold::_delete(EnvironmentCore& core)
+{
+    delete &core;
+}
+
+} // namespace tbScripts

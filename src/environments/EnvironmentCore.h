@@ -1,0 +1,161 @@
+#pragma once
+
+#include "environments/BindingRegistry.h"
+#include "environments/EnvironmentStrategy.h"
+
+#include "tbScripts/ExecutionResult.h"
+#include "tbScripts/Function.h"
+#include "tbScripts/Interpreter.h"
+#include "tbScripts/Namespace.h"
+#include "tbScripts/UserType.h"
+
+#include <tbMemory/BufferCast.h>
+#include <tbMemory/String.h>
+#include <tbMemory/StringView.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <tuple>
+
+namespace tbScripts
+{
+
+struct EnvironmentBindings;
+
+/// The inside of one `Environment`: name, last result, interpreter, and the names that were
+/// declared through it.
+///
+/// A script, a finaliser, a destructor of the host or the log receiver can destroy an environment
+/// while one of its own operations runs. `Environment` is therefore a handle, and each operation
+/// first takes a hold on the core (`EnvironmentHold`), which outlives the handle as long as an
+/// operation needs it. `end` empties the core: an operation that goes on afterwards finds nothing
+/// declared, and returns its neutral value without asking whether the environment still exists.
+///
+/// Copies of an environment have a core each. The cores share bindings and interpreter, which the
+/// last of them tears down.
+class EnvironmentCore
+{
+public:
+    /// Creates the core of an environment without name and interpreter.
+    EnvironmentCore();
+
+    /// Creates the core of a copy, which shares what `other` has not given up.
+    explicit EnvironmentCore(const EnvironmentCore& other);
+
+    EnvironmentCore& operator=(const EnvironmentCore& other) = delete;
+
+    ~EnvironmentCore();
+
+    /// Gives up what this core has, and shares what `other` has. Requires: both are different.
+    void assign(const EnvironmentCore& other);
+
+    /// Gives up bindings and interpreter for good: the environment is being destroyed. The last
+    /// core tears them down, now or, while the interpreter runs, when its outermost call returns.
+    void end();
+
+    tbMemory::String& getName() { return *m_name; }
+
+    const ExecutionResult& getLastExecutionResult() const { return m_result; }
+
+    EnvironmentStrategy& getStrategy() const { return *m_strategy; }
+
+    /// Does what `Environment::setEnvironmentFor` promises.
+    void switchInterpreter(INTERPRETER interpreter);
+
+    /// Declare a name, plain or qualified, as the operations of `Environment` promise.
+    Function* setFunction(const tbMemory::StringView& name);
+    UserType* setUserType(const tbMemory::StringView& name);
+    Namespace* setNamespace(const tbMemory::StringView& name);
+
+    bool isFunctionSet(const tbMemory::StringView& name) const;
+    bool isUserTypeSet(const tbMemory::StringView& name) const;
+    bool isNamespaceSet(const tbMemory::StringView& name) const;
+
+    Function* findFunction(const tbMemory::StringView& name) const;
+    UserType* findUserType(const tbMemory::StringView& name) const;
+    Namespace* findNamespace(const tbMemory::StringView& name) const;
+
+private:
+    friend class EnvironmentHold;
+
+    using NameParts = tbMemory::BufferCast<tbMemory::String>;
+
+    void _giveUp();
+    void _giveUpOnce();
+    void _startStrategy(std::shared_ptr<EnvironmentStrategy> strategy);
+
+    template <typename T>
+    BindingRegistry<T>& _registry()
+    {
+        return std::get<BindingRegistry<T>>(m_registries);
+    }
+
+    template <typename T>
+    const BindingRegistry<T>& _registry() const
+    {
+        return std::get<BindingRegistry<T>>(m_registries);
+    }
+
+    template <typename T>
+    T* _declare(const tbMemory::StringView& name);
+
+    template <typename T>
+    T* _create(const tbMemory::StringView& name);
+
+    template <typename T>
+    T* _declareQualified(const tbMemory::StringView& name);
+
+    template <typename T>
+    bool _isSet(const tbMemory::StringView& name) const;
+
+    template <typename T>
+    T* _find(const NameParts& parts) const;
+
+    Namespace* _reachNamespaceOf(const NameParts& parts);
+    Namespace* _findNamespace(const NameParts& parts, std::size_t count) const;
+
+    // Shared with the strategy, whose messages use the last name if this core goes first.
+    std::shared_ptr<tbMemory::String> m_name;
+
+    std::tuple<BindingRegistry<Function>, BindingRegistry<UserType>, BindingRegistry<Namespace>>
+        m_registries;
+
+    std::shared_ptr<EnvironmentBindings> m_bindings; // shared by copies; null once given up
+    std::shared_ptr<EnvironmentStrategy> m_strategy; // never null, shared by copies
+    ExecutionResult m_result;                        // written by whichever strategy serves
+    bool m_hasEnded = false;
+    std::uint32_t m_holders = 1; // the environment, and its operations in progress
+};
+
+/// Keeps a core while an operation of its environment runs.
+class EnvironmentHold
+{
+public:
+    explicit EnvironmentHold(EnvironmentCore& core)
+        : m_core(core)
+    {
+        ++m_core.m_holders;
+    }
+
+    EnvironmentHold(const EnvironmentHold&) = delete;
+    EnvironmentHold& operator=(const EnvironmentHold&) = delete;
+
+    ~EnvironmentHold() { release(m_core); }
+
+    EnvironmentCore* operator->() const { return &m_core; }
+
+    /// Gives up one hold, the environment's own one for instance.
+    static void release(EnvironmentCore& core)
+    {
+        if (--core.m_holders == 0)
+            _delete(core);
+    }
+
+private:
+    static void _delete(EnvironmentCore& core);
+
+    EnvironmentCore& m_core;
+};
+
+} // namespace tbScripts
