@@ -96,19 +96,25 @@ set(TOBREL_SCRIPTS_SOURCES
     src/core/lua/references/LuaScriptObjectInterpreterReference.h
     src/core/lua/references/LuaScriptObjectInterpreterView.cpp
     src/core/lua/references/LuaScriptObjectInterpreterView.h
+    src/environments/BindingFactory.cpp
+    src/environments/BindingFactory.h
     src/environments/BindingRegistry.h
     src/environments/DummyEnvironmentStrategy.cpp
     src/environments/DummyEnvironmentStrategy.h
     src/environments/Environment.cpp
     src/environments/EnvironmentBindings.h
+    src/environments/EnvironmentCalls.h
     src/environments/EnvironmentCore.cpp
     src/environments/EnvironmentCore.h
     src/environments/EnvironmentDeclarations.cpp
+    src/environments/EnvironmentGlobals.h
     src/environments/EnvironmentManager.cpp
     src/environments/EnvironmentMessages.h
     src/environments/EnvironmentStrategy.cpp
     src/environments/EnvironmentStrategy.h
     src/environments/EnvironmentTeardown.cpp
+    src/environments/lua/LuaEnvironmentBindings.cpp
+    src/environments/lua/LuaEnvironmentGlobals.cpp
     src/environments/lua/LuaEnvironmentStrategy.cpp
     src/environments/lua/LuaEnvironmentStrategy.h
     src/environments/lua/LuaGlobals.cpp

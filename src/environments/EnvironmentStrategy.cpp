@@ -1,9 +1,5 @@
 #include "environments/EnvironmentStrategy.h"
 
-#include "tbScripts/Function.h"
-#include "tbScripts/Namespace.h"
-#include "tbScripts/UserType.h"
-
 #include <algorithm>
 #include <utility>
 
@@ -17,19 +13,6 @@ EnvironmentStrategy::EnvironmentStrategy(Name environmentName)
 }
 
 EnvironmentStrategy::~EnvironmentStrategy() = default;
-
-void EnvironmentStrategy::resolveDuplicate(std::unique_ptr<Function> /*made*/, Function& /*known*/)
-{
-}
-
-void EnvironmentStrategy::resolveDuplicate(std::unique_ptr<UserType> /*made*/, UserType& /*known*/)
-{
-}
-
-void EnvironmentStrategy::resolveDuplicate(
-    std::unique_ptr<Namespace> /*made*/, Namespace& /*known*/)
-{
-}
 
 const ExecutionResult& EnvironmentStrategy::getLastExecutionResult() const
 {

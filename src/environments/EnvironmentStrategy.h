@@ -1,11 +1,11 @@
 #pragma once
 
-#include "tbScripts/ExecutionResult.h"
-#include "tbScripts/FunctionParameter.h"
-#include "tbScripts/ScriptObjectReference.h"
+#include "environments/BindingFactory.h"
+#include "environments/EnvironmentCalls.h"
+#include "environments/EnvironmentGlobals.h"
 
-#include <tbMemory/Buffer.h>
-#include <tbMemory/BufferView.h>
+#include "tbScripts/ExecutionResult.h"
+
 #include <tbMemory/String.h>
 #include <tbMemory/StringView.h>
 
@@ -17,16 +17,14 @@
 namespace tbScripts
 {
 
-class Function;
-class Namespace;
-class Script;
-class UserType;
-
-/// Back-end of an environment for one interpreter. Copies of an environment share it.
+/// Back-end of an environment for one interpreter: its globals, its calls, its bindings, and here
+/// its life. Copies of an environment share it.
 ///
 /// It knows the environment that it was made for by that one's name alone, which it shares: so it
 /// may outlive the environment, and then reports with the last name.
-class EnvironmentStrategy
+class EnvironmentStrategy : public EnvironmentGlobals,
+                            public EnvironmentCalls,
+                            public BindingFactory
 {
 public:
     using Name = std::shared_ptr<const tbMemory::String>;
@@ -38,59 +36,10 @@ public:
 
     virtual ~EnvironmentStrategy();
 
-    virtual bool execute(const Script& script) = 0;
     virtual void requestGarbageCollection() = 0;
+
+    /// Removes every global and every loaded module, for the teardown.
     virtual void clearGlobals() = 0;
-    virtual void
-    setVarObjectReference(const tbMemory::StringView& name, const ScriptObjectReference& value) = 0;
-    virtual void
-    setVarString(const tbMemory::StringView& name, const tbMemory::StringView& value) = 0;
-    virtual void setVarDouble(const tbMemory::StringView& name, double value) = 0;
-    virtual void setVarFloat(const tbMemory::StringView& name, float value) = 0;
-    virtual void setVarInt(const tbMemory::StringView& name, std::int32_t value) = 0;
-    virtual void setVarBool(const tbMemory::StringView& name, bool value) = 0;
-    virtual void setObject(
-        const tbMemory::StringView& name,
-        const tbMemory::StringView& userTypeName,
-        void* object) = 0;
-    virtual bool isVarSet(const tbMemory::StringView& name) = 0;
-    virtual ScriptObjectReference getVarObjectReference(const tbMemory::StringView& name) = 0;
-    virtual tbMemory::StringView
-    getVarString(const tbMemory::StringView& name, const tbMemory::StringView& defaultValue) = 0;
-    virtual double getVarDouble(const tbMemory::StringView& name, double defaultValue) = 0;
-    virtual float getVarFloat(const tbMemory::StringView& name, float defaultValue) = 0;
-    virtual std::int32_t getVarInt(const tbMemory::StringView& name, std::int32_t defaultValue) = 0;
-    virtual bool getVarBool(const tbMemory::StringView& name, bool defaultValue) = 0;
-    virtual void*
-    getObject(const tbMemory::StringView& name, const tbMemory::StringView& userTypeName) = 0;
-    virtual ScriptObjectReference getScriptFunction(const tbMemory::StringView& name) = 0;
-    virtual std::unique_ptr<Function> createFunction(const tbMemory::StringView& name) = 0;
-    virtual std::unique_ptr<UserType> createUserType(const tbMemory::StringView& name) = 0;
-    virtual std::unique_ptr<Namespace> createNamespace(const tbMemory::StringView& name) = 0;
-    virtual bool callScriptFunction(
-        const ScriptObjectReference& function,
-        const tbMemory::BufferView<FunctionParameter>& inputs,
-        tbMemory::BufferView<FunctionParameter>& outputs) = 0;
-    virtual tbMemory::Buffer
-    serializeScriptObject(const ScriptObjectReference& object, bool transferOwnership) = 0;
-    virtual ScriptObjectReference
-    deserializeScriptObject(const tbMemory::BufferView<unsigned char>& bytes) = 0;
-
-    /// Publishes a function that was made for an earlier interpreter in the present one. Within
-    /// its own interpreter a function is left as it is.
-    virtual void installFunction(Function& function) = 0;
-
-    /// The same for a user type, whose constructor and destructor come with it, and for a
-    /// namespace, which is empty then.
-    virtual void installUserType(UserType& type) = 0;
-    virtual void installNamespace(Namespace& scope) = 0;
-
-    /// Ends `made`, while whose publishing `known` was declared under the same name: that one stays
-    /// published, as new; a namespace keeps what is in it. Back-ends that make nothing have nothing
-    /// to do.
-    virtual void resolveDuplicate(std::unique_ptr<Function> made, Function& known);
-    virtual void resolveDuplicate(std::unique_ptr<UserType> made, UserType& known);
-    virtual void resolveDuplicate(std::unique_ptr<Namespace> made, Namespace& known);
 
     /// Returns whether a call of the host into the interpreter is in progress, or its end.
     virtual bool isRunning() const = 0;

@@ -4,25 +4,27 @@
 #include "core/lua/LuaStateHandle.h"
 #include "core/lua/calls/LuaHostCall.h"
 
-// Publishing a binding runs metamethods, and those may have the host declare the same name. Then
-// there are two of them. The one that was declared meanwhile is known to the host, so it stays.
+// Publishing can run a metamethod that re-enters the host and declares the same name. The nested
+// declaration was already returned to the host, so it wins.
 namespace tbScripts::lua
 {
 
-/// Ends `made` in favour of `known`, which is published anew, without what was declared in it.
+/// Removes `created` in favour of `existing`, which is published anew, without what was declared in
+/// it.
 template <typename T>
-void resolveDuplicate(T& made, T& known, const LuaStateHandle& handle)
+void resolveDuplicate(T& created, T& existing, const LuaStateHandle& handle)
 {
     LuaHostCall call(handle, LuaHostCall::ENTRY::UPKEEP); // keeps both to its end
-    made.uninstall();                                     // takes the name from both
-    known.uninstall();
-    known.install(handle);
+    created.uninstall();                                  // removes the name of both
+    existing.uninstall();
+    existing.install(handle);
 }
 
-/// The same for a namespace, which keeps what was declared in it: both have one table.
-inline void resolveDuplicate(LuaNamespace& made, LuaNamespace& /*known*/, const LuaStateHandle& /*handle*/)
+/// The same for a namespace, which keeps what was declared in it: both share one table.
+inline void resolveDuplicate(
+    LuaNamespace& created, LuaNamespace& /*existing*/, const LuaStateHandle& /*handle*/)
 {
-    made.leaveTable();
+    created.leaveTable();
 }
 
 } // namespace tbScripts::lua

@@ -13,8 +13,9 @@ namespace tbScripts::lua
 
 /// Back-end of an environment for Lua: owns one state with the standard libraries.
 ///
-/// Each operation is one `LuaHostCall`, made first: whatever the interpreter raises is contained
-/// and logged, and the operation gives its neutral value.
+/// Each operation is one `LuaHostCall`, created first: whatever the interpreter raises is contained
+/// and logged, and the operation returns its neutral value. The operations are in three files:
+/// globals, bindings, and here calls and the life of the state.
 class LuaEnvironmentStrategy final : public EnvironmentStrategy
 {
 public:
@@ -66,9 +67,9 @@ public:
     void installFunction(Function& function) override;
     void installUserType(UserType& type) override;
     void installNamespace(Namespace& scope) override;
-    void resolveDuplicate(std::unique_ptr<Function> made, Function& known) override;
-    void resolveDuplicate(std::unique_ptr<UserType> made, UserType& known) override;
-    void resolveDuplicate(std::unique_ptr<Namespace> made, Namespace& known) override;
+    void resolveDuplicate(std::unique_ptr<Function> created, Function& existing) override;
+    void resolveDuplicate(std::unique_ptr<UserType> created, UserType& existing) override;
+    void resolveDuplicate(std::unique_ptr<Namespace> created, Namespace& existing) override;
     bool isRunning() const override;
     bool isTearingDown() const override;
     void beginTeardown() override;
