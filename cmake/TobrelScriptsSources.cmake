@@ -19,6 +19,7 @@ set(TOBREL_SCRIPTS_HEADERS
     include/tbScripts/ProjectLoader.h
     include/tbScripts/ProjectQueries.h
     include/tbScripts/ResourceDeclAugmentCallback.h
+    include/tbScripts/ResultCodes.h
     include/tbScripts/Script.h
     include/tbScripts/ScriptManager.h
     include/tbScripts/ScriptObjectInterpreterReference.h

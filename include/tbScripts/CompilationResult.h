@@ -1,5 +1,7 @@
 #pragma once
 
+#include "tbScripts/ResultCodes.h"
+
 #include <tbMemory/String.h>
 
 #include <cstdint>
@@ -12,9 +14,9 @@ namespace tbScripts
 /// Format: docs/messages.md lists the messages and codes.
 struct CompilationResult
 {
-    tbMemory::String message;    ///< what failed, empty on success
-    std::uint32_t errorCode = 0; ///< 0 success, 2 no interpreter, 3 syntax error, 4 out of memory
-    bool success = true;         ///< whether the script has a compiled form
+    tbMemory::String message;                      ///< what failed, empty on success
+    std::uint32_t errorCode = COMPILATION_SUCCESS; ///< see ResultCodes.h
+    bool success = true;                           ///< whether the script has a compiled form
 };
 
 } // namespace tbScripts

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "tbScripts/ResultCodes.h"
+
 #include <tbMemory/BufferCast.h>
 #include <tbMemory/String.h>
 
@@ -16,9 +18,8 @@ struct ContentLoadResult
     tbMemory::BufferCast<tbMemory::String> errors; ///< in the order of the declarations
     tbMemory::BufferCast<T*> objects; ///< not owned; scripts belong to the `ScriptManager`
 
-    /// 0: success. 1: an array of declarations, of which at least one failed. 2: no script was
-    /// created or updated, because the input is unreadable, of the wrong kind, or incomplete.
-    unsigned int status = 0;
+    /// See ResultCodes.h. With `CONTENT_LOAD_FAILURE` no script was created or updated.
+    unsigned int status = CONTENT_LOAD_SUCCESS;
 };
 
 } // namespace tbScripts

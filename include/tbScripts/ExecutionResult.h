@@ -1,5 +1,7 @@
 #pragma once
 
+#include "tbScripts/ResultCodes.h"
+
 #include <tbMemory/String.h>
 
 #include <cstdint>
@@ -12,13 +14,9 @@ namespace tbScripts
 /// Format: docs/messages.md lists the messages and codes.
 struct ExecutionResult
 {
-    tbMemory::String message; ///< what failed, empty on success
-
-    /// 0 success, 1 error inside the error handling, 2 no interpreter, 3 script compiled for
-    /// another interpreter, 4 no bytecode, 5 runtime error, 6 out of memory.
-    std::int32_t code = 0;
-
-    bool success = true; ///< whether it returned without an error
+    tbMemory::String message;              ///< what failed, empty on success
+    std::int32_t code = EXECUTION_SUCCESS; ///< see ResultCodes.h
+    bool success = true;                   ///< whether it returned without an error
 };
 
 } // namespace tbScripts

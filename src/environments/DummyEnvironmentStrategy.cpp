@@ -14,8 +14,6 @@ namespace tbScripts
 namespace
 {
 
-constexpr std::int32_t CODE_NO_INTERPRETER = 2;
-
 constexpr const char* SETTING_VARIABLE = "Setting a variable in environment '";
 constexpr const char* REQUESTING_VARIABLE = "Requesting a variable in environment '";
 
@@ -24,7 +22,7 @@ constexpr const char* REQUESTING_VARIABLE = "Requesting a variable in environmen
 bool DummyEnvironmentStrategy::execute(const Script& /*script*/)
 {
     resetResult();
-    setFailure(messages::EXECUTION_WITHOUT_INTERPRETER, CODE_NO_INTERPRETER);
+    setFailure(messages::EXECUTION_WITHOUT_INTERPRETER, EXECUTION_NO_INTERPRETER);
     LogManager::getInstance()->log(messages::EXECUTION_WITHOUT_INTERPRETER, LOG_SOURCE_ENVIRONMENT);
     return false;
 }

@@ -46,7 +46,7 @@ void EnvironmentStrategy::setFailure(const tbMemory::StringView& message, std::i
 void EnvironmentStrategy::_forgetFailure()
 {
     m_lastResult.message.clear();
-    m_lastResult.code = 0;
+    m_lastResult.code = EXECUTION_SUCCESS;
     m_lastResult.success = true;
     _showResult();
 }

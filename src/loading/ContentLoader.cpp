@@ -27,10 +27,6 @@ namespace tbScripts
 namespace
 {
 
-constexpr unsigned int STATUS_SUCCESS = 0;
-constexpr unsigned int STATUS_PARTIAL = 1;
-constexpr unsigned int STATUS_FAILURE = 2;
-
 constexpr const char* MEMBER_NAME = "name";
 
 // Asked before it is opened: opening a FIFO would wait for a writer.
@@ -65,7 +61,7 @@ ContentLoadResult<Script> failure(const char* error)
 {
     ContentLoadResult<Script> result;
     result.errors.append(error);
-    result.status = STATUS_FAILURE;
+    result.status = CONTENT_LOAD_FAILURE;
     return result;
 }
 
@@ -76,13 +72,13 @@ ContentLoadResult<Script> processArray(tbExport::Node& declarations, bool compil
     {
         const ContentLoadResult<Script> entry =
             ContentLoader::processScriptTree(declarations.getElement(i), compile);
-        if (entry.status == STATUS_SUCCESS)
+        if (entry.status == CONTENT_LOAD_SUCCESS)
         {
             result.objects.append(entry.objects[0]);
             continue;
         }
         result.errors.append(entry.errors[0]);
-        result.status = STATUS_PARTIAL;
+        result.status = CONTENT_LOAD_PARTIAL;
     }
     return result;
 }

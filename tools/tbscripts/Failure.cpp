@@ -8,8 +8,6 @@ namespace tool
 namespace
 {
 
-constexpr std::uint32_t CODE_NO_INTERPRETER = 2;
-
 // So that no line of a message looks like another message.
 std::string indentFurtherLines(const std::string& text)
 {
@@ -30,7 +28,7 @@ std::optional<PlacedMessage> compile(tbScripts::Script& script)
     if (script.load())
         return std::nullopt;
     const tbScripts::CompilationResult& result = script.getLastCompilationResult();
-    if (result.errorCode == CODE_NO_INTERPRETER)
+    if (result.errorCode == tbScripts::COMPILATION_NO_INTERPRETER)
         return PlacedMessage{0, "the type is not \"lua\""};
     const std::string_view reason =
         reasonIn(result.message, "Error while compiling script '", script.getName());

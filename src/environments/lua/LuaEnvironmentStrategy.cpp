@@ -8,7 +8,6 @@
 #include "core/lua/references/LuaScriptObjectInterpreterReference.h"
 #include "environments/EnvironmentMessages.h"
 #include "environments/lua/LuaGlobals.h"
-#include "environments/lua/LuaScriptCalls.h"
 #include "environments/lua/bytes/LuaValueReader.h"
 #include "environments/lua/bytes/LuaValueWriter.h"
 #include "scripts/lua/LuaScriptStrategy.h"
@@ -21,17 +20,10 @@
 namespace tbScripts::lua
 {
 
-namespace
-{
-
-constexpr std::int32_t CODE_OTHER_INTERPRETER = 3;
-constexpr std::int32_t CODE_NO_BYTECODE = 4;
-
-} // namespace
-
 LuaEnvironmentStrategy::LuaEnvironmentStrategy(Name environmentName)
     : EnvironmentStrategy(std::move(environmentName))
     , m_handle(LuaStateHandle::open())
+    , m_calls(m_handle)
 {
 }
 
@@ -59,17 +51,17 @@ bool LuaEnvironmentStrategy::execute(const Script& script)
     // The run may destroy the script: what is needed of it is held.
     const std::shared_ptr<const tbMemory::String> scriptName = script.m_name;
     if (script.getTargetInterpreter() != INTERPRETER_LUA)
-        return _fail(messages::scriptOfOtherInterpreter(*scriptName), CODE_OTHER_INTERPRETER);
+        return _fail(messages::scriptOfOtherInterpreter(*scriptName), EXECUTION_OTHER_INTERPRETER);
 
     // A disabled script still says that it is one for Lua.
     const auto* const compiler = dynamic_cast<const LuaScriptStrategy*>(script._getStrategy());
     const std::shared_ptr<const LuaBytecode> bytecode =
         compiler ? compiler->getBytecode() : nullptr;
     if (!bytecode)
-        return _fail(messages::scriptWithoutBytecode(*scriptName), CODE_NO_BYTECODE);
+        return _fail(messages::scriptWithoutBytecode(*scriptName), EXECUTION_NO_BYTECODE);
 
-    const LuaCallOutcome outcome = runChunk(call, m_handle, m_chunks, *bytecode, *scriptName);
-    if (outcome.code != 0)
+    const LuaCallOutcome outcome = m_calls.runChunk(call, *bytecode, *scriptName);
+    if (outcome.code != EXECUTION_SUCCESS)
         return _fail(messages::executionFailed(*scriptName, outcome.errorText), outcome.code);
     resetResult(); // calls inside the run have left theirs
     return true;
@@ -99,9 +91,8 @@ bool LuaEnvironmentStrategy::callScriptFunction(
         return false;
     resetResult();
     std::size_t mismatch = outputs.size();
-    const LuaCallOutcome outcome =
-        callFunction(call, m_handle, function, inputs, outputs, mismatch);
-    if (outcome.code != 0)
+    const LuaCallOutcome outcome = m_calls.callFunction(call, function, inputs, outputs, mismatch);
+    if (outcome.code != EXECUTION_SUCCESS)
         return _fail(outcome.errorText, outcome.code);
     if (mismatch < outputs.size())
     {

@@ -2,7 +2,7 @@
 
 #include "core/lua/LuaStateHandle.h"
 #include "environments/EnvironmentStrategy.h"
-#include "environments/lua/chunks/LuaChunkCache.h"
+#include "environments/lua/LuaScriptCalls.h"
 
 #include <tbMemory/String.h>
 
@@ -98,7 +98,7 @@ private:
         bool (*accepts)(int luaType));
 
     LuaStateHandle m_handle;
-    LuaChunkCache m_chunks;
+    LuaScriptCalls m_calls;
     tbMemory::String m_textOfNumber; // what getVarString made of the last number
 };
 

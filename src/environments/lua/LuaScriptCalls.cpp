@@ -13,30 +13,17 @@ namespace tbScripts::lua
 namespace
 {
 
-constexpr std::int32_t CODE_ERROR_IN_ERROR_HANDLER = 1;
-constexpr std::int32_t CODE_RUNTIME_ERROR = 5;
-constexpr std::int32_t CODE_NO_MEMORY = 6;
-
-constexpr const char* TEXT_OF_NO_MEMORY = "not enough memory"; // the interpreter's own
-
-// Names the call in messages of the bridge.
-const tbMemory::String& contextOfCall()
-{
-    static const tbMemory::String CONTEXT("callScript");
-    return CONTEXT;
-}
-
 // Stack: the error value of a failed call stays.
 LuaCallOutcome outcomeOf(lua_State* state, int status)
 {
     switch (status)
     {
     case LUA_ERRRUN:
-        return {CODE_RUNTIME_ERROR, errorTextAt(state, -1)};
+        return {EXECUTION_RUNTIME_ERROR, errorTextAt(state, -1)};
     case LUA_ERRMEM:
-        return {CODE_NO_MEMORY, errorTextAt(state, -1)};
+        return {EXECUTION_OUT_OF_MEMORY, errorTextAt(state, -1)};
     case LUA_ERRERR:
-        return {CODE_ERROR_IN_ERROR_HANDLER, errorTextAt(state, -1)};
+        return {EXECUTION_ERROR_IN_ERROR_HANDLER, errorTextAt(state, -1)};
     default:
         return {};
     }
@@ -45,7 +32,17 @@ LuaCallOutcome outcomeOf(lua_State* state, int status)
 // For what was raised outside of the interpreter's own protected call, where it gives no status.
 std::int32_t codeOf(const std::string& errorText)
 {
-    return errorText == TEXT_OF_NO_MEMORY ? CODE_NO_MEMORY : CODE_RUNTIME_ERROR;
+    return isOutOfMemory(errorText) ? EXECUTION_OUT_OF_MEMORY : EXECUTION_RUNTIME_ERROR;
+}
+
+// Completes the outcome of contained work, which came to its end if `isDone`.
+void completeOutcome(LuaHostCall& call, bool isDone, LuaCallOutcome& outcome)
+{
+    if (!isDone)
+        outcome.code = codeOf(outcome.errorText);
+    // By its text: a script may have caught the error and raised it again.
+    if (outcome.code != EXECUTION_SUCCESS && isOutOfMemory(outcome.errorText))
+        call.recoverMemory();
 }
 
 // Reads the topmost `count` values into `outputs`. Returns how many fitted.
@@ -65,42 +62,36 @@ std::size_t readOutputs(
 
 } // namespace
 
-LuaCallOutcome runChunk(
-    LuaHostCall& call,
-    const LuaStateHandle& handle,
-    LuaChunkCache& cache,
-    const LuaBytecode& bytecode,
-    const tbMemory::String& chunkName)
+LuaCallOutcome LuaScriptCalls::runChunk(
+    LuaHostCall& call, const LuaBytecode& bytecode, const tbMemory::String& chunkName)
 {
     LuaCallOutcome outcome;
     const bool isDone = call.run(
         [&](lua_State* state)
         {
             // A failed load leaves its message, and calling a text is the error that is reported.
-            cache.pushFunction(state, bytecode, chunkName.c_str());
+            m_chunks.pushFunction(state, bytecode, chunkName.c_str());
             if (lua_isfunction(state, -1))
             {
                 // That of the main thread: a coroutine may have a global table of its own, which is
                 // not the script's.
-                pushGlobals(*handle.getSlot(), state);
+                pushGlobals(*m_handle.getSlot(), state);
                 lua_setfenv(state, -2);
             }
             if (const int status = lua_pcall(state, 0, LUA_MULTRET, 0))
                 outcome = outcomeOf(state, status);
         },
         outcome.errorText);
-    if (!isDone)
-        outcome.code = codeOf(outcome.errorText);
+    completeOutcome(call, isDone, outcome);
     return outcome;
 }
 
-LuaCallOutcome callFunction(
+LuaCallOutcome LuaScriptCalls::callFunction(
     LuaHostCall& call,
-    const LuaStateHandle& handle,
     const ScriptObjectReference& function,
     const tbMemory::BufferView<FunctionParameter>& inputs,
     tbMemory::BufferView<FunctionParameter>& outputs,
-    std::size_t& mismatch)
+    std::size_t& mismatch) const
 {
     LuaCallOutcome outcome;
     if (!call.admit(outcome.errorText))
@@ -109,13 +100,13 @@ LuaCallOutcome callFunction(
         return outcome;
     }
 
-    LuaCallbackScope scope(*handle.getSlot(), call.getState());
-    const LuaCallBridge bridge(scope, contextOfCall());
+    LuaCallbackScope scope(*m_handle.getSlot(), call.getState());
+    const LuaCallBridge bridge(scope, m_nameOfCall);
     mismatch = outputs.size();
     const bool isDone = call.runAdmitted(
         [&](lua_State* state, int top)
         {
-            pushReferenced(state, function, handle);
+            pushReferenced(state, function, m_handle);
             int pushed = 0;
             for (const FunctionParameter& input : inputs)
                 pushed += bridge.pushParameter(input);
@@ -131,8 +122,7 @@ LuaCallOutcome callFunction(
                 mismatch = read;
         },
         outcome.errorText);
-    if (!isDone)
-        outcome.code = codeOf(outcome.errorText);
+    completeOutcome(call, isDone, outcome);
     return outcome;
 }
 

@@ -7,6 +7,7 @@
 #include "scripts/lua/LuaBytecode.h"
 
 #include "tbScripts/FunctionParameter.h"
+#include "tbScripts/ResultCodes.h"
 #include "tbScripts/ScriptObjectReference.h"
 
 #include <tbMemory/BufferView.h>
@@ -22,29 +23,43 @@ namespace tbScripts::lua
 /// How a run or a call ended.
 struct LuaCallOutcome
 {
-    std::int32_t code = 0; // of an ExecutionResult; 0 is success
+    std::int32_t code = EXECUTION_SUCCESS;
     std::string errorText; // what the interpreter says, empty on success
 };
 
-/// Loads `bytecode` as a chunk of that name, unless `cache` has it, and runs it. Its results are
-/// dropped.
-LuaCallOutcome runChunk(
-    LuaHostCall& call,
-    const LuaStateHandle& handle,
-    LuaChunkCache& cache,
-    const LuaBytecode& bytecode,
-    const tbMemory::String& chunkName);
-
-/// Calls `function` with `inputs` and reads its results into `outputs`.
+/// Runs chunks and calls functions in one state, and remembers what makes the next time faster.
 ///
-/// `mismatch` becomes the index of the first output whose result is of another kind, if there is
-/// one; that output and all later ones stay as they were.
-LuaCallOutcome callFunction(
-    LuaHostCall& call,
-    const LuaStateHandle& handle,
-    const ScriptObjectReference& function,
-    const tbMemory::BufferView<FunctionParameter>& inputs,
-    tbMemory::BufferView<FunctionParameter>& outputs,
-    std::size_t& mismatch);
+/// A call that runs out of memory collects garbage before it returns: what took the memory is
+/// garbage by then, and without the collection the interpreter would refuse every further request.
+class LuaScriptCalls
+{
+public:
+    /// Requires: `handle` outlives this object.
+    explicit LuaScriptCalls(const LuaStateHandle& handle)
+        : m_handle(handle)
+    {
+    }
+
+    /// Loads `bytecode` as a chunk of that name, unless it is cached, and runs it. Its results are
+    /// dropped.
+    LuaCallOutcome
+    runChunk(LuaHostCall& call, const LuaBytecode& bytecode, const tbMemory::String& chunkName);
+
+    /// Calls `function` with `inputs` and reads its results into `outputs`.
+    ///
+    /// `mismatch` becomes the index of the first output whose result is of another kind, if there
+    /// is one; that output and all later ones stay as they were.
+    LuaCallOutcome callFunction(
+        LuaHostCall& call,
+        const ScriptObjectReference& function,
+        const tbMemory::BufferView<FunctionParameter>& inputs,
+        tbMemory::BufferView<FunctionParameter>& outputs,
+        std::size_t& mismatch) const;
+
+private:
+    const LuaStateHandle& m_handle;
+    LuaChunkCache m_chunks;
+    const tbMemory::String m_nameOfCall{"callScript"}; // in messages of the bridge
+};
 
 } // namespace tbScripts::lua

@@ -20,9 +20,6 @@ namespace tbScripts::lua
 namespace
 {
 
-constexpr std::uint32_t CODE_SYNTAX_ERROR = LUA_ERRSYNTAX; // 3
-constexpr std::uint32_t CODE_NO_MEMORY = LUA_ERRMEM;       // 4
-
 // Compiled code is refused: it enters only through our own compiler.
 constexpr const char* MODE_TEXT_ONLY = "t";
 
@@ -85,9 +82,9 @@ bool LuaScriptStrategy::load(tbMemory::StringView sources)
     if (!contain([&] { compileInPrivateState(sources, compilation); }, [] {}))
         compilation.status = LUA_ERRMEM;
     if (compilation.status == LUA_ERRMEM)
-        return _fail(CODE_NO_MEMORY, messages::NOT_ENOUGH_MEMORY);
+        return _fail(COMPILATION_OUT_OF_MEMORY, messages::NOT_ENOUGH_MEMORY);
     if (compilation.status != 0)
-        return _fail(CODE_SYNTAX_ERROR, compilation.message);
+        return _fail(COMPILATION_SYNTAX_ERROR, compilation.message);
     compilation.bytecode->script = m_number;
     compilation.bytecode->version = _nextNumber();
     m_bytecode = compilation.bytecode;

@@ -2,12 +2,14 @@
 
 #include "core/ExceptionContainment.h"
 #include "core/LogSources.h"
+#include "core/lua/LuaTables.h"
 #include "core/lua/calls/LuaCallbackScope.h"
 
 #include "tbScripts/LogManager.h"
 
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 
 #if defined(__linux__)
     #include <pthread.h>
@@ -20,6 +22,7 @@ namespace
 {
 
 constexpr const char* TEXT_TOO_DEEP = "C stack overflow";
+constexpr const char* TEXT_OF_NO_MEMORY = "not enough memory"; // the interpreter's own
 
 // Where the stack of this thread ends, 0 if nobody knows.
 std::uintptr_t findEndOfStack()
@@ -37,6 +40,11 @@ std::uintptr_t findEndOfStack()
 }
 
 } // namespace
+
+bool isOutOfMemory(const std::string& errorText)
+{
+    return errorText == TEXT_OF_NO_MEMORY;
+}
 
 bool LuaHostCall::_admitOrExplain(std::string& errorText)
 {
@@ -63,8 +71,19 @@ bool LuaHostCall::_isStackLeft()
     return place < end || place - end > RESERVE;
 }
 
-void LuaHostCall::_logFailure(const std::string& errorText)
+void LuaHostCall::recoverMemory()
 {
+    // Finalisers run out of memory too: their failures must not begin another collection.
+    if (!m_state || std::exchange(m_isRecoveringMemory, true))
+        return;
+    collectGarbageTwice(*this);
+    m_isRecoveringMemory = false;
+}
+
+void LuaHostCall::_reportFailure(const std::string& errorText)
+{
+    if (isOutOfMemory(errorText))
+        recoverMemory();
     // Contained: destructors log too, and the first message of all makes the manager.
     contain([&] { LogManager::getInstance()->log(errorText, LOG_SOURCE_LUA_ENVIRONMENT); }, [] {});
 }

@@ -8,6 +8,9 @@
 namespace tbScripts::lua
 {
 
+/// Returns whether this is what the interpreter says when it runs out of memory.
+bool isOutOfMemory(const std::string& errorText);
+
 /// One call of the host into an interpreter, from its beginning to its end.
 ///
 /// Made first in every operation that touches a state, so that it ends last: its end runs what had
@@ -75,6 +78,11 @@ public:
     /// Returns whether there is no state to work on: it is closed, or going.
     bool isRefused() const { return !m_slot; }
 
+    /// Collects all garbage after the interpreter has run out of memory. What took the memory is
+    /// garbage as soon as the failed work has been unwound, but the interpreter only collects as it
+    /// grows, and refuses to grow: without this every further request would fail too.
+    void recoverMemory();
+
     /// Runs `work(state)`, contained. Returns whether it came to its end; else `errorText` says
     /// why, and is empty if there is no state to work on.
     template <STACK_AFTER_WORK stackAfter = STACK_AFTER_WORK::ANYTHING, typename Work>
@@ -97,7 +105,7 @@ public:
         std::string errorText;
         const bool isDone = run<stackAfter>(work, errorText);
         if (!isDone && !isRefused())
-            _logFailure(errorText);
+            _reportFailure(errorText);
         return isDone;
     }
 
@@ -112,10 +120,11 @@ private:
     // Returns whether this thread's stack has room for a few more calls.
     static bool _isStackLeft();
 
-    static void _logFailure(const std::string& errorText);
+    void _reportFailure(const std::string& errorText);
 
     LuaStateSlot* m_slot; // null if there is no state to work on
     lua_State* m_state;   // null if the call was refused
+    bool m_isRecoveringMemory = false;
 };
 
 } // namespace tbScripts::lua
