@@ -90,6 +90,7 @@ protected:
     int runGreedily()
     {
         CompiledScript script(GetParam().sources, "greedy");
+        m_destroyed.reserve(MEBIBYTE); // a destructor that needs memory would destroy nothing
         {
             const AddressSpaceLimit limit(32 * MEBIBYTE);
             if (environment().execute(script))

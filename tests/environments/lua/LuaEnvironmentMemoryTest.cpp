@@ -174,11 +174,10 @@ TEST_P(LuaBrokenChunkTest, FailsWithCode5AsCallingAText)
 {
     const lua::LuaBytecode bytes{
         tbMemory::Buffer(GetParam().bytes.data(), GetParam().bytes.size()), 1, 1};
-    lua::LuaChunkCache cache;
+    lua::LuaScriptCalls calls(m_strategy.getHandle());
     lua::LuaHostCall call(m_strategy.getHandle());
 
-    const lua::LuaCallOutcome outcome =
-        lua::runChunk(call, m_strategy.getHandle(), cache, bytes, "broken");
+    const lua::LuaCallOutcome outcome = calls.runChunk(call, bytes, "broken");
 
     EXPECT_EQ(outcome.code, 5);
     EXPECT_EQ(outcome.errorText, "attempt to call a string value");
