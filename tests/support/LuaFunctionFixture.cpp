@@ -61,10 +61,11 @@ void LuaFunctionFixture::callScript(
     const std::vector<FunctionParameter>& inputs,
     Parameters outputs)
 {
+    const lua::LuaScriptCalls calls(handle());
     lua::LuaHostCall call(handle());
     std::size_t mismatch = 0;
     const lua::LuaCallOutcome outcome =
-        lua::callFunction(call, handle(), function, inputs, outputs, mismatch);
+        calls.callFunction(call, function, inputs, outputs, mismatch);
     EXPECT_EQ(outcome.errorText, "");
     EXPECT_EQ(outcome.code, 0);
     EXPECT_EQ(mismatch, outputs.size());

@@ -15,4 +15,8 @@ void clearTable(lua_State* state);
 /// continues in steps, because a new full collection for each finaliser would take quadratic time.
 void collectGarbageTwice(LuaHostCall& call);
 
+/// Collects once, while the host is about to be told that the interpreter ran out of memory. If the
+/// collection runs out of memory too, that is not logged again.
+void collectAfterLackOfMemory(LuaHostCall& call);
+
 } // namespace tbScripts::lua

@@ -9,7 +9,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <utility>
 
 #if defined(__linux__)
     #include <pthread.h>
@@ -73,17 +72,19 @@ bool LuaHostCall::_isStackLeft()
 
 void LuaHostCall::recoverMemory()
 {
-    // Finalisers run out of memory too: their failures must not begin another collection.
-    if (!m_state || std::exchange(m_isRecoveringMemory, true))
-        return;
-    collectGarbageTwice(*this);
-    m_isRecoveringMemory = false;
+    if (m_state)
+        collectAfterLackOfMemory(*this);
 }
 
 void LuaHostCall::_reportFailure(const std::string& errorText)
 {
     if (isOutOfMemory(errorText))
         recoverMemory();
+    logFailure(errorText);
+}
+
+void LuaHostCall::logFailure(const std::string& errorText)
+{
     // Contained: destructors log too, and the first message of all makes the manager.
     contain([&] { LogManager::getInstance()->log(errorText, LOG_SOURCE_LUA_ENVIRONMENT); }, [] {});
 }

@@ -83,6 +83,9 @@ public:
     /// grows, and refuses to grow: without this every further request would fail too.
     void recoverMemory();
 
+    /// Logs what a contained work has failed with (tag "LuaEnvironment"). Throws nothing.
+    static void logFailure(const std::string& errorText);
+
     /// Runs `work(state)`, contained. Returns whether it came to its end; else `errorText` says
     /// why, and is empty if there is no state to work on.
     template <STACK_AFTER_WORK stackAfter = STACK_AFTER_WORK::ANYTHING, typename Work>
@@ -124,7 +127,6 @@ private:
 
     LuaStateSlot* m_slot; // null if there is no state to work on
     lua_State* m_state;   // null if the call was refused
-    bool m_isRecoveringMemory = false;
 };
 
 } // namespace tbScripts::lua
