@@ -1,6 +1,7 @@
 // Texts that are looked up a few at a time, compared with what stands at their place.
 
 #include "environments/lua/bytes/LuaStringsAhead.h"
+
 #include "support/LuaStateFixture.h"
 
 #include <algorithm>
