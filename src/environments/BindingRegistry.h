@@ -25,7 +25,7 @@ namespace tbScripts
 /// `EnvironmentBindings`, which copies of the environment share.
 ///
 /// Compatibility: each copy has registries of its own, so a copy does not know what is declared
-/// through another one later (docs/decisions/0006-kept-oddities.md).
+/// through another one later (docs/decisions/0006-compatibility.md).
 template <typename T>
 class BindingRegistry
 {

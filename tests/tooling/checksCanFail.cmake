@@ -143,6 +143,19 @@ file(REMOVE_RECURSE ${tree}/examples/guide)
 expect_failure(checkDocumentedCode "no programs found" -D root=${tree})
 
 make_tree(${tree})
+file(APPEND ${tree}/src/core/LogSources.h "// Why: docs/nowhere.md and 0099-nowhere.md\n")
+file(APPEND ${tree}/cmake/FindLuaJIT.cmake "# See messages.md#nowhere, and docs/messages.md.\n")
+foreach(complaint IN ITEMS
+        "LogSources.h: there is no page docs/nowhere.md"
+        "LogSources.h: there is no page 0099-nowhere.md"
+        "FindLuaJIT.cmake: messages.md#nowhere names no heading")
+    expect_failure(checkPages "${complaint}" -D root=${tree})
+endforeach()
+file(GLOB sources ${tree}/src/* ${tree}/tests/* ${tree}/tools/* ${tree}/cmake/* ${tree}/include/*)
+file(REMOVE_RECURSE ${sources} ${tree}/examples)
+expect_failure(checkPages "no names of pages" -D root=${tree})
+
+make_tree(${tree})
 file(APPEND ${tree}/docs/reliability.md "\n`NowhereTest.Case` and `StringViewTest.Nowhere`\n")
 file(WRITE ${tree}/tests/corpus/UnnamedTest.cpp "")
 foreach(complaint IN ITEMS
