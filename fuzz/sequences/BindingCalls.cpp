@@ -13,17 +13,17 @@ namespace
 
 UserType* findUserType(World& world)
 {
-    return world.anyEnvironment().getUserType(world.bytes().oneOf(TYPE_NAMES));
+    return world.anyEnvironment().getUserType(world.bytes().numbered<8>(TYPE_NAMES));
 }
 
 Namespace* findNamespace(World& world)
 {
-    return world.anyEnvironment().getNamespace(world.bytes().oneOf(NAMESPACE_NAMES));
+    return world.anyEnvironment().getNamespace(world.bytes().numbered<8>(NAMESPACE_NAMES));
 }
 
 FUNCTION_PARAMETER_TYPE anyKind(World& world)
 {
-    return static_cast<FUNCTION_PARAMETER_TYPE>(world.bytes().below(11));
+    return static_cast<FUNCTION_PARAMETER_TYPE>(world.bytes().choice<16>(11));
 }
 
 // Does one thing to a function that was just found or declared.
@@ -31,14 +31,17 @@ void change(World& world, Function* function)
 {
     if (!function)
         return;
-    switch (world.bytes().below(8))
+    switch (world.bytes().choice<16>(8))
     {
     case 0:
         return function->reset();
     case 1:
     case 2:
+    {
+        const FUNCTION_PARAMETER_TYPE kind = anyKind(world);
         return function->addParameter(
-            anyKind(world), world.bytes().flag() ? world.bytes().oneOf(TYPE_NAMES) : "");
+            kind, world.bytes().flag() ? world.bytes().numbered<8>(TYPE_NAMES) : "");
+    }
     case 3:
     {
         const Function copy(*function);
@@ -77,7 +80,7 @@ void setMethod(World& world)
     UserType* const type = findUserType(world);
     if (!type)
         return;
-    const char* const name = world.bytes().oneOf(METHOD_NAMES);
+    const char* const name = world.bytes().numbered<8>(METHOD_NAMES);
     const unsigned int activity = world.getActivity();
     Function* const method = world.bytes().flag() ? type->setMethod(name, world.bytes().flag())
                                                   : type->setStaticMethod(name);
@@ -93,7 +96,7 @@ void setOperator(World& world)
         return;
     const unsigned int activity = world.getActivity();
     Function* const function =
-        type->setOperator(static_cast<BUILT_IN_FUNCTION>(world.bytes().below(14)));
+        type->setOperator(static_cast<BUILT_IN_FUNCTION>(world.bytes().choice<32>(14)));
     if (activity == world.getActivity() && function)
         function->setFunction(world.makeCallable());
 }
@@ -102,7 +105,7 @@ void changeMethod(World& world)
 {
     world.trace("change method");
     if (const UserType* const type = findUserType(world))
-        change(world, type->getMethod(world.bytes().oneOf(METHOD_NAMES)));
+        change(world, type->getMethod(world.bytes().numbered<8>(METHOD_NAMES)));
 }
 
 void setField(World& world)
@@ -112,9 +115,9 @@ void setField(World& world)
     if (!type)
         return;
     UserTypeFieldDescriptor field;
-    field.name = world.bytes().oneOf(METHOD_NAMES);
+    field.name = world.bytes().numbered<8>(METHOD_NAMES);
     field.type = anyKind(world);
-    field.userTypeName = world.bytes().oneOf(TYPE_NAMES);
+    field.userTypeName = world.bytes().numbered<8>(TYPE_NAMES);
     if (world.bytes().flag())
     {
         const Function::Callable get = world.makeCallable();
@@ -146,7 +149,7 @@ void setArrayAccess(World& world)
         return;
     UserTypeArrayDescriptor array;
     array.type = anyKind(world);
-    array.userTypeName = world.bytes().oneOf(TYPE_NAMES);
+    array.userTypeName = world.bytes().numbered<8>(TYPE_NAMES);
     if (world.bytes().flag())
         array.read = world.makeCallable();
     if (world.bytes().flag())
@@ -174,8 +177,8 @@ void setNamespaceVariable(World& world)
     Namespace* const scope = findNamespace(world);
     if (!scope)
         return;
-    const char* const name = world.bytes().oneOf(VARIABLE_NAMES);
-    switch (world.bytes().below(7))
+    const char* const name = world.bytes().numbered<8>(VARIABLE_NAMES);
+    switch (world.bytes().choice<16>(7))
     {
     case 0:
         return scope->setVar(name, true);
@@ -188,10 +191,10 @@ void setNamespaceVariable(World& world)
     case 4:
         return scope->setVar(name, tbMemory::StringView(world.bytes().text(12)));
     case 5:
-        return scope->setVar(
-            name,
-            world.bytes().oneOf(TYPE_NAMES),
-            world.objects().anyHostOwned(world.bytes().below(8)));
+    {
+        const char* const type = world.bytes().numbered<8>(TYPE_NAMES);
+        return scope->setVar(name, type, world.objects().anyHostOwned(world.bytes().below(8)));
+    }
     default:
         return scope->setVar(name, world.anyReference());
     }
@@ -204,7 +207,7 @@ void setNamespaceFunction(World& world)
     if (!scope)
         return;
     const unsigned int activity = world.getActivity();
-    Function* const function = scope->setFunction(world.bytes().oneOf(FUNCTION_NAMES));
+    Function* const function = scope->setFunction(world.bytes().numbered<8>(FUNCTION_NAMES));
     if (activity == world.getActivity() && function)
         function->setFunction(world.makeCallable());
 }
@@ -249,7 +252,7 @@ void releaseNamespace(World& world)
 void performBindingCall(World& world)
 {
     Environment& environment = world.anyEnvironment();
-    const char* const name = world.bytes().oneOf(FUNCTION_NAMES);
+    const char* const name = world.bytes().numbered<8>(FUNCTION_NAMES);
     const unsigned int activity = world.getActivity();
     Function* const function =
         world.bytes().flag() ? environment.setFunc(name) : environment.getFunc(name);
@@ -259,30 +262,30 @@ void performBindingCall(World& world)
 
 void performUserTypeCall(World& world)
 {
-    constexpr std::array CALLS{
-        &setConstructor,
-        &setDestructor,
-        &setMethod,
-        &setMethod,
-        &setOperator,
-        &changeMethod,
-        &setField,
-        &setField,
-        &setArrayAccess,
-        &clearType};
-    world.bytes().oneOf(CALLS)(world);
+    constexpr auto CALLS = makeCases<16, Call>(
+        {{0, &setConstructor},
+         {1, &setDestructor},
+         {2, &setMethod},
+         {3, &setMethod},
+         {4, &setOperator},
+         {5, &changeMethod},
+         {6, &setField},
+         {7, &setField},
+         {8, &setArrayAccess},
+         {9, &clearType}});
+    world.bytes().caseOf(CALLS)(world);
 }
 
 void performNamespaceCall(World& world)
 {
-    constexpr std::array CALLS{
-        &setNamespaceVariable,
-        &setNamespaceFunction,
-        &setNamespaceType,
-        &setNamespaceNamespace,
-        &clearNamespace,
-        &releaseNamespace};
-    world.bytes().oneOf(CALLS)(world);
+    constexpr auto CALLS = makeCases<16, Call>(
+        {{0, &setNamespaceVariable},
+         {1, &setNamespaceFunction},
+         {2, &setNamespaceType},
+         {3, &setNamespaceNamespace},
+         {4, &clearNamespace},
+         {5, &releaseNamespace}});
+    world.bytes().caseOf(CALLS)(world);
 }
 
 } // namespace tbScripts::fuzz

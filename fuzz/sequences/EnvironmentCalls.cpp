@@ -40,7 +40,7 @@ void makeFresh(World& world)
     std::unique_ptr<Environment> fresh = std::make_unique<Environment>();
     if (world.bytes().flag())
         fresh->setEnvironmentFor(INTERPRETER_LUA);
-    fresh->setName(world.bytes().oneOf(SCRIPT_NAMES));
+    fresh->setName(world.bytes().numbered<8>(SCRIPT_NAMES));
     std::swap(slot.environment, fresh); // out of the slot first: its end may call the host
 }
 
@@ -104,7 +104,7 @@ void switchInterpreter(World& world)
     Environment& environment = world.anyEnvironment();
     constexpr std::array CHOICES{
         INTERPRETER_LUA, INTERPRETER_LUA, INTERPRETER_LUA, INTERPRETER_UNKNOWN};
-    environment.setEnvironmentFor(world.bytes().oneOf(CHOICES));
+    environment.setEnvironmentFor(world.bytes().numbered<8>(CHOICES));
 }
 
 void execute(World& world)
@@ -133,9 +133,8 @@ void callFunction(World& world)
     std::vector<FunctionParameter> outputs;
     for (std::size_t count = world.bytes().below(4); count > 0; --count)
     {
-        outputs.push_back(FunctionParameter::ofType(
-            static_cast<FUNCTION_PARAMETER_TYPE>(world.bytes().below(11)),
-            world.bytes().oneOf(TYPE_NAMES)));
+        const auto kind = static_cast<FUNCTION_PARAMETER_TYPE>(world.bytes().choice<16>(11));
+        outputs.push_back(FunctionParameter::ofType(kind, world.bytes().numbered<8>(TYPE_NAMES)));
     }
     Parameters view = outputs;
     environment.callScriptFunction(function, inputs, view);
@@ -148,7 +147,7 @@ void declareFunction(World& world)
     EnvironmentSlot& slot = world.anySlot();
     if (!slot.environment)
         return;
-    const std::string name = world.bytes().oneOf(FUNCTION_NAMES);
+    const std::string name = world.bytes().numbered<8>(FUNCTION_NAMES);
     world.trace("declare function", name);
     const unsigned int generation = slot.generation;
     const unsigned int activity = world.getActivity();
@@ -201,20 +200,20 @@ void declareNamespace(World& world)
 
 void performEnvironmentCall(World& world)
 {
-    constexpr std::array CALLS{
-        &makeFresh,
-        &copy,
-        &assign,
-        &destroy,
-        &switchInterpreter,
-        &execute,
-        &execute,
-        &callFunction,
-        &callFunction,
-        &declareFunction,
-        &declareUserType,
-        &declareNamespace};
-    world.bytes().oneOf(CALLS)(world);
+    constexpr auto CALLS = makeCases<16, Call>(
+        {{0, &makeFresh},
+         {1, &copy},
+         {2, &assign},
+         {3, &destroy},
+         {4, &switchInterpreter},
+         {5, &execute},
+         {6, &execute},
+         {7, &callFunction},
+         {8, &callFunction},
+         {9, &declareFunction},
+         {10, &declareUserType},
+         {11, &declareNamespace}});
+    world.bytes().caseOf(CALLS)(world);
 }
 
 } // namespace tbScripts::fuzz

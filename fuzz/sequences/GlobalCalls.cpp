@@ -16,8 +16,8 @@ void setVariable(World& world)
 {
     world.trace("set variable");
     Environment& environment = world.anyEnvironment();
-    const char* const name = world.bytes().oneOf(VARIABLE_NAMES);
-    switch (world.bytes().below(7))
+    const char* const name = world.bytes().numbered<8>(VARIABLE_NAMES);
+    switch (world.bytes().choice<16>(7))
     {
     case 0:
         return environment.setVar(name, world.bytes().flag());
@@ -42,16 +42,16 @@ void setHostObject(World& world)
     Environment& environment = world.anyEnvironment();
     HostObject* const object =
         world.bytes().flag() ? world.objects().anyHostOwned(world.bytes().below(8)) : nullptr;
-    environment.setObject(
-        world.bytes().oneOf(VARIABLE_NAMES), anyNameOf(world, TYPE_NAMES), object);
+    const char* const name = world.bytes().numbered<8>(VARIABLE_NAMES);
+    environment.setObject(name, anyNameOf(world, TYPE_NAMES), object);
 }
 
 void readVariable(World& world)
 {
     world.trace("read variable");
     Environment& environment = world.anyEnvironment();
-    const char* const name = world.bytes().oneOf(VARIABLE_NAMES);
-    switch (world.bytes().below(8))
+    const char* const name = world.bytes().numbered<8>(VARIABLE_NAMES);
+    switch (world.bytes().choice<16>(8))
     {
     case 0:
         environment.isVarSet(name);
@@ -77,7 +77,8 @@ void readVariable(World& world)
     }
     case 6:
     {
-        const char* const type = world.bytes().flag() ? world.bytes().oneOf(TYPE_NAMES) : nullptr;
+        const char* const type =
+            world.bytes().flag() ? world.bytes().numbered<8>(TYPE_NAMES) : nullptr;
         void* const object = environment.getObject(name, type);
         require(!object || world.objects().contains(object), "only objects of the host come back");
         break;
@@ -92,8 +93,8 @@ void takeFunction(World& world)
 {
     world.trace("take function");
     Environment& environment = world.anyEnvironment();
-    const char* const name = world.bytes().flag() ? world.bytes().oneOf(FUNCTION_NAMES)
-                                                  : world.bytes().oneOf(VARIABLE_NAMES);
+    const char* const name = world.bytes().flag() ? world.bytes().numbered<8>(FUNCTION_NAMES)
+                                                  : world.bytes().numbered<8>(VARIABLE_NAMES);
     world.anyReference() = environment.getScriptFunction(name);
 }
 
@@ -175,16 +176,16 @@ void read(World& world)
 
 void performGlobalCall(World& world)
 {
-    constexpr std::array CALLS{
-        &setVariable,
-        &setHostObject,
-        &readVariable,
-        &readVariable,
-        &takeFunction,
-        &takeFunction,
-        &collect,
-        &setAndRead};
-    world.bytes().oneOf(CALLS)(world);
+    constexpr auto CALLS = makeCases<16, Call>(
+        {{0, &setVariable},
+         {1, &setHostObject},
+         {2, &readVariable},
+         {3, &readVariable},
+         {4, &takeFunction},
+         {5, &takeFunction},
+         {6, &collect},
+         {7, &setAndRead}});
+    world.bytes().caseOf(CALLS)(world);
 }
 
 void performBytesCall(World& world)

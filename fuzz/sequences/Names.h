@@ -7,7 +7,8 @@
 namespace tbScripts::fuzz
 {
 
-// Few, so that calls meet: each is used for declarations and by the scripts.
+// Few, so that calls meet: each is used for declarations and by the scripts. The place of a name is
+// its number: new ones go to the end.
 constexpr std::array<const char*, 4> FUNCTION_NAMES{"f0", "f1", "v0", "print"};
 constexpr std::array<const char*, 4> TYPE_NAMES{"T", "U", "n::T", "n::m::T"};
 constexpr std::array<const char*, 3> NAMESPACE_NAMES{"n", "n::m", "n::m::k"};
@@ -22,11 +23,10 @@ template <typename List>
 const char* anyNameOf(World& world, const List& usual)
 {
     constexpr std::array<const char*, 6> UNUSUAL{"T", "n", "n::m", "FILE*", "_LOADED", "::"};
-    const std::size_t choice = world.bytes().byte();
-    if (choice < 248)
-        return usual[choice % usual.size()];
+    if (!world.bytes().isRare())
+        return world.bytes().numbered<8>(usual);
     world.objects().allowLeaks();
-    return world.bytes().oneOf(UNUSUAL);
+    return world.bytes().numbered<16>(UNUSUAL);
 }
 
 } // namespace tbScripts::fuzz

@@ -56,7 +56,7 @@ void reload(World& world)
 {
     world.trace("reload");
     Script& script = world.anyScript();
-    switch (world.bytes().below(4))
+    switch (world.bytes().choice<8>(4))
     {
     case 0:
         script.load();
@@ -98,10 +98,10 @@ void file(World& world)
 {
     world.trace("file");
     std::set<std::string>& names = world.managedScripts();
-    const std::string name = world.bytes().oneOf(SCRIPT_NAMES);
-    const std::string other = world.bytes().oneOf(SCRIPT_NAMES);
+    const std::string name = world.bytes().numbered<8>(SCRIPT_NAMES);
+    const std::string other = world.bytes().numbered<8>(SCRIPT_NAMES);
     ScriptManager* const manager = ScriptManager::getInstance();
-    switch (world.bytes().below(4))
+    switch (world.bytes().choice<8>(4))
     {
     case 0:
         names.insert(name);
@@ -151,7 +151,7 @@ void loadDeclaration(World& world)
         sources += letter == '\n' ? std::string("\\n") : std::string(1, letter);
     if (mayLeak)
         world.objects().allowLeaks();
-    const std::string name = world.bytes().oneOf(SCRIPT_NAMES);
+    const std::string name = world.bytes().numbered<8>(SCRIPT_NAMES);
     const std::string declaration =
         R"({"name": ")" + name + R"(", "type": "lua", "sources": ")" + sources + R"("})";
     world.managedScripts().insert(name);
@@ -192,7 +192,7 @@ void killEnvironments(World& world)
 void changeReceiver(World& world)
 {
     world.trace("change receiver");
-    switch (world.bytes().below(3))
+    switch (world.bytes().choice<8>(3))
     {
     case 0:
         LogManager::getInstance()->setReceiver(nullptr);
@@ -211,22 +211,23 @@ void changeReceiver(World& world)
 
 void performScriptCall(World& world)
 {
-    constexpr std::array CALLS{
-        &compile,
-        &compileAndExecute,
-        &compileAndExecute,
-        &compileAndExecute,
-        &reload,
-        &copyScript,
-        &destroyScript,
-        &loadDeclaration};
-    world.bytes().oneOf(CALLS)(world);
+    constexpr auto CALLS = makeCases<16, Call>(
+        {{0, &compile},
+         {1, &compileAndExecute},
+         {2, &compileAndExecute},
+         {3, &compileAndExecute},
+         {4, &reload},
+         {5, &copyScript},
+         {6, &destroyScript},
+         {7, &loadDeclaration}});
+    world.bytes().caseOf(CALLS)(world);
 }
 
 void performManagerCall(World& world)
 {
-    constexpr std::array CALLS{&file, &file, &dropOrphans, &killEnvironments, &changeReceiver};
-    world.bytes().oneOf(CALLS)(world);
+    constexpr auto CALLS = makeCases<16, Call>(
+        {{0, &file}, {1, &file}, {2, &dropOrphans}, {3, &killEnvironments}, {4, &changeReceiver}});
+    world.bytes().caseOf(CALLS)(world);
     if (!world.isNested())
         checkFiled(world);
 }

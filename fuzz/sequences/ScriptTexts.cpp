@@ -11,6 +11,9 @@ namespace
 
 // None recurses without end: the interpreter itself does not survive that in compiled code, if a
 // finaliser that raises an error is due meanwhile.
+//
+// The place of a statement is its number: new ones go to the end, and a statement that no longer
+// serves is replaced by a comment.
 constexpr std::array STATEMENTS{
     "f0()",
     "f1(1, 'x', {}, f0)",
@@ -82,7 +85,7 @@ constexpr std::array STATEMENTS{
     "_G.n = { T = T }",
     "do return v0, v1 end"};
 
-// Their effects on ownership are not followed.
+// Their effects on ownership are not followed. Numbered by their places as well.
 constexpr std::array LEAKING_STATEMENTS{
     "v0:disableGc()",
     "T.__gc = nil",
@@ -98,16 +101,10 @@ std::string anyScriptText(Bytes& bytes, bool& mayLeak)
     std::string text;
     for (std::size_t count = 1 + bytes.below(6); count > 0; --count)
     {
-        const std::size_t choice = bytes.byte();
-        if (choice < 250)
-        {
-            text += STATEMENTS[choice % STATEMENTS.size()];
-        }
-        else
-        {
-            mayLeak = true;
-            text += LEAKING_STATEMENTS[choice - 250];
-        }
+        const bool isLeaking = bytes.isRare();
+        mayLeak = mayLeak || isLeaking;
+        text +=
+            isLeaking ? bytes.numbered<16>(LEAKING_STATEMENTS) : bytes.numbered<128>(STATEMENTS);
         text += '\n';
     }
     return text;

@@ -47,7 +47,7 @@ void useView(World& world)
     if (world.views().empty())
         return;
     ScriptObjectView& view = world.views()[world.bytes().below(world.views().size())];
-    switch (world.bytes().below(4))
+    switch (world.bytes().choice<8>(4))
     {
     case 0:
         world.anyReference() = view;
@@ -69,7 +69,7 @@ void copyParameter(World& world)
     world.trace("copy parameter");
     FunctionParameter& target = world.anyParameter();
     FunctionParameter& source = world.anyParameter();
-    switch (world.bytes().below(4))
+    switch (world.bytes().choice<8>(4))
     {
     case 0:
         target = source;
@@ -98,7 +98,7 @@ void prepareParameter(World& world)
     world.trace("prepare parameter");
     FunctionParameter& parameter = world.anyParameter();
     const FUNCTION_PARAMETER_TYPE type = parameter.getType();
-    switch (world.bytes().below(4))
+    switch (world.bytes().choice<8>(4))
     {
     case 0:
         parameter.prepareForInternalType();
@@ -136,16 +136,16 @@ void readParameter(World& world)
 
 void performValueCall(World& world)
 {
-    constexpr std::array CALLS{
-        &copyReference,
-        &assignReference,
-        &dropReference,
-        &useView,
-        &copyParameter,
-        &makeParameter,
-        &prepareParameter,
-        &readParameter};
-    world.bytes().oneOf(CALLS)(world);
+    constexpr auto CALLS = makeCases<16, Call>(
+        {{0, &copyReference},
+         {1, &assignReference},
+         {2, &dropReference},
+         {3, &useView},
+         {4, &copyParameter},
+         {5, &makeParameter},
+         {6, &prepareParameter},
+         {7, &readParameter}});
+    world.bytes().caseOf(CALLS)(world);
 }
 
 } // namespace tbScripts::fuzz

@@ -45,14 +45,14 @@ void World::run()
 
 EnvironmentSlot& World::anySlot()
 {
-    const std::size_t index = m_bytes.below(m_slots.size());
+    const std::size_t index = m_bytes.choice<8>(m_slots.size());
     trace("- environment", std::to_string(index));
     return m_slots[index];
 }
 
 Environment& World::anyEnvironment()
 {
-    const std::size_t index = m_bytes.below(m_slots.size() + 1);
+    const std::size_t index = m_bytes.choice<8>(m_slots.size() + 1);
     trace("- environment", std::to_string(index));
     if (index == m_slots.size())
         return *EnvironmentManager::getInstance()->createOrRetrieve("managed");
@@ -67,10 +67,10 @@ Environment& World::anyEnvironment()
 
 Script& World::anyScript()
 {
-    const std::size_t index = m_bytes.below(m_scripts.size() + 1);
+    const std::size_t index = m_bytes.choice<8>(m_scripts.size() + 1);
     if (index == m_scripts.size())
     {
-        const char* const name = m_bytes.oneOf(SCRIPT_NAMES);
+        const char* const name = m_bytes.numbered<8>(SCRIPT_NAMES);
         m_managedScripts.insert(name);
         return *ScriptManager::getInstance()->createOrRetrieve(name);
     }
@@ -81,17 +81,17 @@ Script& World::anyScript()
 
 ScriptObjectReference& World::anyReference()
 {
-    return m_references[m_bytes.below(m_references.size())];
+    return m_references[m_bytes.choice<8>(m_references.size())];
 }
 
 FunctionParameter& World::anyParameter()
 {
-    return m_parameters[m_bytes.below(m_parameters.size())];
+    return m_parameters[m_bytes.choice<8>(m_parameters.size())];
 }
 
 FunctionParameter World::anyValue()
 {
-    switch (m_bytes.below(10))
+    switch (m_bytes.choice<16>(10))
     {
     case 0:
         return FunctionParameter::VOID;
@@ -110,13 +110,15 @@ FunctionParameter World::anyValue()
         const bool isOwner = m_bytes.flag();
         HostObject* const object =
             isOwner ? m_objects.make(FATE::AT_MOST_ONCE) : m_objects.anyHostOwned(m_bytes.below(8));
-        return FunctionParameter(object, m_bytes.oneOf(TYPE_NAMES), isOwner);
+        return FunctionParameter(object, m_bytes.numbered<8>(TYPE_NAMES), isOwner);
     }
     case 7:
         return FunctionParameter(anyReference());
     case 8:
-        return FunctionParameter::ofType(
-            static_cast<FUNCTION_PARAMETER_TYPE>(m_bytes.below(11)), m_bytes.oneOf(TYPE_NAMES));
+    {
+        const auto kind = static_cast<FUNCTION_PARAMETER_TYPE>(m_bytes.choice<16>(11));
+        return FunctionParameter::ofType(kind, m_bytes.numbered<8>(TYPE_NAMES));
+    }
     default:
         break;
     }
@@ -213,7 +215,7 @@ void World::log(const tbLog::StringView& message, const tbLog::StringView& /*sou
 
 FunctionParameter World::_answer(const Parameters& arguments)
 {
-    switch (m_bytes.below(8))
+    switch (m_bytes.choice<16>(8))
     {
     case 0:
         return FunctionParameter::VOID;
@@ -247,7 +249,7 @@ FunctionParameter World::_answer(const Parameters& arguments)
 
 void World::_keep(const FunctionParameter& argument)
 {
-    switch (m_bytes.below(4))
+    switch (m_bytes.choice<8>(4))
     {
     case 1:
         anyParameter() = argument;
@@ -268,19 +270,18 @@ void World::_performOne()
 {
     if (m_bytes.empty() || --m_budget < 0)
         return;
-    using Call = void (*)(World&);
-    constexpr std::array<Call, 10> CALLS{
-        &performEnvironmentCall,
-        &performGlobalCall,
-        &performBindingCall,
-        &performUserTypeCall,
-        &performNamespaceCall,
-        &performScriptCall,
-        &performScriptCall,
-        &performValueCall,
-        &performBytesCall,
-        &performManagerCall};
-    m_bytes.oneOf(CALLS)(*this);
+    constexpr auto CALLS = makeCases<16, Call>(
+        {{0, &performEnvironmentCall},
+         {1, &performGlobalCall},
+         {2, &performBindingCall},
+         {3, &performUserTypeCall},
+         {4, &performNamespaceCall},
+         {5, &performScriptCall},
+         {6, &performScriptCall},
+         {7, &performValueCall},
+         {8, &performBytesCall},
+         {9, &performManagerCall}});
+    m_bytes.caseOf(CALLS)(*this);
 }
 
 void World::_checkNames() const

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "support/Bytes.h"
+#include "support/Cases.h"
 #include "support/HostObjects.h"
 
 #include <tbLog/Logger.h>
@@ -74,7 +75,10 @@ public:
     /// The same for scripts.
     Script& anyScript();
 
-    std::unique_ptr<Script>& anyScriptSlot() { return m_scripts[m_bytes.below(m_scripts.size())]; }
+    std::unique_ptr<Script>& anyScriptSlot()
+    {
+        return m_scripts[m_bytes.choice<8>(m_scripts.size())];
+    }
 
     ScriptObjectReference& anyReference();
     FunctionParameter& anyParameter();
@@ -140,6 +144,8 @@ private:
     bool m_isClosing = false;
     bool m_isTraced = false;
 };
+
+using Call = void (*)(World&);
 
 // One random call of each kind.
 void performEnvironmentCall(World& world);

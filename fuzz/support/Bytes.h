@@ -1,5 +1,7 @@
 #pragma once
 
+#include "support/Require.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
@@ -35,11 +37,37 @@ public:
     /// Returns a number below `count`. Requires: `count` is 1 to 256.
     std::size_t below(std::size_t count) { return byte() % count; }
 
-    /// Returns one of the elements of an array.
-    template <typename List>
-    const auto& oneOf(const List& list)
+    /// Returns true for one byte of 32.
+    bool isRare() { return below(32) == 31; }
+
+    /// Returns one of the numbers 0 to `count` - 1. Numbers from `count` to `CAPACITY` - 1 are
+    /// skipped, so that a byte keeps its meaning when `count` grows.
+    template <std::size_t CAPACITY>
+    std::size_t choice(std::size_t count)
     {
-        return list[below(std::size(list))];
+        static_assert(256 % CAPACITY == 0, "each number is equally frequent");
+        require(0 < count && count <= CAPACITY, "each choice has a number of its own");
+        std::size_t number = below(CAPACITY);
+        while (number >= count)
+            number = below(CAPACITY); // 0 past the end
+        return number;
+    }
+
+    /// Returns one of the elements of an array, whose places are their numbers: see `choice`.
+    template <std::size_t CAPACITY, typename List>
+    const auto& numbered(const List& list)
+    {
+        return list[choice<CAPACITY>(std::size(list))];
+    }
+
+    /// Returns one of the cases of a table. Numbers that no case has are skipped.
+    template <typename Table>
+    const auto& caseOf(const Table& table)
+    {
+        const auto* found = table.find(below(Table::CAPACITY));
+        while (!found)
+            found = table.find(below(Table::CAPACITY)); // past the end 0, which every table has
+        return *found;
     }
 
     /// Returns a text whose length is given by the first byte, at most `longest`.
