@@ -1,0 +1,164 @@
+"""Which suites reach which lines of the library.
+
+The traced library notes the basic blocks that a run reaches (tracer.cpp); the compiler's line table
+says which lines each block holds.
+"""
+
+import bisect
+import concurrent.futures
+import json
+import os
+import pathlib
+import re
+import shutil
+
+import workbench as bench
+
+TRACED_FLAGS = ["-O0", "-g1", "-fsanitize-coverage=trace-pc"]
+TIME_LIMIT = 300  # seconds of processor for a suite that works
+
+_CALL = re.compile(r"\scall\s.*<__sanitizer_cov_trace_pc")
+_ADDRESS = re.compile(r"^\s*([0-9a-f]+):\t")
+_ROW = re.compile(r"^\S.*?\s+(\d+)\s+(0x[0-9a-f]+)\b")
+_FILE = re.compile(r"^(?:CU: )?(\S.*?):(?:\[\+\+\])?$")
+
+
+class CoverageMap:
+    """For each line that holds code, the indices of the suites that reach it."""
+
+    def __init__(self, suites, lines):
+        self.suites = suites
+        self._lines = lines  # file: {line: [suite, ...]}
+
+    def suites_of(self, fault):
+        """Returns the suites that may notice a fault, those that reach least of the library first, slow
+        ones last. A line without code of its own belongs to the statement before it; constants and the
+        like to everybody who reaches the file."""
+        lines = self._lines.get(fault.file, {})
+        found = set()
+        for line in range(fault.line, max(fault.line - 6, 0), -1):
+            if line in lines:
+                found = set(lines[line])
+                break
+        if not found:
+            found = {suite for reached in lines.values() for suite in reached}
+        return [self.suites[i] for i in sorted(found, key=lambda i: (self.suites[i].seconds > 2, self._breadth(i)))]
+
+    def reaches(self, fault):
+        return bool(self.suites_of(fault))
+
+    def _breadth(self, suite):
+        if not hasattr(self, "_breadths"):
+            self._breadths = {}
+            for lines in self._lines.values():
+                for reached in lines.values():
+                    for index in reached:
+                        self._breadths[index] = self._breadths.get(index, 0) + 1
+        return self._breadths.get(suite, 0)
+
+    def save(self, path):
+        suites = [(s.name, s.command, s.seconds) for s in self.suites]
+        path.write_text(json.dumps({"suites": suites, "lines": self._lines}))
+
+    @staticmethod
+    def load(path):
+        data = json.loads(path.read_text())
+        suites = []
+        for name, command, seconds in data["suites"]:
+            suites.append(bench.Suite(name, command))
+            suites[-1].seconds = seconds
+        lines = {file: {int(n): s for n, s in lines.items()} for file, lines in data["lines"].items()}
+        return CoverageMap(suites, lines)
+
+
+def _block_begins(library):
+    """Returns the addresses that the tracer sees, in order."""
+    begins = []
+    isNext = False
+    for line in bench.run(["objdump", "-d", "--no-show-raw-insn", library]).splitlines():
+        match = _ADDRESS.match(line)
+        if not match:
+            continue
+        if isNext:
+            begins.append(int(match.group(1), 16))
+        isNext = bool(_CALL.search(line))
+    return sorted(begins)
+
+
+def _lines_of_blocks(library, begins, tree):
+    """Returns for each block the (file, line) of the code in it."""
+    lines = {}
+    file = None
+    for row in bench.run(["objdump", "--dwarf=decodedline", library]).splitlines():
+        match = _ROW.match(row)
+        if match:
+            place = bisect.bisect_right(begins, int(match.group(2), 16)) - 1
+            if file and place >= 0:
+                lines.setdefault(begins[place], set()).add((file, int(match.group(1))))
+            continue
+        match = _FILE.match(row)
+        if match:
+            path = os.path.normpath(match.group(1))
+            file = os.path.relpath(path, tree) if path.startswith(str(tree) + "/") else None
+    return lines
+
+
+def measure(work, jobs, say):
+    """Builds the traced library, runs each suite with it, and returns the map. Suites that fail without
+    any fault are left out."""
+    folder = work.folder / "traced"
+    say("compiling the traced library")
+    work.compile_all(folder, TRACED_FLAGS, jobs)
+    tracer = folder / "tracer.o"
+    bench.run(["g++", "-O2", "-fPIC", "-c", work.tree / "mutants" / "tracer.cpp", "-o", tracer])
+    work.link(folder, [work.object_of(folder, s) for s in work.sources()] + [tracer])
+
+    begins = _block_begins(folder / bench.LIBRARY)
+    lines = _lines_of_blocks(folder / bench.LIBRARY, begins, work.tree)
+    suites = work.suites()
+    say(f"{len(begins)} blocks; running {len(suites)} suites one by one")
+
+    def trace(suite):
+        place = folder / "runs" / re.sub(r"\W", "_", suite.name)
+        shutil.rmtree(place, ignore_errors=True)
+        place.mkdir(parents=True)
+        note = place / "reached"
+        passed, suite.seconds = bench.run_suite(
+            suite, folder, place / "scratch", TIME_LIMIT, {"MUTANTS_TRACE": str(note)})
+        reached = _read_trace(note) if note.exists() else []
+        shutil.rmtree(place, ignore_errors=True)
+        return passed, reached
+
+    with concurrent.futures.ThreadPoolExecutor(jobs) as pool:
+        outcomes = list(pool.map(trace, suites))
+
+    kept = []
+    covered = {}
+    for suite, (passed, reached) in zip(suites, outcomes):
+        if not passed:
+            say(f"left out, since it fails without a fault: {suite.name}")
+            continue
+        for block in reached:
+            for file, line in lines.get(block, ()):
+                covered.setdefault(file, {}).setdefault(line, set()).add(len(kept))
+        kept.append(suite)
+    listed = {file: {n: sorted(s) for n, s in numbers.items()} for file, numbers in covered.items()}
+    return CoverageMap(kept, listed)
+
+
+def _read_trace(note):
+    """Returns the addresses whose byte is set, without reading the holes of the file."""
+    reached = []
+    with open(note, "rb", buffering=0) as file:
+        size = os.fstat(file.fileno()).st_size
+        place = 0
+        while place < size:
+            try:
+                place = os.lseek(file.fileno(), place, os.SEEK_DATA)
+            except OSError:
+                break  # nothing but holes
+            end = os.lseek(file.fileno(), place, os.SEEK_HOLE)
+            data = os.pread(file.fileno(), end - place, place)
+            reached += [place + match.start() for match in re.finditer(rb"[^\0]", data)]
+            place = end
+    return reached
