@@ -22,69 +22,82 @@ class Namespace;
 class Script;
 class UserType;
 
-/// One named scripting world: globals and host bindings, into which compiled scripts are executed.
+/// Named environment for scripts: an interpreter with its globals, and the functions, user types
+/// and namespaces that the host declares in it. An environment runs compiled scripts.
 ///
 /// A new environment has no interpreter: every operation that needs one logs a warning (tag
-/// "Environment") and gives its neutral value. With one, failures are logged with tag
-/// "LuaEnvironment". Nothing is ever thrown but `std::bad_alloc`. Names of globals are plain keys,
-/// without path syntax, and end at their first NUL.
+/// "Environment") and returns its neutral value. With one, failures are logged with tag
+/// "LuaEnvironment". No operation throws anything but `std::bad_alloc`. Names of globals are plain
+/// keys, without path syntax, and end at their first NUL.
 ///
-/// A host that calls scripts which call the host again may do so 200 calls deep, less on a thread
-/// with a small stack; the next one fails with "C stack overflow". An environment that is destroyed
-/// from inside its own call takes its interpreter and bindings with it when the outermost call
-/// returns.
+/// Calls nest: the host calls a script that calls the host again. They may nest 200 deep, less on a
+/// thread with a small stack; the next call fails with "C stack overflow". If an environment is
+/// destroyed inside its own call, its interpreter and bindings are destroyed when the outermost
+/// call returns.
+///
+/// @code
+/// Environment environment;
+/// environment.setName("level 1");
+/// environment.setEnvironmentFor(INTERPRETER_LUA);
+/// environment.setVar("difficulty", 3);
+/// environment.execute(script);
+/// const double speed = environment.getVar("speed", 1.0);
+/// @endcode
+///
+/// Threads: docs/reliability.md says which rule holds for the whole library.
 class TBSCRIPTS_API Environment
 {
 public:
-    /// Makes an environment without name and interpreter.
+    /// Creates an environment without name and interpreter.
     Environment();
 
     ///@{
-    /// Makes a second handle on the world of `other`.
+    /// Creates a second handle on the interpreter and the bindings of `other`.
     ///
-    /// Kept: a copy shares interpreter and bindings with `other`. They are torn down once, with the
-    /// last copy. What is declared later is known only to the copy that it was declared through.
+    /// Compatibility: a copy creates no second interpreter; the last copy destroys interpreter and
+    /// bindings. Only the copy through which a name is declared knows that name (decision 0006).
     Environment(const Environment& other);
     Environment& operator=(const Environment& other);
     ///@}
 
-    /// Ends the world, if no copy shares it: functions, globals, namespaces and user types go, then
-    /// the interpreter. Finalisers and destructors run meanwhile, and are refused what they ask of
-    /// this environment.
+    /// Destroys functions, globals, namespaces and user types and then the interpreter, unless a
+    /// copy shares them. Finalisers and destructors run during this; operations of this environment
+    /// that they call return their neutral values.
     ~Environment();
 
-    /// Returns the name; empty at first. It is for messages and for the host.
+    /// Returns the name, empty for a new environment. Messages name the environment by it.
     ///
     /// Valid until: the name changes or the environment is destroyed.
     tbMemory::StringView getName() const;
 
-    /// Replaces the name. A registry that files this environment is not told.
+    /// Replaces the name. The `EnvironmentManager` still lists the environment under its old name.
     void setName(const tbMemory::StringView& name);
 
     /// Returns the outcome of the last `execute` or `callScriptFunction`.
     ///
-    /// Valid until: the environment is destroyed. A change of interpreter resets what it shows.
+    /// Valid until: the environment is destroyed. A change of interpreter resets the result.
     const ExecutionResult& getLastExecutionResult() const;
 
-    /// Throws the present interpreter away, with all globals, and starts `interpreter`.
+    /// Destroys the present interpreter with all globals, and starts `interpreter`.
     ///
-    /// Declared functions stay registered but do nothing until they are declared again.
-    /// On failure: any value but `INTERPRETER_LUA`, none included, is logged and leaves the
-    /// environment without interpreter; so does a lack of memory. Refused, with a message, while
-    /// this environment runs a script. All with tag "Environment".
+    /// Declared functions, types and namespaces stay registered but do nothing until the host
+    /// declares them again.
+    /// On failure: any value but `INTERPRETER_LUA` is logged and leaves the environment without
+    /// interpreter; so does a lack of memory. While this environment runs a script, the change is
+    /// refused and logged. All messages have tag "Environment".
     void setEnvironmentFor(INTERPRETER interpreter);
 
-    /// Runs the compiled form of `script` and returns whether it ended without an error. Values
-    /// that it returns are dropped.
+    /// Runs the compiled form of `script`, drops its return values, and returns whether it
+    /// completed without an error.
     ///
     /// On failure: logged; `getLastExecutionResult` says why.
     bool execute(const Script& script);
 
-    /// Runs two full collections. A finaliser that raises is logged and holds up nothing.
+    /// Runs two full collections. A finaliser that raises is logged; the collections continue.
     void requestGarbageCollection();
 
     ///@{
-    /// Sets global `name`. A null text stores nil; a text ends at its first NUL.
+    /// Sets global `name`. A null string stores nil; a string ends at its first NUL.
     void setVar(const tbMemory::StringView& name, bool value);
     void setVar(const tbMemory::StringView& name, int value);
     void setVar(const tbMemory::StringView& name, float value);
@@ -93,8 +106,8 @@ public:
     void setVar(const tbMemory::StringView& name, const tbMemory::StringView& value);
     ///@}
 
-    /// Sets global `name` to the value behind `value`; an empty reference, or one of another
-    /// environment, stores nil.
+    /// Sets global `name` to the value of the reference `value`; an empty reference, or one of
+    /// another environment, stores nil.
     void setVar(const tbMemory::StringView& name, const ScriptObjectReference& value);
 
     /// Not offered: a pointer would be taken for a `bool`. Use `setObject`.
@@ -103,10 +116,14 @@ public:
         typename = std::enable_if_t<!std::is_same<std::remove_cv_t<T>, char>::value>>
     void setVar(const tbMemory::StringView& name, T* value) = delete;
 
-    /// Sets global `name` to `object`, seen by scripts as an instance of `userTypeName`; nil if
-    /// `object` is null. A name of no declared type gives an instance without methods.
+    /// Sets global `name` to an instance of `userTypeName` with `object`; nil if `object` is null.
+    /// A name of no declared type creates an instance without methods.
     ///
     /// Ownership: the host keeps `object`.
+    ///
+    /// @code
+    /// environment.setObject("home", "Point", &home); // the host keeps it
+    /// @endcode
     void setObject(
         const tbMemory::StringView& name, const tbMemory::StringView& userTypeName, void* object);
 
@@ -114,9 +131,11 @@ public:
     bool isVarSet(const tbMemory::StringView& name) const;
 
     ///@{
-    /// Returns global `name`, or `defaultValue` if it is of another kind. Numbers are read from
-    /// numeric texts too; a truth value only from a truth value. The `int` form drops the fraction
-    /// and keeps the low 32 bits.
+    /// Returns global `name`, or `defaultValue` if the global is of another kind. A string that
+    /// reads as a number counts as a number; only a boolean counts as a boolean. The `int` form
+    /// drops the fraction.
+    ///
+    /// Compatibility: the `int` form keeps the low 32 bits of larger numbers (decision 0006).
     bool getVar(const tbMemory::StringView& name, bool defaultValue) const;
     int getVar(const tbMemory::StringView& name, int defaultValue) const;
     float getVar(const tbMemory::StringView& name, float defaultValue) const;
@@ -124,22 +143,22 @@ public:
     ///@}
 
     ///@{
-    /// Returns the text in global `name`, all of its bytes, or that of a number; `defaultValue` for
-    /// other values.
+    /// Returns all bytes of the string in global `name`, a number as a string, and `defaultValue`
+    /// for other values.
     ///
-    /// Valid until: the script's value is collected; the text of a number, until the next such
-    /// call. The default is given back as it came.
+    /// Valid until: the script's string is collected; for a number, until the next such call. A
+    /// returned default is the caller's own view.
     tbMemory::StringView getVar(const tbMemory::StringView& name, const char* defaultValue) const;
     tbMemory::StringView
     getVar(const tbMemory::StringView& name, const tbMemory::StringView& defaultValue) const;
     ///@}
 
-    /// Returns a handle on global `name`, an empty one for nil, functions and coroutines. Functions
-    /// are obtained through `getScriptFunction`.
+    /// Returns a handle on global `name`, an empty one for nil, functions and coroutines. Use
+    /// `getScriptFunction` for functions.
     ScriptObjectReference getVar(const tbMemory::StringView& name) const;
 
-    /// Returns the host object behind global `name` if it is an instance of `userTypeName`, else
-    /// null. A null `userTypeName` skips the test of the type.
+    /// Returns the host object of global `name` if that is an instance of `userTypeName`, else
+    /// null. A null `userTypeName` skips the check of the type.
     void*
     getObject(const tbMemory::StringView& name, const tbMemory::StringView& userTypeName) const;
 
@@ -147,55 +166,70 @@ public:
     ScriptObjectReference getScriptFunction(const tbMemory::StringView& name) const;
 
     /// Calls `function` with `inputs` and reads its results into `outputs`; returns whether the
-    /// call ended without an error.
+    /// call completed without an error.
     ///
-    /// The kind of each output says what is expected. Results beyond the outputs are dropped,
-    /// outputs beyond the results stay as they are. A result of another kind is logged (tag
-    /// "LuaEnvironmentStrategy") and ends the reading: from that output on all stay untouched. It
-    /// is no failure of the call.
-    /// On failure: logged; `getLastExecutionResult` says why; the outputs stay as they are, unless
+    /// The kind of each output is the kind that the host expects. Results beyond the outputs are
+    /// dropped, outputs beyond the results stay unchanged.
+    /// On failure: logged; `getLastExecutionResult` says why; the outputs stay unchanged, unless
     /// memory runs out while they are read.
+    /// Compatibility: a result of another kind is logged (tag "LuaEnvironmentStrategy"), and its
+    /// output and all later ones stay unchanged, but the call succeeds (decision 0006).
+    ///
+    /// @code
+    /// std::array<FunctionParameter, 3> results{"rest", 0.0, 0.0};
+    /// Parameters outputs = results;
+    /// if (environment.callScriptFunction(decide, {7, 1.5, true}, outputs))
+    ///     std::cout << results[0].getString() << ' ' << results[1].getDouble() << '\n';
+    /// @endcode
     bool callScriptFunction(
         const ScriptObjectReference& function,
         const tbMemory::BufferView<FunctionParameter>& inputs,
         tbMemory::BufferView<FunctionParameter>& outputs);
 
-    /// Returns the value of `object` as bytes, for this process only: pointers to host objects are
-    /// in them as they are.
+    /// Returns the value of `object` as bytes, for this process only: the bytes contain pointers to
+    /// host objects. Functions inside of tables are left out.
     ///
-    /// With `transferOwnership` the instances in it that own their objects stop owning them, and
-    /// what is read from the bytes will own them. Functions inside of tables are left out.
-    ///
-    /// On failure: an empty buffer, and no owner has changed. So for nil, a host function, a table
-    /// that contains itself; for an error of the interpreter too, which is logged (tag
-    /// "LuaEnvironment").
-    /// Format: docs/script-value-bytes.md.
+    /// Ownership: with `transferOwnership`, instances in the value that own their objects stop
+    /// owning them, and the instances that are read from the bytes will own them. On failure:
+    /// returns an empty buffer, and no ownership changes. This holds for nil, a host function, and
+    /// a table that contains itself; also for an error of the interpreter, which is logged (tag
+    /// "LuaEnvironment"). Format: docs/script-value-bytes.md.
     tbMemory::Buffer
     serializeScriptObject(const ScriptObjectReference& object, bool transferOwnership);
 
-    /// Returns a handle on the value that `bytes` describe: a script function or, for all else, a
-    /// script object.
+    /// Returns a handle on the value that `bytes` describe: a script function or, for all other
+    /// values, a script object.
     ///
-    /// Requires: `bytes` come from `serializeScriptObject` in this process, as far as they hold
-    /// instances or functions, whose pointers and code are trusted. All others may be anything.
-    /// Each call takes over what the bytes own: objects of bytes that are read twice are destroyed
-    /// twice.
-    /// On failure: an empty handle, and nothing is taken over. So for bytes that describe nothing;
-    /// for an error of the interpreter too, which is logged (tag "LuaEnvironment").
-    /// Format: docs/script-value-bytes.md.
+    /// Requires: bytes with instances or functions come from `serializeScriptObject` in this
+    /// process, because their pointers and code are trusted. Other bytes may be anything.
+    /// Ownership: each call takes the objects that the bytes own. If the host reads such bytes
+    /// twice, their objects are destroyed twice. On failure: returns an empty handle and takes no
+    /// ownership. This holds for bytes that describe no value; also for an error of the
+    /// interpreter, which is logged (tag "LuaEnvironment"). Format: docs/script-value-bytes.md.
+    ///
+    /// @code
+    /// const ScriptObjectReference state = environment.getVar("state");
+    /// const tbMemory::Buffer bytes = environment.serializeScriptObject(state, false);
+    /// const ScriptObjectReference copy = other.deserializeScriptObject(bytes);
+    /// other.setVar("state", copy);
+    /// @endcode
     ScriptObjectReference deserializeScriptObject(const tbMemory::BufferView<unsigned char>& bytes);
 
     /// Declares the host function `name` as a global and returns it, unbound.
     ///
-    /// A name declared before is logged, and its function is returned as new; if it was made for
-    /// an earlier interpreter it is installed in the present one.
-    /// On failure: a new name gives null without interpreter, or if the global cannot be set; it
-    /// counts as declared all the same. A name declared before gives the function that it has.
-    /// Ownership: the environment's.
-    /// Valid until: the environment is destroyed.
+    /// A name that was declared before is logged; its function is reset and returned. A function of
+    /// an earlier interpreter is installed in the present one. On failure: returns null for a new
+    /// name if there is no interpreter or the global cannot be set; the name still counts as
+    /// declared. A name that was declared before returns its function. Ownership: the
+    /// environment's. Valid until: the environment is destroyed.
+    ///
+    /// @code
+    /// Function* const onEvent = environment.setFunc("onEvent");
+    /// onEvent->addParameter(PARAM_TYPE_SCRIPT_FUNCTION);
+    /// @endcode
     Function* setFunc(const tbMemory::StringView& name);
 
-    /// Returns whether a function of that name was declared. The whole text is the key.
+    /// Returns whether a function of that name was declared. All bytes of the name count.
     bool isFuncSet(const tbMemory::StringView& name) const;
 
     /// Returns the function declared under `name`, null if there is none.
@@ -203,13 +237,12 @@ public:
 
     /// Declares the user type `name` and returns it, without methods and fields.
     ///
-    /// A plain name makes a global. A qualified one, "a::b::T", declares `T` in namespace `b` of
-    /// namespace `a`; namespaces on the way are declared if they are missing. A name declared
-    /// before is logged, and its type is returned cleared; if it, or a namespace on the way, was
-    /// made for an earlier interpreter it is installed in the present one.
-    /// On failure: null, as with functions. A plain name counts as declared all the same.
-    /// Ownership: the environment's, or that of the namespace.
-    /// Valid until: the environment is destroyed or the namespace released.
+    /// A plain name declares a global. A qualified name, "a::b::T", declares `T` in namespace `b`
+    /// of namespace `a`, and the namespaces that are missing. A name that was declared before is
+    /// logged; its type is cleared and returned. A type or namespace of an earlier interpreter is
+    /// installed in the present one. On failure: returns null, as `setFunc` does. A plain name
+    /// still counts as declared. Ownership: the environment's, or that of the namespace. Valid
+    /// until: the environment is destroyed or the namespace released.
     UserType* setUserType(const tbMemory::StringView& name);
 
     /// Returns whether a user type of that plain or qualified name was declared.
@@ -219,8 +252,8 @@ public:
     /// nothing.
     UserType* getUserType(const tbMemory::StringView& name) const;
 
-    /// Declares the namespace `name` and returns it. Plain and qualified names, failure and
-    /// ownership are as with user types; a namespace declared before is returned as it is.
+    /// Declares the namespace `name` and returns it. Names, failure and ownership are as for
+    /// `setUserType`; a namespace that was declared before is returned unchanged.
     Namespace* setNamespace(const tbMemory::StringView& name);
 
     /// Returns whether a namespace of that plain or qualified name was declared.

@@ -24,7 +24,7 @@ class UserType;
 ///
 /// Compatibility: a namespace and a user type of one full name share one table. `clear` removes the
 /// type's entries too, and instances that are collected afterwards are not destroyed (decision
-/// 0006).
+/// 0026).
 ///
 /// @code
 /// Namespace* const sky = environment.setNamespace("world::sky"); // declares world as well

@@ -128,7 +128,7 @@ public:
     /// A getter hides a method of the same name. A later call replaces getter and setter. Scripts
     /// cannot reach a field whose name reads as a number: such names index the instance.
     /// Compatibility: each further call adds two parameters to the setter's list, of which only the
-    /// first two are ever filled (decision 0006).
+    /// first two are ever filled (decision 0026).
     ///
     /// @code
     /// UserTypeFieldDescriptor x;

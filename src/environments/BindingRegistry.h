@@ -21,8 +21,8 @@
 namespace tbScripts
 {
 
-/// The bindings of one kind that were declared through one environment, by name. They belong to
-/// `EnvironmentBindings`, which copies of the environment share.
+/// The bindings of one kind that were declared through one environment, by name.
+/// `EnvironmentBindings`, which copies of the environment share, owns them.
 ///
 /// Compatibility: each copy has registries of its own, so a copy does not know what is declared
 /// through another one later (docs/decisions/0006-compatibility.md).
@@ -36,7 +36,8 @@ public:
         return m_byName.count(keyOf(name)) > 0;
     }
 
-    /// Returns what was declared under `name`, null if nothing was or nothing could be created.
+    /// Returns the binding that was declared under `name`, null if there is none or none could be
+    /// created.
     T* find(const tbMemory::StringView& name) const { return findIn(m_byName, name); }
 
     /// Registers `created` under `name` and returns it. It may be null: the name then counts as
@@ -57,7 +58,7 @@ private:
     std::unordered_map<std::string, T*> m_byName;
 };
 
-/// What the kinds of bindings differ in when an environment declares them.
+/// The differences between the kinds of bindings when an environment declares them.
 template <typename T>
 struct BindingKind;
 
@@ -69,7 +70,7 @@ struct BindingKind<Function>
         return messages::functionAlreadyExistant(name);
     }
 
-    /// Makes a function that is declared again as good as new.
+    /// Resets a function that is declared again.
     static void renew(Function& function) { function.reset(); }
 
     static std::unique_ptr<Function>

@@ -77,7 +77,7 @@ void DummyEnvironmentStrategy::setObject(
 
 bool DummyEnvironmentStrategy::isVarSet(const tbMemory::StringView& /*name*/)
 {
-    // Kept: hosts match on the doubled article.
+    // Compatibility: the article is doubled, and hosts compare the message (decision 0006).
     _warn("Querying if a a variable is set in environment '", messages::HAS_NO_INTERPRETER);
     return false;
 }

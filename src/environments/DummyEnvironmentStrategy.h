@@ -5,7 +5,7 @@
 namespace tbScripts
 {
 
-/// Back-end of an environment without interpreter: logs a warning for each call and gives the
+/// Back-end of an environment without interpreter: logs a warning for each call and returns the
 /// neutral value.
 class DummyEnvironmentStrategy final : public EnvironmentStrategy
 {

@@ -21,8 +21,8 @@ struct EnvironmentBindings
     std::vector<std::unique_ptr<Namespace>> namespaces;
 };
 
-/// Tears down what one environment gives up: everything, in its order, if `bindings` is the last
-/// share of the bindings; else only the interpreter, if it serves no other environment.
+/// Tears down the shares that one environment releases: all bindings and the interpreter, in order,
+/// if `bindings` is the last share; else only the interpreter, if it serves no other environment.
 ///
 /// Requires: the caller holds `strategy`, which no longer serves the environment.
 void releaseShares(EnvironmentStrategy& strategy, std::shared_ptr<EnvironmentBindings> bindings);

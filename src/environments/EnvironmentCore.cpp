@@ -1,4 +1,5 @@
-// The life of an environment's core: what it shares with copies, what it gives up and when.
+// How the core of an environment shares interpreter and bindings with copies, and when it releases
+// them.
 
 #include "environments/EnvironmentCore.h"
 
@@ -34,7 +35,7 @@ std::shared_ptr<EnvironmentStrategy> startLua(const EnvironmentStrategy::Name& e
     return nullptr;
 }
 
-// Gives up a share without ever releasing what it shares.
+// Drops a share without ever destroying the shared object.
 template <typename T>
 void keepForGood(std::shared_ptr<T> share)
 {
@@ -57,10 +58,10 @@ EnvironmentCore::EnvironmentCore(const EnvironmentCore& other)
 {
     *m_name = *other.m_name;
     if (!other.m_bindings)
-        return; // that one is being torn down: there is nothing left to share
+        return; // `other` is being torn down: there is nothing left to share
     m_registries = other.m_registries;
     m_bindings = other.m_bindings;
-    if (!other.m_strategy->isTearingDown()) // an interpreter that is closing is not shared
+    if (!other.m_strategy->isTearingDown()) // a closing interpreter is not shared
         _startStrategy(other.m_strategy);
 }
 
@@ -71,19 +72,19 @@ EnvironmentCore::~EnvironmentCore()
 
 void EnvironmentCore::assign(const EnvironmentCore& other)
 {
-    EnvironmentCore source(other); // finalisers of what this one gives up may reach `other`
+    EnvironmentCore source(other); // finalisers that run below may change `other`
     if (m_bindings == source.m_bindings && m_strategy == source.m_strategy)
         m_strategy->removeResult(m_result);
     else
         _giveUp();
     if (m_hasEnded)
         return; // a finaliser has destroyed this environment
-    // From here on shares only change hands, which needs no memory: this core has nothing left.
+    // From here on shares are only moved, which needs no memory: this core has none left.
     std::swap(*m_name, *source.m_name);
     m_registries.swap(source.m_registries);
     m_bindings = std::move(source.m_bindings);
     m_strategy = source.m_strategy;
-    m_strategy->removeResult(source.m_result); // its place is free for the next
+    m_strategy->removeResult(source.m_result); // its place is free for the next result
     m_strategy->addResult(m_result);
 }
 
@@ -103,9 +104,9 @@ void EnvironmentCore::switchInterpreter(INTERPRETER interpreter)
     }
     if (m_strategy->isTearingDown())
         return; // this environment is being destroyed: nothing can be set any more
-    // Created while the old one is still there: without memory for it nothing has changed.
+    // Created before the old one is destroyed: if there is no memory, nothing has changed.
     auto dummy = std::make_shared<DummyEnvironmentStrategy>(m_name);
-    if (!m_strategy->isShared()) // else a copy goes on with it
+    if (!m_strategy->isShared()) // else a copy still uses it
     {
         const std::shared_ptr<EnvironmentStrategy> ended = m_strategy;
         ended->shutDown();
@@ -144,7 +145,7 @@ void EnvironmentCore::_giveUp()
 void EnvironmentCore::_giveUpOnce()
 {
     m_strategy->removeResult(m_result);
-    // Bindings leave their registries first: a finaliser that asks for one finds none.
+    // The registries first: a finaliser that looks for a binding finds none.
     m_registries = {};
     std::shared_ptr<EnvironmentBindings> bindings = std::move(m_bindings);
 
@@ -166,8 +167,8 @@ void EnvironmentCore::_giveUpOnce()
     }
     catch (const std::bad_alloc&)
     {
-        // Nothing of it may be destroyed while it runs, and there is nowhere to note that it
-        // should.
+        // Nothing of it may be destroyed while it runs, and there is no memory to defer the
+        // destruction.
         keepForGood(strategy);
         keepForGood(std::move(bindings));
     }

@@ -40,18 +40,19 @@ public:
     /// Creates the core of an environment without name and interpreter.
     EnvironmentCore();
 
-    /// Creates the core of a copy, which shares what `other` has not given up.
+    /// Creates the core of a copy, which shares everything that `other` has not released.
     explicit EnvironmentCore(const EnvironmentCore& other);
 
     EnvironmentCore& operator=(const EnvironmentCore& other) = delete;
 
     ~EnvironmentCore();
 
-    /// Gives up what this core has, and shares what `other` has. Requires: both are different.
+    /// Releases the shares of this core, and takes shares in those of `other`. Requires: both are
+    /// different.
     void assign(const EnvironmentCore& other);
 
-    /// Gives up bindings and interpreter for good: the environment is being destroyed. The last
-    /// core tears them down, now or, while the interpreter runs, when its outermost call returns.
+    /// Releases bindings and interpreter finally: the environment is being destroyed. The last core
+    /// tears them down, now or, while the interpreter runs, when its outermost call returns.
     void end();
 
     tbMemory::String& getName() { return *m_name; }
@@ -115,15 +116,15 @@ private:
     Namespace* _reachNamespaceOf(const NameParts& parts);
     Namespace* _findNamespace(const NameParts& parts, std::size_t count) const;
 
-    // Shared with the strategy, whose messages use the last name if this core goes first.
+    // Shared with the strategy, whose messages use the last name if this core is destroyed first.
     std::shared_ptr<tbMemory::String> m_name;
 
     std::tuple<BindingRegistry<Function>, BindingRegistry<UserType>, BindingRegistry<Namespace>>
         m_registries;
 
-    std::shared_ptr<EnvironmentBindings> m_bindings; // shared by copies; null once given up
+    std::shared_ptr<EnvironmentBindings> m_bindings; // shared by copies; null after `end`
     std::shared_ptr<EnvironmentStrategy> m_strategy; // never null, shared by copies
-    ExecutionResult m_result;                        // written by whichever strategy serves
+    ExecutionResult m_result;                        // written by the present strategy
     bool m_hasEnded = false;
     std::uint32_t m_holders = 1; // the environment, and its operations in progress
 };
@@ -145,7 +146,7 @@ public:
 
     EnvironmentCore* operator->() const { return &m_core; }
 
-    /// Gives up one hold, the environment's own one for instance.
+    /// Releases one hold, the environment's own one for instance.
     static void release(EnvironmentCore& core)
     {
         if (--core.m_holders == 0)

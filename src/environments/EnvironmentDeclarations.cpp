@@ -19,7 +19,7 @@ namespace tbScripts
 template <typename T>
 T* EnvironmentCore::_declare(const tbMemory::StringView& name)
 {
-    const tbMemory::String kept(name); // the view may be of something that is destroyed
+    const tbMemory::String kept(name); // the view may point into an object that is destroyed below
     const BindingRegistry<T>& registry = _registry<T>();
     if (!registry.isDeclared(kept))
         return _create<T>(kept);
@@ -85,8 +85,7 @@ T* EnvironmentCore::_find(const NameParts& parts) const
     return scope ? BindingKind<T>::findIn(*scope, parts[parts.size() - 1]) : nullptr;
 }
 
-// Returns the namespace that holds the last of several `parts`; declares what is missing on the
-// way.
+// Returns the namespace that holds the last of several `parts`; declares the missing ones.
 Namespace* EnvironmentCore::_reachNamespaceOf(const NameParts& parts)
 {
     Namespace* reached = nullptr;

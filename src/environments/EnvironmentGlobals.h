@@ -10,8 +10,8 @@ namespace tbScripts
 {
 
 /// The globals of an interpreter, set and read by name. `Environment` says what each operation
-/// does; the kinds of values have names of their own here because overloads and defaults do not
-/// mix.
+/// does; here each kind of value has its own name, because virtual functions with overloads and
+/// defaults are easily confused.
 class EnvironmentGlobals
 {
 public:

@@ -9,7 +9,8 @@ namespace tbScripts
 EnvironmentStrategy::EnvironmentStrategy(Name environmentName)
     : m_environmentName(std::move(environmentName))
 {
-    m_shownIn.reserve(1); // the environment that makes this one can show it for certain
+    m_shownIn.reserve(
+        1); // the environment that creates this back-end can show its result without memory
 }
 
 EnvironmentStrategy::~EnvironmentStrategy() = default;

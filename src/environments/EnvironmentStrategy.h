@@ -20,8 +20,8 @@ namespace tbScripts
 /// Back-end of an environment for one interpreter: its globals, its calls, its bindings, and here
 /// its life. Copies of an environment share it.
 ///
-/// It knows the environment that it was made for by that one's name alone, which it shares: so it
-/// may outlive the environment, and then reports with the last name.
+/// The back-end knows only the name of the environment that it was created for, and shares it: so
+/// it may outlive the environment, and then reports with the last name.
 class EnvironmentStrategy : public EnvironmentGlobals,
                             public EnvironmentCalls,
                             public BindingFactory
@@ -41,27 +41,28 @@ public:
     /// Removes every global and every loaded module, for the teardown.
     virtual void clearGlobals() = 0;
 
-    /// Returns whether a call of the host into the interpreter is in progress, or its end.
+    /// Returns whether a call of the host into the interpreter runs, or its cleanup.
     virtual bool isRunning() const = 0;
 
-    /// Returns whether nothing can be declared any more: the interpreter is going or gone.
+    /// Returns whether the interpreter is closing or closed, so that nothing can be declared any
+    /// more.
     virtual bool isTearingDown() const = 0;
 
-    /// From here on the host is refused: what finalisers ask for has no effect.
+    /// From here on every operation of the host is refused, also those that finalisers call.
     virtual void beginTeardown() = 0;
 
-    /// Closes the interpreter; what refers to it finds none from here on. What was put off
-    /// meanwhile runs at its end.
+    /// Closes the interpreter; objects that refer to it find none from here on. Deferred actions
+    /// run at its end.
     virtual void shutDown() = 0;
 
-    /// Has `action` run when the outermost call in progress returns. Requires: `isRunning()`.
+    /// Defers `action` until the outermost call returns. Requires: `isRunning()`.
     virtual void putOff(std::function<void()> action) = 0;
 
     const ExecutionResult& getLastExecutionResult() const;
 
-    /// Has `result` show the last outcome, and each further one until it is removed again. Every
-    /// environment that shares this back-end keeps one, so that its address stays the same whatever
-    /// back-end it has.
+    /// Writes the last outcome, and each further one, to `result` until `removeResult`. Every
+    /// environment that shares this back-end has its own result, so that the address stays the same
+    /// when the back-end changes.
     void addResult(ExecutionResult& result);
     void removeResult(ExecutionResult& result);
 

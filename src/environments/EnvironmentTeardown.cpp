@@ -10,8 +10,8 @@ namespace tbScripts
 namespace
 {
 
-// Deletes the objects one by one; each has left the list before it goes, since its end may run code
-// of the host.
+// Deletes the objects one by one; each has left the list before it is destroyed, because its
+// destructor may run code of the host.
 template <typename T>
 void deleteAll(std::vector<std::unique_ptr<T>>& list)
 {
@@ -20,15 +20,17 @@ void deleteAll(std::vector<std::unique_ptr<T>>& list)
         object.reset();
 }
 
-// Takes one step. What it lacks the memory for, a message perhaps, holds up none of the others.
+// Takes one step. If the step fails for lack of memory, for a message perhaps, the others still
+// run.
 template <typename Step>
 void take(Step&& step)
 {
     contain(step, [] {});
 }
 
-// The order is fixed: functions go while the globals that show them are still there, what scripts
-// hold is collected before the types go that destroy it, and the interpreter closes last.
+// The order is fixed: functions are destroyed while the globals that show them still exist,
+// instances are collected before the types that destroy their objects, and the interpreter closes
+// last.
 void tearDown(EnvironmentStrategy& strategy, EnvironmentBindings& bindings)
 {
     strategy.beginTeardown();

@@ -10,7 +10,7 @@
 namespace tbExport::json
 {
 
-/// What came of reading a text.
+/// Result of reading a text.
 struct ReadDocument
 {
     boost::json::value root;

@@ -127,7 +127,7 @@ void Node::setNumber(double value) noexcept
 
 void Node::setString(tbMemory::StringView text)
 {
-    // The copy is made before the old content, which may hold the bytes, goes.
+    // The copy is made before the old content, which may hold the bytes, is destroyed.
     become(*this, value(boost::json::string(libraryView(text))));
 }
 

@@ -70,7 +70,7 @@ void LuaEnvironmentStrategy::installNamespace(Namespace& scope)
 
 void LuaEnvironmentStrategy::resolveDuplicate(std::unique_ptr<Function> created, Function& existing)
 {
-    LuaHostCall call(m_handle, LuaHostCall::ENTRY::UPKEEP); // keeps both to its end
+    LuaHostCall call(m_handle, LuaHostCall::ENTRY::UPKEEP); // keeps both alive until it ends
     resolveDuplicateGlobal<LuaFunction>(*created, existing, m_handle);
     existing.reset();
 }

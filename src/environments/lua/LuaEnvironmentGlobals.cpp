@@ -14,7 +14,7 @@ namespace tbScripts::lua
 namespace
 {
 
-// Functions are left out: they are obtained as functions.
+// Not functions: `getScriptFunction` returns those.
 bool isObjectType(int luaType)
 {
     return luaType == LUA_TBOOLEAN || luaType == LUA_TNUMBER || luaType == LUA_TSTRING ||
@@ -57,7 +57,7 @@ void LuaEnvironmentStrategy::_readNumber(const tbMemory::StringView& name, TakeN
         name,
         [&](lua_State* state)
         {
-            // Not a number reads as 0, so that only a 0 has to be looked at twice.
+            // NaN reads as 0, so only a 0 needs a second look.
             const double number = lua_tonumber(state, -1);
             if (number != 0.0 || lua_isnumber(state, -1))
                 takeNumber(number);
@@ -67,7 +67,7 @@ void LuaEnvironmentStrategy::_readNumber(const tbMemory::StringView& name, TakeN
 ScriptObjectReference LuaEnvironmentStrategy::_anchorGlobal(
     const tbMemory::StringView& name, FUNCTION_PARAMETER_TYPE type, bool (*accepts)(int luaType))
 {
-    // Made beforehand: an anchored value that nobody holds would stay in the registry.
+    // Created first: an anchored value without holder would stay in the registry.
     ScriptObjectReference anchored = LuaScriptObjectInterpreterReference::make(m_handle, type);
     bool isAnchored = false;
     _readGlobal(
@@ -153,7 +153,7 @@ tbMemory::StringView LuaEnvironmentStrategy::getVarString(
             }
             else if (type == LUA_TNUMBER)
             {
-                // The text is made here and nothing in the script refers to it.
+                // The conversion creates the string, and nothing in the script refers to it.
                 m_textOfNumber = textAt(state, -1);
                 value = m_textOfNumber;
             }

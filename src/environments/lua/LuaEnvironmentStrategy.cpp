@@ -1,4 +1,4 @@
-// The life of a Lua back-end, and its calls.
+// How a Lua back-end opens and closes its state, and how it runs scripts.
 
 #include "environments/lua/LuaEnvironmentStrategy.h"
 
@@ -48,12 +48,12 @@ bool LuaEnvironmentStrategy::execute(const Script& script)
     if (call.isRefused())
         return false;
     resetResult();
-    // The run may destroy the script: what is needed of it is held.
+    // The run may destroy the script, so this holds the parts that it needs.
     const std::shared_ptr<const tbMemory::String> scriptName = script.m_name;
     if (script.getTargetInterpreter() != INTERPRETER_LUA)
         return _fail(messages::scriptOfOtherInterpreter(*scriptName), EXECUTION_OTHER_INTERPRETER);
 
-    // A disabled script still says that it is one for Lua.
+    // A disabled script still names Lua as its interpreter.
     const auto* const compiler = dynamic_cast<const LuaScriptStrategy*>(script._getStrategy());
     const std::shared_ptr<const LuaBytecode> bytecode =
         compiler ? compiler->getBytecode() : nullptr;
@@ -63,7 +63,7 @@ bool LuaEnvironmentStrategy::execute(const Script& script)
     const LuaCallOutcome outcome = m_calls.runChunk(call, *bytecode, *scriptName);
     if (outcome.code != EXECUTION_SUCCESS)
         return _fail(messages::executionFailed(*scriptName, outcome.errorText), outcome.code);
-    resetResult(); // calls inside the run have left theirs
+    resetResult(); // calls inside the run have set theirs
     return true;
 }
 
@@ -100,7 +100,7 @@ bool LuaEnvironmentStrategy::callScriptFunction(
             messages::outputNotUnpacked(std::to_string(mismatch)),
             LOG_SOURCE_LUA_ENVIRONMENT_STRATEGY);
     }
-    resetResult(); // calls inside the function have left theirs
+    resetResult(); // calls inside the function have set theirs
     return true;
 }
 
@@ -127,8 +127,8 @@ LuaEnvironmentStrategy::deserializeScriptObject(const tbMemory::BufferView<unsig
     if (call.isRefused())
         return ScriptObjectReference();
     LuaValueReader reader(*m_handle.getSlot(), bytes);
-    // All of it is made beforehand: an anchored value that nobody holds would stay in the registry,
-    // and own objects that still belong to the bytes.
+    // Everything is created first: an anchored value without holder would stay in the registry, and
+    // own objects that still belong to the bytes.
     ScriptObjectReference value =
         LuaScriptObjectInterpreterReference::make(m_handle, reader.getType());
     bool isAnchored = false;
@@ -177,7 +177,7 @@ bool LuaEnvironmentStrategy::_fail(const tbMemory::StringView& message, std::int
 {
     setFailure(message, code);
     LogManager::getInstance()->log(message, LOG_SOURCE_LUA_ENVIRONMENT);
-    setFailure(message, code); // again: calls of the receiver have left theirs
+    setFailure(message, code); // again: calls of the receiver have set theirs
     return false;
 }
 

@@ -13,9 +13,9 @@ namespace tbScripts::lua
 
 /// Back-end of an environment for Lua: owns one state with the standard libraries.
 ///
-/// Each operation is one `LuaHostCall`, created first: whatever the interpreter raises is contained
-/// and logged, and the operation returns its neutral value. The operations are in three files:
-/// globals, bindings, and here calls and the life of the state.
+/// Each operation is one `LuaHostCall`, created first: errors of the interpreter are contained and
+/// logged, and the operation returns its neutral value. The operations are in three files: globals,
+/// bindings, and here calls and the state itself.
 class LuaEnvironmentStrategy final : public EnvironmentStrategy
 {
 public:
@@ -77,7 +77,7 @@ public:
     void putOff(std::function<void()> action) override;
 
 private:
-    // Sets the result and logs its message. Returns false, the outcome of what failed.
+    // Sets the result and logs its message. Returns false, the outcome of a failure.
     bool _fail(const tbMemory::StringView& message, std::int32_t code);
 
     template <typename PushValue>
@@ -87,7 +87,7 @@ private:
     template <typename Read>
     void _readGlobal(const tbMemory::StringView& name, Read&& read);
 
-    // Calls `takeNumber(number)` if the global is one, or a text that reads as one.
+    // Calls `takeNumber(number)` if the global is one, or a string that reads as one.
     template <typename TakeNumber>
     void _readNumber(const tbMemory::StringView& name, TakeNumber&& takeNumber);
 
@@ -99,7 +99,7 @@ private:
 
     LuaStateHandle m_handle;
     LuaScriptCalls m_calls;
-    tbMemory::String m_textOfNumber; // what getVarString made of the last number
+    tbMemory::String m_textOfNumber; // the last number that getVarString returned as a string
 };
 
 } // namespace tbScripts::lua

@@ -15,7 +15,7 @@ constexpr const char* LOADED_MODULES = "_LOADED";
 constexpr const char* PRELOADED_MODULES = "_PRELOAD";
 
 // Functions of the foreign function library whose environments are tables that the interpreter
-// itself goes on using.
+// itself still uses.
 constexpr std::array<const char*, 2> OWNERS_OF_FOREIGN_TABLES{"gc", "metatype"};
 
 void clearRegistryTable(lua_State* state, const char* key)
@@ -57,7 +57,7 @@ void keepForeignTables(lua_State* state)
 
 void clearAllGlobals(const LuaStateSlot& slot, lua_State* state)
 {
-    // Without the collector no finaliser can break this off half-way.
+    // Without the collector no finaliser can interrupt this half-way.
     lua_gc(state, LUA_GCSTOP, 0);
     pushGlobals(slot, state);
     clearTable(state);

@@ -9,7 +9,7 @@
 namespace tbScripts::lua
 {
 
-/// Stack: +1, global `name`. Metamethods of the global table run, so this may raise anything.
+/// Stack: +1, global `name`. May raise anything, because metamethods of the global table run.
 inline void pushGlobal(const LuaStateSlot& slot, lua_State* state, const tbMemory::StringView& name)
 {
     if (state == slot.main)
@@ -25,7 +25,8 @@ inline void pushGlobal(const LuaStateSlot& slot, lua_State* state, const tbMemor
     lua_remove(state, -2);
 }
 
-/// Sets global `name` to what `pushValue(state)` pushes. May raise, as above. Stack: +0.
+/// Sets global `name` to the value that `pushValue(state)` pushes. May raise, for the same reason.
+/// Stack: +0.
 template <typename PushValue>
 void setGlobal(
     const LuaStateSlot& slot,
@@ -49,11 +50,11 @@ void setGlobal(
 
 /// Anchors, if scripts loaded the foreign function library, its tables that the interpreter uses
 /// without keeping them alive. LuaJIT 2.1.0-beta3 reads one of them when the state closes, long
-/// after the library itself was let go (ForeignLibraryTest). Stack: +0.
+/// after the library itself was collected (ForeignLibraryTest). Stack: +0.
 void keepForeignTables(lua_State* state);
 
-/// Sets every global to nil, and empties the tables that keep loaded modules: a module would keep
-/// alive what it refers to. Metamethods do not run. Stack: +0.
+/// Sets every global to nil, and empties the tables of loaded modules, because a module keeps alive
+/// what it refers to. Metamethods do not run. Stack: +0.
 void clearAllGlobals(const LuaStateSlot& slot, lua_State* state);
 
 } // namespace tbScripts::lua

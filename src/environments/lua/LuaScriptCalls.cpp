@@ -29,23 +29,23 @@ LuaCallOutcome outcomeOf(lua_State* state, int status)
     }
 }
 
-// For what was raised outside of the interpreter's own protected call, where it gives no status.
+// For errors outside of the interpreter's own protected call, which then returns no status.
 std::int32_t codeOf(const std::string& errorText)
 {
     return isOutOfMemory(errorText) ? EXECUTION_OUT_OF_MEMORY : EXECUTION_RUNTIME_ERROR;
 }
 
-// Completes the outcome of contained work, which came to its end if `isDone`.
+// Completes the outcome of contained work, which completed if `isDone`.
 void completeOutcome(LuaHostCall& call, bool isDone, LuaCallOutcome& outcome)
 {
     if (!isDone)
         outcome.code = codeOf(outcome.errorText);
-    // By its text: a script may have caught the error and raised it again.
+    // By its message: a script may have caught the error and raised it again.
     if (outcome.code != EXECUTION_SUCCESS && isOutOfMemory(outcome.errorText))
         call.recoverMemory();
 }
 
-// Reads the topmost `count` values into `outputs`. Returns how many fitted.
+// Reads the topmost `count` values into `outputs`. Returns how many of them fit.
 std::size_t readOutputs(
     const LuaCallBridge& bridge,
     int firstIndex,
@@ -69,12 +69,12 @@ LuaCallOutcome LuaScriptCalls::runChunk(
     const bool isDone = call.run(
         [&](lua_State* state)
         {
-            // A failed load leaves its message, and calling a text is the error that is reported.
+            // A failed load leaves its message on the stack, and the call of that string fails.
             m_chunks.pushFunction(state, bytecode, chunkName.c_str());
             if (lua_isfunction(state, -1))
             {
-                // That of the main thread: a coroutine may have a global table of its own, which is
-                // not the script's.
+                // The main thread's: a coroutine may have another global table, which is not the
+                // script's.
                 pushGlobals(*m_handle.getSlot(), state);
                 lua_setfenv(state, -2);
             }

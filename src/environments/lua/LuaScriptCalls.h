@@ -24,13 +24,14 @@ namespace tbScripts::lua
 struct LuaCallOutcome
 {
     std::int32_t code = EXECUTION_SUCCESS;
-    std::string errorText; // what the interpreter says, empty on success
+    std::string errorText; // the interpreter's message, empty on success
 };
 
-/// Runs chunks and calls functions in one state, and remembers what makes the next time faster.
+/// Runs chunks and calls functions in one state, and caches what makes the next run faster.
 ///
-/// A call that runs out of memory collects garbage before it returns: what took the memory is
-/// garbage by then, and without the collection the interpreter would refuse every further request.
+/// A call that runs out of memory collects garbage before it returns: the values that took the
+/// memory are garbage by then, and without the collection the interpreter would refuse every
+/// further request.
 class LuaScriptCalls
 {
 public:
@@ -40,15 +41,15 @@ public:
     {
     }
 
-    /// Loads `bytecode` as a chunk of that name, unless it is cached, and runs it. Its results are
-    /// dropped.
+    /// Loads `bytecode` as a chunk of that name, unless it is cached, and runs it. Drops its
+    /// results.
     LuaCallOutcome
     runChunk(LuaHostCall& call, const LuaBytecode& bytecode, const tbMemory::String& chunkName);
 
     /// Calls `function` with `inputs` and reads its results into `outputs`.
     ///
     /// `mismatch` becomes the index of the first output whose result is of another kind, if there
-    /// is one; that output and all later ones stay as they were.
+    /// is one; that output and all later ones stay unchanged.
     LuaCallOutcome callFunction(
         LuaHostCall& call,
         const ScriptObjectReference& function,

@@ -5,16 +5,16 @@
 namespace tbCommon
 {
 
-/// Base of a class of which the process needs one registered instance, made on first use.
+/// Base of a class of which the process needs one registered instance, created on first use.
 ///
 /// `T` derives from `SingletonClass<T>`, keeps its constructor private and befriends this template.
 /// Further objects of `T`, copies for example, may exist; they are not the registered instance, but
-/// the end of any of them unregisters whatever is registered.
+/// the destruction of any of them unregisters the registered instance.
 ///
 /// A shared library that owns `T` declares
 /// `extern template class <its export macro> tbCommon::SingletonClass<T>;` before `T` and puts
 /// `template class tbCommon::SingletonClass<T>;` in one source. The process then has one instance;
-/// without it, the library and its users would each have their own.
+/// without these, the library and its users would each have their own instance.
 ///
 /// Creation and `kill` take no lock.
 template <typename T>
@@ -27,9 +27,9 @@ public:
     /// Does nothing, for the same reason.
     SingletonClass& operator=(const SingletonClass&) noexcept { return *this; }
 
-    /// Returns the registered instance, which is created if there is none.
+    /// Returns the registered instance, and creates it if there is none.
     ///
-    /// Valid until: `kill`, or the end of any object of `T`.
+    /// Valid until: `kill`, or the destruction of any object of `T`.
     static T* getInstance()
     {
         if (s_instance == nullptr)
@@ -37,7 +37,7 @@ public:
         return s_instance;
     }
 
-    /// As `getInstance`, as a reference.
+    /// The same as a reference.
     static T& getInstanceRef() { return *getInstance(); }
 
     /// Returns the registered instance, null if there is none. Creates nothing.
@@ -45,9 +45,9 @@ public:
 
     /// Destroys the registered instance, if there is one, whichever object this is called on.
     ///
-    /// Whoever asks for the instance while the old one is being destroyed gets a new one, which is
-    /// destroyed before this returns. Called during another `kill` of the same class it leaves the
-    /// work to that one.
+    /// A call of `getInstance` during the destruction of the old instance creates a new one, which
+    /// is destroyed before `kill` returns. A nested `kill` of the same class leaves the work to the
+    /// outer one.
     void kill()
     {
         // Nothing of `*this` may be used from here on: it is usually what gets deleted.
@@ -64,8 +64,8 @@ protected:
 
     virtual ~SingletonClass()
     {
-        // During a kill a registered instance is one that was asked for meanwhile. Forgetting it
-        // here would leak it; kill destroys it next.
+        // During a kill a registered instance was created during the kill. Forgetting it
+        // here would leak it; `kill` destroys it next.
         if (!s_isKilling || _isRegistered())
             s_instance = nullptr;
     }

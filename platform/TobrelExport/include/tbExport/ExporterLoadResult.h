@@ -11,20 +11,21 @@
 namespace tbExport
 {
 
-/// What came of reading a document: a tree, or two texts that say why there is none.
+/// Result of reading a document: a tree, or two strings that say why there is none.
 ///
-/// Ownership: the result owns the tree and destroys it at its end. Moving the result hands the tree
-/// over, at the same address. To keep the tree longer, move the root node out of it.
+/// Ownership: the result owns the tree and destroys it in its destructor. Moving the result
+/// transfers the tree, at the same address. To keep the tree longer, move the root node out of the
+/// result.
 class TBEXPORT_API ExporterLoadResult
 {
 public:
-    /// Makes an empty result: nothing was read and nothing failed.
+    /// Creates an empty result: nothing was read and nothing failed.
     ExporterLoadResult() noexcept;
 
-    /// Makes the result of a document that was read.
+    /// Creates the result of a document that was read.
     explicit ExporterLoadResult(Node root);
 
-    /// Makes the result of a document that could not be read.
+    /// Creates the result of a document that could not be read.
     ExporterLoadResult(tbMemory::String error, tbMemory::String errorContext) noexcept;
 
     ExporterLoadResult(const ExporterLoadResult&) = delete; // a tree has one owner
@@ -38,7 +39,7 @@ public:
 
     /// The root of the tree; null if there is none.
     ///
-    /// Valid until: the result is assigned to or dies. A move of the result does not end it.
+    /// Valid until: the result is assigned to or destroyed. A move of the result keeps it valid.
     Node* getRoot() noexcept;
     const Node* getRoot() const noexcept;
 
@@ -47,12 +48,12 @@ public:
 
     /// What is wrong and where, such as "line 3, column 14: syntax error"; empty without failure.
     ///
-    /// Valid until: the result is assigned to, moved or dies.
+    /// Valid until: the result is assigned to, moved or destroyed.
     tbMemory::StringView getError() const noexcept;
 
     /// The line around that place; empty without failure.
     ///
-    /// Valid until: as above.
+    /// Valid until: the same.
     tbMemory::StringView getErrorContext() const noexcept;
 
 private:

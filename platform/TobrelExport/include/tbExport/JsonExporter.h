@@ -30,21 +30,21 @@ public:
     /// too large for a double is an error, and so is an exponent of more than 2147483647; a number
     /// too small for a double is zero.
     ///
-    /// On failure: a result without root whose first text has line and column, both counted from 1,
-    /// such as "line 3, column 14: syntax error". A line ends with a line feed; columns count
-    /// characters. The second text is a piece of that line of at most 60 bytes, control
+    /// On failure: a result without root whose first string has line and column, both counted from
+    /// 1, such as "line 3, column 14: syntax error". A line ends with a line feed; columns count
+    /// characters. The second string is a piece of that line of at most 60 bytes, control
     /// characters shown as blanks, with ">>>" where reading stopped and "..." where it was cut.
     static ExporterLoadResult importIntoTree(tbMemory::StringView text);
 
     /// Prints a tree of any depth, indented by two blanks for each of the first 32 levels, with a
     /// line feed at the end. Only what JSON requires is escaped.
     ///
-    /// On failure: an empty text, if `tree` is null.
+    /// On failure: an empty string, if `tree` is null.
     static tbMemory::String exportTreeIntoString(const Node* tree);
 
     /// Prints what `object` writes into a fresh object node.
     ///
-    /// On failure: an empty text, if `object` is null.
+    /// On failure: an empty string, if `object` is null.
     static tbMemory::String exportObjectIntoString(Exportable* object);
 };
 

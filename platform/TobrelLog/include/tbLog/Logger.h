@@ -5,7 +5,7 @@
 namespace tbLog
 {
 
-/// A host's place for messages.
+/// Interface through which a host receives messages.
 ///
 /// The order of the virtual operations is part of the interface: first the destructor, then `log`.
 class Logger
@@ -15,7 +15,7 @@ public:
 
     /// Records `message`, which the component named by `source` reports.
     ///
-    /// Valid until: both views end with the call; keep copies.
+    /// Valid until: the call returns, for both views; keep copies.
     virtual void log(const StringView& message, const StringView& source) = 0;
 
 protected:

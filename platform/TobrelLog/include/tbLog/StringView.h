@@ -6,7 +6,7 @@
 namespace tbLog
 {
 
-/// Borrowed bytes of a text, as a `Logger` gets them.
+/// Borrowed bytes of a string, as a `Logger` receives them.
 ///
 /// A type of its own, so that a logger depends on no other library of the family. The bytes need
 /// not end with a zero.
@@ -18,7 +18,7 @@ public:
     /// Makes a view of nothing.
     constexpr StringView() noexcept = default;
 
-    /// Views `size` bytes at `data`; a null pointer gives a view of nothing, whatever the size.
+    /// Views `size` bytes at `data`; a null pointer becomes an empty view, whatever the size.
     constexpr StringView(const char* data, std::size_t size) noexcept
         : m_data(data)
         , m_size(data == nullptr ? 0 : size)

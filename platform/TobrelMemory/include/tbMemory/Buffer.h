@@ -20,7 +20,7 @@ public:
     /// Makes an empty buffer, whose `data` is null.
     Buffer() noexcept = default;
 
-    /// Copies `size` bytes at `data`; a null pointer gives an empty buffer.
+    /// Copies `size` bytes at `data`; a null pointer becomes an empty buffer.
     Buffer(const void* data, std::size_t size) { append(data, size); }
 
     Buffer(const Buffer&) = default;
@@ -43,7 +43,7 @@ public:
 
     ~Buffer() = default;
 
-    /// Valid until: the size changes or the buffer dies.
+    /// Valid until: the size changes or the buffer is destroyed.
     unsigned char* data() noexcept { return m_bytes.data(); }
 
     const unsigned char* data() const noexcept { return m_bytes.data(); }

@@ -59,7 +59,8 @@ public:
 
     const T& operator[](std::size_t index) const noexcept { return m_elements[index]; }
 
-    /// Valid until: the size changes or the buffer dies; so are the iterators and views.
+    /// Valid until: the size changes or the buffer is destroyed; the same holds for iterators and
+    /// views.
     T* data() noexcept { return m_elements.data(); }
 
     const T* data() const noexcept { return m_elements.data(); }

@@ -14,12 +14,12 @@ namespace tbMemory
 /// Borrowed run of elements: an address and a count, nothing owned.
 ///
 /// Constness is deep: through a const view the elements are const, through another they can be
-/// changed. A view can be made from const elements all the same; such a view is to be used as a
+/// changed. A view can still be created from const elements; such a view is to be used as a
 /// const one (`const BufferView<T>&` as a parameter, `const BufferView<T>` as a variable).
 ///
-/// Valid until: the elements' owner reallocates or dies. A view of a braced list lives as long as
-/// the full expression that the list stands in. As with every list constructor, braces around a
-/// pointer and a count make a list where `T` can be made from both; parentheses never do.
+/// Valid until: the elements' owner reallocates or is destroyed. A view of a braced list lives as
+/// long as the full expression that the list stands in. As with every list constructor, braces
+/// around a pointer and a count make a list where `T` can be made from both; parentheses never do.
 template <typename T>
 class BufferView
 {
@@ -30,10 +30,10 @@ public:
     using iterator = T*;
     using const_iterator = const T*;
 
-    /// Makes a null view of no elements.
+    /// Creates a null view of no elements.
     constexpr BufferView() noexcept = default;
 
-    /// Views `size` elements at `data`; a null pointer gives a null view, whatever the size.
+    /// Views `size` elements at `data`; a null pointer becomes a null view, whatever the size.
     constexpr BufferView(T* data, std::size_t size) noexcept
         : m_data(data)
         , m_size(data == nullptr ? 0 : size)

@@ -12,14 +12,14 @@
 namespace tbMemory
 {
 
-/// Owned text of any bytes, with a zero behind the last one.
+/// Owned string of any bytes, with a zero behind the last one.
 class String
 {
 public:
-    /// Makes an empty text.
+    /// Creates an empty string.
     String() noexcept = default;
 
-    /// Copies `text` up to its terminating zero; a null pointer gives an empty text.
+    /// Copies `text` up to its terminating zero; a null pointer becomes an empty string.
     String(const char* text)
         : String(StringView(text))
     {
@@ -30,7 +30,7 @@ public:
     {
     }
 
-    /// Copies `size` bytes at `data`; a null pointer gives an empty text.
+    /// Copies `size` bytes at `data`; a null pointer becomes an empty string.
     String(const char* data, std::size_t size)
         : String(StringView(data, size))
     {
@@ -47,9 +47,9 @@ public:
     String& operator=(String&&) noexcept = default;
     ~String() = default;
 
-    /// Takes over the bytes of anything that a `StringView` can be made from.
+    /// Copies the bytes of anything that converts to a `StringView`.
     ///
-    /// Allocates only if they exceed the capacity. They may be bytes of this text.
+    /// Allocates only if they exceed the capacity. They may be bytes of this string.
     template <
         typename Text,
         typename = std::enable_if_t<
@@ -64,7 +64,7 @@ public:
         return *this;
     }
 
-    /// Adds the bytes of `text`, which may be bytes of this text.
+    /// Adds the bytes of `text`, which may be bytes of this string.
     String& append(StringView text)
     {
         if (!text.empty())
@@ -77,8 +77,8 @@ public:
     /// Removes all bytes and keeps the capacity.
     void clear() noexcept { m_text.clear(); }
 
-    /// Valid until: the text changes or dies; so are `data` and views of it.
-    // NOLINTNEXTLINE(readability-identifier-naming): the name that every C++ text has for this
+    /// Valid until: the string is changed or destroyed; the same holds for `data` and views.
+    // NOLINTNEXTLINE(readability-identifier-naming): the usual C++ name
     const char* c_str() const noexcept { return m_text.c_str(); }
 
     const char* data() const noexcept { return m_text.data(); }
@@ -87,7 +87,7 @@ public:
 
     bool empty() const noexcept { return m_text.empty(); }
 
-    /// The view is never null, also that of an empty text.
+    /// The view is never null, also that of an empty string.
     operator StringView() const noexcept { return {m_text.data(), m_text.size()}; }
 
     operator std::string_view() const noexcept { return m_text; }
@@ -96,7 +96,7 @@ private:
     std::string m_text;
 };
 
-/// Joins two texts of which at least one is a `StringView` or a `String`.
+/// Joins two strings of which at least one is a `StringView` or a `String`.
 template <typename Left, typename Right>
 detail::ForTexts<Left, Right, String> operator+(const Left& left, const Right& right)
 {
@@ -108,7 +108,7 @@ detail::ForTexts<Left, Right, String> operator+(const Left& left, const Right& r
     return joined;
 }
 
-/// As above, in the storage of `left`: a chain of `+` is one growing text.
+/// As above, in the storage of `left`: a chain of `+` is one growing string.
 template <typename Right>
 detail::ForTexts<String, Right, String> operator+(String&& left, const Right& right)
 {

@@ -12,25 +12,26 @@ namespace tbMemory
 
 class String;
 
-/// Borrowed bytes of a text: an address and a length, nothing owned.
+/// Borrowed bytes of a string: an address and a length, nothing owned.
 ///
 /// The bytes need not end with a zero and may contain zeros. A null view (no address) compares
 /// equal to an empty one; `isNull` tells them apart.
 ///
-/// Valid until: the bytes' owner changes or dies. A view of a temporary dies with the temporary.
+/// Valid until: the bytes' owner is changed or destroyed, for a temporary at the end of the
+/// expression.
 class StringView
 {
 public:
-    /// Makes a null view.
+    /// Creates a null view.
     constexpr StringView() noexcept = default;
 
-    /// Views `text` up to its terminating zero; a null pointer gives a null view.
+    /// Views `text` up to its terminating zero; a null pointer becomes a null view.
     constexpr StringView(const char* text) noexcept
         : StringView(text, text == nullptr ? 0 : std::char_traits<char>::length(text))
     {
     }
 
-    /// Views `size` bytes at `data`; a null pointer gives a null view, whatever the size.
+    /// Views `size` bytes at `data`; a null pointer becomes a null view, whatever the size.
     constexpr StringView(const char* data, std::size_t size) noexcept
         : m_data(data)
         , m_size(data == nullptr ? 0 : size)
@@ -42,7 +43,7 @@ public:
     {
     }
 
-    // Deduced, so that nothing is converted on the way in: a `String` has two ways to get here.
+    // Deduced, so that nothing is converted: a `String` has two ways to get here.
     template <typename Text, typename = std::enable_if_t<std::is_same_v<Text, std::string_view>>>
     constexpr StringView(Text text) noexcept
         : StringView(text.data(), text.size())
@@ -84,7 +85,7 @@ inline constexpr bool isEitherFamilyText = isFamilyText<Left> || isFamilyText<Ri
 template <typename Text>
 inline constexpr bool isAnyText = std::is_convertible_v<const Text&, StringView>;
 
-/// Admits an operator for two texts of which at least one is a `StringView` or a `String`.
+/// Admits an operator for two strings of which at least one is a `StringView` or a `String`.
 ///
 /// Each side is deduced, so both match exactly. With fixed parameter types the standard view's own
 /// operators, which convert the other side, would be as good a match.
@@ -99,7 +100,7 @@ constexpr int compareBytes(StringView left, StringView right) noexcept
 
 } // namespace detail
 
-// Comparisons go byte by byte, as unsigned values; a text that is a prefix of another is less.
+// Comparisons go byte by byte, as unsigned values; a string that is a prefix of another is less.
 
 template <typename Left, typename Right>
 constexpr detail::ForTexts<Left, Right, bool>
@@ -122,7 +123,7 @@ operator<(const Left& left, const Right& right) noexcept
     return detail::compareBytes(left, right) < 0;
 }
 
-/// Writes the bytes as they are. A `String` comes here too.
+/// Writes the bytes as they are. Serves `String` too.
 template <typename Traits>
 std::basic_ostream<char, Traits>&
 operator<<(std::basic_ostream<char, Traits>& stream, const StringView& text)
@@ -135,7 +136,7 @@ operator<<(std::basic_ostream<char, Traits>& stream, const StringView& text)
 namespace std
 {
 
-/// Equal texts have equal hashes, whether viewed or owned.
+/// Equal strings have equal hashes, whether viewed or owned.
 template <>
 struct hash<tbMemory::StringView>
 {

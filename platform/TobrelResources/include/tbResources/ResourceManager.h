@@ -19,11 +19,11 @@ extern template class TBRESOURCES_API tbCommon::SingletonClass<tbResources::Reso
 namespace tbResources
 {
 
-/// Where a program's files are, and their bytes. Reached through `getInstance`.
+/// Finds and reads the files of a program. Reached through `getInstance`.
 class TBRESOURCES_API ResourceManager : public tbCommon::SingletonClass<ResourceManager>
 {
 public:
-    // A second manager could only disagree with the first about where files are.
+    // A second manager could only find other files than the first.
     ResourceManager(const ResourceManager&) = delete;
     ResourceManager& operator=(const ResourceManager&) = delete;
 
@@ -36,7 +36,8 @@ public:
     /// An absolute path as it is; another joined to the working path, with one "/" between them.
     tbMemory::String getAbsoluteFromWorkingDir(tbMemory::StringView path) const;
 
-    /// Reads a whole regular file, links to one included. The path is taken as the system takes it.
+    /// Reads a whole regular file, links to one included. The path has the meaning that the system
+    /// gives it.
     ///
     /// On failure: an empty buffer, for a path that is missing, unreadable, a directory, a FIFO, a
     /// device or cut by a zero byte.

@@ -15,22 +15,24 @@ namespace tbScripts::lua
 namespace
 {
 
-constexpr int SLOTS_PER_TABLE = 2; // the table and the key that is read
-constexpr int SLOTS_FOR_WORK = 12; // less than the interpreter has in any case
+constexpr int SLOTS_PER_TABLE = 2; // the table and the key that is being read
+constexpr int SLOTS_FOR_WORK = 12; // fewer than the interpreter guarantees
 constexpr int COMFORTABLE_SLOTS =
     static_cast<int>(LuaValueReader::RESIDENT_DEPTH) * SLOTS_PER_TABLE + LuaRecentKeys::CAPACITY +
-    2 * LuaStringsAhead::CAPACITY + SLOTS_FOR_WORK; // those texts stand there twice meanwhile
+    2 * LuaStringsAhead::CAPACITY +
+    SLOTS_FOR_WORK; // those strings are on the stack twice for a time
 
-// More would waste more where tables beside each other differ than it saves where they are alike.
+// A larger value wastes more memory for neighbouring tables that differ than it saves for equal
+// ones.
 constexpr int MAX_EXPECTED_FIELDS = 16;
 
-// Looking ahead costs a tenth where the texts are in the processor's caches, as those of small
+// Looking ahead costs a tenth if the strings are in the processor's caches, as those of small
 // values mostly are.
 constexpr std::size_t LEAST_SIZE_TO_LOOK_AHEAD = std::size_t{256} * 1024;
 
 constexpr const char* CHUNK_NAME = "Deserialization";
 
-// Gives all of the view `bytes` at once, and nothing when asked again.
+// Returns the whole view `bytes` at the first call, and nothing at the second.
 const char* readChunk(lua_State* /*state*/, void* bytes, std::size_t* size)
 {
     const tbMemory::StringView chunk =
@@ -39,7 +41,7 @@ const char* readChunk(lua_State* /*state*/, void* bytes, std::size_t* size)
     return chunk.data();
 }
 
-// Returns what a whole buffer with this tag has at least; 0 for tags that no buffer begins with.
+// Returns the smallest size of a whole buffer with this tag; 0 for tags that no buffer begins with.
 std::size_t leastSize(unsigned char tag)
 {
     switch (tag)
@@ -76,7 +78,7 @@ LuaValueReader::LuaValueReader(
 {
 }
 
-// Kept: truth values, numbers and texts are script objects too.
+// Compatibility: booleans, numbers and strings are script objects too (decision 0026).
 FUNCTION_PARAMETER_TYPE LuaValueReader::getType() const
 {
     return _isFunction() ? PARAM_TYPE_SCRIPT_FUNCTION : PARAM_TYPE_SCRIPT_OBJECT;
@@ -119,7 +121,7 @@ bool LuaValueReader::_isFunction() const
     return m_size > 0 && *m_data == TAG_FUNCTION;
 }
 
-// Stack: +1, the function, or the interpreter's message if these bytes are none.
+// Stack: +1, the function, or the interpreter's message if the bytes are no function.
 bool LuaValueReader::_pushFunction(lua_State* state)
 {
     tbMemory::StringView chunk(reinterpret_cast<const char*>(m_data + 1), m_size - 1);
@@ -129,21 +131,21 @@ bool LuaValueReader::_pushFunction(lua_State* state)
         return false;
     if (state != m_slot.main)
     {
-        // A coroutine may have a global table of its own; what the host reads is the main thread's.
+        // A coroutine may have another global table; the host's functions use the main thread's.
         pushGlobals(m_slot, state);
         lua_setfenv(state, -2);
     }
     return true;
 }
 
-// Stack: +2; the recent keys and the texts ahead if there is room.
+// Stack: +2; the recent keys and the strings ahead if there is room.
 void LuaValueReader::_prepareSideTables(lua_State* state)
 {
     lua_createtable(state, 0, 0);
     lua_createtable(state, 0, 0);
     m_ownersIndex = lua_gettop(state);
     m_savedIndex = m_ownersIndex - 1;
-    // Inside of a call with thousands of arguments there is none.
+    // A call with thousands of arguments leaves no room.
     if (!lua_checkstack(state, COMFORTABLE_SLOTS))
         return;
     m_residentDepth = RESIDENT_DEPTH;
@@ -152,8 +154,8 @@ void LuaValueReader::_prepareSideTables(lua_State* state)
         m_stringsAhead.reserve(state);
 }
 
-// Reads the table at the position and those in it. Returns false if it never ends or makes no
-// sense. Stack: +1, the table.
+// Reads the table at the position and the tables in it. Returns false if its end is missing or it
+// is malformed. Stack: +1, the table.
 bool LuaValueReader::_readTables(lua_State* state)
 {
     _openTable(state);
@@ -165,7 +167,7 @@ bool LuaValueReader::_readTables(lua_State* state)
     return true;
 }
 
-// Reads one record of a table. Returns false if it makes the buffer unreadable.
+// Reads one record of a table. Returns false if the record makes the buffer unreadable.
 bool LuaValueReader::_readRecord(lua_State* state, unsigned char tag)
 {
     switch (tag)
@@ -229,7 +231,7 @@ void LuaValueReader::_readTextKey(lua_State* state)
     ++m_fields.textKeys;
 }
 
-// Forgets a key that got no value. Stack: less the key, if there is one.
+// Drops a key that has no value. Stack: less the key, if there is one.
 void LuaValueReader::_dropKey(lua_State* state)
 {
     if (m_key == KEY::ON_STACK)
@@ -247,7 +249,8 @@ void LuaValueReader::_setPair(lua_State* state)
     m_key = KEY::NONE;
 }
 
-// Begins the table at the position. Stack: +1, the new table; less what is kept elsewhere.
+// Begins the table at the position. Stack: +1, the new table; less the table around it, if that is
+// saved elsewhere.
 void LuaValueReader::_openTable(lua_State* state)
 {
     if (m_depth < m_residentDepth)
@@ -293,7 +296,8 @@ void LuaValueReader::_closeTable(lua_State* state)
     }
 }
 
-// Sets the new table on top of the stack in the one around it, and keeps that for `_closeTable`.
+// Sets the new table on top of the stack in the table around it, and saves the latter for
+// `_closeTable`.
 // Stack: only the new table, of those two and the key.
 void LuaValueReader::_saveTableAround(lua_State* state)
 {
@@ -308,7 +312,7 @@ int LuaValueReader::_savedSlot() const
     return static_cast<int>(m_depth - m_residentDepth) + 1;
 }
 
-// Reads the value at the position, which is no table. Returns false if it is not there as a whole.
+// Reads the value at the position, which is no table. Returns false if it is incomplete.
 // Stack: +1, the value.
 bool LuaValueReader::_pushValue(lua_State* state, unsigned char tag)
 {
@@ -323,7 +327,7 @@ bool LuaValueReader::_pushValue(lua_State* state, unsigned char tag)
     case TAG_NUMBER:
         if (!_has(NUMBER_SIZE))
             return false;
-        // A pattern of bits that is not a number is never let in as it is: it could be a pointer.
+        // A NaN is never stored with its own bits, which the interpreter could take for a pointer.
         lua_pushnumber(state, loadNumber(m_data + m_position + NUMBER_OFFSET));
         m_position += NUMBER_SIZE;
         return true;
@@ -336,7 +340,7 @@ bool LuaValueReader::_pushValue(lua_State* state, unsigned char tag)
     }
 }
 
-// Stack: +1, the text of the record at the position. Returns the size of the record.
+// Stack: +1, the string of the record at the position. Returns the size of the record.
 std::size_t LuaValueReader::_pushText(lua_State* state)
 {
     const tbMemory::StringView text = _textAt(TEXT_OFFSET);
@@ -346,9 +350,10 @@ std::size_t LuaValueReader::_pushText(lua_State* state)
 
 // Stack: +1, the instance of the record at the position. Returns the size of the record.
 //
-// Kept: byte 2 is not looked at, and the pointer of an instance without type is not read where it
-// was written. Only a type whose name is the empty text is told from none by byte 2, or it would
-// get such a pointer.
+// Compatibility: for an untyped instance the writer stores the pointer at offset 4, the reader
+// reads it at offset 8 (docs/script-value-bytes.md#reading, decision 0014). Byte 2 counts only for
+// an empty type name: it separates a type with that name from no type, which must not get such a
+// pointer.
 std::size_t LuaValueReader::_pushInstance(lua_State* state)
 {
     const unsigned char* const record = m_data + m_position;
@@ -373,8 +378,8 @@ std::size_t LuaValueReader::_pushInstance(lua_State* state)
     return isUntyped ? UNTYPED_INSTANCE_SIZE : instanceRecordSize(typeName.size());
 }
 
-// Returns the text that begins that many bytes after the position. It ends with the first zero, or
-// with the buffer.
+// Returns the string that begins that many bytes after the position. It ends with its first zero,
+// or with the buffer.
 tbMemory::StringView LuaValueReader::_textAt(std::size_t offset) const
 {
     return textIn(m_data, m_size, m_position + offset);
