@@ -59,7 +59,8 @@ public:
     /// A regular file is replaced as a whole or not at all: if the disk is full or the process is
     /// killed during the call, the old file stays. Links are followed and permissions preserved.
     /// Devices, pipes, and files that cannot be replaced in their folder are written in place.
-    /// On failure: a file that cannot be opened is logged (tag "ContentLoader").
+    /// On failure: a file that cannot be opened is logged (tag "ContentLoader"). If `path` is
+    /// absolute and differs from the path that was tried, a second message has the latter.
     /// Compatibility: a failure while writing is not reported (decision 0014).
     static bool outputData(const tbMemory::StringView& data, const tbMemory::StringView& path);
 

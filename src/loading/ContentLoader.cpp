@@ -57,6 +57,18 @@ void logParseError(const tbExport::ExporterLoadResult& parsed)
     log("", LOG_SOURCE_SEPARATOR);
 }
 
+// `path` is the one that the host gave, `tried` follows from it.
+void logNotOpened(const tbMemory::StringView& path, const tbMemory::String& tried)
+{
+    // Only an absolute path looks as if it were the one that was tried.
+    const bool isMisleading = std::filesystem::path(std::string_view(path)).has_root_directory() &&
+                              std::string_view(path) != std::string_view(tried);
+    LogManager::getInstance()->log(messages::fileNotOpened(path), LOG_SOURCE_CONTENT_LOADER);
+    if (isMisleading)
+        LogManager::getInstance()->log(
+            messages::pathTriedForSaving(tried), LOG_SOURCE_CONTENT_LOADER);
+}
+
 ContentLoadResult<Script> failure(const char* error)
 {
     ContentLoadResult<Script> result;
@@ -117,7 +129,7 @@ bool ContentLoader::outputData(const tbMemory::StringView& data, const tbMemory:
         tbResources::ResourceManager::getInstanceRef().getWorkingPath() + path;
     if (replaceFile(fullPath, data))
         return true;
-    LogManager::getInstance()->log(messages::fileNotOpened(path), LOG_SOURCE_CONTENT_LOADER);
+    logNotOpened(path, fullPath);
     return false;
 }
 

@@ -19,6 +19,11 @@ inline tbMemory::String fileNotOpened(const tbMemory::StringView& path)
     return "Error when trying to open file saving : " + tbMemory::String(path);
 }
 
+inline tbMemory::String pathTriedForSaving(const tbMemory::StringView& path)
+{
+    return "The path follows the working path, tried : " + tbMemory::String(path);
+}
+
 constexpr const char* SCRIPT_NOT_PARSED = "Script Declaration import error. Parsing error.";
 constexpr const char* SCRIPT_ROOT_OF_WRONG_KIND =
     "Script Declaration import error. This is not an object nor an array.";

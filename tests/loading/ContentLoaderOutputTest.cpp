@@ -124,6 +124,30 @@ TEST_F(ContentLoaderOutputTest, AbsolutePathFollowsTheWorkingPathToo)
     EXPECT_EQ(m_folder.read("inner/file"), "text");
 }
 
+TEST_F(ContentLoaderOutputTest, AbsolutePathThatCannotBeWrittenIsLoggedWithThePathThatWasTried)
+{
+    const std::string path = m_folder.pathOf("file");
+    const std::string tried = m_folder.pathOf("") + path;
+
+    EXPECT_FALSE(ContentLoader::outputData("text", path));
+
+    EXPECT_THAT(
+        m_log.takeEntries(),
+        ElementsAre(
+            LogEntry{"Error when trying to open file saving : " + path, "ContentLoader"},
+            LogEntry{"The path follows the working path, tried : " + tried, "ContentLoader"}));
+    EXPECT_THAT(m_folder.list(), IsEmpty());
+}
+
+TEST_F(ContentLoaderOutputTest, AbsolutePathThatWasTriedAsItIsIsLoggedOnce)
+{
+    const std::string path = m_folder.pathOf("missing/file");
+
+    EXPECT_FALSE(writeAbsolute("text", path));
+
+    EXPECT_EQ(m_log.takeEntries(), notOpened(path));
+}
+
 TEST_F(ContentLoaderOutputTest, WithoutAWorkingPathThePathIsTheSystems)
 {
     EXPECT_TRUE(writeAbsolute("text", m_folder.pathOf("file")));
