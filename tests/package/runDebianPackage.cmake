@@ -34,6 +34,14 @@ if(NOT contents MATCHES "drwxr-xr-x root/root [^\n]* \\./usr/bin/\n")
     message(FATAL_ERROR "The package's folders are not those of a system:\n${contents}")
 endif()
 
+# Other packages that link the library depend on this very build of it, by its name at run time.
+run(dpkg-deb --control ${package} ${scratch}/control)
+file(STRINGS ${scratch}/control/shlibs shlibs REGEX "^libTobrelScripts ")
+string(REGEX MATCH "^(0\\.[0-9]+|[1-9][0-9]*)" runtimeVersion ${version})
+if(NOT shlibs STREQUAL "libTobrelScripts ${runtimeVersion} tobrelscripts (= ${version})")
+    message(FATAL_ERROR "The package says of the library: '${shlibs}'")
+endif()
+
 set(root "${scratch}/unpacked  here")
 run(dpkg-deb -x ${package} ${root})
 foreach(file IN ITEMS
