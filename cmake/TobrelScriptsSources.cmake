@@ -155,6 +155,40 @@ set(TOBREL_SCRIPTS_SOURCES
     src/scripts/lua/LuaScriptStrategy.cpp
     src/scripts/lua/LuaScriptStrategy.h)
 
+# What differs between platforms. Of posix/ and windows/ one is built.
+set(TOBREL_SCRIPTS_PORT
+    src/port/FileAccess.h
+    src/port/FileReading.h
+    src/port/FileReplacing.h
+    src/port/HandledException.h
+    src/port/SignalHold.h
+    src/port/StackEnd.h
+    src/port/TargetFile.h
+    src/port/Terminal.h
+    src/port/ThreadCancellation.h
+    src/port/posix/BrokenPipeShield.cpp
+    src/port/posix/BrokenPipeShield.h
+    src/port/posix/Descriptor.h
+    src/port/posix/FileAccess.cpp
+    src/port/posix/FileReading.cpp
+    src/port/posix/FileReplacing.cpp
+    src/port/posix/HandledException.cpp
+    src/port/posix/SignalHold.cpp
+    src/port/posix/StackEnd.cpp
+    src/port/posix/TargetFile.cpp
+    src/port/posix/Terminal.cpp
+    src/port/posix/Writing.h
+    src/port/windows/FileAccess.cpp
+    src/port/windows/FileReading.cpp
+    src/port/windows/FileReplacing.cpp
+    src/port/windows/Handle.cpp
+    src/port/windows/Handle.h
+    src/port/windows/SignalHold.cpp
+    src/port/windows/StackEnd.cpp
+    src/port/windows/TargetFile.cpp
+    src/port/windows/Terminal.cpp
+    src/port/windows/Windows.h)
+
 # The example host.
 set(TOBREL_SCRIPTS_DEMO
     examples/demo/Arena.cpp

@@ -11,7 +11,7 @@ string(REGEX REPLACE "[][;]" "," output "${output}")
 string(REPLACE "\n" ";" lines "${output}")
 
 set(rtti "^(vtable|typeinfo|typeinfo name|VTT|guard variable|non-virtual thunk) (for|to) ")
-set(inside "^tbScripts::(lua|detail)::")
+set(inside "^tbScripts::(lua|port|detail)::")
 set(own "^tbScripts::|^tbCommon::SingletonClass<tbScripts::")
 
 set(ownCount 0)

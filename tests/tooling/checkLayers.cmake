@@ -1,11 +1,19 @@
-# The folders of src/ depend on each other in one direction, and only lua/ folders know Lua.
+# The folders of src/ depend on each other in one direction, only lua/ folders know Lua, and only
+# src/port knows the platform.
 cmake_minimum_required(VERSION 3.25)
 
-set(mayInclude_core core)
-set(mayInclude_scripts scripts core)
-set(mayInclude_bindings bindings core)
-set(mayInclude_environments environments bindings scripts core)
-set(mayInclude_loading loading scripts core)
+set(mayInclude_core core port)
+set(mayInclude_port port)
+set(mayInclude_scripts scripts core port)
+set(mayInclude_bindings bindings core port)
+set(mayInclude_environments environments bindings scripts core port)
+set(mayInclude_loading loading scripts core port)
+
+# Headers that not every platform has, or whose functions and types differ between platforms.
+set(platformHeaders
+    "^(unistd|fcntl|pthread|signal|dlfcn|poll|spawn|sched|termios|pwd|grp|cxxabi|execinfo)\\.h$"
+    "^(windows|io|process|direct|conio)\\.h$" "^csignal$" "^(sys|mach|linux|netinet)/")
+list(JOIN platformHeaders "|" platformHeaders)
 
 set(problems "")
 
@@ -25,6 +33,10 @@ function(check_include file folder line)
         if(NOT name MATCHES "^Lua[A-Za-z]*(Strategy|Factory)\\.h$")
             set(reason "outside a lua/ folder")
         endif()
+    elseif(included MATCHES "${platformHeaders}" AND NOT file MATCHES "^src/port/")
+        set(reason "only src/port includes headers of a platform")
+    elseif(included MATCHES "^port/(posix|windows)/" AND NOT file MATCHES "^src/port/(posix|windows)/")
+        set(reason "of one platform")
     elseif(included MATCHES "platform/|(^|/)\\.\\./")
         set(reason "a path around the include folders")
     endif()
@@ -64,14 +76,20 @@ foreach(file IN LISTS files)
     endforeach()
 endforeach()
 
-# The command-line tool is a host too.
+# The command-line tool is a host too. It shares what differs between platforms with the library.
 file(GLOB_RECURSE files RELATIVE ${root} ${root}/tools/*.h ${root}/tools/*.cpp)
 foreach(file IN LISTS files)
     file(STRINGS ${root}/${file} lines REGEX "^[ \t]*#[ \t]*include")
     foreach(line IN LISTS lines)
         if(line MATCHES "[<\"/](lua|lualib|lauxlib|luajit)\\.(h|hpp)[>\"]"
-            OR line MATCHES "\"" AND NOT line MATCHES "\"tbscripts/")
+            OR line MATCHES "\"" AND NOT line MATCHES "\"(tbscripts|port)/[A-Za-z]+\\.h\"")
             string(APPEND problems "  ${file}: ${line}\n")
+        elseif(line MATCHES "<([^>]+)>")
+            set(included "${CMAKE_MATCH_1}")
+            if(included MATCHES "${platformHeaders}")
+                string(APPEND problems
+                    "  ${file}: ${included} (only src/port includes headers of a platform)\n")
+            endif()
         endif()
     endforeach()
 endforeach()

@@ -82,6 +82,19 @@ file(WRITE ${tree}/tools/tbscripts/Inside.cpp "#include \"scripts/ScriptStrategy
 expect_failure(checkLayers "tools/tbscripts/Inside.cpp" -D root=${tree})
 
 make_tree(${tree})
+file(WRITE ${tree}/src/port/Upward.h "#include \"core/LogSources.h\"\n")
+file(WRITE ${tree}/src/loading/Posix.cpp "#include <unistd.h>\n")
+file(WRITE ${tree}/src/loading/Windows.cpp "#include \"port/windows/Windows.h\"\n")
+file(WRITE ${tree}/tools/tbscripts/System.cpp "#include <sys/stat.h>\n")
+foreach(complaint IN ITEMS
+        "port may not include core"
+        "src/loading/Posix.cpp: unistd.h .only src/port"
+        "src/loading/Windows.cpp: port/windows/Windows.h"
+        "tools/tbscripts/System.cpp: sys/stat.h .only src/port")
+    expect_failure(checkLayers "${complaint}" -D root=${tree})
+endforeach()
+
+make_tree(${tree})
 file(WRITE ${tree}/src/core/lua/Raise.cpp "int f(lua_State* s) { return lua_error(s); }\n")
 expect_failure(checkRaiseSites "src/core/lua/Raise.cpp" -D root=${tree})
 

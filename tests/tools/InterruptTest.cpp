@@ -1,6 +1,5 @@
+#include "port/SignalHold.h"
 #include "tools/ToolFixture.h"
-
-#include "tbscripts/FileWriting.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -12,6 +11,7 @@ namespace tool::test
 namespace
 {
 
+using tbScripts::port::SignalHold;
 using ::testing::AnyOf;
 using ::testing::ElementsAre;
 using ::testing::Eq;

@@ -1,11 +1,12 @@
 #include "tbscripts/Console.h"
 
+#include "port/Terminal.h"
+
 #include "tbscripts/Escaping.h"
 
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <unistd.h>
 
 namespace tool
 {
@@ -54,7 +55,7 @@ std::string show(std::string_view name)
 
 bool isOutputTerminal()
 {
-    return ::isatty(STDOUT_FILENO) == 1;
+    return tbScripts::port::isOutputTerminal();
 }
 
 std::string count(std::size_t number, std::string_view what)

@@ -2,7 +2,6 @@
 
 #include <tbMemory/StringView.h>
 
-#include <signal.h>
 #include <string>
 
 namespace tbExport
@@ -12,20 +11,6 @@ class Node;
 
 namespace tool
 {
-
-/// Holds back the signals that end the process, Ctrl-C among them, while it lives. They arrive
-/// afterwards: what is written meanwhile is written whole.
-class SignalHold
-{
-public:
-    SignalHold();
-    SignalHold(const SignalHold&) = delete;
-    SignalHold& operator=(const SignalHold&) = delete;
-    ~SignalHold();
-
-private:
-    sigset_t m_before;
-};
 
 /// Replaces the file `path`, whole or not at all, and returns why that failed; empty on success.
 /// Links are not followed. Permissions are kept. For many files: what a crash of the machine must

@@ -1,8 +1,9 @@
 #include "tbscripts/Progress.h"
 
+#include "port/Terminal.h"
+
 #include <cstdio>
 #include <string>
-#include <unistd.h>
 
 namespace tool
 {
@@ -17,7 +18,7 @@ constexpr std::size_t PIECES_BETWEEN_LINES = 50;
 
 Progress::Progress(std::size_t total)
     : m_total(total)
-    , m_isWanted(total >= LEAST_TOTAL && ::isatty(STDERR_FILENO) == 1)
+    , m_isWanted(total >= LEAST_TOTAL && tbScripts::port::isErrorTerminal())
 {
 }
 

@@ -7,14 +7,12 @@
 #include <tbExport/Node.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <filesystem>
 #include <functional>
 #include <map>
-#include <sys/stat.h>
+#include <system_error>
 
 namespace tool
 {
@@ -98,25 +96,36 @@ enum class KIND : std::int32_t
     UNKNOWN
 };
 
-KIND kindOf(const std::string& path)
+// What lies at a path, links not followed. What is below no folder is missing.
+struct Place
 {
-    struct stat status
-    {
-    };
+    KIND kind = KIND::UNKNOWN;
+    std::error_code reason; // if it is unknown
+};
 
-    if (::lstat(path.c_str(), &status) != 0)
-        return errno == ENOENT || errno == ENOTDIR ? KIND::MISSING : KIND::UNKNOWN;
-    if (S_ISDIR(status.st_mode))
-        return KIND::FOLDER;
-    if (S_ISLNK(status.st_mode))
-        return KIND::LINK;
-    return S_ISREG(status.st_mode) ? KIND::FILE : KIND::OTHER;
+Place placeAt(const std::string& path)
+{
+    std::error_code error;
+    switch (std::filesystem::symlink_status(path, error).type())
+    {
+    case std::filesystem::file_type::none:
+        return {KIND::UNKNOWN, error};
+    case std::filesystem::file_type::not_found:
+        return {KIND::MISSING, {}};
+    case std::filesystem::file_type::directory:
+        return {KIND::FOLDER, {}};
+    case std::filesystem::file_type::symlink:
+        return {KIND::LINK, {}};
+    case std::filesystem::file_type::regular:
+        return {KIND::FILE, {}};
+    default:
+        return {KIND::OTHER, {}};
+    }
 }
 
-// `errno` is still that of `kindOf`.
-std::string troubleAsFolder(KIND kind)
+std::string troubleAsFolder(const Place& place)
 {
-    switch (kind)
+    switch (place.kind)
     {
     case KIND::MISSING:
     case KIND::FOLDER:
@@ -127,14 +136,15 @@ std::string troubleAsFolder(KIND kind)
     case KIND::OTHER:
         return "is in the way of a folder";
     case KIND::UNKNOWN:
-        return std::strerror(errno);
+        return place.reason.message();
     }
     return {};
 }
 
 std::string troubleAsFile(const std::string& path, bool mayOverwrite)
 {
-    switch (kindOf(path))
+    const Place place = placeAt(path);
+    switch (place.kind)
     {
     case KIND::MISSING:
         return {};
@@ -147,7 +157,7 @@ std::string troubleAsFile(const std::string& path, bool mayOverwrite)
     case KIND::OTHER:
         return "is not a regular file";
     case KIND::UNKNOWN:
-        return std::strerror(errno);
+        return place.reason.message();
     }
     return {};
 }
@@ -171,12 +181,12 @@ bool isPassable(
         auto folder = seen.find(passed);
         if (folder == seen.end())
         {
-            const std::string place = (root / passed).string();
-            const KIND kind = kindOf(place);
-            if (kind == KIND::MISSING)
+            const std::string whole = (root / passed).string();
+            const Place place = placeAt(whole);
+            if (place.kind == KIND::MISSING)
                 return true;
-            addTrouble(plan, place, troubleAsFolder(kind));
-            folder = seen.emplace(passed, kind).first;
+            addTrouble(plan, whole, troubleAsFolder(place));
+            folder = seen.emplace(passed, place.kind).first;
         }
         if (folder->second != KIND::FOLDER)
             return false;

@@ -4,10 +4,6 @@
 
 #include <exception>
 
-#if defined(__GNUC__)
-    #include <cxxabi.h>
-#endif
-
 namespace tbScripts::lua
 {
 
@@ -38,16 +34,6 @@ void runCarriedWork(ProtectedWork& carried, lua_State* state)
 }
 
 } // namespace
-
-#if defined(__GNUC__)
-__thread void* const* handledException = nullptr;
-
-void findHandledException()
-{
-    // The C++ ABI of these platforms fixes that it is the first word of the exception globals.
-    handledException = reinterpret_cast<void* const*>(abi::__cxa_get_globals());
-}
-#endif
 
 int runProtectedWork(lua_State* state)
 {

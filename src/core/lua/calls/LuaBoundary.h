@@ -18,6 +18,7 @@
 #include "core/ExceptionContainment.h"
 #include "core/lua/LuaApi.h"
 #include "core/lua/LuaStateHandle.h"
+#include "port/HandledException.h"
 
 #include <cassert>
 #include <string>
@@ -50,28 +51,13 @@ bool describeCurrentException(std::string& text);
 /// memory for it. Throws nothing: destructors call this.
 void takeErrorText(lua_State* state, std::string& text);
 
-#if defined(__GNUC__)
-/// Address at which the C++ runtime stores the exception that this thread is handling; null until
-/// `findHandledException` was called. It is found once per thread and read without a call: asking
-/// the runtime each time was a noticeable part of setting a global.
-    #if defined(__GLIBC__) // which reserves static TLS for libraries that are loaded later
-extern __thread void* const* handledException __attribute__((tls_model("initial-exec")));
-    #else
-extern __thread void* const* handledException;
-    #endif
-
-void findHandledException();
-#endif
-
 /// Returns whether only a protected call can contain errors at this point.
 inline bool needsProtectedCall()
 {
-#if defined(TBSCRIPTS_PROTECTED_BOUNDARY) || !defined(__GNUC__)
+#if defined(TBSCRIPTS_PROTECTED_BOUNDARY)
     return true;
 #else
-    if (!handledException)
-        findHandledException();
-    return *handledException != nullptr;
+    return !port::canCatchForeignExceptions();
 #endif
 }
 

@@ -4,15 +4,11 @@
 #include "core/LogSources.h"
 #include "core/lua/LuaTables.h"
 #include "core/lua/calls/LuaCallbackScope.h"
+#include "port/StackEnd.h"
 
 #include "tbScripts/LogManager.h"
 
-#include <cstddef>
 #include <cstdint>
-
-#if defined(__linux__)
-    #include <pthread.h>
-#endif
 
 namespace tbScripts::lua
 {
@@ -22,21 +18,6 @@ namespace
 
 constexpr const char* TEXT_TOO_DEEP = "C stack overflow";
 constexpr const char* TEXT_OF_NO_MEMORY = "not enough memory"; // the interpreter's own
-
-// Where the stack of this thread ends, 0 if nobody knows.
-std::uintptr_t findEndOfStack()
-{
-    void* lowest = nullptr;
-#if defined(__linux__)
-    pthread_attr_t attributes;
-    if (::pthread_getattr_np(::pthread_self(), &attributes) != 0)
-        return 0;
-    std::size_t size = 0;
-    ::pthread_attr_getstack(&attributes, &lowest, &size);
-    ::pthread_attr_destroy(&attributes);
-#endif
-    return reinterpret_cast<std::uintptr_t>(lowest);
-}
 
 } // namespace
 
@@ -63,7 +44,7 @@ bool LuaHostCall::_admitOrExplain(std::string& errorText)
 bool LuaHostCall::_isStackLeft()
 {
     constexpr std::uintptr_t RESERVE = std::uintptr_t{32} * 1024; // the interpreter needs some too
-    thread_local const std::uintptr_t end = findEndOfStack();
+    thread_local const std::uintptr_t end = port::findEndOfStack();
     const char here = 0;
     const auto place = reinterpret_cast<std::uintptr_t>(&here);
     // Below the end it is another stack, which the host has made by itself.
