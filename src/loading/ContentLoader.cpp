@@ -3,6 +3,7 @@
 #include "core/LogSources.h"
 #include "loading/FileReplacement.h"
 #include "loading/LoadingMessages.h"
+#include "port/FileReading.h"
 
 #include "tbScripts/LogManager.h"
 #include "tbScripts/Script.h"
@@ -15,8 +16,8 @@
 #include <tbResources/ResourceManager.h>
 
 #include <filesystem>
-#include <fstream>
 #include <memory>
+#include <string>
 #include <string_view>
 #include <system_error>
 #include <utility>
@@ -29,15 +30,12 @@ namespace
 
 constexpr const char* MEMBER_NAME = "name";
 
-// Asked before it is opened: opening a FIFO would wait for a writer.
-bool canBeRead(const tbMemory::String& path)
+port::FileContent readIfNamed(const tbMemory::String& path)
 {
-    const std::string_view text = path;
-    if (text.find('\0') != std::string_view::npos)
-        return false; // the system would end the path there and find another file
-    const std::filesystem::path file(text);
-    std::error_code error;
-    return std::filesystem::is_regular_file(file, error) && std::ifstream(file).is_open();
+    const std::string_view name = path;
+    if (name.find('\0') != std::string_view::npos) // the system would read another file
+        return {port::READING::FAILED, {}, std::make_error_code(std::errc::invalid_argument)};
+    return port::readFile(std::string(name));
 }
 
 tbMemory::StringView textOf(const tbMemory::Buffer& bytes)
@@ -101,8 +99,13 @@ tbExport::ExporterLoadResult ContentLoader::inputData(const tbMemory::StringView
 {
     const auto& resources = tbResources::ResourceManager::getInstanceRef();
     const tbMemory::String resolved = resources.getAbsoluteFromWorkingDir(path);
-    if (canBeRead(resolved))
-        return inputDataSources(textOf(resources.loadFileIntoMemory(resolved)));
+    const tbMemory::Buffer bytes = resources.loadFileIntoMemory(resolved);
+    if (!bytes.empty())
+        return inputDataSources(textOf(bytes));
+    // Empty or missing: that comes from the same look at the file as the bytes that it has by now.
+    const port::FileContent file = readIfNamed(resolved);
+    if (file.reading == port::READING::DONE)
+        return inputDataSources(tbMemory::StringView(file.bytes.data(), file.bytes.size()));
     LogManager::getInstance()->log(
         messages::declarationFileMissing(resolved), LOG_SOURCE_INPUT_DATA);
     return {};

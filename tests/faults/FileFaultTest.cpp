@@ -138,6 +138,41 @@ TEST_F(FileFaultTest, FolderThatComesAndGoesGivesAWholeFileOrNone)
     vandal.wait();
 }
 
+TEST_F(FileFaultTest, DocumentThatTakesTurnsWithAFifoIsReadOrMissingAndNotWaitedFor)
+{
+    const std::string document = m_folder.pathOf("document");
+    const std::string pipe = m_folder.pathOf("pipe");
+    m_folder.write("document", R"({"a": "1"})");
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    ChildProcess vandal(
+        [&]() -> int
+        {
+            for (;;)
+                ::renameat2(AT_FDCWD, document.c_str(), AT_FDCWD, pipe.c_str(), RENAME_EXCHANGE);
+        });
+
+    ChildProcess reader(
+        [this, &document]
+        {
+            ::alarm(60);
+            const LogEntry missing{
+                "Can't find Object Declaration file " + document, "ContentLoader::inputData"};
+            for (int i = 0; i < 5000; ++i)
+            {
+                const bool isRead = ContentLoader::inputData("document").getRoot() != nullptr;
+                const std::vector<LogEntry> entries = m_log.takeEntries();
+                if (!isRead && entries != std::vector<LogEntry>{missing})
+                    return SAID_FALSE;
+                ContentLoader::inputDataStr("document");
+            }
+            return SAID_TRUE;
+        });
+
+    EXPECT_EQ(reader.wait(), SAID_TRUE);
+    vandal.kill();
+    vandal.wait();
+}
+
 TEST_F(FileFaultTest, FolderOfTheProcessThatWasRemovedTakesNoFile)
 {
     ChildProcess child(

@@ -6,6 +6,7 @@
 #include <tbScripts/ContentLoader.h>
 
 #include <string>
+#include <sys/inotify.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -105,6 +106,23 @@ TEST_F(ContentLoaderFilesTest, FifoWithoutWriterIsMissingAndNotWaitedFor)
     EXPECT_EQ(ContentLoader::inputData("pipe").getRoot(), nullptr);
     EXPECT_EQ(m_log.takeEntries(), missing("pipe"));
     EXPECT_EQ(readText("pipe"), "");
+}
+
+// Between two looks at a path it may come to lead elsewhere.
+TEST_F(ContentLoaderFilesTest, DocumentIsOpenedOnce)
+{
+    m_folder.write("file.json", R"({"a": "1"})");
+    const int watch = ::inotify_init1(IN_NONBLOCK);
+    ASSERT_GE(
+        ::inotify_add_watch(watch, m_folder.pathOf("file.json").c_str(), IN_OPEN | IN_CLOSE), 0);
+
+    EXPECT_THAT(readMembers("file.json"), ElementsAre(Pair("a", "1")));
+
+    constexpr std::size_t OPENED_AND_CLOSED = 2;
+    std::string events(64 * sizeof(inotify_event), '\0');
+    EXPECT_EQ(
+        ::read(watch, events.data(), events.size()), OPENED_AND_CLOSED * sizeof(inotify_event));
+    ::close(watch);
 }
 
 TEST_F(ContentLoaderFilesTest, DeviceIsMissing)

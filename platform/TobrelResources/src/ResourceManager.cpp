@@ -1,9 +1,9 @@
 #include "tbResources/ResourceManager.h"
 
-#include <array>
-#include <cstddef>
+#include "RegularFile.h"
+
 #include <filesystem>
-#include <fstream>
+#include <string>
 #include <string_view>
 #include <system_error>
 
@@ -14,8 +14,6 @@ namespace tbResources
 
 namespace
 {
-
-constexpr std::size_t CHUNK_SIZE = std::size_t{64} * 1024;
 
 std::filesystem::path toPath(tbMemory::StringView text)
 {
@@ -29,12 +27,6 @@ tbMemory::String currentFolder()
     if (error)
         return "./"; // it was removed, or may not be read: relative paths stay relative
     return tbMemory::String(folder.string()) + "/";
-}
-
-bool isRegularFile(const std::filesystem::path& path)
-{
-    std::error_code error;
-    return std::filesystem::is_regular_file(path, error);
 }
 
 } // namespace
@@ -72,21 +64,7 @@ tbMemory::Buffer ResourceManager::loadFileIntoMemory(tbMemory::StringView path) 
     if (std::string_view(path).find('\0') != std::string_view::npos)
         return tbMemory::Buffer();
 
-    // Asked before it is opened: opening a FIFO would wait for a writer.
-    const std::filesystem::path file = toPath(path);
-    if (!isRegularFile(file))
-        return tbMemory::Buffer();
-
-    // Read until the end, not up to a size asked for before: some files report none.
-    std::ifstream stream(file, std::ios::binary);
-    std::array<char, CHUNK_SIZE> chunk;
-    tbMemory::Buffer bytes;
-    while (stream)
-    {
-        stream.read(chunk.data(), chunk.size());
-        bytes.append(chunk.data(), static_cast<std::size_t>(stream.gcount()));
-    }
-    return stream.bad() ? tbMemory::Buffer() : bytes;
+    return readRegularFile(std::string(std::string_view(path)));
 }
 
 } // namespace tbResources
