@@ -130,13 +130,16 @@ class Workbench:
             list(pool.map(lambda s: self.compile(s, self.object_of(folder, s), flags), self._stale(folder, flags)))
 
     def _stale(self, folder, flags):
-        """Returns the sources whose preprocessed text or flags are not those of the objects."""
+        """Returns the sources that, or whose flags, are not those that the objects were made of."""
         folder.mkdir(parents=True, exist_ok=True)
         stale = []
+        digests = {}  # of the files: most are included by many
         for source in self.sources():
             digest = hashlib.sha256(repr(flags).encode())
             for file in sorted(self.dependencies(source)):
-                digest.update(file.read_bytes())
+                if file not in digests:
+                    digests[file] = hashlib.sha256(file.read_bytes()).digest()
+                digest.update(digests[file])
             note = self.object_of(folder, source).with_suffix(".digest")
             if not note.exists() or note.read_text() != digest.hexdigest():
                 stale.append(source)
@@ -187,12 +190,12 @@ def run_suite(suite, library, scratch, processor_seconds, environment=None):
     longer one of the clock on the wall."""
     scratch.mkdir(parents=True, exist_ok=True)
     variables = dict(os.environ, LD_LIBRARY_PATH=str(library), TMPDIR=str(scratch), **(environment or {}))
-    limits = f"ulimit -c 0; ulimit -t {processor_seconds}; ulimit -v {MEMORY_LIMIT >> 10}" + '; exec "$@"'
+    limits = f"ulimit -c 0; ulimit -t {processor_seconds}; ulimit -S -v {MEMORY_LIMIT >> 10}" + '; exec "$@"'
     process = subprocess.Popen(
         ["sh", "-c", limits, "sh", *suite.command], cwd=scratch, env=variables, start_new_session=True,
         stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
     )
-    alarm = threading.Timer(60 + 20 * processor_seconds, _end_group, [process.pid])
+    alarm = threading.Timer(60 + 4 * processor_seconds, _end_group, [process.pid])
     alarm.start()
     _, status, usage = os.wait4(process.pid, 0)
     alarm.cancel()
