@@ -8,9 +8,9 @@ import bisect
 import concurrent.futures
 import json
 import os
-import pathlib
 import re
 import shutil
+import subprocess
 
 import workbench as bench
 
@@ -19,8 +19,7 @@ TIME_LIMIT = 60  # seconds of processor; what takes longer is of no use for a fa
 
 _CALL = re.compile(r"\scall\s.*<__sanitizer_cov_trace_pc")
 _ADDRESS = re.compile(r"^\s*([0-9a-f]+):\t")
-_ROW = re.compile(r"^\S.*?\s+(\d+)\s+(0x[0-9a-f]+)\b")
-_FILE = re.compile(r"^(?:CU: )?(\S.*?):(?:\[\+\+\])?$")
+_ROW = re.compile(r"(?m)^\S.*?\s+\d+\s+(0x[0-9a-f]+)\b")
 
 
 class CoverageMap:
@@ -33,8 +32,8 @@ class CoverageMap:
     def suites_of(self, fault):
         """Returns the suites that may notice a fault, those that reach least of the library first, slow
         ones last. A line without code of its own belongs to the statement before it; constants and the
-        like to everybody who reaches the file."""
-        lines = self._lines.get(fault.file, {})
+        like to everybody who reaches the file, and a file without code to all."""
+        lines = self._lines.get(fault.file) or {0: range(len(self.suites))}
         found = set()
         for line in range(fault.line, max(fault.line - 6, 0), -1):
             if line in lines:
@@ -43,9 +42,6 @@ class CoverageMap:
         if not found:
             found = {suite for reached in lines.values() for suite in reached}
         return [self.suites[i] for i in sorted(found, key=lambda i: (self.suites[i].seconds > 2, self._breadth(i)))]
-
-    def reaches(self, fault):
-        return bool(self.suites_of(fault))
 
     def _breadth(self, suite):
         if not hasattr(self, "_breadths"):
@@ -87,19 +83,20 @@ def _block_begins(library):
 
 def _lines_of_blocks(library, begins, tree):
     """Returns for each block the (file, line) of the code in it."""
+    table = bench.run(["objdump", "--dwarf=decodedline", library])
+    addresses = sorted({int(match, 16) for match in _ROW.findall(table)})
+    # The table names files by their last part only.
+    named = subprocess.run(
+        ["addr2line", "-e", library], input="".join(f"{a:#x}\n" for a in addresses),
+        stdout=subprocess.PIPE, text=True, check=True,
+    )
     lines = {}
-    file = None
-    for row in bench.run(["objdump", "--dwarf=decodedline", library]).splitlines():
-        match = _ROW.match(row)
-        if match:
-            place = bisect.bisect_right(begins, int(match.group(2), 16)) - 1
-            if file and place >= 0:
-                lines.setdefault(begins[place], set()).add((file, int(match.group(1))))
-            continue
-        match = _FILE.match(row)
-        if match:
-            path = os.path.normpath(match.group(1))
-            file = os.path.relpath(path, tree) if path.startswith(str(tree) + "/") else None
+    for address, place in zip(addresses, named.stdout.splitlines()):
+        block = bisect.bisect_right(begins, address) - 1
+        path, _, line = place.split(" ")[0].rpartition(":")
+        path = os.path.normpath(path)
+        if block >= 0 and line.isdigit() and path.startswith(f"{tree}/"):
+            lines.setdefault(begins[block], set()).add((os.path.relpath(path, tree), int(line)))
     return lines
 
 
