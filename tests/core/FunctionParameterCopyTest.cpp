@@ -305,4 +305,15 @@ TEST_F(FunctionParameterSharingTest, SourceMayLiveThroughTheTargetOfAMove)
     EXPECT_EQ(target.getString(), "held by what the target refers to");
 }
 
+TEST(FunctionParameterStringTest, StringAssignedOverAStringReplacesIt)
+{
+    const FunctionParameter source("after");
+    FunctionParameter target("before");
+
+    assign(target, source);
+
+    EXPECT_EQ(target.getString(), "after");
+    EXPECT_EQ(source.getString(), "after");
+}
+
 } // namespace tbScripts::test

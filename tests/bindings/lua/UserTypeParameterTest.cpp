@@ -82,6 +82,26 @@ protected:
     std::vector<std::string> m_names;
 };
 
+// Names are compared in pieces of several bytes.
+TEST_F(UserTypeParameterTest, NamesThatDifferInAnyOneByteAreDifferentTypes)
+{
+    for (std::size_t length = 1; length <= 18; ++length)
+    {
+        const std::string name(length, 'a');
+        declareTake(PARAM_TYPE_USER_TYPE, name.c_str());
+        for (std::size_t place = 0; place < length; ++place)
+        {
+            std::string other = name;
+            other[place] = 'b';
+            setInstance("other", other, &m_player, false);
+            EXPECT_EQ(
+                mismatchOf("take(other)"),
+                "Error l.1 while calling take. Expected " + name + ", got userdata.");
+        }
+    }
+    EXPECT_EQ(m_calls, 0);
+}
+
 namespace
 {
 
