@@ -34,6 +34,8 @@ struct EnvironmentBindings;
 ///
 /// Copies of an environment have a core each. The cores share bindings and interpreter, which the
 /// last of them tears down.
+///
+/// Why: docs/decisions/0019-environment-core.md
 class EnvironmentCore
 {
 public:
