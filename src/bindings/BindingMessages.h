@@ -3,7 +3,7 @@
 #include <tbMemory/String.h>
 #include <tbMemory/StringView.h>
 
-// The texts of host bindings. docs/messages.md lists them with their causes.
+// The messages of host bindings. docs/messages.md lists them with their causes.
 namespace tbScripts::messages
 {
 

@@ -13,8 +13,8 @@
 namespace tbScripts
 {
 
-/// What every declared callable has beside itself: its name, its declared parameters, and a set of
-/// parameters for each call of it that runs.
+/// The declaration of a callable: its name, its declared parameters, and a set of parameters for
+/// each running call.
 ///
 /// Invariant: while a call runs, only that call and the calls inside it touch the definition.
 class CallDeclaration
@@ -29,7 +29,7 @@ public:
 
     const std::shared_ptr<const tbMemory::String>& getSharedName() const { return m_name; }
 
-    /// Those of the outermost call, which fills them in place.
+    /// Returns the parameters of the outermost call, which fills them in place.
     const std::vector<FunctionParameter>& getParameters() const { return m_parameters; }
 
     /// Replaces the declared parameters by copies of `parameters`. Requires: no call runs.
@@ -44,7 +44,7 @@ public:
         return runningCalls == 0 ? m_parameters : _innerParametersOfNextCall();
     }
 
-    /// Takes over what `other` declares, without the values of its calls. Requires: no call runs.
+    /// Copies the declarations of `other`, without the values of its calls. Requires: no call runs.
     void copyDeclarations(const CallDeclaration& other);
 
     std::uint32_t holders = 1;
@@ -61,8 +61,8 @@ private:
     std::vector<std::unique_ptr<std::vector<FunctionParameter>>> m_innerParameters;
 };
 
-/// What one declaration of a callable of the host consists of. Counted: each call that runs it
-/// holds it, so that whoever declared it may change or drop it meanwhile.
+/// One declaration of a host callable. It is counted: each running call holds the definition, so
+/// that the host may replace or drop the declaration during the call.
 template <typename CallableType>
 struct CallDefinition : CallDeclaration
 {

@@ -68,7 +68,7 @@ void Function::addParameter(FUNCTION_PARAMETER_TYPE type, const tbMemory::String
 
 void Function::setFunction(Callable callable)
 {
-    // Swapped, so that the old callable goes last: its end may run code of the host.
+    // Swapped, so that the old callable is destroyed last: its destructor may run code of the host.
     std::swap(_editDefinition().callable, callable);
 }
 
@@ -94,15 +94,15 @@ FunctionDefinition& Function::_editDefinition()
 
 void Function::_adopt(FunctionDefinition* definition)
 {
-    // None yet while this function is being made.
+    // Null during the construction of this function.
     if (FunctionDefinition* const earlier = std::exchange(m_definition, definition))
         releaseDefinition(earlier);
 }
 
 Function::Callable Function::_defaultCallable() const
 {
-    // Holds the name, not the function: copies of the callable may outlive it, and then report
-    // with the name that it had.
+    // Holds the name, not the function: copies of the callable may outlive the function, and then
+    // report with its last name.
     return [name = m_name](const tbMemory::BufferView<FunctionParameter>&)
     { return reportUnbound(*name); };
 }

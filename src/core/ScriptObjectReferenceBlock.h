@@ -12,8 +12,8 @@
 namespace tbScripts
 {
 
-/// What all handles on one value share. The library's own values live in it, so that a reference is
-/// one piece of memory; those that a host makes are pointed at.
+/// What all handles on one value share (decision 0016). The library's own values live in it, so
+/// that a reference is one piece of memory; those that a host makes are pointed at.
 ///
 /// `useCount` starts again at 1 when a view is assigned, whoever shares the block; `holders` is the
 /// true number, and it alone decides when the block goes.

@@ -10,7 +10,7 @@ namespace tbScripts
 namespace
 {
 
-// For views that are lent and not shared.
+// For views that the caller owns.
 void keepAlive(ScriptObjectInterpreterView*) {}
 
 } // namespace

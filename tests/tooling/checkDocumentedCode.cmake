@@ -2,6 +2,8 @@
 # [shown] and [/shown] of a program in examples/guide, each Lua block and each JSON block of the guide
 # is a whole file there, and each region and file is shown. Each example of a public header is a run
 # of lines of such a program.
+#
+# Why: docs/decisions/0013-documents-show-what-is-built.md
 cmake_minimum_required(VERSION 3.25)
 
 set(separator "\n@@\n")

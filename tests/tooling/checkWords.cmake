@@ -33,7 +33,9 @@ endforeach()
 
 # Checking means naming the words.
 list(FILTER files EXCLUDE REGEX "^docs/decisions/0026|^tests/tooling/checks?(CanFail|Words)")
-list(FILTER files EXCLUDE REGEX "^src/|^include/tbScripts/Environment.h") # not yet rewritten
+# Not yet rewritten.
+list(FILTER files EXCLUDE REGEX
+    "^src/(core/lua/LuaStateHandle|core/ScriptObjectReference.cpp|bindings/lua/values/LuaCallBridge.h)")
 
 set(problems "")
 foreach(file IN LISTS files)

@@ -196,6 +196,17 @@ if(output MATCHES "tests/README.md")
     string(APPEND failures "  checkWords does not know its own marker\n")
 endif()
 
+make_tree(${tree})
+file(WRITE ${tree}/docs/decisions/9998-unnamed.md "# 9998 Unnamed\n\nSee `Version.h`.\n")
+file(APPEND ${tree}/include/tbScripts/Api.h "// Why: docs/decisions/9999-nowhere.md (decision 9997)\n")
+foreach(complaint IN ITEMS
+        "no file names docs/decisions/9998-unnamed.md"
+        "Version.h does not name 9998-unnamed.md"
+        "Api.h names 9999-nowhere.md, which"
+        "Api.h names decision 9997, which")
+    expect_failure(checkDecisions "${complaint}" -D root=${tree})
+endforeach()
+
 if(doxygen)
     set(reference -D root=${tree} -D doxygen=${doxygen} -D scratch=${scratch}/reference)
     set(header ${tree}/include/tbScripts/New.h)

@@ -14,7 +14,7 @@ namespace tbScripts::lua
 template <typename T>
 void resolveDuplicate(T& created, T& existing, const LuaStateHandle& handle)
 {
-    LuaHostCall call(handle, LuaHostCall::ENTRY::UPKEEP); // keeps both to its end
+    LuaHostCall call(handle, LuaHostCall::ENTRY::UPKEEP); // keeps both alive until it ends
     created.uninstall();                                  // removes the name of both
     existing.uninstall();
     existing.install(handle);

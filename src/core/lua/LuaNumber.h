@@ -9,7 +9,8 @@
 namespace tbScripts::lua
 {
 
-/// Returns `number` without its fraction, the nearest `int` if it lies beyond, 0 for NaN.
+/// Returns `number` without its fraction, the nearest `int` for a number beyond the range, 0 for
+/// NaN.
 inline std::int32_t truncateToInt(double number)
 {
     constexpr double LOWEST = std::numeric_limits<std::int32_t>::min();
@@ -21,8 +22,9 @@ inline std::int32_t truncateToInt(double number)
     return std::isnan(number) ? 0 : static_cast<std::int32_t>(number);
 }
 
-/// Returns the low 32 bits of the 64-bit integer that `number` is without its fraction; 0 for
-/// numbers beyond 64 bits and for NaN.
+/// Returns the low 32 bits of `number` as a 64-bit integer without fraction; 0 for numbers beyond
+/// 64 bits and for NaN. Compatibility: parameters are clamped, globals keep the low bits (decision
+/// 0006).
 inline std::int32_t lowBitsToInt(double number)
 {
     constexpr double BEYOND_INT64 = 9223372036854775808.0;

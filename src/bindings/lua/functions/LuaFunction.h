@@ -16,11 +16,12 @@ namespace tbScripts::lua
 
 class LuaFunction;
 
-/// What the script's side of a host function points at: a userdata block of the interpreter, so
-/// that a closure which outlives its function finds out. The name follows the block.
+/// The block of the interpreter to which the closure of a host function points, so that a closure
+/// which outlives its function notices that (docs/decisions/0005-anchors-for-closures.md). The name
+/// follows the block.
 struct LuaFunctionAnchor
 {
-    LuaFunction* function; // null once the function is gone
+    LuaFunction* function; // null after the function was destroyed
     std::size_t nameSize;
 
     tbMemory::StringView getName() const
@@ -34,7 +35,7 @@ struct LuaFunctionAnchor
 class LuaFunction final : public Function
 {
 public:
-    /// Publishes the function as global `name`. `isInstalled` says whether that worked.
+    /// Publishes the function as global `name`. `isInstalled` returns whether that worked.
     LuaFunction(const tbMemory::StringView& name, const LuaStateHandle& handle);
 
     /// Publishes the function as field `name` of `owner`.
@@ -44,15 +45,15 @@ public:
     LuaFunction(const LuaFunction&) = delete;
     LuaFunction& operator=(const LuaFunction&) = delete;
 
-    /// Ends as `uninstall` does.
+    /// Does what `uninstall` does.
     ~LuaFunction() override;
 
-    /// Publishes the function in the state of `handle`, unless it is there already. Returns false,
-    /// after logging why, if that failed.
+    /// Publishes the function in the state of `handle`, unless it is published there already. On
+    /// failure: logs why and returns false.
     bool install(const LuaStateHandle& handle);
 
-    /// Removes the script-visible name, whatever it holds by then. Closures that scripts kept
-    /// raise a script error from here on.
+    /// Removes the script-visible name, even if a script has assigned another value to it. Closures
+    /// that scripts hold raise a script error from here on.
     void uninstall();
 
     /// Returns whether the function is published in an open state.
@@ -67,7 +68,7 @@ private:
 
     LuaStateHandle m_handle;
     LuaOwner m_owner;
-    LuaFunctionAnchor* m_anchor = nullptr; // lives as long as m_anchorKey keeps it
+    LuaFunctionAnchor* m_anchor = nullptr; // exists as long as m_anchorKey keeps it alive
     int m_anchorKey = LUA_NOREF;           // registry slot of the anchor
 };
 

@@ -32,7 +32,7 @@ void warn(const tbMemory::StringView& message)
     LogManager::getInstance()->log(message, LOG_SOURCE_LUA_NAMESPACE);
 }
 
-// Good while a host call is in progress: until it returns nothing is destroyed.
+// Valid during a host call: until the call returns nothing is destroyed.
 template <typename T>
 std::vector<T*> objectsOf(const OwningRegistry<T>& registry)
 {
@@ -43,8 +43,8 @@ std::vector<T*> objectsOf(const OwningRegistry<T>& registry)
     return objects;
 }
 
-// Ends each object, which has left its registry, and destroys it. `handle` is its owner's; it may
-// itself belong to another state, that of a copy of the environment.
+// Uninstalls and destroys each object, which has left its registry. `handle` is the owner's; the
+// object may belong to another state, that of a copy of the environment.
 template <typename T>
 void dropAll(OwningRegistry<T> objects, const LuaStateHandle& handle)
 {
@@ -56,7 +56,7 @@ void dropAll(OwningRegistry<T> objects, const LuaStateHandle& handle)
     }
 }
 
-// The same; what callables captured goes at once, whenever the functions themselves do.
+// The same; the captures of callables are destroyed at once, the functions themselves maybe later.
 // NOLINTNEXTLINE(performance-unnecessary-value-param): takes them
 void dropAll(OwningRegistry<LuaFunction> functions, const LuaStateHandle& handle)
 {
@@ -102,17 +102,19 @@ LuaNamespace::LuaNamespace(
 
 LuaNamespace::~LuaNamespace()
 {
-    contain([this] { uninstall(); }, [] {}); // no memory for one of its steps ends nobody
+    contain(
+        [this] { uninstall(); },
+        [] {}); // a lack of memory for one of the steps must not end the process
 }
 
 bool LuaNamespace::install(const LuaStateHandle& handle)
 {
     if (isInstalled() && m_handle.sharesStateWith(handle))
         return true;
-    LuaHostCall call(handle); // first: leaving another state may run anything
+    LuaHostCall call(handle); // first: leaving another state may run code of scripts and host
     if (call.isRefused())
         return false;
-    _unpublish(); // what is in it stays where it is, until it is declared again
+    _unpublish(); // its declarations stay, until the host declares them again
     m_handle = handle;
 
     NAMED_TABLE before = NAMED_TABLE::FOREIGN;
@@ -125,7 +127,7 @@ bool LuaNamespace::install(const LuaStateHandle& handle)
                 return;
             registerNamespaceTable(slot, state);
             m_isPublished = true;
-            m_owner.publish(slot, state, getName()); // last: this may end the namespace
+            m_owner.publish(slot, state, getName()); // last: this may destroy the namespace
         });
     if (!isDone)
     {
@@ -227,7 +229,8 @@ void LuaNamespace::clear()
 void LuaNamespace::release()
 {
     LuaHostCall call(m_handle, LuaHostCall::ENTRY::UPKEEP);
-    m_isReleased = true; // first: what is declared meanwhile has to go at the end
+    m_isReleased =
+        true; // first: declarations made during the release have to be removed at the end
     if (!isInstalled())
     {
         _releaseWithoutState();
@@ -245,7 +248,7 @@ void LuaNamespace::release()
 
 void LuaNamespace::_releaseWithoutState()
 {
-    // No call of the host keeps this namespace: what ends here may destroy it.
+    // No host call keeps this namespace alive: the destructors that run here may destroy it.
     const LuaStateHandle handle = m_handle;
     OwningRegistry<LuaFunction> functions = std::exchange(m_functions, {});
     OwningRegistry<LuaNamespace> namespaces = std::exchange(m_namespaces, {});
@@ -282,7 +285,8 @@ LuaUserType* LuaNamespace::_declareUserType(const tbMemory::StringView& name)
     if (!type)
         return nullptr;
     type->clear();
-    return findIn(m_userTypes, name); // the end of a callable may have released this namespace
+    return findIn(
+        m_userTypes, name); // the destructor of a callable may have released this namespace
 }
 
 LuaFunction* LuaNamespace::_declareFunction(const tbMemory::StringView& name)
@@ -299,7 +303,8 @@ LuaFunction* LuaNamespace::_declareFunction(const tbMemory::StringView& name)
     if (!function)
         return nullptr;
     function->reset();
-    return findIn(m_functions, name); // the end of a callable may have released this namespace
+    return findIn(
+        m_functions, name); // the destructor of a callable may have released this namespace
 }
 
 bool LuaNamespace::_beginChange(const LuaHostCall& call)
@@ -316,7 +321,8 @@ T* LuaNamespace::_declareIn(
 {
     const std::weak_ptr<const char> life = m_life;
     const LuaStateHandle handle = m_handle;
-    const tbMemory::String keptName(name); // the view may be of something that goes
+    const tbMemory::String keptName(
+        name); // the view may point into an object that is destroyed below
     if (!declare() || life.expired() || !handle.get())
         return nullptr;
     return findIn(registry, keptName);
@@ -326,7 +332,7 @@ template <typename T, typename Make>
 T* LuaNamespace::_installOrMake(
     OwningRegistry<T>& registry, const tbMemory::StringView& name, Make&& make)
 {
-    // Asked for here: the log receiver may have released this namespace.
+    // Looked up here: the log receiver may have released this namespace.
     if (!isInstalled())
         return nullptr;
     if (T* const known = findIn(registry, name))

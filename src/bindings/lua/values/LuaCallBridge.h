@@ -18,6 +18,8 @@ class LuaScriptObjectInterpreterView;
 
 /// Carries values between stack slots and parameters, during one callback scope.
 ///
+/// Compatibility: an input without value is not pushed, so that later ones move up (decision 0006).
+///
 /// Errors travel as exceptions of type `std::string` that hold the message; whoever calls the
 /// bridge decides what becomes of them.
 class LuaCallBridge

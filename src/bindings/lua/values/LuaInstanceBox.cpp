@@ -10,7 +10,8 @@ namespace tbScripts::lua
 namespace
 {
 
-// Returns whether the value on top of the stack is the table of one of our types, living or dead.
+// Returns whether the value on top of the stack is the table of a user type, also of a destroyed
+// one.
 bool isTypeTable(const LuaStateSlot& slot, lua_State* state)
 {
     if (slot.types.find(lua_topointer(state, -1)))

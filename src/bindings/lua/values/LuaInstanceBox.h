@@ -11,15 +11,15 @@
 namespace tbScripts::lua
 {
 
-/// The userdata block that carries a host object into the interpreter.
+/// The userdata block that stands for a host object in the interpreter.
 ///
-/// Blocks are recognised by their size and by a metatable that one of our types installed, never by
-/// what a script can write, such as "__name".
+/// The library recognises a block by its size and by a metatable of a user type, never by a field
+/// that a script can write, such as "__name".
 struct LuaInstanceBox
 {
-    void* object;     // the host object; null in a box that is being made
+    void* object;     // the host object; null in a box that is being created
     bool gcEnabled;   // the script owns the object: collecting the box destroys it
-    bool isDestroyed; // the object is gone, and the box is no instance any more
+    bool isDestroyed; // the object was destroyed, and the box is no instance any more
     std::array<unsigned char, 6> spare; // zero
 };
 
@@ -27,8 +27,8 @@ constexpr std::size_t INSTANCE_BOX_SIZE = 16;
 static_assert(sizeof(LuaInstanceBox) == INSTANCE_BOX_SIZE || sizeof(void*) != 8);
 
 /// Returns whether the flags of a block of that size can be those of a box. `debug.setmetatable`
-/// gives our metatables to any block, and file handles are as large: those of the standard streams
-/// have other bytes there. Those of other files cannot be told.
+/// can give a metatable of a user type to any block, and file handles have the same size. Handles
+/// of the standard streams have other bytes there; those of other files cannot be distinguished.
 inline bool hasFlagsOfABox(const void* block)
 {
     const auto* const bytes = static_cast<const unsigned char*>(block);
@@ -36,28 +36,28 @@ inline bool hasFlagsOfABox(const void* block)
            bytes[offsetof(LuaInstanceBox, isDestroyed)] <= 1;
 }
 
-/// Returns the userdata block at `index` if it is as large as a box, else null. Light userdata are
-/// none: their size is 0.
+/// Returns the userdata block at `index` if it has the size of a box, else null. Also null for
+/// light userdata, whose size is 0.
 inline void* boxSizedBlockAt(lua_State* state, int index)
 {
     void* const block = lua_touserdata(state, index);
     return block && lua_objlen(state, index) == INSTANCE_BOX_SIZE ? block : nullptr;
 }
 
-/// A box on the stack, as one of our types made it.
+/// A box on the stack that a user type created.
 struct LuaInstance
 {
     LuaInstanceBox* box;           // null if the value is no instance
-    tbMemory::StringView typeName; // the name the type was created with; good while its table lives
+    tbMemory::StringView typeName; // the full name of the type; valid while its table exists
 };
 
-/// Notes the table on top of the stack as the metatable of the user type `fullName`.
+/// Registers the table on top of the stack as the metatable of the user type `fullName`.
 /// Stack: +0.
 void registerTypeTable(
     const LuaStateSlot& slot, lua_State* state, const tbMemory::StringView& fullName);
 
-/// Returns the box `block` at `index` if it has a metatable of ours, among them those of types that
-/// are gone. Never raises.
+/// Returns the box `block` at `index` if it has the metatable of a user type, also of a destroyed
+/// one. Never raises.
 LuaInstance boxOfAnyType(const LuaStateSlot& slot, lua_State* state, int index, void* block);
 
 /// Pushes the metatable of the value at `index` and returns its address; pushes nothing and returns
@@ -67,7 +67,7 @@ inline const void* pushMetatable(lua_State* state, int index)
     return lua_getmetatable(state, index) ? lua_topointer(state, -1) : nullptr;
 }
 
-/// Returns the name of the living type whose metatable the value at `index` has, else null.
+/// Returns the name of the existing type whose metatable the value at `index` has, else null.
 inline const tbMemory::String* livingTypeAt(const LuaStateSlot& slot, lua_State* state, int index)
 {
     const void* const table = pushMetatable(state, index);
@@ -77,8 +77,8 @@ inline const tbMemory::String* livingTypeAt(const LuaStateSlot& slot, lua_State*
     return slot.types.find(table);
 }
 
-/// Returns the box at `index` whether or not its object still lives; without box if the value there
-/// is none of ours. Never raises.
+/// Returns the box at `index`, also if its object was destroyed; without box if the value is no
+/// instance. Never raises.
 inline LuaInstance boxAt(const LuaStateSlot& slot, lua_State* state, int index)
 {
     void* const block = boxSizedBlockAt(state, index);
@@ -89,8 +89,8 @@ inline LuaInstance boxAt(const LuaStateSlot& slot, lua_State* state, int index)
     return boxOfAnyType(slot, state, index, block);
 }
 
-/// Returns the instance at `index`; without box if the value there is none of ours, or if its
-/// object was destroyed. Never raises.
+/// Returns the instance at `index`; without box if the value is no instance, or if its object was
+/// destroyed. Never raises.
 inline LuaInstance instanceAt(const LuaStateSlot& slot, lua_State* state, int index)
 {
     const LuaInstance instance = boxAt(slot, state, index);
@@ -108,7 +108,7 @@ void pushInstance(
     bool gcEnabled,
     const tbMemory::StringView& typeName);
 
-/// Stack: +1, an instance for `object` that the host goes on owning; nil if `object` is null.
+/// Stack: +1, an instance for `object`, which the host continues to own; nil if `object` is null.
 void pushHostObject(
     const LuaStateSlot& slot, lua_State* state, void* object, const tbMemory::StringView& typeName);
 

@@ -10,10 +10,12 @@ namespace tbScripts::lua
 
 class LuaScriptObjectInterpreterView;
 
-/// A stretch during which the host looks at values on the interpreter's stack: the call of a host
-/// function by a script, or the reading of a script call's results.
+/// The time during which the host sees values on the interpreter's stack: a script calls a host
+/// function, or the host reads the results of a script call.
 ///
-/// While it lasts, host calls work on its thread. Views that are lent to it end with it.
+/// During this time host calls work on the scope's coroutine
+/// (docs/decisions/0004-host-calls-on-the-running-coroutine.md). The destructor empties the scope's
+/// views.
 class LuaCallbackScope
 {
 public:
@@ -51,7 +53,7 @@ public:
     /// Anchors the values of all views, before another call may change what stack indices mean.
     bool keepViews(std::string& errorText);
 
-    /// Defined beside the view's class, which they need.
+    /// Defined in LuaScriptObjectInterpreterView.h, because they need that class.
     inline void addView(LuaScriptObjectInterpreterView& view);
     inline void removeView(LuaScriptObjectInterpreterView& view);
 

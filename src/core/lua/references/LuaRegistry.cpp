@@ -11,7 +11,7 @@ bool freeRegistrySlot(LuaStateSlot& slot, int key, std::string& errorText)
 {
     if (!slot.running || key <= 0)
         return true;
-    // Contained although it allocates nothing: the stack may be full.
+    // Contained because the stack may be full, although this allocates nothing.
     return containLuaErrors<STACK_AFTER_WORK::AS_BEFORE>(
         slot,
         slot.running,

@@ -8,7 +8,8 @@
 namespace tbScripts::lua
 {
 
-/// Moves the value on top of the stack into a registry slot and returns the slot's key.
+/// Moves the value on top of the stack into a registry slot and returns the slot's key (decision
+/// 0016).
 ///
 /// May raise: the registry may have to grow.
 inline int takeRegistrySlot(LuaStateSlot& slot, lua_State* state)

@@ -73,7 +73,8 @@ int LuaScriptObjectInterpreterReference::slotOf(
     const ScriptObjectReference& reference, const LuaStateHandle& handle)
 {
     const ScriptObjectInterpreterReference* const value = reference.getInterpreterReference();
-    // Exact type instead of a dynamic cast: this runs for every value that is pushed.
+    // A comparison of exact types instead of a dynamic cast: this runs for every value that is
+    // pushed.
     if (!value || typeid(*value) != typeid(LuaScriptObjectInterpreterReference))
         return 0;
     const auto& ours = static_cast<const LuaScriptObjectInterpreterReference&>(*value);

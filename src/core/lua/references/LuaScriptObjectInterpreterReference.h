@@ -17,7 +17,8 @@ namespace tbScripts::lua
 using LuaReleaseAction =
     std::function<void(lua_State* state, std::int64_t slot, FUNCTION_PARAMETER_TYPE type)>;
 
-/// Keeps a script value alive in the registry.
+/// Keeps a script value alive in the registry. It may outlive the state, in which case it releases
+/// nothing. Why: docs/decisions/0001-state-handle.md
 class LuaScriptObjectInterpreterReference final : public ScriptObjectInterpreterReference
 {
 public:
