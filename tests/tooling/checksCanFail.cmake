@@ -207,6 +207,10 @@ foreach(complaint IN ITEMS
     expect_failure(checkDecisions "${complaint}" -D root=${tree})
 endforeach()
 
+make_tree(${tree})
+file(APPEND ${tree}/docs/architecture.md "\nSee `src/core/Nowhere.cpp`.\n")
+expect_failure(checkPaths "names src/core/Nowhere.cpp, which" -D root=${tree})
+
 if(doxygen)
     set(reference -D root=${tree} -D doxygen=${doxygen} -D scratch=${scratch}/reference)
     set(header ${tree}/include/tbScripts/New.h)
