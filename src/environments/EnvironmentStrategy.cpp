@@ -9,8 +9,7 @@ namespace tbScripts
 EnvironmentStrategy::EnvironmentStrategy(Name environmentName)
     : m_environmentName(std::move(environmentName))
 {
-    m_shownIn.reserve(
-        1); // the environment that creates this back-end can show its result without memory
+    m_shownIn.reserve(1); // the first environment can add its result without memory
 }
 
 EnvironmentStrategy::~EnvironmentStrategy() = default;

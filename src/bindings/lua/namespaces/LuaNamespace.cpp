@@ -102,9 +102,7 @@ LuaNamespace::LuaNamespace(
 
 LuaNamespace::~LuaNamespace()
 {
-    contain(
-        [this] { uninstall(); },
-        [] {}); // a lack of memory for one of the steps must not end the process
+    contain([this] { uninstall(); }, [] {}); // a lack of memory must not end the process
 }
 
 bool LuaNamespace::install(const LuaStateHandle& handle)
@@ -285,8 +283,7 @@ LuaUserType* LuaNamespace::_declareUserType(const tbMemory::StringView& name)
     if (!type)
         return nullptr;
     type->clear();
-    return findIn(
-        m_userTypes, name); // the destructor of a callable may have released this namespace
+    return findIn(m_userTypes, name); // a callable's destructor may have released this namespace
 }
 
 LuaFunction* LuaNamespace::_declareFunction(const tbMemory::StringView& name)
@@ -303,8 +300,7 @@ LuaFunction* LuaNamespace::_declareFunction(const tbMemory::StringView& name)
     if (!function)
         return nullptr;
     function->reset();
-    return findIn(
-        m_functions, name); // the destructor of a callable may have released this namespace
+    return findIn(m_functions, name); // a callable's destructor may have released this namespace
 }
 
 bool LuaNamespace::_beginChange(const LuaHostCall& call)
@@ -321,8 +317,7 @@ T* LuaNamespace::_declareIn(
 {
     const std::weak_ptr<const char> life = m_life;
     const LuaStateHandle handle = m_handle;
-    const tbMemory::String keptName(
-        name); // the view may point into an object that is destroyed below
+    const tbMemory::String keptName(name); // the view may be of a destroyed object
     if (!declare() || life.expired() || !handle.get())
         return nullptr;
     return findIn(registry, keptName);
