@@ -312,6 +312,7 @@ set(TOBREL_SCRIPTS_TEST_SUPPORT
     tests/support/ScriptValueFixture.h
     tests/support/SmallStackThread.cpp
     tests/support/SmallStackThread.h
+    tests/support/SwitchingFixture.h
     tests/support/TeardownFixture.cpp
     tests/support/TeardownFixture.h
     tests/support/TemporaryFolder.cpp

@@ -75,6 +75,18 @@ Function* EnvironmentFixture::declare(
     return function;
 }
 
+void EnvironmentFixture::declareAction(const std::string& name, std::function<void()> action)
+{
+    declare(
+        name,
+        {},
+        [action = std::move(action)](const Parameters&)
+        {
+            action();
+            return FunctionParameter::VOID;
+        });
+}
+
 void EnvironmentFixture::call(
     const std::string& name,
     const std::vector<FunctionParameter>& inputs,

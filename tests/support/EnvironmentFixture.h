@@ -46,6 +46,9 @@ protected:
         const std::vector<FUNCTION_PARAMETER_TYPE>& types,
         Function::Callable callable);
 
+    /// Declares the global host function `name`, which performs `action`.
+    void declareAction(const std::string& name, std::function<void()> action);
+
     /// Calls the global script function `name`; it has to succeed.
     void call(
         const std::string& name,

@@ -21,4 +21,14 @@ void LogFixture::TearDown()
     EXPECT_THAT(m_log.takeEntries(), ::testing::IsEmpty());
 }
 
+void LogFixture::expectLogged(const std::vector<LogEntry>& entries, int line)
+{
+    EXPECT_EQ(m_log.takeEntries(), entries) << "expected in line " << line;
+}
+
+void LogFixture::expectLogged(const std::string& message, const std::string& source, int line)
+{
+    expectLogged({{message, source}}, line);
+}
+
 } // namespace tbScripts::test

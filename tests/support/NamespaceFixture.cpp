@@ -38,16 +38,4 @@ void NamespaceFixture::bindHolding(Function* function, std::shared_ptr<const voi
                           { return FunctionParameter::VOID; });
 }
 
-void NamespaceFixture::declareAction(const std::string& name, std::function<void()> action)
-{
-    declare(
-        name,
-        {},
-        [action = std::move(action)](const Parameters&)
-        {
-            action();
-            return FunctionParameter::VOID;
-        });
-}
-
 } // namespace tbScripts::test

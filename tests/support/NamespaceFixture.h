@@ -32,9 +32,6 @@ protected:
     /// `farewell`.
     static void bindHolding(Function* function, std::shared_ptr<const void> farewell);
 
-    /// Declares the global function `name` that does `action`.
-    void declareAction(const std::string& name, std::function<void()> action);
-
 private:
     Namespace* m_scope;
 };

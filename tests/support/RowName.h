@@ -2,10 +2,20 @@
 
 #include <gtest/gtest.h>
 
+#include <ostream>
 #include <string>
+#include <utility>
 
 namespace tbScripts::test
 {
+
+/// Prints a row as its member `row`. Rows in an unnamed namespace need `using test::operator<<;`
+/// there.
+template <typename Row, typename = decltype(std::declval<const Row&>().row)>
+std::ostream& operator<<(std::ostream& stream, const Row& row)
+{
+    return stream << row.row;
+}
 
 /// Names the cases of a table after the member `row` of its rows.
 struct RowName

@@ -2,9 +2,11 @@
 
 #include "support/AllocationCounter.h"
 #include "support/CountedObject.h"
-#include "support/RecordingLogger.h"
+#include "support/LogFixture.h"
 
-#include <gtest/gtest.h>
+#include <tbScripts/LogManager.h>
+
+#include <gtest/gtest-spi.h>
 
 #include <memory>
 
@@ -53,6 +55,34 @@ TEST(RecordingLoggerTest, KeepsEntriesInOrderUntilTheyAreTaken)
 
     EXPECT_THAT(logger.takeEntries(), ElementsAre(LogEntry{"one", "A"}, LogEntry{"two", "B"}));
     EXPECT_THAT(logger.takeEntries(), IsEmpty());
+}
+
+class LogFixtureTest : public LogFixture
+{
+};
+
+TEST_F(LogFixtureTest, ExpectsTheEntriesInOrderAndTakesThem)
+{
+    LogManager::getInstance()->log("one", "A");
+    LogManager::getInstance()->log("two", "B");
+
+    expectLogged({{"one", "A"}, {"two", "B"}});
+
+    expectLogged({});
+}
+
+TEST_F(LogFixtureTest, NoticesAnEntryTooMany)
+{
+    LogManager::getInstance()->log("one", "A");
+
+    EXPECT_NONFATAL_FAILURE(expectLogged({}), "one");
+}
+
+TEST_F(LogFixtureTest, NoticesAnotherSource)
+{
+    LogManager::getInstance()->log("one", "A");
+
+    EXPECT_NONFATAL_FAILURE(expectLogged("one", "B"), "[B] one");
 }
 
 } // namespace tbScripts::test

@@ -68,18 +68,6 @@ void UserTypeFixture::declareArrayAccess()
     vec().setArrayAccess(access);
 }
 
-void UserTypeFixture::declareAction(const std::string& name, std::function<void()> action)
-{
-    declare(
-        name,
-        {},
-        [action = std::move(action)](const Parameters&)
-        {
-            action();
-            return FunctionParameter::VOID;
-        });
-}
-
 void UserTypeFixture::setHostObject(const std::string& name, Vec& object)
 {
     environment().setObject(name, "Vec", &object);

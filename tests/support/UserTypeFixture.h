@@ -62,9 +62,6 @@ protected:
     /// Has `Vec` indexed: 1 is `x`, every other number is `y`.
     void declareArrayAccess();
 
-    /// Declares the host function `name`, which performs `action`.
-    void declareAction(const std::string& name, std::function<void()> action);
-
     /// Makes `object` the global `name`, an instance of `Vec` that the host keeps.
     void setHostObject(const std::string& name, Vec& object);
 
