@@ -382,25 +382,18 @@ set(TOBREL_SCRIPTS_PUBLIC_TESTS
     tests/docs/DocumentedBytesTest.cpp
     tests/docs/DocumentedDeclarationsTest.cpp
     tests/environments/DummyEnvironmentTest.cpp
-    tests/environments/EnvironmentCollectionTest.cpp
     tests/environments/EnvironmentCopyTest.cpp
-    tests/environments/EnvironmentErrorValuesTest.cpp
     tests/environments/EnvironmentExecutionTest.cpp
     tests/environments/EnvironmentFunctionsTest.cpp
-    tests/environments/EnvironmentGlobalTableTest.cpp
     tests/environments/EnvironmentGlobalsTest.cpp
     tests/environments/EnvironmentManagerTest.cpp
-    tests/environments/EnvironmentNamesTest.cpp
     tests/environments/EnvironmentNamespacesTest.cpp
-    tests/environments/EnvironmentObjectsTest.cpp
     tests/environments/EnvironmentReferencesTest.cpp
     tests/environments/EnvironmentTeardownBindingsTest.cpp
-    tests/environments/EnvironmentTeardownCallsTest.cpp
     tests/environments/EnvironmentTeardownTest.cpp
     tests/environments/EnvironmentTest.cpp
     tests/environments/EnvironmentUserTypesTest.cpp
     tests/environments/ExecutionAgainTest.cpp
-    tests/environments/InertNamespacesTest.cpp
     tests/environments/QualifiedNamesTest.cpp
     tests/environments/RivalDeclarationTest.cpp
     tests/environments/ScriptFunctionCallTest.cpp
@@ -511,9 +504,7 @@ set(TOBREL_SCRIPTS_INTERNAL_TESTS
     tests/core/lua/LuaTypeDirectoryTest.cpp
     tests/environments/DummyEnvironmentStrategyTest.cpp
     tests/environments/EnvironmentTeardownOrderTest.cpp
-    tests/environments/lua/ForeignLibraryTest.cpp
     tests/environments/lua/LuaChunkMakerTest.cpp
-    tests/environments/lua/LuaDumpFrameTest.cpp
     tests/environments/lua/LuaEnvironmentMemoryTest.cpp
     tests/environments/lua/LuaEnvironmentObjectsTest.cpp
     tests/environments/lua/LuaEnvironmentStrategyTest.cpp

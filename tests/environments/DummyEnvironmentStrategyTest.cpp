@@ -13,7 +13,6 @@
 namespace tbScripts::test
 {
 
-using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
 class DummyEnvironmentStrategyTest : public LogFixture
@@ -29,28 +28,18 @@ TEST_F(DummyEnvironmentStrategyTest, ClearsGlobalsSilently)
     EXPECT_THAT(m_log.takeEntries(), IsEmpty());
 }
 
-TEST_F(DummyEnvironmentStrategyTest, GivesNoUserType)
+TEST_F(DummyEnvironmentStrategyTest, GivesNoUserTypeAndNoNamespace)
 {
     EXPECT_EQ(m_strategy.createUserType("T"), nullptr);
-
-    EXPECT_THAT(
-        m_log.takeEntries(),
-        ElementsAre(LogEntry{
-            "Requesting a user type in environment 'limbo', which has no InterpreterType. This "
-            "will have no effect, returning nullptr.",
-            "Environment"}));
-}
-
-TEST_F(DummyEnvironmentStrategyTest, GivesNoNamespace)
-{
     EXPECT_EQ(m_strategy.createNamespace("n"), nullptr);
 
-    EXPECT_THAT(
-        m_log.takeEntries(),
-        ElementsAre(LogEntry{
-            "Requesting a namespace in environment 'limbo', which has no InterpreterType. This "
-            "will have no effect, returning nullptr.",
-            "Environment"}));
+    expectLogged(
+        {{"Requesting a user type in environment 'limbo', which has no InterpreterType. This "
+          "will have no effect, returning nullptr.",
+          "Environment"},
+         {"Requesting a namespace in environment 'limbo', which has no InterpreterType. This "
+          "will have no effect, returning nullptr.",
+          "Environment"}});
 }
 
 class EnvironmentStrategyResultTest : public LogFixture
@@ -75,33 +64,21 @@ TEST_F(EnvironmentStrategyResultTest, ShowsTheLastOutcomeToAResultThatIsAddedLat
     EXPECT_FALSE(result.success);
 }
 
-TEST_F(EnvironmentStrategyResultTest, ShowsEachOutcomeToAllResults)
+TEST_F(EnvironmentStrategyResultTest, ShowsEachOutcomeToAllResultsButARemovedOne)
 {
-    ExecutionResult first;
-    ExecutionResult second;
-    m_strategy.addResult(first);
-    m_strategy.addResult(second);
-    first = ExecutionResult();
-    second = ExecutionResult();
+    ExecutionResult results[3];
+    for (ExecutionResult& result : results)
+        m_strategy.addResult(result);
+    m_strategy.removeResult(results[1]);
+    for (ExecutionResult& result : results)
+        result = ExecutionResult();
 
     m_strategy.execute(Script());
     m_log.takeEntries();
 
-    EXPECT_EQ(first.code, 2);
-    EXPECT_EQ(second.code, 2);
-}
-
-TEST_F(EnvironmentStrategyResultTest, LeavesARemovedResultAlone)
-{
-    ExecutionResult result;
-    m_strategy.addResult(result);
-    m_strategy.removeResult(result);
-    result = ExecutionResult();
-
-    m_strategy.execute(Script());
-    m_log.takeEntries();
-
-    EXPECT_EQ(result.code, 0);
+    EXPECT_EQ(results[0].code, 2);
+    EXPECT_EQ(results[1].code, 0);
+    EXPECT_EQ(results[2].code, 2);
 }
 
 } // namespace tbScripts::test

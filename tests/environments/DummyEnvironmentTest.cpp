@@ -1,4 +1,4 @@
-// An environment without interpreter: each call warns once and gives its neutral value.
+// An environment without interpreter: each call warns once and returns its neutral value.
 
 #include "support/Execution.h"
 #include "support/FakeScriptObjects.h"
@@ -7,7 +7,6 @@
 #include <tbScripts/Environment.h>
 #include <tbScripts/Function.h>
 
-#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -15,7 +14,6 @@
 namespace tbScripts::test
 {
 
-using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
 using Parameters = tbMemory::BufferView<FunctionParameter>;
@@ -36,172 +34,106 @@ protected:
         m_log.takeEntries(); // the teardown warns, which a test of its own shows
     }
 
+    static LogEntry warning(
+        const std::string& beginning,
+        const std::string& name = "limbo",
+        const std::string& end = "This will have no effect.")
+    {
+        return {
+            beginning + " in environment '" + name + "', which has no InterpreterType. " + end,
+            "Environment"};
+    }
+
+    // Expects one and the same warning of each of `calls` calls, and nothing else.
+    void expectWarnings(std::size_t calls, const LogEntry& expected)
+    {
+        expectLogged(std::vector<LogEntry>(calls, expected));
+    }
+
     std::unique_ptr<Environment> m_environment;
 };
 
-namespace
+TEST_F(DummyEnvironmentTest, SettingAVariableWarnsWhateverItsKind)
 {
+    m_environment->setVar("v", ScriptObjectReference());
+    m_environment->setVar("v", "t");
+    m_environment->setVar("v", tbMemory::StringView("t"));
+    m_environment->setVar("v", 1.5);
+    m_environment->setVar("v", 1.5F);
+    m_environment->setVar("v", 1);
+    m_environment->setVar("v", true);
 
-struct Warning
-{
-    const char* name;
-    std::function<void(Environment&)> act; // asserts the neutral value
-    const char* message;
-};
-
-void PrintTo(const Warning& row, std::ostream* stream)
-{
-    *stream << row.name;
+    expectWarnings(7, warning("Setting a variable"));
 }
 
-std::string nameOf(const ::testing::TestParamInfo<Warning>& row)
+TEST_F(DummyEnvironmentTest, RequestingAVariableWarnsAndReturnsTheDefaultWhateverItsKind)
 {
-    return row.param.name;
+    const ScriptObjectReference value = m_environment->getVar("v");
+
+    EXPECT_EQ(value.getInterpreterReference(), nullptr);
+    EXPECT_EQ(value.getUseCount(), 1U);
+    EXPECT_EQ(m_environment->getVar("v", "else"), "else");
+    EXPECT_EQ(m_environment->getVar("v", tbMemory::StringView("elsewhere", 4)), "else");
+    EXPECT_TRUE(m_environment->getVar("v", tbMemory::StringView()).isNull());
+    EXPECT_EQ(m_environment->getVar("v", 2.5), 2.5);
+    EXPECT_EQ(m_environment->getVar("v", 2.5F), 2.5F);
+    EXPECT_EQ(m_environment->getVar("v", 7), 7);
+    EXPECT_TRUE(m_environment->getVar("v", true));
+    expectWarnings(8, warning("Requesting a variable"));
 }
 
-} // namespace
-
-class DummyEnvironmentWarningTest : public DummyEnvironmentTest,
-                                    public ::testing::WithParamInterface<Warning>
+TEST_F(DummyEnvironmentTest, WhetherAVariableIsSetIsWarnedOf)
 {
-};
+    EXPECT_FALSE(m_environment->isVarSet("v"));
 
-TEST_P(DummyEnvironmentWarningTest, IsLoggedOnceWithTheNeutralValue)
-{
-    GetParam().act(*m_environment);
-
-    EXPECT_THAT(m_log.takeEntries(), ElementsAre(LogEntry{GetParam().message, "Environment"}));
+    expectLogged({warning("Querying if a a variable is set")});
 }
 
-constexpr const char* SETTING =
-    "Setting a variable in environment 'limbo', which has no InterpreterType. This will have no "
-    "effect.";
+TEST_F(DummyEnvironmentTest, ObjectsAreNeitherSetNorFound)
+{
+    m_environment->setObject("v", "T", this);
 
-INSTANTIATE_TEST_SUITE_P(
-    Setting,
-    DummyEnvironmentWarningTest,
-    ::testing::Values(
-        Warning{
-            "Reference",
-            [](Environment& environment) { environment.setVar("v", ScriptObjectReference()); },
-            SETTING},
-        Warning{
-            "CharacterPointer",
-            [](Environment& environment) { environment.setVar("v", "t"); },
-            SETTING},
-        Warning{
-            "TextView",
-            [](Environment& environment) { environment.setVar("v", tbMemory::StringView("t")); },
-            SETTING},
-        Warning{"Double", [](Environment& environment) { environment.setVar("v", 1.5); }, SETTING},
-        Warning{"Float", [](Environment& environment) { environment.setVar("v", 1.5F); }, SETTING},
-        Warning{"Int", [](Environment& environment) { environment.setVar("v", 1); }, SETTING},
-        Warning{"Bool", [](Environment& environment) { environment.setVar("v", true); }, SETTING},
-        Warning{
-            "Object",
-            [](Environment& environment) { environment.setObject("v", "T", &environment); },
-            "Setting an object in environment 'limbo', which has no InterpreterType. This will "
-            "have no effect."}),
-    &nameOf);
+    EXPECT_EQ(m_environment->getObject("v", "T"), nullptr);
+    expectLogged({warning("Setting an object"), warning("Requesting an object variable")});
+}
 
-constexpr const char* REQUESTING =
-    "Requesting a variable in environment 'limbo', which has no InterpreterType. This will have no "
-    "effect.";
+TEST_F(DummyEnvironmentTest, ScriptFunctionIsAnEmptyReference)
+{
+    const ScriptObjectReference function = m_environment->getScriptFunction("f");
 
-INSTANTIATE_TEST_SUITE_P(
-    Requesting,
-    DummyEnvironmentWarningTest,
-    ::testing::Values(
-        Warning{
-            "WhetherSet",
-            [](Environment& environment) { EXPECT_FALSE(environment.isVarSet("v")); },
-            "Querying if a a variable is set in environment 'limbo', which has no "
-            "InterpreterType. This will have no effect."},
-        Warning{
-            "Reference",
-            [](Environment& environment)
-            {
-                const ScriptObjectReference value = environment.getVar("v");
-                EXPECT_EQ(value.getInterpreterReference(), nullptr);
-                EXPECT_EQ(value.getUseCount(), 1U);
-            },
-            REQUESTING},
-        Warning{
-            "CharacterPointer",
-            [](Environment& environment) { EXPECT_EQ(environment.getVar("v", "else"), "else"); },
-            REQUESTING},
-        Warning{
-            "TextView",
-            [](Environment& environment)
-            { EXPECT_EQ(environment.getVar("v", tbMemory::StringView("elsewhere", 4)), "else"); },
-            REQUESTING},
-        Warning{
-            "Double",
-            [](Environment& environment) { EXPECT_EQ(environment.getVar("v", 2.5), 2.5); },
-            REQUESTING},
-        Warning{
-            "Float",
-            [](Environment& environment) { EXPECT_EQ(environment.getVar("v", 2.5F), 2.5F); },
-            REQUESTING},
-        Warning{
-            "Int",
-            [](Environment& environment) { EXPECT_EQ(environment.getVar("v", 7), 7); },
-            REQUESTING},
-        Warning{
-            "Bool",
-            [](Environment& environment) { EXPECT_TRUE(environment.getVar("v", true)); },
-            REQUESTING},
-        Warning{
-            "Object",
-            [](Environment& environment) { EXPECT_EQ(environment.getObject("v", "T"), nullptr); },
-            "Requesting an object variable in environment 'limbo', which has no InterpreterType. "
-            "This will have no effect."},
-        Warning{
-            "ScriptFunction",
-            [](Environment& environment)
-            {
-                const ScriptObjectReference function = environment.getScriptFunction("f");
-                EXPECT_EQ(function.getInterpreterReference(), nullptr);
-                EXPECT_EQ(function.getUseCount(), 1U);
-            },
-            "Requesting a script function in environment 'limbo', which has no InterpreterType. "
-            "This will have no effect."}),
-    &nameOf);
+    EXPECT_EQ(function.getInterpreterReference(), nullptr);
+    EXPECT_EQ(function.getUseCount(), 1U);
+    expectLogged({warning("Requesting a script function")});
+}
 
-INSTANTIATE_TEST_SUITE_P(
-    Doing,
-    DummyEnvironmentWarningTest,
-    ::testing::Values(
-        Warning{
-            "Collection",
-            [](Environment& environment) { environment.requestGarbageCollection(); },
-            "Requesting a garbage collection in environment 'limbo', which has no "
-            "InterpreterType. This will have no effect."},
-        Warning{
-            "FunctionDeclaration",
-            [](Environment& environment) { EXPECT_EQ(environment.setFunc("f"), nullptr); },
-            "Requesting a function in environment 'limbo', which has no InterpreterType. This "
-            "will have no effect, returning nullptr."},
-        Warning{
-            "Serialization",
-            [](Environment& environment) {
-                EXPECT_TRUE(
-                    environment.serializeScriptObject(ScriptObjectReference(), false).empty());
-            },
-            "Requesting a script object serialization in environment 'limbo', which has no "
-            "InterpreterType. This will have no effect, returning empty buffer."},
-        Warning{
-            "Deserialization",
-            [](Environment& environment)
-            {
-                const std::vector<unsigned char> bytes{'t'};
-                const ScriptObjectReference value = environment.deserializeScriptObject(bytes);
-                EXPECT_EQ(value.getInterpreterReference(), nullptr);
-                EXPECT_EQ(value.getUseCount(), 1U);
-            },
-            "Requesting a script object deserialization in environment 'limbo', which has no "
-            "InterpreterType. This will have no effect."}),
-    &nameOf);
+TEST_F(DummyEnvironmentTest, FunctionDeclarationReturnsNull)
+{
+    EXPECT_EQ(m_environment->setFunc("f"), nullptr);
+
+    expectLogged({warning(
+        "Requesting a function", "limbo", "This will have no effect, returning nullptr.")});
+}
+
+TEST_F(DummyEnvironmentTest, NothingIsSerialized)
+{
+    EXPECT_TRUE(m_environment->serializeScriptObject(ScriptObjectReference(), false).empty());
+
+    expectLogged({warning(
+        "Requesting a script object serialization",
+        "limbo",
+        "This will have no effect, returning empty buffer.")});
+}
+
+TEST_F(DummyEnvironmentTest, DeserializationReturnsAnEmptyReference)
+{
+    const std::vector<unsigned char> bytes{'t'};
+
+    const ScriptObjectReference value = m_environment->deserializeScriptObject(bytes);
+
+    EXPECT_EQ(value.getInterpreterReference(), nullptr);
+    EXPECT_EQ(value.getUseCount(), 1U);
+    expectLogged({warning("Requesting a script object deserialization")});
+}
 
 TEST_F(DummyEnvironmentTest, ScriptCallFailsAndLeavesTheOutputs)
 {
@@ -212,88 +144,37 @@ TEST_F(DummyEnvironmentTest, ScriptCallFailsAndLeavesTheOutputs)
 
     EXPECT_FALSE(isDone);
     EXPECT_EQ(outputs[0].getInt(), 42);
-    EXPECT_THAT(
-        m_log.takeEntries(),
-        ElementsAre(LogEntry{
-            "Requesting a script function call in environment 'limbo', which has no "
-            "InterpreterType. This will have no effect, returning VOID.",
-            "Environment"}));
+    expectLogged({warning(
+        "Requesting a script function call",
+        "limbo",
+        "This will have no effect, returning VOID.")});
 }
 
-TEST_F(DummyEnvironmentTest, ExecutionFailsWithCode2)
+TEST_F(DummyEnvironmentTest, ExecutionFailsWithCode2UntilAnother)
 {
+    const std::string message = "Can't execute if the InterpreterType has not been set.";
     CompiledScript script("return 1");
 
-    const bool isDone = m_environment->execute(script);
+    EXPECT_FALSE(m_environment->execute(script));
 
-    EXPECT_FALSE(isDone);
-    EXPECT_EQ(
-        lastOutcome(*m_environment),
-        Outcome(2, false, "Can't execute if the InterpreterType has not been set."));
-    EXPECT_THAT(
-        m_log.takeEntries(),
-        ElementsAre(
-            LogEntry{"Can't execute if the InterpreterType has not been set.", "Environment"}));
-}
-
-TEST_F(DummyEnvironmentTest, OtherCallsLeaveTheResultOfAnExecution)
-{
-    CompiledScript script("return 1");
-    m_environment->execute(script);
-
+    EXPECT_EQ(lastOutcome(*m_environment), Outcome(2, false, message));
+    expectLogged(message, "Environment");
     m_environment->setVar("v", 1);
-
-    EXPECT_EQ(
-        lastOutcome(*m_environment),
-        Outcome(2, false, "Can't execute if the InterpreterType has not been set."));
+    EXPECT_EQ(lastOutcome(*m_environment), Outcome(2, false, message));
     m_log.takeEntries();
 }
 
-TEST_F(DummyEnvironmentTest, WarnsOncePerCall)
-{
-    m_environment->getVar("v", 1);
-    m_environment->getVar("v", 1);
-
-    EXPECT_THAT(
-        m_log.takeEntries(),
-        ElementsAre(LogEntry{REQUESTING, "Environment"}, LogEntry{REQUESTING, "Environment"}));
-}
-
-TEST_F(DummyEnvironmentTest, WarnsWithTheNameOfTheMoment)
+TEST_F(DummyEnvironmentTest, WarnsWithAllBytesOfTheNameAtThatTime)
 {
     m_environment->setName("elsewhere");
-
     m_environment->requestGarbageCollection();
-
-    EXPECT_THAT(
-        m_log.takeEntries(),
-        ElementsAre(LogEntry{
-            "Requesting a garbage collection in environment 'elsewhere', which has no "
-            "InterpreterType. This will have no effect.",
-            "Environment"}));
-}
-
-TEST_F(DummyEnvironmentTest, WarnsWithAllBytesOfTheName)
-{
     m_environment->setName(tbMemory::StringView("a\0b", 3));
 
     m_environment->requestGarbageCollection();
 
-    const std::string name("a\0b", 3);
-    EXPECT_THAT(
-        m_log.takeEntries(),
-        ElementsAre(LogEntry{
-            "Requesting a garbage collection in environment '" + name +
-                "', which has no InterpreterType. This will have no effect.",
-            "Environment"}));
-}
-
-TEST_F(DummyEnvironmentTest, GivesBackANullDefaultAsNull)
-{
-    const tbMemory::StringView text = m_environment->getVar("v", tbMemory::StringView());
-
-    EXPECT_TRUE(text.isNull());
-    m_log.takeEntries();
+    expectLogged(
+        {warning("Requesting a garbage collection", "elsewhere"),
+         warning("Requesting a garbage collection", std::string("a\0b", 3))});
 }
 
 TEST_F(DummyEnvironmentTest, RegistryQueriesAskNobody)
@@ -304,16 +185,11 @@ TEST_F(DummyEnvironmentTest, RegistryQueriesAskNobody)
     EXPECT_THAT(m_log.takeEntries(), IsEmpty());
 }
 
-TEST_F(DummyEnvironmentTest, EndWarnsOfItsCollectionOnly)
+TEST_F(DummyEnvironmentTest, DestructionWarnsOfItsCollectionOnly)
 {
     m_environment.reset();
 
-    EXPECT_THAT(
-        m_log.takeEntries(),
-        ElementsAre(LogEntry{
-            "Requesting a garbage collection in environment 'limbo', which has no "
-            "InterpreterType. This will have no effect.",
-            "Environment"}));
+    expectLogged({warning("Requesting a garbage collection")});
 }
 
 TEST_F(DummyEnvironmentTest, ForeignReferencesAreLeftAlone)

@@ -7,7 +7,6 @@
 namespace tbScripts::test
 {
 
-using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
 class EnvironmentCopyTest : public EnvironmentFixture
@@ -27,37 +26,25 @@ protected:
     std::unique_ptr<Environment> m_copy;
 };
 
-TEST_F(EnvironmentCopyTest, SeesGlobalsOfItsSource)
-{
-    environment().setVar("v", 1);
-
-    EXPECT_EQ(m_copy->getVar("v", -1), 1);
-}
-
 TEST_F(EnvironmentCopyTest, SharesItsGlobalsWithItsSource)
 {
-    m_copy->setVar("v", 1);
+    environment().setVar("v", 1);
+    m_copy->setVar("w", 2);
 
-    EXPECT_EQ(environment().getVar("v", -1), 1);
+    EXPECT_EQ(m_copy->getVar("v", -1), 1);
+    EXPECT_EQ(environment().getVar("w", -1), 2);
 }
 
-TEST_F(EnvironmentCopyTest, SharesTheResult)
+TEST_F(EnvironmentCopyTest, SharesTheResultUntilASwitchResetsThatOfTheSwitchedOneOnly)
 {
+    const Outcome failure(5, false, "Error while executing script 'test' : boom");
     runExpectingError("error('boom', 0)");
-
-    EXPECT_EQ(
-        lastOutcome(*m_copy), Outcome(5, false, "Error while executing script 'test' : boom"));
-}
-
-TEST_F(EnvironmentCopyTest, SwitchResetsTheResultOfTheSwitchedOneOnly)
-{
-    runExpectingError("error('boom', 0)");
+    EXPECT_EQ(lastOutcome(*m_copy), failure);
 
     environment().setEnvironmentFor(INTERPRETER_LUA);
 
     EXPECT_EQ(lastOutcome(environment()), Outcome(0, true, ""));
-    EXPECT_EQ(
-        lastOutcome(*m_copy), Outcome(5, false, "Error while executing script 'test' : boom"));
+    EXPECT_EQ(lastOutcome(*m_copy), failure);
 }
 
 TEST_F(EnvironmentCopyTest, ResultStaysInItsPlaceThroughAnAssignment)
@@ -73,32 +60,23 @@ TEST_F(EnvironmentCopyTest, ResultStaysInItsPlaceThroughAnAssignment)
     EXPECT_EQ(result.message, "Error while executing script 'test' : boom");
 }
 
-TEST_F(EnvironmentCopyTest, StartsWithTheNameOfItsSource)
+TEST_F(EnvironmentCopyTest, StartsWithTheNameOfItsSourceAndHasOneOfItsOwn)
 {
     EXPECT_EQ(m_copy->getName(), "world");
-}
 
-TEST_F(EnvironmentCopyTest, HasANameOfItsOwn)
-{
     m_copy->setName("copy");
 
     EXPECT_EQ(environment().getName(), "world");
     EXPECT_EQ(m_copy->getName(), "copy");
 }
 
-TEST_F(EnvironmentCopyTest, KnowsFunctionsDeclaredBefore)
+TEST_F(EnvironmentCopyTest, KnowsFunctionsDeclaredBeforeAndNoneDeclaredLater)
 {
     Function* const function = environment().setFunc("f");
 
     const Environment copy(environment());
 
     EXPECT_EQ(copy.getFunc("f"), function);
-}
-
-TEST_F(EnvironmentCopyTest, KnowsNoFunctionsDeclaredLater)
-{
-    environment().setFunc("f");
-
     EXPECT_FALSE(m_copy->isFuncSet("f"));
     EXPECT_TRUE(m_copy->isVarSet("f"));
 }
@@ -112,14 +90,17 @@ TEST_F(EnvironmentCopyTest, FunctionDeclaredThroughACopyOutlivesThatCopy)
     run("assert(f() == 42)");
 }
 
-TEST_F(EnvironmentCopyTest, SwitchOfTheSourceLeavesTheCopy)
+TEST_F(EnvironmentCopyTest, SwitchOfTheSourceLeavesTheCopyWithItsFunctions)
 {
     environment().setVar("v", 1);
+    declare("f", {}, [](const Parameters&) { return FunctionParameter(42); });
 
     environment().setEnvironmentFor(INTERPRETER_LUA);
 
     EXPECT_EQ(m_copy->getVar("v", -1), 1);
+    EXPECT_TRUE(runScript(*m_copy, "assert(f() == 42)"));
     EXPECT_FALSE(environment().isVarSet("v"));
+    EXPECT_FALSE(environment().isVarSet("f"));
 }
 
 TEST_F(EnvironmentCopyTest, SwitchOfTheCopyLeavesTheSource)
@@ -132,48 +113,27 @@ TEST_F(EnvironmentCopyTest, SwitchOfTheCopyLeavesTheSource)
     EXPECT_FALSE(m_copy->isVarSet("v"));
 }
 
-TEST_F(EnvironmentCopyTest, FunctionsStayPublishedWhereTheCopyGoesOn)
-{
-    declare("f", {}, [](const Parameters&) { return FunctionParameter(42); });
-
-    environment().setEnvironmentFor(INTERPRETER_LUA);
-
-    EXPECT_TRUE(runScript(*m_copy, "assert(f() == 42)"));
-    EXPECT_FALSE(environment().isVarSet("f"));
-}
-
 TEST_F(EnvironmentCopyTest, SwitchIsRefusedWhileTheSourceRuns)
 {
-    declare(
+    declareAction(
         "switch",
-        {},
-        [this](const Parameters&)
+        [this]
         {
             m_copy->setName("copy");
             m_copy->setEnvironmentFor(INTERPRETER_LUA);
-            return FunctionParameter::VOID;
         });
 
     run("v = 1  switch()");
 
     EXPECT_EQ(m_copy->getVar("v", -1), 1);
-    EXPECT_THAT(
-        m_log.takeEntries(),
-        ElementsAre(LogEntry{
-            "Environment 'copy' is running a script. Its type can't be changed from inside.",
-            "Environment"}));
+    expectLogged(
+        "Environment 'copy' is running a script. Its type can't be changed from inside.",
+        "Environment");
 }
 
 TEST_F(EnvironmentCopyTest, MayEndInsideARunOfItsSource)
 {
-    declare(
-        "endCopy",
-        {},
-        [this](const Parameters&)
-        {
-            m_copy.reset();
-            return FunctionParameter::VOID;
-        });
+    declareAction("endCopy", [this] { m_copy.reset(); });
 
     run("endCopy()  answer = 42");
 
@@ -236,7 +196,7 @@ TEST_F(EnvironmentCopyTest, AssignmentTearsItsOwnWorldDown)
 
     EXPECT_EQ(CountedObject::getLiving(), 0);
     EXPECT_FALSE(other.isFuncSet("f"));
-    EXPECT_THAT(m_log.takeEntries(), ElementsAre(LogEntry{"gone", "LuaEnvironment"}));
+    expectLogged("gone", "LuaEnvironment");
 }
 
 TEST_F(EnvironmentCopyTest, AssignmentInsideARunWaitsWithTheTeardown)
@@ -246,14 +206,12 @@ TEST_F(EnvironmentCopyTest, AssignmentInsideARunWaitsWithTheTeardown)
     Environment other;
     other.setEnvironmentFor(INTERPRETER_LUA);
     int livingAfterwards = -1;
-    declare(
+    declareAction(
         "assign",
-        {},
-        [&, counted = CountedObject()](const Parameters&)
+        [&, counted = CountedObject()]
         {
             environment() = other;
             livingAfterwards = CountedObject::getLiving();
-            return FunctionParameter::VOID;
         });
 
     run("assign()  assert(type(assign) == 'function')");
@@ -285,61 +243,37 @@ private:
     }
 };
 
-TEST_P(EnvironmentCopyEndTest, LeavesTheOtherWorking)
+TEST_P(EnvironmentCopyEndTest, LeavesTheOtherWorkingWithItsFunctions)
 {
     environment().setVar("v", 1);
-
-    endFirst();
-
-    EXPECT_EQ(survivor().getVar("v", -1), 1);
-    EXPECT_TRUE(runScript(survivor(), "assert(v == 1)"));
-}
-
-TEST_P(EnvironmentCopyEndTest, LeavesFunctionsPublished)
-{
     declare("f", {}, [](const Parameters&) { return FunctionParameter(42); });
 
     endFirst();
 
-    EXPECT_TRUE(runScript(survivor(), "assert(f() == 42)"));
+    EXPECT_EQ(survivor().getVar("v", -1), 1);
+    EXPECT_TRUE(runScript(survivor(), "assert(v == 1 and f() == 42)"));
 }
 
-TEST_P(EnvironmentCopyEndTest, FunctionsGoOnceWithTheLastHolder)
+TEST_P(EnvironmentCopyEndTest, FunctionsAndFinalisersGoOnceWithTheLastHolder)
 {
     CountedObject::restart();
-    declare(
-        "f",
-        {},
-        [counted = CountedObject()](const Parameters&) { return FunctionParameter::VOID; });
-
-    endFirst();
-    const int livingBetween = CountedObject::getLiving();
-    endSecond();
-
-    EXPECT_EQ(livingBetween, 1);
-    EXPECT_EQ(CountedObject::getLiving(), 0);
-}
-
-TEST_P(EnvironmentCopyEndTest, FinalisersRunOnceWithTheLastHolder)
-{
+    declareAction("f", [counted = CountedObject()] {});
     run("local error = error  kept = newproxy(true) "
         "getmetatable(kept).__gc = function() error('gone', 0) end");
 
     endFirst();
-    const std::vector<LogEntry> between = m_log.takeEntries();
+    EXPECT_EQ(CountedObject::getLiving(), 1);
+    EXPECT_THAT(m_log.takeEntries(), IsEmpty());
     endSecond();
 
-    EXPECT_THAT(between, IsEmpty());
-    EXPECT_THAT(m_log.takeEntries(), ElementsAre(LogEntry{"gone", "LuaEnvironment"}));
+    EXPECT_EQ(CountedObject::getLiving(), 0);
+    expectLogged("gone", "LuaEnvironment");
 }
 
 TEST_P(EnvironmentCopyEndTest, IsSafeAfterTheSourceWasSwitched)
 {
     CountedObject::restart();
-    declare(
-        "f",
-        {},
-        [counted = CountedObject()](const Parameters&) { return FunctionParameter::VOID; });
+    declareAction("f", [counted = CountedObject()] {});
     environment().setEnvironmentFor(INTERPRETER_LUA);
 
     endFirst();
@@ -387,30 +321,16 @@ protected:
     std::unique_ptr<Environment> m_copy;
 };
 
-TEST_F(DummyEnvironmentCopyTest, WarnsWithTheNameOfItsSource)
+TEST_F(DummyEnvironmentCopyTest, WarnsWithTheNameOfItsSourceUpToItsLast)
 {
     m_copy->requestGarbageCollection();
-
-    EXPECT_THAT(m_log.takeEntries(), ElementsAre(warningOf("source")));
-}
-
-TEST_F(DummyEnvironmentCopyTest, WarnsWithTheNewNameOfItsSource)
-{
     m_source->setName("renamed");
-
     m_copy->requestGarbageCollection();
-
-    EXPECT_THAT(m_log.takeEntries(), ElementsAre(warningOf("renamed")));
-}
-
-TEST_F(DummyEnvironmentCopyTest, WarnsWithTheLastNameOfItsSource)
-{
     m_source->setName("last");
     m_source.reset();
-
     m_copy->requestGarbageCollection();
 
-    EXPECT_THAT(m_log.takeEntries(), ElementsAre(warningOf("last")));
+    expectLogged({warningOf("source"), warningOf("renamed"), warningOf("last")});
 }
 
 TEST_F(DummyEnvironmentCopyTest, WarnsWithItsOwnNameAfterASwitch)
@@ -420,7 +340,7 @@ TEST_F(DummyEnvironmentCopyTest, WarnsWithItsOwnNameAfterASwitch)
 
     m_copy->requestGarbageCollection();
 
-    EXPECT_THAT(m_log.takeEntries(), ElementsAre(warningOf("copy")));
+    expectLogged({warningOf("copy")});
 }
 
 TEST_F(DummyEnvironmentCopyTest, TearsDownOnceWithTheLastHolder)
@@ -431,7 +351,7 @@ TEST_F(DummyEnvironmentCopyTest, TearsDownOnceWithTheLastHolder)
     m_copy.reset();
 
     EXPECT_THAT(between, IsEmpty());
-    EXPECT_THAT(m_log.takeEntries(), ElementsAre(warningOf("source")));
+    expectLogged({warningOf("source")});
 }
 
 } // namespace tbScripts::test

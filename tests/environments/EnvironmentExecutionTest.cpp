@@ -3,6 +3,7 @@
 #include "support/EnvironmentFixture.h"
 #include "support/Execution.h"
 #include "support/ReactingLogger.h"
+#include "support/RowName.h"
 
 #include <memory>
 #include <optional>
@@ -11,7 +12,6 @@
 namespace tbScripts::test
 {
 
-using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
 class EnvironmentExecutionTest : public EnvironmentFixture
@@ -21,42 +21,20 @@ protected:
     void expectFailure(int code, const std::string& message)
     {
         EXPECT_EQ(lastOutcome(environment()), Outcome(code, false, message));
-        EXPECT_THAT(m_log.takeEntries(), ElementsAre(LogEntry{message, "LuaEnvironment"}));
-    }
-
-    // Declares a host function that does `work`.
-    void declareWork(const std::string& name, std::function<void()> work)
-    {
-        declare(
-            name,
-            {},
-            [work = std::move(work)](const Parameters&)
-            {
-                work();
-                return FunctionParameter::VOID;
-            });
+        expectLogged(message, "LuaEnvironment");
     }
 };
 
-TEST_F(EnvironmentExecutionTest, SuccessIsSilentWithCode0)
+TEST_F(EnvironmentExecutionTest, SuccessIsSilentWithCode0AndMayBeRepeated)
 {
-    CompiledScript script("answer = 42");
+    CompiledScript script("count = (count or 0) + 1  assert(select('#', ...) == 0)");
 
-    const bool isDone = environment().execute(script);
-
-    EXPECT_TRUE(isDone);
-    EXPECT_EQ(lastOutcome(environment()), Outcome(0, true, ""));
-    EXPECT_THAT(m_log.takeEntries(), IsEmpty());
-}
-
-TEST_F(EnvironmentExecutionTest, ScriptMayRunAgain)
-{
-    CompiledScript script("count = (count or 0) + 1");
-
-    environment().execute(script);
-    environment().execute(script);
+    EXPECT_TRUE(environment().execute(script));
+    EXPECT_TRUE(environment().execute(script));
 
     EXPECT_EQ(environment().getVar("count", 0), 2);
+    EXPECT_EQ(lastOutcome(environment()), Outcome(0, true, ""));
+    EXPECT_THAT(m_log.takeEntries(), IsEmpty());
 }
 
 TEST_F(EnvironmentExecutionTest, EmptyScriptSucceeds)
@@ -64,11 +42,6 @@ TEST_F(EnvironmentExecutionTest, EmptyScriptSucceeds)
     CompiledScript script("");
 
     EXPECT_TRUE(environment().execute(script));
-}
-
-TEST_F(EnvironmentExecutionTest, ScriptGetsNoArguments)
-{
-    run("assert(select('#', ...) == 0)");
 }
 
 TEST_F(EnvironmentExecutionTest, ScriptForNoInterpreterFailsWithCode3)
@@ -82,87 +55,111 @@ TEST_F(EnvironmentExecutionTest, ScriptForNoInterpreterFailsWithCode3)
     expectFailure(3, "Script 'intro'not of the right InterpreterType. Currently expecting Lua.");
 }
 
-TEST_F(EnvironmentExecutionTest, ScriptThatWasNotLoadedFailsWithCode4)
+namespace
+{
+
+// What is wrong with a script for Lua that has nothing compiled.
+struct NoCodeRow
+{
+    const char* row;
+    const char* sources;
+    void (*act)(Script& script);
+};
+
+using test::operator<<;
+
+} // namespace
+
+class ScriptWithoutCodeTest : public EnvironmentExecutionTest,
+                              public ::testing::WithParamInterface<NoCodeRow>
+{
+};
+
+INSTANTIATE_TEST_SUITE_P(
+    Scripts,
+    ScriptWithoutCodeTest,
+    ::testing::Values(
+        NoCodeRow{"NeverLoaded", "return 1", [](Script&) {}},
+        NoCodeRow{"NotCompiled", "return +", [](Script& script) { script.load(); }},
+        NoCodeRow{
+            "Unloaded",
+            "return 1",
+            [](Script& script)
+            {
+                script.load();
+                script.unload();
+            }},
+        NoCodeRow{
+            "Disabled", // it still says that it is one for Lua
+            "return 1",
+            [](Script& script)
+            {
+                script.load();
+                script.setTargetInterpreter(INTERPRETER_UNKNOWN);
+            }}),
+    RowName());
+
+TEST_P(ScriptWithoutCodeTest, FailsWithCode4)
 {
     Script script;
     script.setName("intro");
     script.setTargetInterpreter(INTERPRETER_LUA);
-    script.setSources("return 1");
-
-    const bool isDone = environment().execute(script);
-
-    EXPECT_FALSE(isDone);
-    expectFailure(
-        4,
-        "Script 'intro' has no bytecode ready. Cannot execute anything, be sure the script is "
-        "correctly loaded.");
-}
-
-TEST_F(EnvironmentExecutionTest, ScriptThatDidNotCompileFailsWithCode4)
-{
-    CompiledScript script("return +", "intro");
+    script.setSources(GetParam().sources);
+    GetParam().act(script);
     m_log.takeEntries();
 
-    const bool isDone = environment().execute(script);
+    EXPECT_FALSE(environment().execute(script));
 
-    EXPECT_FALSE(isDone);
     expectFailure(
         4,
         "Script 'intro' has no bytecode ready. Cannot execute anything, be sure the script is "
         "correctly loaded.");
 }
 
-TEST_F(EnvironmentExecutionTest, UnloadedScriptFailsWithCode4)
+namespace
 {
-    CompiledScript script("return 1", "intro");
-    script->unload();
 
-    const bool isDone = environment().execute(script);
-
-    EXPECT_FALSE(isDone);
-    expectFailure(
-        4,
-        "Script 'intro' has no bytecode ready. Cannot execute anything, be sure the script is "
-        "correctly loaded.");
-}
-
-// It still says that it is one for Lua, but has nothing compiled.
-TEST_F(EnvironmentExecutionTest, DisabledScriptFailsWithCode4)
+struct RaisingRow
 {
-    CompiledScript script("return 1", "intro");
-    script->setTargetInterpreter(INTERPRETER_UNKNOWN);
-    m_log.takeEntries();
+    const char* row;
+    const char* name;
+    const char* sources;
+    const char* message;
+};
 
-    const bool isDone = environment().execute(script);
+} // namespace
 
-    EXPECT_FALSE(isDone);
-    expectFailure(
-        4,
-        "Script 'intro' has no bytecode ready. Cannot execute anything, be sure the script is "
-        "correctly loaded.");
-}
-
-TEST_F(EnvironmentExecutionTest, RuntimeErrorFailsWithCode5)
+class RaisingScriptTest : public EnvironmentExecutionTest,
+                          public ::testing::WithParamInterface<RaisingRow>
 {
-    CompiledScript script("\nerror('boom')", "intro");
+};
 
-    const bool isDone = environment().execute(script);
+INSTANTIATE_TEST_SUITE_P(
+    Scripts,
+    RaisingScriptTest,
+    ::testing::Values(
+        RaisingRow{
+            "ByItself",
+            "intro",
+            "\nerror('boom')",
+            "Error while executing script 'intro' : [string \"...\"]:2: boom"},
+        RaisingRow{
+            "ByTheInterpreter",
+            "intro",
+            "local nothing  nothing()",
+            "Error while executing script 'intro' : [string \"local nothing  nothing()\"]:1: "
+            "attempt to call local 'nothing' (a nil value)"},
+        RaisingRow{
+            "WithoutName", "", "error('boom', 0)", "Error while executing script '' : boom"}),
+    RowName());
 
-    EXPECT_FALSE(isDone);
-    expectFailure(5, "Error while executing script 'intro' : [string \"...\"]:2: boom");
-}
-
-TEST_F(EnvironmentExecutionTest, ErrorOfTheInterpreterFailsWithCode5)
+TEST_P(RaisingScriptTest, FailsWithCode5)
 {
-    CompiledScript script("local nothing  nothing()", "intro");
+    CompiledScript script(GetParam().sources, GetParam().name);
 
-    const bool isDone = environment().execute(script);
+    EXPECT_FALSE(environment().execute(script));
 
-    EXPECT_FALSE(isDone);
-    expectFailure(
-        5,
-        "Error while executing script 'intro' : [string \"local nothing  nothing()\"]:1: attempt "
-        "to call local 'nothing' (a nil value)");
+    expectFailure(5, GetParam().message);
 }
 
 TEST_F(EnvironmentExecutionTest, EndlessRecursionFailsWithCode5)
@@ -184,15 +181,6 @@ TEST_F(EnvironmentExecutionTest, ErrorCaughtByTheScriptIsNone)
     EXPECT_EQ(lastOutcome(environment()), Outcome(0, true, ""));
 }
 
-TEST_F(EnvironmentExecutionTest, MessageNamesAScriptWithoutName)
-{
-    CompiledScript script("error('boom', 0)", "");
-
-    environment().execute(script);
-
-    expectFailure(5, "Error while executing script '' : boom");
-}
-
 TEST_F(EnvironmentExecutionTest, MessageKeepsAllBytesOfName)
 {
     CompiledScript script("error('boom', 0)", std::string("in\0tro", 6));
@@ -202,50 +190,23 @@ TEST_F(EnvironmentExecutionTest, MessageKeepsAllBytesOfName)
     expectFailure(5, std::string("Error while executing script 'in\0tro' : boom", 44));
 }
 
-TEST_F(EnvironmentExecutionTest, SuccessReplacesAnEarlierFailure)
-{
-    runExpectingError("error('boom')");
-
-    run("answer = 42");
-
-    EXPECT_EQ(lastOutcome(environment()), Outcome(0, true, ""));
-}
-
-TEST_F(EnvironmentExecutionTest, FailureReplacesAnEarlierFailure)
-{
-    runExpectingError("error('boom')");
-    Script script;
-
-    environment().execute(script);
-
-    expectFailure(3, "Script ''not of the right InterpreterType. Currently expecting Lua.");
-}
-
-TEST_F(EnvironmentExecutionTest, EnvironmentIsUsableAfterAFailure)
+TEST_F(EnvironmentExecutionTest, EachRunReplacesTheFailureOfAnEarlierOne)
 {
     runExpectingError("lives = 3  error('boom')");
+    environment().execute(Script());
+    expectFailure(3, "Script ''not of the right InterpreterType. Currently expecting Lua.");
 
-    EXPECT_EQ(environment().getVar("lives", -1), 3);
     run("assert(lives == 3)");
+
+    EXPECT_EQ(lastOutcome(environment()), Outcome(0, true, ""));
+    EXPECT_EQ(environment().getVar("lives", -1), 3);
 }
 
 // What a run inside the run left there is not its outcome.
-TEST_F(EnvironmentExecutionTest, SuccessHidesTheFailureOfANestedRun)
-{
-    declareWork("runInner", [this] { runScript(environment(), "error('boom', 0)", "inner"); });
-
-    run("runInner()");
-
-    EXPECT_EQ(lastOutcome(environment()), Outcome(0, true, ""));
-    EXPECT_THAT(
-        m_log.takeEntries(),
-        ElementsAre(LogEntry{"Error while executing script 'inner' : boom", "LuaEnvironment"}));
-}
-
-TEST_F(EnvironmentExecutionTest, NestedRunShowsItsOwnResultInside)
+TEST_F(EnvironmentExecutionTest, NestedRunShowsItsFailureInsideAndSuccessHidesIt)
 {
     std::optional<Outcome> inner;
-    declareWork(
+    declareAction(
         "runInner",
         [&]
         {
@@ -256,13 +217,14 @@ TEST_F(EnvironmentExecutionTest, NestedRunShowsItsOwnResultInside)
     run("runInner()");
 
     EXPECT_EQ(inner, Outcome(5, false, "Error while executing script 'inner' : boom"));
-    m_log.takeEntries();
+    EXPECT_EQ(lastOutcome(environment()), Outcome(0, true, ""));
+    expectLogged("Error while executing script 'inner' : boom", "LuaEnvironment");
 }
 
 TEST_F(EnvironmentExecutionTest, ResultIsFreshWhileAScriptRuns)
 {
     std::optional<Outcome> during;
-    declareWork("look", [&] { during = lastOutcome(environment()); });
+    declareAction("look", [&] { during = lastOutcome(environment()); });
     runExpectingError("error('boom')");
 
     run("look()");
@@ -270,80 +232,74 @@ TEST_F(EnvironmentExecutionTest, ResultIsFreshWhileAScriptRuns)
     EXPECT_EQ(during, Outcome(0, true, ""));
 }
 
-TEST_F(EnvironmentExecutionTest, RenamedScriptFailsUnderItsNewName)
+namespace
 {
-    CompiledScript script("rename()  error('boom', 0)", "intro");
-    declareWork("rename", [&] { script->setName("outro"); });
 
-    environment().execute(script);
-
-    expectFailure(5, "Error while executing script 'outro' : boom");
-}
-
-TEST_F(EnvironmentExecutionTest, DestroyedScriptRunsToItsEnd)
+// What a script has the host do to its own Script while it runs.
+struct SelfChangeRow
 {
-    auto script = std::make_unique<CompiledScript>("destroy()  answer = 42");
-    declareWork("destroy", [&] { script.reset(); });
+    const char* row;
+    void (*act)(std::unique_ptr<CompiledScript>& script);
+    const char* lastName;
+};
 
-    const bool isDone = environment().execute(*script);
+} // namespace
 
-    EXPECT_TRUE(isDone);
+class SelfChangingScriptTest : public EnvironmentExecutionTest,
+                               public ::testing::WithParamInterface<SelfChangeRow>
+{
+protected:
+    bool executeChanging(const std::string& sources)
+    {
+        auto script = std::make_unique<CompiledScript>("change()  " + sources, "intro");
+        declareAction("change", [&] { GetParam().act(script); });
+        return environment().execute(*script);
+    }
+};
+
+INSTANTIATE_TEST_SUITE_P(
+    Changes,
+    SelfChangingScriptTest,
+    ::testing::Values(
+        SelfChangeRow{"Renamed", [](auto& script) { (*script)->setName("outro"); }, "outro"},
+        SelfChangeRow{"Destroyed", [](auto& script) { script.reset(); }, "intro"},
+        SelfChangeRow{
+            "RenamedAndDestroyed",
+            [](auto& script)
+            {
+                (*script)->setName("outro");
+                script.reset();
+            },
+            "outro"},
+        SelfChangeRow{"Unloaded", [](auto& script) { (*script)->unload(); }, "intro"},
+        SelfChangeRow{
+            "LoadedAnew",
+            [](auto& script)
+            {
+                (*script)->setSources("answer = 43");
+                (*script)->load();
+            },
+            "intro"}),
+    RowName());
+
+TEST_P(SelfChangingScriptTest, RunsToItsEnd)
+{
+    EXPECT_TRUE(executeChanging("answer = 42"));
+
     EXPECT_EQ(environment().getVar("answer", 0), 42);
 }
 
-TEST_F(EnvironmentExecutionTest, DestroyedScriptFailsUnderItsLastName)
+TEST_P(SelfChangingScriptTest, FailsUnderItsLastName)
 {
-    auto script = std::make_unique<CompiledScript>("destroy()  error('boom', 0)", "intro");
-    declareWork(
-        "destroy",
-        [&]
-        {
-            (*script)->setName("outro");
-            script.reset();
-        });
+    EXPECT_FALSE(executeChanging("error('boom', 0)"));
 
-    environment().execute(*script);
-
-    expectFailure(5, "Error while executing script 'outro' : boom");
+    expectFailure(
+        5, std::string("Error while executing script '") + GetParam().lastName + "' : boom");
 }
 
-TEST_F(EnvironmentExecutionTest, ScriptUnloadedByItselfRunsToItsEnd)
-{
-    CompiledScript script("unload()  answer = 42");
-    declareWork("unload", [&] { script->unload(); });
-
-    const bool isDone = environment().execute(script);
-
-    EXPECT_TRUE(isDone);
-    EXPECT_EQ(environment().getVar("answer", 0), 42);
-}
-
-TEST_F(EnvironmentExecutionTest, ScriptLoadedAnewByItselfRunsToItsEnd)
-{
-    CompiledScript script("reload()  answer = 42");
-    declareWork(
-        "reload",
-        [&]
-        {
-            script->setSources("answer = 43");
-            script->load();
-        });
-
-    const bool isDone = environment().execute(script);
-
-    EXPECT_TRUE(isDone);
-    EXPECT_EQ(environment().getVar("answer", 0), 42);
-}
-
-TEST_F(EnvironmentExecutionTest, ResultsOfAChunkAreDropped)
+TEST_F(EnvironmentExecutionTest, ResultsOfAChunkAreDroppedUpToSevenThousand)
 {
     run("return 1, 'two', {}");
-
-    EXPECT_EQ(lastOutcome(environment()), Outcome(0, true, ""));
-}
-
-TEST_F(EnvironmentExecutionTest, ChunkMayReturnSevenThousandValues)
-{
     run("local t = {}  for i = 1, 7000 do t[i] = i end  return unpack(t)");
 
     EXPECT_EQ(lastOutcome(environment()), Outcome(0, true, ""));
@@ -372,63 +328,34 @@ TEST_F(EnvironmentExecutionTest, ErrorOfAFinaliserInsideARunIsTheScripts)
 TEST_F(EnvironmentExecutionTest, OverflowInsideTheHandlingOfOneFailsWithCode1)
 {
     CompiledScript overflow("local function f() return 1 + f() end  f()", "overflow");
-    declareWork("runOverflow", [&] { environment().execute(overflow); });
+    declareAction("runOverflow", [&] { environment().execute(overflow); });
     std::optional<Outcome> inner;
-    declareWork("look", [&] { inner = lastOutcome(environment()); });
+    declareAction("look", [&] { inner = lastOutcome(environment()); });
 
     run("local function f() return 1 + f() end "
         "xpcall(f, function() runOverflow()  look() end)");
 
     EXPECT_EQ(inner, Outcome(1, false, "Error while executing script 'overflow' : stack overflow"));
-    EXPECT_THAT(
-        m_log.takeEntries(),
-        ElementsAre(LogEntry{
-            "Error while executing script 'overflow' : stack overflow", "LuaEnvironment"}));
+    expectLogged("Error while executing script 'overflow' : stack overflow", "LuaEnvironment");
 }
 
-namespace
+TEST_F(EnvironmentExecutionTest, EveryLibraryIsOpen)
 {
-
-struct LibraryRow
-{
-    const char* name;
-    const char* proof; // of its presence
-};
-
-void PrintTo(const LibraryRow& row, std::ostream* stream)
-{
-    *stream << row.name;
+    for (const char* proof :
+         {"pcall",
+          "('x'):rep(2) == 'xx'",
+          "table.concat",
+          "math.pi",
+          "io.write",
+          "os.time",
+          "debug.getinfo",
+          "coroutine.create",
+          "require and package.loaded",
+          "bit.band",
+          "jit.version",
+          "require('ffi').new"})
+        run(std::string("assert(") + proof + ", [[" + proof + "]])");
 }
-
-} // namespace
-
-class EnvironmentLibraryTest : public EnvironmentFixture,
-                               public ::testing::WithParamInterface<LibraryRow>
-{
-};
-
-TEST_P(EnvironmentLibraryTest, IsOpen)
-{
-    run(std::string("assert(") + GetParam().proof + ")");
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Libraries,
-    EnvironmentLibraryTest,
-    ::testing::Values(
-        LibraryRow{"Base", "pcall"},
-        LibraryRow{"String", "('x'):rep(2) == 'xx'"},
-        LibraryRow{"Table", "table.concat"},
-        LibraryRow{"Math", "math.pi"},
-        LibraryRow{"Io", "io.write"},
-        LibraryRow{"Os", "os.time"},
-        LibraryRow{"Debug", "debug.getinfo"},
-        LibraryRow{"Coroutine", "coroutine.create"},
-        LibraryRow{"Package", "require and package.loaded"},
-        LibraryRow{"Bit", "bit.band"},
-        LibraryRow{"Jit", "jit.version"},
-        LibraryRow{"Ffi", "require('ffi').new"}),
-    [](const auto& row) { return std::string(row.param.name); });
 
 TEST_F(EnvironmentExecutionTest, ReceiverThatRunsAScriptLeavesNoTraceInTheResultItIsToldOf)
 {

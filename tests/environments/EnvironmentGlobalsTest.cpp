@@ -1,7 +1,9 @@
 // Globals that the host sets and reads, kind by kind.
 
 #include "support/EnvironmentFixture.h"
+#include "support/RowName.h"
 
+#include <climits>
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -9,7 +11,9 @@
 namespace tbScripts::test
 {
 
-using ::testing::ElementsAre;
+using tbMemory::StringView;
+
+using View = tbMemory::StringView;
 
 // An expression; the interpreter itself makes such values here only.
 constexpr const char* LIGHT_USERDATA =
@@ -25,15 +29,12 @@ namespace
 // What a script sees of what the host set.
 struct SetRow
 {
-    const char* name;
+    const char* row;
     std::function<void(Environment&)> set; // sets global v
     const char* expectation;               // of a script
 };
 
-void PrintTo(const SetRow& row, std::ostream* stream)
-{
-    *stream << row.name;
-}
+using test::operator<<;
 
 double injectedNan()
 {
@@ -61,67 +62,39 @@ INSTANTIATE_TEST_SUITE_P(
     Values,
     EnvironmentSetVarTest,
     ::testing::Values(
-        SetRow{"True", [](Environment& world) { world.setVar("v", true); }, "v == true"},
-        SetRow{"False", [](Environment& world) { world.setVar("v", false); }, "v == false"},
-        SetRow{"Int", [](Environment& world) { world.setVar("v", 42); }, "v == 42"},
-        SetRow{
-            "LowestInt",
-            [](Environment& world) { world.setVar("v", std::numeric_limits<int>::min()); },
-            "v == -2147483648"},
-        SetRow{
-            "HighestInt",
-            [](Environment& world) { world.setVar("v", std::numeric_limits<int>::max()); },
-            "v == 2147483647"},
+        SetRow{"True", [](Environment& e) { e.setVar("v", true); }, "v == true"},
+        SetRow{"False", [](Environment& e) { e.setVar("v", false); }, "v == false"},
+        SetRow{"Int", [](Environment& e) { e.setVar("v", 42); }, "v == 42"},
+        SetRow{"LowestInt", [](Environment& e) { e.setVar("v", INT_MIN); }, "v == -2147483648"},
+        SetRow{"HighestInt", [](Environment& e) { e.setVar("v", INT_MAX); }, "v == 2147483647"},
         SetRow{
             "FloatIsWidened",
-            [](Environment& world) { world.setVar("v", 0.1F); },
+            [](Environment& e) { e.setVar("v", 0.1F); },
             "v == 0.100000001490116119384765625"},
-        SetRow{"Double", [](Environment& world) { world.setVar("v", 0.1); }, "v == 0.1"},
-        SetRow{
-            "Infinity",
-            [](Environment& world) { world.setVar("v", std::numeric_limits<double>::infinity()); },
-            "v == math.huge"},
+        SetRow{"Double", [](Environment& e) { e.setVar("v", 0.1); }, "v == 0.1"},
+        SetRow{"Infinity", [](Environment& e) { e.setVar("v", HUGE_VAL); }, "v == math.huge"},
         SetRow{
             "NotANumber",
-            [](Environment& world) { world.setVar("v", injectedNan()); },
+            [](Environment& e) { e.setVar("v", injectedNan()); },
             "type(v) == 'number' and v ~= v"},
-        SetRow{"Text", [](Environment& world) { world.setVar("v", "text"); }, "v == 'text'"},
-        SetRow{"EmptyText", [](Environment& world) { world.setVar("v", ""); }, "v == ''"},
-        SetRow{
-            "TextView",
-            [](Environment& world) { world.setVar("v", tbMemory::StringView("textual", 4)); },
-            "v == 'text'"},
-        SetRow{
-            "TextEndsAtItsFirstNul",
-            [](Environment& world) { world.setVar("v", tbMemory::StringView("te\0xt", 5)); },
-            "v == 'te'"},
-        SetRow{
-            "EmptyTextView",
-            [](Environment& world) { world.setVar("v", tbMemory::StringView("", 0)); },
-            "v == ''"},
-        SetRow{
-            "NumericTextStaysText",
-            [](Environment& world) { world.setVar("v", "12"); },
-            "v == '12'"}),
-    [](const auto& row) { return std::string(row.param.name); });
+        SetRow{"String", [](Environment& e) { e.setVar("v", "text"); }, "v == 'text'"},
+        SetRow{"EmptyString", [](Environment& e) { e.setVar("v", ""); }, "v == ''"},
+        SetRow{"View", [](Environment& e) { e.setVar("v", View("textual", 4)); }, "v == 'text'"},
+        SetRow{"EndsAtItsNul", [](Environment& e) { e.setVar("v", View("a\0b", 3)); }, "v == 'a'"},
+        SetRow{"EmptyView", [](Environment& e) { e.setVar("v", View("", 0)); }, "v == ''"},
+        SetRow{"NumericString", [](Environment& e) { e.setVar("v", "12"); }, "v == '12'"}),
+    RowName());
 
-// A null text is no text: the global is gone afterwards, not empty.
-TEST_F(EnvironmentGlobalsTest, NullTextIsNil)
+// A null string is no string: the global is gone afterwards, not empty.
+TEST_F(EnvironmentGlobalsTest, NullStringIsNil)
 {
-    environment().setVar("v", 1);
+    run("v, w = 1, 1");
 
     environment().setVar("v", static_cast<const char*>(nullptr));
+    environment().setVar("w", View());
 
     EXPECT_FALSE(environment().isVarSet("v"));
-}
-
-TEST_F(EnvironmentGlobalsTest, NullTextViewIsNil)
-{
-    environment().setVar("v", 1);
-
-    environment().setVar("v", tbMemory::StringView());
-
-    EXPECT_FALSE(environment().isVarSet("v"));
+    EXPECT_FALSE(environment().isVarSet("w"));
 }
 
 TEST_F(EnvironmentGlobalsTest, SettingReplacesAValueOfAnotherKind)
@@ -139,7 +112,7 @@ namespace
 // What each form of reading makes of one and the same global.
 struct ReadRow
 {
-    const char* name;
+    const char* row;
     const char* value; // an expression
     bool isSet;
     bool asBool; // the default is true
@@ -148,11 +121,6 @@ struct ReadRow
     double asDouble;
     std::string asText; // the default is "else"
 };
-
-void PrintTo(const ReadRow& row, std::ostream* stream)
-{
-    *stream << row.name;
-}
 
 } // namespace
 
@@ -163,38 +131,14 @@ protected:
     void SetUp() override { run(std::string("v = ") + GetParam().value); }
 };
 
-TEST_P(EnvironmentGetVarTest, TellsWhetherItIsSet)
+TEST_P(EnvironmentGetVarTest, IsReadAsEachKind)
 {
     EXPECT_EQ(environment().isVarSet("v"), GetParam().isSet);
-}
-
-TEST_P(EnvironmentGetVarTest, ReadsABool)
-{
     EXPECT_EQ(environment().getVar("v", true), GetParam().asBool);
-}
-
-TEST_P(EnvironmentGetVarTest, ReadsAnInt)
-{
     EXPECT_EQ(environment().getVar("v", 77), GetParam().asInt);
-}
-
-TEST_P(EnvironmentGetVarTest, ReadsAFloat)
-{
     EXPECT_EQ(environment().getVar("v", 77.0F), GetParam().asFloat);
-}
-
-TEST_P(EnvironmentGetVarTest, ReadsADouble)
-{
     EXPECT_EQ(environment().getVar("v", 77.0), GetParam().asDouble);
-}
-
-TEST_P(EnvironmentGetVarTest, ReadsAText)
-{
-    EXPECT_EQ(environment().getVar("v", tbMemory::StringView("else")), GetParam().asText);
-}
-
-TEST_P(EnvironmentGetVarTest, ReadsATextWithAPointerAsDefault)
-{
+    EXPECT_EQ(environment().getVar("v", View("else")), GetParam().asText);
     EXPECT_EQ(environment().getVar("v", "else"), GetParam().asText);
 }
 
@@ -221,42 +165,34 @@ INSTANTIATE_TEST_SUITE_P(
         ReadRow{"Userdata", "newproxy()", true, true, 77, 77.0F, 77.0, "else"},
         ReadRow{"LightUserdata", LIGHT_USERDATA, true, true, 77, 77.0F, 77.0, "else"},
         ReadRow{"ForeignInteger", "12LL", true, true, 77, 77.0F, 77.0, "else"}),
-    [](const auto& row) { return std::string(row.param.name); });
+    RowName());
 
-TEST_F(EnvironmentGlobalsTest, DefaultTextIsGivenBackAsItIs)
+TEST_F(EnvironmentGlobalsTest, DefaultStringIsReturnedAsItIs)
 {
     const char* const fallback = "else";
 
-    const tbMemory::StringView text = environment().getVar("v", fallback);
-
-    EXPECT_EQ(text.data(), fallback);
+    EXPECT_EQ(environment().getVar("v", fallback).data(), fallback);
+    EXPECT_TRUE(environment().getVar("v", static_cast<const char*>(nullptr)).isNull());
 }
 
-TEST_F(EnvironmentGlobalsTest, NullDefaultTextIsGivenBackAsNull)
-{
-    const tbMemory::StringView text = environment().getVar("v", static_cast<const char*>(nullptr));
-
-    EXPECT_TRUE(text.isNull());
-}
-
-TEST_F(EnvironmentGlobalsTest, EmptyTextIsNotNull)
+TEST_F(EnvironmentGlobalsTest, EmptyStringIsNotNull)
 {
     run("v = ''");
 
-    const tbMemory::StringView text = environment().getVar("v", "else");
+    const View value = environment().getVar("v", "else");
 
-    EXPECT_FALSE(text.isNull());
-    EXPECT_EQ(text.size(), 0U);
+    EXPECT_FALSE(value.isNull());
+    EXPECT_EQ(value.size(), 0U);
 }
 
-TEST_F(EnvironmentGlobalsTest, FalseDefaultIsGivenForANumber)
+TEST_F(EnvironmentGlobalsTest, FalseDefaultIsReturnedForANumber)
 {
     run("v = 1");
 
     EXPECT_FALSE(environment().getVar("v", false));
 }
 
-TEST_F(EnvironmentGlobalsTest, ReadingAsTextLeavesTheNumber)
+TEST_F(EnvironmentGlobalsTest, ReadingAsStringLeavesTheNumber)
 {
     run("v = 12");
 
@@ -265,27 +201,27 @@ TEST_F(EnvironmentGlobalsTest, ReadingAsTextLeavesTheNumber)
     run("assert(type(v) == 'number')");
 }
 
-TEST_F(EnvironmentGlobalsTest, TextOfANumberOutlivesCollectionsAndOtherCalls)
+TEST_F(EnvironmentGlobalsTest, StringOfANumberOutlivesCollectionsAndOtherCalls)
 {
     run("v = 1234.5  w = 'other'");
-    const tbMemory::StringView text = environment().getVar("v", "else");
+    const View value = environment().getVar("v", "else");
 
     run("v = nil  for i = 1, 1000 do local t = {tostring(i)} end");
     environment().requestGarbageCollection();
     environment().getVar("w", 0);
 
-    EXPECT_EQ(text, "1234.5");
+    EXPECT_EQ(value, "1234.5");
 }
 
-TEST_F(EnvironmentGlobalsTest, TextOutlivesOtherReadingsWhileItsValueLives)
+TEST_F(EnvironmentGlobalsTest, StringOutlivesOtherReadingsWhileItsValueLives)
 {
     run("v = 'text' .. 1  n = 12");
-    const tbMemory::StringView text = environment().getVar("v", "else");
+    const View value = environment().getVar("v", "else");
 
     environment().getVar("n", "else");
     environment().requestGarbageCollection();
 
-    EXPECT_EQ(text, "text1");
+    EXPECT_EQ(value, "text1");
 }
 
 namespace
@@ -294,15 +230,10 @@ namespace
 // The int form takes the interpreter's own conversion and keeps the low 32 bits.
 struct IntRow
 {
-    const char* name;
+    const char* row;
     const char* value; // an expression
     int expected;
 };
-
-void PrintTo(const IntRow& row, std::ostream* stream)
-{
-    *stream << row.name;
-}
 
 } // namespace
 
@@ -323,8 +254,8 @@ INSTANTIATE_TEST_SUITE_P(
     EnvironmentGetIntTest,
     ::testing::Values(
         IntRow{"HighestInt", "2147483647", 2147483647},
-        IntRow{"OneMoreThanTheHighestInt", "2147483648", std::numeric_limits<int>::min()},
-        IntRow{"LowestInt", "-2147483648", std::numeric_limits<int>::min()},
+        IntRow{"OneMoreThanTheHighestInt", "2147483648", INT_MIN},
+        IntRow{"LowestInt", "-2147483648", INT_MIN},
         IntRow{"OneLessThanTheLowestInt", "-2147483649", 2147483647},
         IntRow{"HighestUnsigned", "4294967295", -1},
         IntRow{"Bit32", "4294967296", 0},
@@ -340,7 +271,7 @@ INSTANTIATE_TEST_SUITE_P(
         IntRow{"HugeText", "'4294967297'", 1},
         IntRow{"AlmostOne", "0.999999", 0},
         IntRow{"AlmostMinusOne", "-0.999999", 0}),
-    [](const auto& row) { return std::string(row.param.name); });
+    RowName());
 
 TEST_F(EnvironmentGlobalsTest, FloatBeyondItsRangeIsInfinite)
 {
@@ -370,6 +301,123 @@ TEST_F(EnvironmentGlobalsTest, TextOfAFractionHasFourteenDigits)
     run("v = 1/3");
 
     EXPECT_EQ(environment().getVar("v", "else"), "0.33333333333333");
+}
+
+// Names of globals: plain keys, that end at their first NUL or with the view.
+class EnvironmentNamesTest : public EnvironmentFixture
+{
+};
+
+TEST_F(EnvironmentNamesTest, DottedNameIsOneKeyAndReachesIntoNoTable)
+{
+    run("a = {b = 1}");
+    EXPECT_FALSE(environment().isVarSet("a.b"));
+    const ScriptObjectReference function = environment().getScriptFunction("string.format");
+    EXPECT_EQ(function.getInterpreterReference(), nullptr);
+
+    environment().setVar("a.b", 2);
+
+    run("assert(a.b == 1 and _G['a.b'] == 2)");
+    EXPECT_EQ(environment().getVar("a.b", -1), 2);
+}
+
+TEST_F(EnvironmentNamesTest, NameEndsAtItsFirstNul)
+{
+    int object = 0;
+
+    environment().setVar(StringView("a\0b", 3), 1);
+    environment().setObject(StringView("o\0b", 3), "T", &object);
+
+    run("assert(a == 1 and _G['a\\0b'] == nil)  _G['a\\0b'] = 2");
+    EXPECT_EQ(environment().getVar(StringView("a\0b", 3), -1), 1);
+    EXPECT_EQ(environment().getObject("o", StringView()), &object);
+}
+
+TEST_F(EnvironmentNamesTest, NameEndsWithItsView)
+{
+    environment().setVar(StringView("abc", 2), 1);
+
+    run("assert(ab == 1 and abc == nil)  abc = 2  function de() end");
+    EXPECT_EQ(environment().getVar(StringView("abc", 2), -1), 1);
+    EXPECT_EQ(
+        environment().getScriptFunction(StringView("def", 2)).getType(),
+        PARAM_TYPE_SCRIPT_FUNCTION);
+}
+
+TEST_F(EnvironmentNamesTest, EmptyNameIsAKey)
+{
+    environment().setVar("", 1);
+
+    run("assert(_G[''] == 1)");
+}
+
+TEST_F(EnvironmentNamesTest, NullNameIsTheEmptyName)
+{
+    environment().setVar(StringView(), 1);
+
+    EXPECT_EQ(environment().getVar("", -1), 1);
+    EXPECT_EQ(environment().getVar(StringView(), -1), 1);
+}
+
+TEST_F(EnvironmentNamesTest, NameOfOnlyANulIsTheEmptyName)
+{
+    environment().setVar(StringView("\0", 1), 1);
+
+    EXPECT_TRUE(environment().isVarSet(""));
+}
+
+TEST_F(EnvironmentNamesTest, NumericNameIsNotTheNumber)
+{
+    run("_G[1] = 'number'");
+
+    EXPECT_FALSE(environment().isVarSet("1"));
+}
+
+// The registry of functions keeps all bytes of a name, the script sees those before the first NUL.
+TEST_F(EnvironmentNamesTest, FunctionIsRegisteredUnderAllBytesOfItsName)
+{
+    const std::string name("f\0one", 5);
+    Function* const first = environment().setFunc(name);
+    Function* const second = environment().setFunc(StringView("f\0two", 5));
+
+    EXPECT_NE(first, second);
+    EXPECT_EQ(environment().getFunc(name), first);
+    EXPECT_FALSE(environment().isFuncSet("f"));
+    EXPECT_TRUE(environment().isVarSet("f"));
+
+    environment().setFunc(name);
+    expectLogged(
+        "Function '" + name +
+            "' already existant. Resetting its state before returning it. This might break "
+            "previous usage of the function.",
+        "Environment");
+}
+
+TEST_F(EnvironmentNamesTest, FunctionNameEndsWithItsView)
+{
+    environment().setFunc(StringView("fgh", 1));
+
+    EXPECT_TRUE(environment().isFuncSet("f"));
+    run("assert(f and not fgh)");
+}
+
+TEST_F(EnvironmentNamesTest, FunctionMayHaveTheEmptyNameWhichIsAlsoTheNullName)
+{
+    Function* const function = environment().setFunc(StringView());
+
+    ASSERT_NE(function, nullptr);
+    EXPECT_EQ(function->getName(), "");
+    EXPECT_EQ(environment().getFunc(""), function);
+    EXPECT_TRUE(environment().isFuncSet(StringView()));
+    run("assert(type(_G['']) == 'function')");
+}
+
+TEST_F(EnvironmentNamesTest, FunctionMayBeDeclaredUnderTheEmptyString)
+{
+    Function* const function = environment().setFunc("");
+
+    ASSERT_NE(function, nullptr);
+    run("assert(type(_G['']) == 'function')");
 }
 
 } // namespace tbScripts::test

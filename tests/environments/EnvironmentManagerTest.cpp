@@ -65,32 +65,25 @@ protected:
     ~EnvironmentManagerTest() override { killManager(); }
 };
 
-TEST_F(EnvironmentManagerTest, SameNameGivesTheSameEnvironment)
-{
-    Environment* const first = find("world");
-
-    EXPECT_EQ(find("world"), first);
-}
-
 TEST_F(EnvironmentManagerTest, NewEnvironmentHasItsNameAndNoInterpreter)
 {
     Environment* const environment = find("world");
 
     EXPECT_EQ(environment->getName(), "world");
     EXPECT_EQ(environment->getVar("x", 5), 5);
-    EXPECT_THAT(
-        m_log.takeEntries(),
-        ::testing::ElementsAre(LogEntry{
-            "Requesting a variable in environment 'world', which has no InterpreterType. This will "
-            "have no effect.",
-            "Environment"}));
+    expectLogged(
+        "Requesting a variable in environment 'world', which has no InterpreterType. This will "
+        "have no effect.",
+        "Environment");
 }
 
-TEST_F(EnvironmentManagerTest, RetrievingLeavesTheEnvironmentAsItIs)
+TEST_F(EnvironmentManagerTest, SameNameGivesTheSameEnvironmentAsItIs)
 {
-    makeLua("world")->setVar("score", 3);
+    Environment* const environment = makeLua("world");
+    environment->setVar("score", 3);
 
-    EXPECT_EQ(find("world")->getVar("score", -1), 3);
+    EXPECT_EQ(find("world"), environment);
+    EXPECT_EQ(environment->getVar("score", -1), 3);
 }
 
 TEST_F(EnvironmentManagerTest, NamesInOtherLettersAreOtherEnvironments)
@@ -118,15 +111,10 @@ TEST_F(EnvironmentManagerTest, NamesGoOnBehindANul)
     EXPECT_EQ(environment->getName(), StringView("a\0b", 3));
 }
 
-TEST_F(EnvironmentManagerTest, NameNeedNotEndWithAZero)
+TEST_F(EnvironmentManagerTest, NameEndsWithItsViewAndIsCopied)
 {
-    EXPECT_EQ(find(StringView("worldwide", 5)), find("world"));
-}
-
-TEST_F(EnvironmentManagerTest, NameIsCopied)
-{
-    std::string name = "world";
-    Environment* const environment = find(name);
+    std::string name = "worldwide";
+    Environment* const environment = find(StringView(name.data(), 5));
 
     name = "other";
 
@@ -166,25 +154,18 @@ TEST_F(EnvironmentManagerTest, IsMadeOnFirstUse)
     EXPECT_EQ(EnvironmentManager::getInstance(), made);
 }
 
-TEST_F(EnvironmentManagerTest, KillEndsEveryEnvironmentOnce)
+TEST_F(EnvironmentManagerTest, KillEndsEveryEnvironmentOnceAndLeavesNone)
 {
     int ended = 0;
     for (const char* name : {"a", "b", "c"})
         declareFarewell(*makeLua(name), [&ended] { ++ended; });
+    find("a")->setVar("score", 3);
 
     killManager();
 
     EXPECT_EQ(ended, 3);
     EXPECT_EQ(EnvironmentManager::getInstanceIfExisting(), nullptr);
-}
-
-TEST_F(EnvironmentManagerTest, ManagerAfterAKillIsEmpty)
-{
-    makeLua("world")->setVar("score", 3);
-
-    killManager();
-
-    EXPECT_EQ(makeLua("world")->getVar("score", -1), -1);
+    EXPECT_EQ(makeLua("a")->getVar("score", -1), -1);
 }
 
 TEST_F(EnvironmentManagerTest, ManagerAskedForDuringAKillIsDestroyedWithIt)
@@ -228,94 +209,45 @@ TEST_F(EnvironmentManagerTest, KillDuringAKillChangesNothing)
     EXPECT_EQ(EnvironmentManager::getInstanceIfExisting(), nullptr);
 }
 
-TEST_F(EnvironmentManagerTest, KillInsideARunningScriptLetsItGoOn)
+TEST_F(EnvironmentManagerTest, KillInsideARunningScriptEndsTheOthersAtOnceAndLetsItGoOn)
 {
     Environment* const environment = makeLua("world");
     std::string events;
+    int found = 0;
     declareFarewell(*environment, [&events] { events += " bindings end."; });
+    declareFarewell(*makeLua("other"), [&events] { events += "other ends. "; });
     declare(
         *environment,
         "quit",
-        [&events]
+        [&]
         {
             killManager();
             events += "killed.";
+            found = makeLua("world")->getVar("score", -1);
         });
     declare(*environment, "note", [&events] { events += " script goes on."; });
 
     EXPECT_TRUE(runScript(
         *environment,
-        "quit() local list = {} for i = 1, 100 do list[i] = {} end "
+        "score = 3 quit() local list = {} for i = 1, 100 do list[i] = {} end "
         "note()"));
 
-    EXPECT_EQ(events, "killed. script goes on. bindings end.");
+    EXPECT_EQ(events, "other ends. killed. script goes on. bindings end.");
+    EXPECT_EQ(found, -1) << "the name is not free while the killed environment still runs";
 }
 
-TEST_F(EnvironmentManagerTest, KillInsideARunningScriptEndsTheOthersAtOnce)
-{
-    Environment* const environment = makeLua("world");
-    std::string events;
-    declareFarewell(*makeLua("other"), [&events] { events += "other ends. "; });
-    declare(
-        *environment,
-        "quit",
-        [&events]
-        {
-            killManager();
-            events += "killed.";
-        });
-
-    EXPECT_TRUE(runScript(*environment, "quit()"));
-
-    EXPECT_EQ(events, "other ends. killed.");
-}
-
-TEST_F(EnvironmentManagerTest, NameIsFreeWhileAKilledEnvironmentStillRuns)
-{
-    Environment* const environment = makeLua("world");
-    int found = 0;
-    declare(
-        *environment,
-        "quit",
-        [&found]
-        {
-            killManager();
-            found = makeLua("world")->getVar("score", -1);
-        });
-
-    EXPECT_TRUE(runScript(*environment, "score = 3 quit()"));
-
-    EXPECT_EQ(found, -1);
-}
-
-TEST_F(EnvironmentManagerTest, CopySharesTheEnvironments)
-{
-    Environment* const environment = makeLua("world");
-
-    EnvironmentManager copy(manager());
-
-    EXPECT_EQ(copy.createOrRetrieve("world"), environment);
-    killManager();
-}
-
-TEST_F(EnvironmentManagerTest, CopyDoesNotLearnOfLaterEnvironments)
-{
-    EnvironmentManager copy(manager());
-    Environment* const environment = makeLua("world");
-
-    Environment* const other = copy.createOrRetrieve("world");
-
-    EXPECT_NE(other, environment);
-    other->setEnvironmentFor(INTERPRETER_LUA);
-    killManager();
-}
-
-TEST_F(EnvironmentManagerTest, CopyDoesNotBecomeTheInstance)
+TEST_F(EnvironmentManagerTest, CopySharesTheEnvironmentsSoFarAndIsNotTheInstance)
 {
     EnvironmentManager* const instance = EnvironmentManager::getInstance();
+    Environment* const before = makeLua("before");
 
-    const EnvironmentManager copy(*instance);
+    EnvironmentManager copy(manager());
+    Environment* const after = makeLua("after");
+    Environment* const afterOfTheCopy = copy.createOrRetrieve("after");
+    afterOfTheCopy->setEnvironmentFor(INTERPRETER_LUA);
 
+    EXPECT_EQ(copy.createOrRetrieve("before"), before);
+    EXPECT_NE(afterOfTheCopy, after);
     EXPECT_EQ(EnvironmentManager::getInstance(), instance);
     killManager();
 }
@@ -335,32 +267,28 @@ TEST_F(EnvironmentManagerTest, EnvironmentsEndOnceWithTheLastCopy)
     EXPECT_EQ(ended, 1);
 }
 
-TEST_F(EnvironmentManagerTest, AssignmentGivesUpTheOwnEnvironments)
+TEST_F(EnvironmentManagerTest, AssignmentGivesUpTheOwnEnvironmentsWhichHaveLeftTheManagerBefore)
 {
     int ended = 0;
     EnvironmentManager other(manager());
-    declareFarewell(*makeLua("world"), [&ended] { ++ended; });
+    Environment* const old = makeLua("world");
+    Environment* found = nullptr;
+    declareFarewell(
+        *old,
+        [&]
+        {
+            ++ended;
+            found = makeLua("world");
+        });
     Environment* const kept = other.createOrRetrieve("kept");
     kept->setEnvironmentFor(INTERPRETER_LUA);
 
     manager() = other;
 
     EXPECT_EQ(ended, 1);
-    EXPECT_EQ(find("kept"), kept);
-    killManager();
-}
-
-TEST_F(EnvironmentManagerTest, EnvironmentHasLeftTheManagerBeforeAnAssignmentEndsIt)
-{
-    const EnvironmentManager other(manager());
-    Environment* const old = makeLua("world");
-    Environment* found = nullptr;
-    declareFarewell(*old, [&found] { found = makeLua("world"); });
-
-    manager() = other;
-
     EXPECT_NE(found, nullptr);
     EXPECT_NE(found, old);
+    EXPECT_EQ(find("kept"), kept);
     killManager();
 }
 

@@ -1,11 +1,15 @@
 // Handles on script values, as globals and back.
 
+#include "support/CountedObject.h"
 #include "support/EnvironmentFixture.h"
+#include "support/Execution.h"
 #include "support/FakeScriptObjects.h"
+#include "support/RowName.h"
 
 namespace tbScripts::test
 {
 
+using tbMemory::StringView;
 using ::testing::IsEmpty;
 
 // An expression; the interpreter itself makes such values here only.
@@ -19,145 +23,89 @@ class EnvironmentReferencesTest : public EnvironmentFixture
 namespace
 {
 
-struct ReferenceRow
+// What a host can hold of a value.
+enum class Handle
 {
-    const char* name;
-    const char* value; // an expression
+    NONE,
+    OBJECT,
+    FUNCTION
 };
 
-void PrintTo(const ReferenceRow& row, std::ostream* stream)
+struct ValueRow
 {
-    *stream << row.name;
-}
+    const char* row;
+    const char* value; // an expression
+    Handle handle;
+};
+
+using test::operator<<;
 
 } // namespace
 
-class EnvironmentObjectReferenceTest : public EnvironmentFixture,
-                                       public ::testing::WithParamInterface<ReferenceRow>
+class EnvironmentValueHandleTest : public EnvironmentFixture,
+                                   public ::testing::WithParamInterface<ValueRow>
 {
 protected:
-    void SetUp() override { run(std::string("v = ") + GetParam().value); }
+    void SetUp() override
+    {
+        declareAction("hostFunction", [] {});
+        run(std::string("v = ") + GetParam().value);
+    }
 };
 
-TEST_P(EnvironmentObjectReferenceTest, IsOfKindObject)
+TEST_P(EnvironmentValueHandleTest, IsAnObjectThatStoresTheSameValueOrEmpty)
 {
+    const bool isObject = GetParam().handle == Handle::OBJECT;
+
     const ScriptObjectReference reference = environment().getVar("v");
 
-    EXPECT_NE(reference.getInterpreterReference(), nullptr);
-    EXPECT_EQ(reference.getType(), PARAM_TYPE_SCRIPT_OBJECT);
+    EXPECT_EQ(reference.getInterpreterReference() != nullptr, isObject);
+    EXPECT_EQ(reference.getType(), isObject ? PARAM_TYPE_SCRIPT_OBJECT : PARAM_TYPE_VOID);
     EXPECT_EQ(reference.getUseCount(), 1U);
-}
-
-TEST_P(EnvironmentObjectReferenceTest, GivesBackTheSameValue)
-{
-    const ScriptObjectReference reference = environment().getVar("v");
-
     environment().setVar("w", reference);
-
-    run("assert(v == w and w ~= nil)");
+    run(isObject ? "assert(v == w and w ~= nil)" : "assert(w == nil)");
 }
 
-TEST_P(EnvironmentObjectReferenceTest, IsNotAFunction)
+TEST_P(EnvironmentValueHandleTest, IsAFunctionOrSilentlyEmpty)
 {
-    const ScriptObjectReference reference = environment().getScriptFunction("v");
+    const bool isFunction = GetParam().handle == Handle::FUNCTION;
 
-    EXPECT_EQ(reference.getInterpreterReference(), nullptr);
-    EXPECT_EQ(reference.getUseCount(), 1U);
-}
+    const ScriptObjectReference function = environment().getScriptFunction("v");
 
-INSTANTIATE_TEST_SUITE_P(
-    Values,
-    EnvironmentObjectReferenceTest,
-    ::testing::Values(
-        ReferenceRow{"True", "true"},
-        ReferenceRow{"False", "false"},
-        ReferenceRow{"Number", "1.5"},
-        ReferenceRow{"Text", "'text'"},
-        ReferenceRow{"Table", "{}"},
-        ReferenceRow{"Userdata", "newproxy()"}),
-    [](const auto& row) { return std::string(row.param.name); });
-
-class EnvironmentNoObjectReferenceTest : public EnvironmentFixture,
-                                         public ::testing::WithParamInterface<ReferenceRow>
-{
-};
-
-TEST_P(EnvironmentNoObjectReferenceTest, IsEmpty)
-{
-    run(std::string("v = ") + GetParam().value);
-
-    const ScriptObjectReference reference = environment().getVar("v");
-
-    EXPECT_EQ(reference.getInterpreterReference(), nullptr);
-    EXPECT_EQ(reference.getType(), PARAM_TYPE_VOID);
-    EXPECT_EQ(reference.getUseCount(), 1U);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Values,
-    EnvironmentNoObjectReferenceTest,
-    ::testing::Values(
-        ReferenceRow{"Nil", "nil"},
-        ReferenceRow{"ScriptFunction", "function() end"},
-        ReferenceRow{"LibraryFunction", "print"},
-        ReferenceRow{"Coroutine", "coroutine.create(print)"},
-        ReferenceRow{"LightUserdata", LIGHT_USERDATA},
-        ReferenceRow{"ForeignInteger", "1LL"}),
-    [](const auto& row) { return std::string(row.param.name); });
-
-class EnvironmentScriptFunctionTest : public EnvironmentFixture,
-                                      public ::testing::WithParamInterface<ReferenceRow>
-{
-};
-
-TEST_P(EnvironmentScriptFunctionTest, IsOfKindFunction)
-{
-    declare("hostFunction", {}, [](const Parameters&) { return FunctionParameter::VOID; });
-    run(std::string("f = ") + GetParam().value);
-
-    const ScriptObjectReference function = environment().getScriptFunction("f");
-
-    EXPECT_EQ(function.getType(), PARAM_TYPE_SCRIPT_FUNCTION);
-    EXPECT_EQ(function.getUseCount(), 1U);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Values,
-    EnvironmentScriptFunctionTest,
-    ::testing::Values(
-        ReferenceRow{"ScriptFunction", "function() end"},
-        ReferenceRow{"LibraryFunction", "print"},
-        ReferenceRow{"HostFunction", "hostFunction"},
-        ReferenceRow{"WrappedCoroutine", "coroutine.wrap(print)"}),
-    [](const auto& row) { return std::string(row.param.name); });
-
-class EnvironmentNoScriptFunctionTest : public EnvironmentFixture,
-                                        public ::testing::WithParamInterface<ReferenceRow>
-{
-};
-
-TEST_P(EnvironmentNoScriptFunctionTest, IsSilentlyEmpty)
-{
-    run(std::string("f = ") + GetParam().value);
-
-    const ScriptObjectReference function = environment().getScriptFunction("f");
-
-    EXPECT_EQ(function.getInterpreterReference(), nullptr);
+    EXPECT_EQ(function.getInterpreterReference() != nullptr, isFunction);
+    EXPECT_EQ(function.getType(), isFunction ? PARAM_TYPE_SCRIPT_FUNCTION : PARAM_TYPE_VOID);
     EXPECT_EQ(function.getUseCount(), 1U);
     EXPECT_THAT(m_log.takeEntries(), IsEmpty());
 }
 
+TEST_P(EnvironmentValueHandleTest, IsNoHostObject)
+{
+    EXPECT_EQ(environment().getObject("v", "T"), nullptr);
+    EXPECT_EQ(environment().getObject("v", tbMemory::StringView()), nullptr);
+}
+
 INSTANTIATE_TEST_SUITE_P(
     Values,
-    EnvironmentNoScriptFunctionTest,
+    EnvironmentValueHandleTest,
     ::testing::Values(
-        ReferenceRow{"Nil", "nil"},
-        ReferenceRow{"Text", "'print'"},
-        ReferenceRow{"Table", "{}"},
-        ReferenceRow{"CallableTable", "setmetatable({}, {__call = print})"},
-        ReferenceRow{"Userdata", "newproxy()"},
-        ReferenceRow{"Coroutine", "coroutine.create(print)"}),
-    [](const auto& row) { return std::string(row.param.name); });
+        ValueRow{"Nil", "nil", Handle::NONE},
+        ValueRow{"True", "true", Handle::OBJECT},
+        ValueRow{"False", "false", Handle::OBJECT},
+        ValueRow{"Number", "1.5", Handle::OBJECT},
+        ValueRow{"String", "'print'", Handle::OBJECT},
+        ValueRow{"StringOfATypeName", "'T'", Handle::OBJECT},
+        ValueRow{"Table", "{}", Handle::OBJECT},
+        ValueRow{"TableWithName", "setmetatable({}, {__name = 'T'})", Handle::OBJECT},
+        ValueRow{"CallableTable", "setmetatable({}, {__call = print})", Handle::OBJECT},
+        ValueRow{"EmptyUserdata", "newproxy()", Handle::OBJECT},
+        ValueRow{"ScriptFunction", "function() end", Handle::FUNCTION},
+        ValueRow{"LibraryFunction", "print", Handle::FUNCTION},
+        ValueRow{"HostFunction", "hostFunction", Handle::FUNCTION},
+        ValueRow{"WrappedCoroutine", "coroutine.wrap(print)", Handle::FUNCTION},
+        ValueRow{"Coroutine", "coroutine.create(print)", Handle::NONE},
+        ValueRow{"LightUserdata", LIGHT_USERDATA, Handle::NONE},
+        ValueRow{"ForeignInteger", "1LL", Handle::NONE}),
+    RowName());
 
 TEST_F(EnvironmentReferencesTest, ReferenceKeepsItsValueAlive)
 {
@@ -205,41 +153,21 @@ TEST_F(EnvironmentReferencesTest, EmptyReferenceStoresNil)
     EXPECT_FALSE(environment().isVarSet("v"));
 }
 
-TEST_F(EnvironmentReferencesTest, ReferenceOfAnotherEnvironmentStoresNil)
+TEST_F(EnvironmentReferencesTest, ForeignReferencesStoreNil)
 {
     Environment other;
     other.setEnvironmentFor(INTERPRETER_LUA);
     other.setVar("v", "text");
-    const ScriptObjectReference foreign = other.getVar("v");
-    environment().setVar("v", 1);
+    run("v, w = 1, 1");
 
-    environment().setVar("v", foreign);
-
-    EXPECT_FALSE(environment().isVarSet("v"));
-}
-
-TEST_F(EnvironmentReferencesTest, ReferenceThatIsNotOursStoresNil)
-{
-    environment().setVar("v", 1);
-
-    environment().setVar("v", ScriptObjectReference(new FakeReference));
+    environment().setVar("v", other.getVar("v"));
+    environment().setVar("w", ScriptObjectReference(new FakeReference));
 
     EXPECT_FALSE(environment().isVarSet("v"));
+    EXPECT_FALSE(environment().isVarSet("w"));
 }
 
-TEST_F(EnvironmentReferencesTest, ReferenceOfAnEarlierInterpreterStoresNil)
-{
-    run("v = {}");
-    const ScriptObjectReference stale = environment().getVar("v");
-    environment().setEnvironmentFor(INTERPRETER_LUA);
-    environment().setVar("v", 1);
-
-    environment().setVar("v", stale);
-
-    EXPECT_FALSE(environment().isVarSet("v"));
-}
-
-TEST_F(EnvironmentReferencesTest, ReferenceOutlivesItsInterpreter)
+TEST_F(EnvironmentReferencesTest, ReferenceOutlivesItsInterpreterAndStoresNilThen)
 {
     run("v = {}");
     const ScriptObjectReference stale = environment().getVar("v");
@@ -248,6 +176,9 @@ TEST_F(EnvironmentReferencesTest, ReferenceOutlivesItsInterpreter)
 
     EXPECT_EQ(stale.getUseCount(), 1U);
     EXPECT_THAT(m_log.takeEntries(), IsEmpty());
+    environment().setVar("v", 1);
+    environment().setVar("v", stale);
+    EXPECT_FALSE(environment().isVarSet("v"));
 }
 
 TEST_F(EnvironmentReferencesTest, ReferenceOutlivesItsEnvironment)
@@ -261,21 +192,218 @@ TEST_F(EnvironmentReferencesTest, ReferenceOutlivesItsEnvironment)
     EXPECT_THAT(m_log.takeEntries(), IsEmpty());
 }
 
-TEST_F(EnvironmentReferencesTest, EmptyReferenceCannotBeSerialized)
+TEST_F(EnvironmentReferencesTest, EmptyReferenceIsNoBytesAndNoBytesAreAnEmptyReference)
 {
-    const tbMemory::Buffer bytes =
-        environment().serializeScriptObject(ScriptObjectReference(), false);
+    EXPECT_TRUE(environment().serializeScriptObject(ScriptObjectReference(), false).empty());
 
-    EXPECT_TRUE(bytes.empty());
-}
-
-TEST_F(EnvironmentReferencesTest, NoBytesGiveAnEmptyReference)
-{
     const ScriptObjectReference reference =
         environment().deserializeScriptObject(tbMemory::BufferView<unsigned char>());
-
     EXPECT_EQ(reference.getInterpreterReference(), nullptr);
     EXPECT_EQ(reference.getUseCount(), 1U);
+}
+
+// Host objects as globals, as far as they need no declared type.
+class EnvironmentObjectsTest : public EnvironmentFixture
+{
+protected:
+    int m_object = 0;
+};
+
+TEST_F(EnvironmentObjectsTest, ObjectOfUnknownTypeIsUserdataWithoutMetatableAndNoInstanceOfIt)
+{
+    environment().setObject("v", "T", &m_object);
+
+    run("assert(type(v) == 'userdata' and debug.getmetatable(v) == nil)");
+    EXPECT_EQ(environment().getObject("v", "T"), nullptr);
+}
+
+TEST_F(EnvironmentObjectsTest, TypeNameOfSomethingElseInTheRegistryGivesNoMetatable)
+{
+    environment().setObject("v", "FILE*", &m_object);
+
+    run("assert(debug.getmetatable(v) == nil)");
+}
+
+TEST_F(EnvironmentObjectsTest, NullTypeNameGivesNoMetatable)
+{
+    environment().setObject("v", StringView(), &m_object);
+
+    run("assert(debug.getmetatable(v) == nil)");
+    EXPECT_EQ(environment().getObject("v", StringView()), &m_object);
+}
+
+// Null skips the test of the type; empty is the name of a type, which is not this one's.
+TEST_F(EnvironmentObjectsTest, NullTypeNameReadsAnyObjectAndTheEmptyOneDoesNot)
+{
+    environment().setObject("v", "T", &m_object);
+
+    EXPECT_EQ(environment().getObject("v", StringView()), &m_object);
+    EXPECT_EQ(environment().getObject("v", ""), nullptr);
+}
+
+TEST_F(EnvironmentObjectsTest, NullObjectIsNil)
+{
+    environment().setVar("v", 1);
+
+    environment().setObject("v", "T", nullptr);
+
+    EXPECT_FALSE(environment().isVarSet("v"));
+}
+
+TEST_F(EnvironmentObjectsTest, EachSettingMakesAValueOfItsOwn)
+{
+    environment().setObject("v", "T", &m_object);
+    environment().setObject("w", "T", &m_object);
+
+    run("assert(v ~= w)");
+}
+
+TEST_F(EnvironmentObjectsTest, CollectedObjectStaysTheHosts)
+{
+    CountedObject::restart();
+    const CountedObject object;
+    environment().setObject("v", "T", const_cast<CountedObject*>(&object));
+
+    run("v = nil");
+    environment().requestGarbageCollection();
+
+    EXPECT_EQ(CountedObject::getLiving(), 1);
+}
+
+TEST_F(EnvironmentObjectsTest, UserdataOfALibraryIsReadWithoutATypeName)
+{
+    run("v = io.stdout");
+
+    EXPECT_NE(environment().getObject("v", StringView()), nullptr);
+    EXPECT_EQ(environment().getObject("v", "FILE*"), nullptr);
+}
+
+// Tables can say anything in "__name"; only the types of the host are believed.
+TEST_F(EnvironmentObjectsTest, NameWrittenByAScriptMakesNoInstance)
+{
+    run("v = newproxy(true)  getmetatable(v).__name = 'T'");
+
+    EXPECT_EQ(environment().getObject("v", "T"), nullptr);
+}
+
+// Scripts that change the global table itself, and host calls out of coroutines.
+class EnvironmentGlobalTableTest : public EnvironmentFixture
+{
+};
+
+TEST_F(EnvironmentGlobalTableTest, ReplacedTableIsReadByHostAndScripts)
+{
+    run("v = 1  setfenv(0, {v = 2})");
+
+    EXPECT_EQ(environment().getVar("v", -1), 2);
+    EXPECT_FALSE(environment().isVarSet("print"));
+    run("w = v");
+    EXPECT_EQ(environment().getVar("w", -1), 2);
+    EXPECT_EQ(
+        runExpectingError("print('x')"),
+        "Error while executing script 'test' : [string \"print('x')\"]:1: attempt to call global "
+        "'print' (a nil value)");
+}
+
+TEST_F(EnvironmentGlobalTableTest, ReplacedTableIsWrittenAndTakesFunctions)
+{
+    run("setfenv(0, {replacement = true})");
+
+    environment().setVar("v", 2);
+    declareAction("f", [] {});
+
+    EXPECT_EQ(environment().getVar("v", -1), 2);
+    EXPECT_TRUE(environment().getVar("replacement", false));
+    EXPECT_TRUE(environment().isVarSet("f"));
+    run("f()");
+}
+
+// What the interpreter's own end finalises cannot report any more: this goes before.
+TEST_F(EnvironmentGlobalTableTest, ReplacedTableIsClearedAtTheEnd)
+{
+    run("local error, kept = error, newproxy(true) "
+        "getmetatable(kept).__gc = function() error('gone', 0) end "
+        "setfenv(0, {kept = kept})");
+
+    destroyEnvironment();
+
+    expectLogged("gone", "LuaEnvironment");
+}
+
+TEST_F(EnvironmentGlobalTableTest, StrictGlobalsEndSilently)
+{
+    declareAction("f", [] {});
+    run("setmetatable(_G, {__index = error, __newindex = error})");
+
+    destroyEnvironment();
+
+    EXPECT_THAT(m_log.takeEntries(), IsEmpty());
+}
+
+TEST_F(EnvironmentGlobalTableTest, GlobalsAreReadAndSetOutOfACoroutine)
+{
+    int seen = 0;
+    declareAction("look", [&] { seen = environment().getVar("v", -1); });
+    declareAction("put", [&] { environment().setVar("v", 43); });
+
+    run("v = 42  coroutine.wrap(function() look()  put()  assert(v == 43) end)()");
+
+    EXPECT_EQ(seen, 42);
+    EXPECT_EQ(environment().getVar("v", -1), 43);
+}
+
+TEST_F(EnvironmentGlobalTableTest, ScriptRunsOutOfACoroutine)
+{
+    declareAction("runInner", [&] { runScript(environment(), "v = 42  return 1, 2, 3"); });
+
+    run("coroutine.wrap(function() local a, b = 'a', 'b'  runInner()  w = a .. b end)()");
+
+    EXPECT_EQ(environment().getVar("v", -1), 42);
+    EXPECT_EQ(environment().getVar("w", ""), "ab");
+}
+
+TEST_F(EnvironmentGlobalTableTest, ScriptFunctionIsCalledOutOfACoroutine)
+{
+    std::vector<FunctionParameter> outputs{FunctionParameter(0)};
+    declareAction("callInner", [&] { call("inner", {FunctionParameter(41)}, outputs); });
+
+    run("function inner(value) return value + 1 end "
+        "coroutine.wrap(function() callInner() end)()");
+
+    EXPECT_EQ(outputs[0].getInt(), 42);
+}
+
+TEST_F(EnvironmentGlobalTableTest, ReferenceMadeInACoroutineOutlivesIt)
+{
+    ScriptObjectReference reference;
+    declareAction("take", [&] { reference = environment().getVar("v"); });
+    run("v = {answer = 42}  coroutine.wrap(function() take() end)()  v = nil");
+    environment().requestGarbageCollection();
+
+    environment().setVar("w", reference);
+
+    run("assert(w.answer == 42)");
+}
+
+// A coroutine may have globals of its own; those of the host are the main ones.
+TEST_F(EnvironmentGlobalTableTest, MainGlobalsAreThoseOfTheHostOutOfACoroutineWithItsOwn)
+{
+    int seen = 0;
+    declareAction(
+        "work",
+        [&]
+        {
+            seen = environment().getVar("v", -1);
+            runScript(environment(), "w = v");
+            environment().setVar("v", 44);
+        });
+
+    run("v = 42  local work, setfenv = work, setfenv "
+        "coroutine.wrap(function() setfenv(0, {v = 43})  work() end)()");
+
+    EXPECT_EQ(seen, 42);
+    EXPECT_EQ(environment().getVar("w", -1), 42);
+    EXPECT_EQ(environment().getVar("v", -1), 44);
 }
 
 } // namespace tbScripts::test

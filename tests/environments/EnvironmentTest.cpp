@@ -6,7 +6,6 @@
 namespace tbScripts::test
 {
 
-using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
 class EnvironmentTest : public EnvironmentFixture
@@ -26,54 +25,25 @@ protected:
     std::unique_ptr<Environment> m_environment = std::make_unique<Environment>();
 };
 
-TEST_F(NewEnvironmentTest, IsMadeSilently)
+TEST_F(NewEnvironmentTest, IsCreatedSilentlyWithTheEmptyNameASuccessAndNoFunctions)
 {
     EXPECT_THAT(m_log.takeEntries(), IsEmpty());
-}
-
-TEST_F(NewEnvironmentTest, HasTheEmptyName)
-{
     EXPECT_EQ(m_environment->getName(), "");
     EXPECT_FALSE(m_environment->getName().isNull());
-}
-
-TEST_F(NewEnvironmentTest, ShowsASuccess)
-{
     EXPECT_EQ(lastOutcome(*m_environment), Outcome(0, true, ""));
-}
-
-TEST_F(NewEnvironmentTest, HasNoFunctions)
-{
     EXPECT_FALSE(m_environment->isFuncSet(""));
     EXPECT_EQ(m_environment->getFunc("print"), nullptr);
 }
 
-TEST_F(EnvironmentTest, NameIsReplaced)
+TEST_F(EnvironmentTest, NameIsReplacedByAllBytesOfTheView)
 {
-    environment().setName("arena");
+    const std::string names[] = {"arena", std::string(1000, 'n'), std::string("a\0b", 3)};
+    for (const std::string& name : names)
+    {
+        environment().setName(tbMemory::StringView((name + "s").data(), name.size()));
 
-    EXPECT_EQ(environment().getName(), "arena");
-}
-
-TEST_F(EnvironmentTest, NameMayBeLong)
-{
-    environment().setName(std::string(1000, 'n'));
-
-    EXPECT_EQ(environment().getName(), std::string(1000, 'n'));
-}
-
-TEST_F(EnvironmentTest, NameKeepsAllItsBytes)
-{
-    environment().setName(tbMemory::StringView("a\0b", 3));
-
-    EXPECT_EQ(environment().getName(), tbMemory::StringView("a\0b", 3));
-}
-
-TEST_F(EnvironmentTest, NameEndsWithItsView)
-{
-    environment().setName(tbMemory::StringView("arenas", 5));
-
-    EXPECT_EQ(environment().getName(), "arena");
+        EXPECT_EQ(environment().getName(), name);
+    }
 }
 
 TEST_F(EnvironmentTest, NullNameIsTheEmptyName)
@@ -84,57 +54,31 @@ TEST_F(EnvironmentTest, NullNameIsTheEmptyName)
     EXPECT_FALSE(environment().getName().isNull());
 }
 
-TEST_F(EnvironmentTest, LuaIsChosenSilently)
+TEST_F(EnvironmentTest, LuaChosenAgainSilentlyForgetsAllGlobalsAndBringsBackTheLibraries)
 {
+    run("lives, print, string = 3, nil, nil");
+
     environment().setEnvironmentFor(INTERPRETER_LUA);
 
     EXPECT_THAT(m_log.takeEntries(), IsEmpty());
-    EXPECT_TRUE(environment().isVarSet("print"));
-}
-
-TEST_F(EnvironmentTest, LuaChosenAgainForgetsAllGlobals)
-{
-    environment().setVar("lives", 3);
-
-    environment().setEnvironmentFor(INTERPRETER_LUA);
-
     EXPECT_EQ(environment().getVar("lives", -1), -1);
-}
-
-TEST_F(EnvironmentTest, LuaChosenAgainBringsBackTheLibraries)
-{
-    run("print, string = nil, nil");
-
-    environment().setEnvironmentFor(INTERPRETER_LUA);
-
+    EXPECT_TRUE(environment().isVarSet("print"));
     run("assert(type(print) == 'function' and type(string) == 'table')");
 }
 
-TEST_F(EnvironmentTest, ChoosingNoInterpreterDisables)
+TEST_F(EnvironmentTest, ChoosingNoInterpreterDisablesAndForgetsAllGlobals)
 {
     environment().setVar("lives", 3);
     environment().setEnvironmentFor(INTERPRETER_UNKNOWN);
     m_log.takeEntries();
 
-    const int lives = environment().getVar("lives", -1);
+    EXPECT_EQ(environment().getVar("lives", -1), -1);
 
-    EXPECT_EQ(lives, -1);
-    EXPECT_THAT(
-        m_log.takeEntries(),
-        ElementsAre(LogEntry{
-            "Requesting a variable in environment 'world', which has no InterpreterType. This will "
-            "have no effect.",
-            "Environment"}));
+    expectLogged(
+        "Requesting a variable in environment 'world', which has no InterpreterType. This will "
+        "have no effect.",
+        "Environment");
     environment().setEnvironmentFor(INTERPRETER_LUA);
-}
-
-TEST_F(EnvironmentTest, SwitchingToNoneAndBackForgetsAllGlobals)
-{
-    environment().setVar("lives", 3);
-
-    environment().setEnvironmentFor(INTERPRETER_UNKNOWN);
-    environment().setEnvironmentFor(INTERPRETER_LUA);
-
     m_log.takeEntries();
     EXPECT_FALSE(environment().isVarSet("lives"));
     EXPECT_TRUE(environment().isVarSet("print"));
@@ -151,38 +95,24 @@ TEST_F(EnvironmentTest, ChoosingLuaAHundredTimesLeavesAWorkingEnvironment)
 
 TEST_F(EnvironmentTest, ResultIsResetByASwitch)
 {
-    runExpectingError("error('boom')");
+    for (const INTERPRETER interpreter : {INTERPRETER_UNKNOWN, INTERPRETER_LUA})
+    {
+        environment().setEnvironmentFor(INTERPRETER_LUA);
+        runExpectingError("error('boom')");
 
-    environment().setEnvironmentFor(INTERPRETER_LUA);
+        environment().setEnvironmentFor(interpreter);
 
-    EXPECT_EQ(lastOutcome(environment()), Outcome(0, true, ""));
+        EXPECT_EQ(lastOutcome(environment()), Outcome(0, true, "")) << interpreter;
+    }
+    m_log.takeEntries(); // of the teardown without interpreter
 }
 
-TEST_F(EnvironmentTest, ResultIsResetByASwitchToNone)
-{
-    runExpectingError("error('boom')");
-
-    environment().setEnvironmentFor(INTERPRETER_UNKNOWN);
-
-    EXPECT_EQ(lastOutcome(environment()), Outcome(0, true, ""));
-    environment().setEnvironmentFor(INTERPRETER_LUA);
-    m_log.takeEntries();
-}
-
-TEST_F(EnvironmentTest, ResultReferenceOutlivesASwitch)
+TEST_F(EnvironmentTest, ResultReferenceOutlivesASwitchAndShowsRunsAfterIt)
 {
     const ExecutionResult& result = environment().getLastExecutionResult();
     runExpectingError("error('boom')");
-
     environment().setEnvironmentFor(INTERPRETER_LUA);
-
     EXPECT_EQ(outcomeOf(result), Outcome(0, true, ""));
-}
-
-TEST_F(EnvironmentTest, ResultReferenceShowsRunsAfterASwitch)
-{
-    const ExecutionResult& result = environment().getLastExecutionResult();
-    environment().setEnvironmentFor(INTERPRETER_LUA);
 
     runExpectingError("error('boom', 0)");
 
@@ -199,11 +129,8 @@ TEST_P(UnknownInterpreterTest, IsLoggedAndDisables)
 {
     environment().setEnvironmentFor(static_cast<INTERPRETER>(GetParam()));
 
-    EXPECT_THAT(
-        m_log.takeEntries(),
-        ElementsAre(LogEntry{
-            "Environment type requested unknown. This will disable the Environment.",
-            "Environment"}));
+    expectLogged(
+        "Environment type requested unknown. This will disable the Environment.", "Environment");
     EXPECT_FALSE(environment().isVarSet("print"));
     environment().setEnvironmentFor(INTERPRETER_LUA);
     m_log.takeEntries();
@@ -223,14 +150,7 @@ class EnvironmentSwitchFromInsideTest : public EnvironmentFixture,
 protected:
     void declareSwitch()
     {
-        declare(
-            "switch",
-            {},
-            [this](const Parameters&)
-            {
-                environment().setEnvironmentFor(GetParam());
-                return FunctionParameter::VOID;
-            });
+        declareAction("switch", [this] { environment().setEnvironmentFor(GetParam()); });
     }
 
     static LogEntry refusal()
@@ -241,48 +161,32 @@ protected:
     }
 };
 
-TEST_P(EnvironmentSwitchFromInsideTest, IsRefusedDuringARun)
+TEST_P(EnvironmentSwitchFromInsideTest, IsRefusedDuringARunAndAScriptCall)
 {
     declareSwitch();
 
-    run("lives = 3  switch()  after = true");
+    run("lives = 3  switch()  after = true  function callSwitch() switch() end");
+    expectLogged({refusal()});
+    std::vector<FunctionParameter> outputs;
+    call("callSwitch", {}, outputs);
+    expectLogged({refusal()});
 
-    EXPECT_THAT(m_log.takeEntries(), ElementsAre(refusal()));
     EXPECT_EQ(environment().getVar("lives", -1), 3);
     EXPECT_TRUE(environment().getVar("after", false));
 }
 
-TEST_P(EnvironmentSwitchFromInsideTest, IsRefusedDuringAScriptCall)
-{
-    declareSwitch();
-    run("lives = 3  function callSwitch() switch() end");
-    std::vector<FunctionParameter> outputs;
-
-    call("callSwitch", {}, outputs);
-
-    EXPECT_THAT(m_log.takeEntries(), ElementsAre(refusal()));
-    EXPECT_EQ(environment().getVar("lives", -1), 3);
-}
-
-TEST_P(EnvironmentSwitchFromInsideTest, IsRefusedToAFinaliserOfACollection)
+TEST_P(EnvironmentSwitchFromInsideTest, IsRefusedToAFinaliserOfACollectionAndOfTheSwitchItself)
 {
     declareSwitch();
     run("getmetatable(newproxy(true)).__gc = function() switch() end");
-
     environment().requestGarbageCollection();
-
-    EXPECT_THAT(m_log.takeEntries(), ElementsAre(refusal()));
+    expectLogged({refusal()});
     EXPECT_TRUE(environment().isVarSet("switch"));
-}
-
-TEST_P(EnvironmentSwitchFromInsideTest, IsRefusedToAFinaliserOfTheSwitchItself)
-{
-    declareSwitch();
     run("local switch = switch  getmetatable(newproxy(true)).__gc = function() switch() end");
 
     environment().setEnvironmentFor(INTERPRETER_LUA);
 
-    EXPECT_THAT(m_log.takeEntries(), ElementsAre(refusal()));
+    expectLogged({refusal()});
     EXPECT_TRUE(environment().isVarSet("print"));
 }
 
@@ -296,18 +200,84 @@ INSTANTIATE_TEST_SUITE_P(
 TEST_F(EnvironmentTest, AnotherEnvironmentMayBeSwitchedFromInside)
 {
     Environment other;
-    declare(
-        "switchOther",
-        {},
-        [&other](const Parameters&)
-        {
-            other.setEnvironmentFor(INTERPRETER_LUA);
-            return FunctionParameter::VOID;
-        });
+    declareAction("switchOther", [&other] { other.setEnvironmentFor(INTERPRETER_LUA); });
 
     run("switchOther()");
 
     EXPECT_TRUE(other.isVarSet("print"));
+}
+
+// Collections that the host asks for.
+class EnvironmentCollectionTest : public EnvironmentFixture
+{
+};
+
+TEST_F(EnvironmentCollectionTest, CollectsWhatNothingRefersToAndRunsFinalisers)
+{
+    run("weak = setmetatable({{}}, {__mode = 'v'}) "
+        "getmetatable(newproxy(true)).__gc = function() finalised = true end");
+
+    environment().requestGarbageCollection();
+
+    run("assert(weak[1] == nil and finalised)");
+    EXPECT_THAT(m_log.takeEntries(), IsEmpty());
+}
+
+// What a finaliser of the first collection leaves behind goes in the second, and no further.
+TEST_F(EnvironmentCollectionTest, RunsTwice)
+{
+    run("collectgarbage() "
+        "local globals, newproxy, getmetatable = _G, newproxy, getmetatable "
+        "globals.generations = 0 "
+        "local function chain() "
+        "    getmetatable(newproxy(true)).__gc = function() "
+        "        globals.generations = (globals.generations or 0) + 1 "
+        "        chain() "
+        "    end "
+        "end "
+        "chain()");
+
+    environment().requestGarbageCollection();
+
+    EXPECT_EQ(environment().getVar("generations", 0), 2);
+}
+
+TEST_F(EnvironmentCollectionTest, LeavesTheLastResult)
+{
+    runExpectingError("error('boom', 0)");
+
+    environment().requestGarbageCollection();
+
+    EXPECT_EQ(
+        lastOutcome(environment()),
+        Outcome(5, false, "Error while executing script 'test' : boom"));
+}
+
+TEST_F(EnvironmentCollectionTest, LogsEachFinaliserThatRaisesAndGoesOn)
+{
+    run("for i = 1, 3 do "
+        "    getmetatable(newproxy(true)).__gc = function() "
+        "        finalised = (finalised or 0) + 1 "
+        "        error('finaliser', 0) "
+        "    end "
+        "end");
+
+    environment().requestGarbageCollection();
+
+    EXPECT_EQ(environment().getVar("finalised", 0), 3);
+    expectLogged(
+        {{"finaliser", "LuaEnvironment"},
+         {"finaliser", "LuaEnvironment"},
+         {"finaliser", "LuaEnvironment"}});
+}
+
+TEST_F(EnvironmentCollectionTest, MayBeAskedForByAHostFunction)
+{
+    declareAction("collect", [this] { environment().requestGarbageCollection(); });
+
+    run("getmetatable(newproxy(true)).__gc = function() finalised = true end  collect()");
+
+    EXPECT_TRUE(environment().getVar("finalised", false));
 }
 
 } // namespace tbScripts::test

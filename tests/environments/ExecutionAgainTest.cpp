@@ -32,26 +32,16 @@ protected:
     Script m_script;
 };
 
-TEST_F(ExecutionAgainTest, EachRunHasAFunctionOfItsOwn)
+TEST_F(ExecutionAgainTest, EachRunHasAFunctionAndAnEnvironmentOfItsOwn)
 {
-    load("functions = functions or {} functions[debug.getinfo(1, 'f').func] = true");
+    load("functions = functions or {} functions[debug.getinfo(1, 'f').func] = true "
+         "seen = (seen or 0) + 1 setfenv(1, {})");
 
     runAgain();
     runAgain();
     runAgain();
 
-    EXPECT_TRUE(runScript(
-        environment(), "local n = 0 for f in pairs(functions) do n = n + 1 end assert(n == 3)"));
-}
-
-TEST_F(ExecutionAgainTest, EnvironmentThatARunGaveItselfIsGoneInTheNext)
-{
-    load("seen = (seen or 0) + 1 setfenv(1, {})");
-
-    runAgain();
-    runAgain();
-
-    EXPECT_EQ(environment().getVar("seen", 0), 2);
+    run("local n = 0 for f in pairs(functions) do n = n + 1 end assert(n == 3 and seen == 3)");
 }
 
 TEST_F(ExecutionAgainTest, FunctionThatARunLeftBehindKeepsItsEnvironment)
@@ -82,14 +72,7 @@ TEST_F(ExecutionAgainTest, RunInsideOfItselfIsAnotherRun)
 {
     load("depth = (depth or 0) + 1 local mine = depth if mine < 5 then again() end sum = (sum or "
          "0) + mine");
-    declare(
-        "again",
-        {},
-        [this](const Parameters&)
-        {
-            runAgain();
-            return FunctionParameter::VOID;
-        });
+    declareAction("again", [this] { runAgain(); });
 
     EXPECT_TRUE(runAgain());
 
@@ -134,24 +117,17 @@ TEST_F(ExecutionAgainTest, GlobalTableThatAScriptPutInPlaceIsUsedByTheNextRun)
     EXPECT_TRUE(runScript(environment(), "assert(old.place == 1)"));
 }
 
-TEST_F(ExecutionAgainTest, LoadedAnewItRunsItsNewSources)
+TEST_F(ExecutionAgainTest, LoadedAnewItRunsItsNewSourcesAndUnloadedItFails)
 {
     load("x = 1");
     runAgain();
     load("x = 2");
-
     runAgain();
-
     EXPECT_EQ(environment().getVar("x", 0), 2);
-}
-
-TEST_F(ExecutionAgainTest, UnloadedItFails)
-{
-    load("x = 1");
-    runAgain();
     m_script.unload();
 
     EXPECT_FALSE(runAgain());
+
     EXPECT_EQ(environment().getLastExecutionResult().code, 4);
     m_log.takeEntries();
 }

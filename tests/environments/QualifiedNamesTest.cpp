@@ -1,15 +1,18 @@
 // Names with "::", by which an environment reaches into its namespaces.
 
+#include "support/CountedObject.h"
 #include "support/EnvironmentFixture.h"
+#include "support/NamespaceFixture.h"
 #include "support/RowName.h"
+#include "support/SwitchingFixture.h"
 
 #include <tbScripts/Namespace.h>
+#include <tbScripts/ScriptObjectReference.h>
 #include <tbScripts/UserType.h>
 
 namespace tbScripts::test
 {
 
-using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
 namespace
@@ -34,49 +37,24 @@ LogEntry withoutInterpreter(const std::string& what)
 
 } // namespace
 
-class QualifiedNamesTest : public EnvironmentFixture
+class QualifiedNamesTest : public Switching<EnvironmentFixture>
 {
-protected:
-    void TearDown() override
-    {
-        EXPECT_THAT(m_log.takeEntries(), IsEmpty());
-        destroyEnvironment();
-        if (m_isDisabled)
-            m_log.takeEntries(); // without interpreter the teardown warns
-        EnvironmentFixture::TearDown();
-    }
-
-    // Leaves the environment without interpreter and without unread entries.
-    void disable()
-    {
-        environment().setEnvironmentFor(INTERPRETER_UNKNOWN);
-        m_log.takeEntries();
-        m_isDisabled = true;
-    }
-
-    void restart() { environment().setEnvironmentFor(INTERPRETER_LUA); }
-
-    bool m_isDisabled = false;
 };
 
-TEST_F(QualifiedNamesTest, UserTypeIsMadeWithTheNamespacesOnTheWay)
+TEST_F(QualifiedNamesTest, UserTypesAndNamespacesAreCreatedSilentlyWithTheNamespacesOnTheWay)
 {
     UserType* const type = environment().setUserType("a::b::T");
+    Namespace* const inner = environment().setNamespace("a::b::c");
+    environment().setUserType("a::b::U");
 
     ASSERT_NE(type, nullptr);
     EXPECT_EQ(type->getName(), "T");
     EXPECT_EQ(type->getFullName(), "a::b::T");
-    run("assert(type(a.b.T) == 'table')");
-}
-
-TEST_F(QualifiedNamesTest, NamespaceIsMadeWithTheNamespacesOnTheWay)
-{
-    Namespace* const inner = environment().setNamespace("a::b::c");
-
     ASSERT_NE(inner, nullptr);
     EXPECT_EQ(inner->getName(), "c");
     inner->setVar("v", 5);
-    run("assert(a.b.c.v == 5)");
+    run("assert(type(a.b.T) == 'table' and a.b.c.v == 5)");
+    EXPECT_THAT(m_log.takeEntries(), IsEmpty());
 }
 
 TEST_F(QualifiedNamesTest, FirstNamespaceIsTheEnvironmentsAndTheOthersAreInside)
@@ -90,7 +68,7 @@ TEST_F(QualifiedNamesTest, FirstNamespaceIsTheEnvironmentsAndTheOthersAreInside)
     EXPECT_FALSE(environment().isNamespaceSet("b"));
 }
 
-TEST_F(QualifiedNamesTest, WhatWasMadeIsFoundUnderTheSameText)
+TEST_F(QualifiedNamesTest, DeclarationsAreFoundUnderTheirWholeNameOnly)
 {
     UserType* const type = environment().setUserType("a::b::T");
     Namespace* const inner = environment().setNamespace("a::c");
@@ -100,27 +78,11 @@ TEST_F(QualifiedNamesTest, WhatWasMadeIsFoundUnderTheSameText)
     EXPECT_TRUE(environment().isNamespaceSet("a::c"));
     EXPECT_EQ(environment().getNamespace("a::c"), inner);
     EXPECT_TRUE(environment().isNamespaceSet("a::b"));
-}
-
-TEST_F(QualifiedNamesTest, LastPartAloneIsNotDeclared)
-{
-    environment().setUserType("a::b::T");
-    environment().setNamespace("a::c");
-
     EXPECT_FALSE(environment().isUserTypeSet("T"));
     EXPECT_EQ(environment().getUserType("T"), nullptr);
     EXPECT_FALSE(environment().isUserTypeSet("b::T"));
     EXPECT_FALSE(environment().isNamespaceSet("c"));
     EXPECT_FALSE(environment().isVarSet("T"));
-}
-
-TEST_F(QualifiedNamesTest, MakingIsSilent)
-{
-    environment().setUserType("a::b::T");
-    environment().setNamespace("a::b::c");
-    environment().setUserType("a::b::U");
-
-    EXPECT_THAT(m_log.takeEntries(), IsEmpty());
 }
 
 TEST_F(QualifiedNamesTest, NamespacesOnTheWayAreUsedAsTheyAre)
@@ -144,12 +106,10 @@ TEST_F(QualifiedNamesTest, RepeatedUserTypeIsReportedByItsNamespace)
 
     EXPECT_EQ(first, second);
     EXPECT_EQ(second->getMethod("m"), nullptr);
-    EXPECT_THAT(
-        m_log.takeEntries(),
-        ElementsAre(LogEntry{
-            "Setting user type 'T' in namespace 'b', but this type is already registered. State "
-            "will be changed, but this might hold unexpected results",
-            "LuaNamespace"}));
+    expectLogged(
+        "Setting user type 'T' in namespace 'b', but this type is already registered. State "
+        "will be changed, but this might hold unexpected results",
+        "LuaNamespace");
 }
 
 TEST_F(QualifiedNamesTest, RepeatedNamespaceIsReportedByItsNamespace)
@@ -160,12 +120,10 @@ TEST_F(QualifiedNamesTest, RepeatedNamespaceIsReportedByItsNamespace)
     Namespace* const second = environment().setNamespace("a::b");
 
     EXPECT_EQ(first, second);
-    EXPECT_THAT(
-        m_log.takeEntries(),
-        ElementsAre(LogEntry{
-            "Setting namespace 'b' in namespace 'a', but this namespace is already registered. "
-            "State will be changed, but this might hold unexpected results",
-            "LuaNamespace"}));
+    expectLogged(
+        "Setting namespace 'b' in namespace 'a', but this namespace is already registered. "
+        "State will be changed, but this might hold unexpected results",
+        "LuaNamespace");
     run("assert(a.b.v == 5)");
 }
 
@@ -192,8 +150,10 @@ TEST_F(QualifiedNamesTest, QueriesDoNotGoThroughUserTypes)
     EXPECT_FALSE(environment().isNamespaceSet("T::U"));
 }
 
-TEST_F(QualifiedNamesTest, FunctionsAreNeverSplit)
+TEST_F(QualifiedNamesTest, FunctionsAreNeverSplitNorLookedForInNamespaces)
 {
+    environment().setNamespace("b")->setFunction("f");
+
     Function* const function = environment().setFunc("a::b::f");
 
     ASSERT_NE(function, nullptr);
@@ -203,14 +163,8 @@ TEST_F(QualifiedNamesTest, FunctionsAreNeverSplit)
     EXPECT_FALSE(environment().isFuncSet("f"));
     EXPECT_FALSE(environment().isNamespaceSet("a"));
     run("assert(type(_G['a::b::f']) == 'function' and a == nil)");
-}
-
-TEST_F(QualifiedNamesTest, FunctionsAreNotLookedForInNamespaces)
-{
-    environment().setNamespace("a")->setFunction("f");
-
-    EXPECT_FALSE(environment().isFuncSet("a::f"));
-    EXPECT_EQ(environment().getFunc("a::f"), nullptr);
+    EXPECT_FALSE(environment().isFuncSet("b::f"));
+    EXPECT_EQ(environment().getFunc("b::f"), nullptr);
 }
 
 TEST_F(QualifiedNamesTest, FiftyPartsLeadFiftyDeep)
@@ -237,10 +191,7 @@ struct NameRow
     const char* fullName;
 };
 
-std::ostream& operator<<(std::ostream& stream, const NameRow& row)
-{
-    return stream << row.row;
-}
+using test::operator<<;
 
 } // namespace
 
@@ -266,8 +217,11 @@ INSTANTIATE_TEST_SUITE_P(
         NameRow{"ColonBeforeTheSeparator", "a:b::c", "_G['a:b']['c']", "a:b::c"}),
     RowName());
 
-TEST_P(SplitNameTest, LeadsToTheUserType)
+TEST_P(SplitNameTest, LeadsToTheUserTypeOnceItIsDeclared)
 {
+    EXPECT_EQ(environment().getUserType(GetParam().name), nullptr);
+    EXPECT_FALSE(environment().isUserTypeSet(GetParam().name));
+
     UserType* const type = environment().setUserType(GetParam().name);
 
     ASSERT_NE(type, nullptr);
@@ -277,8 +231,11 @@ TEST_P(SplitNameTest, LeadsToTheUserType)
     run(std::string("assert(rawget(") + GetParam().path + ", '__gc'))");
 }
 
-TEST_P(SplitNameTest, LeadsToTheNamespace)
+TEST_P(SplitNameTest, LeadsToTheNamespaceOnceItIsDeclared)
 {
+    EXPECT_EQ(environment().getNamespace(GetParam().name), nullptr);
+    EXPECT_FALSE(environment().isNamespaceSet(GetParam().name));
+
     Namespace* const declared = environment().setNamespace(GetParam().name);
 
     ASSERT_NE(declared, nullptr);
@@ -286,14 +243,6 @@ TEST_P(SplitNameTest, LeadsToTheNamespace)
     EXPECT_TRUE(environment().isNamespaceSet(GetParam().name));
     declared->setVar("v", 5);
     run(std::string("assert(") + GetParam().path + ".v == 5)");
-}
-
-TEST_P(SplitNameTest, LeadsNowhereBeforeItIsDeclared)
-{
-    EXPECT_EQ(environment().getUserType(GetParam().name), nullptr);
-    EXPECT_EQ(environment().getNamespace(GetParam().name), nullptr);
-    EXPECT_FALSE(environment().isUserTypeSet(GetParam().name));
-    EXPECT_FALSE(environment().isNamespaceSet(GetParam().name));
 }
 
 // Null namespaces on the way.
@@ -306,7 +255,7 @@ TEST_F(QualifiedNamesTest, WithoutInterpreterTheFirstNamespaceIsAskedFor)
 
     EXPECT_TRUE(environment().isNamespaceSet("a"));
     EXPECT_FALSE(environment().isUserTypeSet("a::b::T"));
-    EXPECT_THAT(m_log.takeEntries(), ElementsAre(withoutInterpreter("namespace")));
+    expectLogged({withoutInterpreter("namespace")});
 }
 
 TEST_F(QualifiedNamesTest, NullNamespaceOnTheWayIsAskedForAgainWithAWarning)
@@ -317,9 +266,7 @@ TEST_F(QualifiedNamesTest, NullNamespaceOnTheWayIsAskedForAgainWithAWarning)
 
     EXPECT_EQ(environment().setNamespace("a::b"), nullptr);
 
-    EXPECT_THAT(
-        m_log.takeEntries(),
-        ElementsAre(namespaceAlreadyExistant("a"), withoutInterpreter("namespace")));
+    expectLogged({namespaceAlreadyExistant("a"), withoutInterpreter("namespace")});
 }
 
 TEST_F(QualifiedNamesTest, NullNamespaceOnTheWayIsMadeUnderTheNextInterpreter)
@@ -332,7 +279,7 @@ TEST_F(QualifiedNamesTest, NullNamespaceOnTheWayIsMadeUnderTheNextInterpreter)
     UserType* const type = environment().setUserType("a::b::T");
 
     EXPECT_NE(type, nullptr);
-    EXPECT_THAT(m_log.takeEntries(), ElementsAre(namespaceAlreadyExistant("a")));
+    expectLogged({namespaceAlreadyExistant("a")});
     run("assert(a.b.T)");
 }
 
@@ -355,16 +302,19 @@ TEST_F(QualifiedNamesTest, RefusedNamespaceOnTheWayGivesNull)
 
     EXPECT_EQ(environment().setUserType("a::b::T"), nullptr);
 
-    EXPECT_THAT(m_log.takeEntries(), ElementsAre(LogEntry{"strict", "LuaEnvironment"}));
+    expectLogged("strict", "LuaEnvironment");
     run("setmetatable(_G, nil)");
 }
 
 // Namespaces on the way that were made for an earlier interpreter.
 
-TEST_F(QualifiedNamesTest, InertNamespacesOnTheWayAreInstalledInSilence)
+TEST_F(QualifiedNamesTest, InertNamespacesOnTheWayAreInstalledInSilenceWithoutWhatTheyHeld)
 {
     Namespace* const outer = environment().setNamespace("a");
     Namespace* const inner = outer->setNamespace("b");
+    outer->setVar("v", 5);
+    outer->setFunction("f");
+    outer->setUserType("U");
     restart();
 
     UserType* const type = environment().setUserType("a::b::T");
@@ -374,20 +324,7 @@ TEST_F(QualifiedNamesTest, InertNamespacesOnTheWayAreInstalledInSilence)
     EXPECT_EQ(environment().getNamespace("a::b"), inner);
     EXPECT_EQ(inner->getUserType("T"), type);
     EXPECT_THAT(m_log.takeEntries(), IsEmpty());
-    run("assert(type(a.b.T) == 'table')");
-}
-
-TEST_F(QualifiedNamesTest, WhatTheyHeldStaysAwayUntilItIsDeclaredAgain)
-{
-    Namespace* const outer = environment().setNamespace("a");
-    outer->setVar("v", 5);
-    outer->setFunction("f");
-    outer->setUserType("U");
-    restart();
-
-    environment().setUserType("a::T");
-
-    run("assert(a.T and a.v == nil and a.f == nil and a.U == nil)");
+    run("assert(type(a.b.T) == 'table' and a.v == nil and a.f == nil and a.U == nil)");
 }
 
 TEST_F(QualifiedNamesTest, InertTypeDeclaredAgainIsTheSameWithTheUsualWarning)
@@ -398,12 +335,10 @@ TEST_F(QualifiedNamesTest, InertTypeDeclaredAgainIsTheSameWithTheUsualWarning)
     UserType* const after = environment().setUserType("a::T");
 
     EXPECT_EQ(before, after);
-    EXPECT_THAT(
-        m_log.takeEntries(),
-        ElementsAre(LogEntry{
-            "Setting user type 'T' in namespace 'a', but this type is already registered. State "
-            "will be changed, but this might hold unexpected results",
-            "LuaNamespace"}));
+    expectLogged(
+        "Setting user type 'T' in namespace 'a', but this type is already registered. State "
+        "will be changed, but this might hold unexpected results",
+        "LuaNamespace");
     run("assert(type(a.T) == 'table')");
 }
 
@@ -428,6 +363,155 @@ TEST_F(QualifiedNamesTest, QueriesFindWhatInertNamespacesHold)
     EXPECT_EQ(environment().getUserType("a::b::T"), type);
     EXPECT_TRUE(environment().isUserTypeSet("a::b::T"));
     EXPECT_FALSE(environment().isVarSet("a"));
+}
+
+// Namespaces of an environment that were made for an earlier interpreter.
+class InertNamespacesTest : public Switching<NamespaceFixture>
+{
+};
+
+TEST_F(InertNamespacesTest, StayRegisteredOverSwitchesToNoneAndBack)
+{
+    restart();
+    EXPECT_TRUE(environment().isNamespaceSet("a"));
+    EXPECT_EQ(environment().getNamespace("a"), &scope());
+    EXPECT_FALSE(environment().isVarSet("a"));
+
+    disable();
+    restart();
+
+    EXPECT_TRUE(environment().isNamespaceSet("a"));
+    EXPECT_EQ(environment().getNamespace("a"), &scope());
+}
+
+TEST_F(InertNamespacesTest, StillGiveWhatTheyHold)
+{
+    Namespace* const inner = scope().setNamespace("b");
+    UserType* const type = scope().setUserType("T");
+
+    restart();
+
+    EXPECT_EQ(scope().getNamespace("b"), inner);
+    EXPECT_EQ(scope().getUserType("T"), type);
+    EXPECT_EQ(environment().getUserType("a::T"), type);
+    EXPECT_TRUE(environment().isNamespaceSet("a::b"));
+}
+
+TEST_F(InertNamespacesTest, DeclareAndSetNothing)
+{
+    scope().setNamespace("b");
+    restart();
+    run("a = {v = 'own'}");
+
+    EXPECT_EQ(scope().setNamespace("b"), nullptr);
+    EXPECT_EQ(scope().setUserType("T"), nullptr);
+    EXPECT_EQ(scope().setFunction("f"), nullptr);
+    EXPECT_EQ(scope().getUserType("T"), nullptr);
+    scope().setVar("v", 5);
+    scope().setVar("v", "text");
+    scope().setVar("v", environment().getVar("_VERSION"));
+    scope().setVar("v", "a::T", &scope());
+
+    run("assert(a.v == 'own')");
+    EXPECT_THAT(m_log.takeEntries(), IsEmpty());
+}
+
+TEST_F(InertNamespacesTest, KeepWhatTheyHoldWhenClearedAndDropItWhenReleased)
+{
+    Namespace* const inner = scope().setNamespace("b");
+    inner->setFunction("f");
+    scope().setUserType("T")->setMethod("m", false);
+    restart();
+    run("a = {v = 'own'}");
+
+    scope().clear();
+    EXPECT_EQ(scope().getNamespace("b"), inner);
+    scope().release();
+
+    EXPECT_EQ(scope().getNamespace("b"), nullptr);
+    EXPECT_EQ(scope().getUserType("T"), nullptr);
+    run("assert(a.v == 'own')");
+    EXPECT_THAT(m_log.takeEntries(), IsEmpty());
+}
+
+TEST_F(InertNamespacesTest, AreTheSameAndPublishedWhenDeclaredAgain)
+{
+    restart();
+
+    Namespace* const declared = environment().setNamespace("a");
+
+    EXPECT_EQ(declared, &scope());
+    expectLogged({namespaceAlreadyExistant("a")});
+    scope().setVar("v", 5);
+    run("assert(a.v == 5)");
+}
+
+TEST_F(InertNamespacesTest, GetBackTheVeryObjectsTheyHeldOnlyAsTheseAreDeclaredAgain)
+{
+    scope().setVar("v", 5);
+    Function* const function = scope().setFunction("f");
+    Namespace* const inner = scope().setNamespace("b");
+    UserType* const type = scope().setUserType("T");
+    restart();
+    environment().setNamespace("a");
+    EXPECT_EQ(inner->setFunction("f"), nullptr);
+    run("assert(next(a) == nil)");
+
+    EXPECT_EQ(scope().setFunction("f"), function);
+    EXPECT_EQ(scope().setNamespace("b"), inner);
+    EXPECT_EQ(scope().setUserType("T"), type);
+
+    run("assert(type(a.f) == 'function' and type(a.b) == 'table' and type(a.T) == 'table')");
+    EXPECT_EQ(m_log.takeEntries().size(), 4U);
+}
+
+TEST_F(InertNamespacesTest, ConstructorComesBackWithItsType)
+{
+    makeCounted(scope().setUserType("T"));
+    restart();
+    environment().setNamespace("a");
+
+    scope().setUserType("T");
+
+    run("a.T.new() collectgarbage()");
+    EXPECT_EQ(CountedObject::getMade(), 1);
+    EXPECT_EQ(CountedObject::getLiving(), 0);
+    m_log.takeEntries();
+}
+
+TEST_F(InertNamespacesTest, ArePublishedOnceWhenDeclaredTwice)
+{
+    restart();
+    environment().setNamespace("a");
+    run("a = 5");
+
+    environment().setNamespace("a");
+
+    EXPECT_EQ(environment().getVar("a", 0), 5);
+    m_log.takeEntries();
+}
+
+TEST_F(InertNamespacesTest, AreTheSameWhenDeclaredAgainWithoutInterpreter)
+{
+    disable();
+
+    Namespace* const declared = environment().setNamespace("a");
+
+    EXPECT_EQ(declared, &scope());
+    expectLogged({namespaceAlreadyExistant("a")});
+}
+
+TEST_F(InertNamespacesTest, EndSilentlyWithTheEnvironmentAfterTheirInstances)
+{
+    makeCounted(scope().setUserType("T"));
+    scope().setNamespace("b")->setFunction("f");
+    run("t = a.T.new()");
+    restart();
+    EXPECT_EQ(CountedObject::getLiving(), 0);
+
+    destroyEnvironment();
+
+    EXPECT_THAT(m_log.takeEntries(), IsEmpty());
 }
 
 } // namespace tbScripts::test

@@ -3,8 +3,9 @@
 #include "support/EnvironmentFixture.h"
 #include "support/Execution.h"
 #include "support/FakeScriptObjects.h"
+#include "support/RowName.h"
 
-#include <limits>
+#include <climits>
 #include <optional>
 
 namespace tbScripts::test
@@ -32,7 +33,7 @@ protected:
     void expectFailure(int code, const std::string& message)
     {
         EXPECT_EQ(lastOutcome(environment()), Outcome(code, false, message));
-        EXPECT_THAT(m_log.takeEntries(), ElementsAre(LogEntry{message, "LuaEnvironment"}));
+        expectLogged(message, "LuaEnvironment");
     }
 };
 
@@ -48,29 +49,12 @@ TEST_F(ScriptFunctionCallTest, SuccessIsSilentWithCode0)
     EXPECT_THAT(m_log.takeEntries(), IsEmpty());
 }
 
-TEST_F(ScriptFunctionCallTest, InputsArriveInOrder)
-{
-    run("function f(a, b, ...) assert(a == 1 and b == 'two' and select('#', ...) == 0) end");
-
-    EXPECT_TRUE(callGlobal("f", {FunctionParameter(1), FunctionParameter("two")}));
-}
-
-TEST_F(ScriptFunctionCallTest, FunctionOutlivesItsGlobal)
-{
-    run("function f() called = true end");
-    const ScriptObjectReference function = environment().getScriptFunction("f");
-    run("f = nil");
-    environment().requestGarbageCollection();
-
-    callReference(function);
-
-    EXPECT_TRUE(environment().getVar("called", false));
-}
-
-TEST_F(ScriptFunctionCallTest, FunctionKeepsItsUpvalues)
+TEST_F(ScriptFunctionCallTest, FunctionOutlivesItsGlobalAndKeepsItsUpvalues)
 {
     run("local count = 0  function f() count = count + 1  total = count end");
     const ScriptObjectReference function = environment().getScriptFunction("f");
+    run("f = nil");
+    environment().requestGarbageCollection();
 
     callReference(function);
     callReference(function);
@@ -112,16 +96,19 @@ namespace
 // What a script sees of an input.
 struct InputRow
 {
-    const char* name;
+    const char* row;
     std::function<FunctionParameter(Environment&)> make;
     int count;               // of the values that arrive
     const char* expectation; // of a script about v, the first of them
 };
 
-void PrintTo(const InputRow& row, std::ostream* stream)
-{
-    *stream << row.name;
-}
+using test::operator<<;
+
+using World = Environment;
+using Input = FunctionParameter;
+using View = tbMemory::StringView;
+
+constexpr const char* NULL_STRING = nullptr;
 
 int hostObject = 0;
 
@@ -147,43 +134,23 @@ INSTANTIATE_TEST_SUITE_P(
     Values,
     ScriptFunctionInputTest,
     ::testing::Values(
-        InputRow{"Void", [](Environment&) { return FunctionParameter::VOID; }, 0, "v == nil"},
-        InputRow{"True", [](Environment&) { return FunctionParameter(true); }, 1, "v == true"},
-        InputRow{"False", [](Environment&) { return FunctionParameter(false); }, 1, "v == false"},
-        InputRow{"Int", [](Environment&) { return FunctionParameter(42); }, 1, "v == 42"},
-        InputRow{
-            "LowestInt",
-            [](Environment&) { return FunctionParameter(std::numeric_limits<int>::min()); },
-            1,
-            "v == -2147483648"},
+        InputRow{"Void", [](World&) { return Input::VOID; }, 0, "v == nil"},
+        InputRow{"True", [](World&) { return Input(true); }, 1, "v == true"},
+        InputRow{"False", [](World&) { return Input(false); }, 1, "v == false"},
+        InputRow{"Int", [](World&) { return Input(42); }, 1, "v == 42"},
+        InputRow{"LowestInt", [](World&) { return Input(INT_MIN); }, 1, "v == -2147483648"},
         InputRow{
             "FloatIsWidened",
-            [](Environment&) { return FunctionParameter(0.1F); },
+            [](World&) { return Input(0.1F); },
             1,
             "v == 0.100000001490116119384765625"},
-        InputRow{"Double", [](Environment&) { return FunctionParameter(0.1); }, 1, "v == 0.1"},
-        InputRow{"Text", [](Environment&) { return FunctionParameter("text"); }, 1, "v == 'text'"},
-        InputRow{"EmptyText", [](Environment&) { return FunctionParameter(""); }, 1, "v == ''"},
-        InputRow{
-            "NullText",
-            [](Environment&) { return FunctionParameter(static_cast<const char*>(nullptr)); },
-            1,
-            "v == ''"},
-        InputRow{
-            "NullTextView",
-            [](Environment&) { return FunctionParameter(tbMemory::StringView()); },
-            1,
-            "v == ''"},
-        InputRow{
-            "TextEndsAtItsFirstNul",
-            [](Environment&) { return FunctionParameter(tbMemory::StringView("te\0xt", 5)); },
-            1,
-            "v == 'te'"},
-        InputRow{
-            "TextEndsWithItsView",
-            [](Environment&) { return FunctionParameter(tbMemory::StringView("textual", 4)); },
-            1,
-            "v == 'text'"},
+        InputRow{"Double", [](World&) { return Input(0.1); }, 1, "v == 0.1"},
+        InputRow{"String", [](World&) { return Input("text"); }, 1, "v == 'text'"},
+        InputRow{"EmptyString", [](World&) { return Input(""); }, 1, "v == ''"},
+        InputRow{"NullString", [](World&) { return Input(NULL_STRING); }, 1, "v == ''"},
+        InputRow{"NullView", [](World&) { return Input(View()); }, 1, "v == ''"},
+        InputRow{"EndsAtItsNul", [](World&) { return Input(View("a\0b", 3)); }, 1, "v == 'a'"},
+        InputRow{"EndsWithItsView", [](World&) { return Input(View("abc", 2)); }, 1, "v == 'ab'"},
         InputRow{
             "HostObject",
             [](Environment&) { return FunctionParameter(&hostObject, "", false); },
@@ -199,33 +166,21 @@ INSTANTIATE_TEST_SUITE_P(
             [](Environment&) { return FunctionParameter(nullptr, "T", false); },
             0,
             "v == nil"},
+        InputRow{"Table", [](World& e) { return Input(e.getVar("shared")); }, 1, "v == shared"},
+        InputRow{"Function", [](World& e) { return Input(e.getScriptFunction("f")); }, 1, "v == f"},
         InputRow{
-            "Table",
-            [](Environment& world) { return FunctionParameter(world.getVar("shared")); },
-            1,
-            "v == shared"},
-        InputRow{
-            "Function",
-            [](Environment& world) { return FunctionParameter(world.getScriptFunction("f")); },
-            1,
-            "v == f"},
-        InputRow{
-            "EmptyReference",
-            [](Environment&) { return FunctionParameter(ScriptObjectReference()); },
-            1,
-            "v == nil"},
+            "EmptyReference", [](World&) { return Input(ScriptObjectReference()); }, 1, "v == nil"},
         InputRow{
             "DeclaredFunctionWithoutValue",
-            [](Environment&) { return FunctionParameter::ofType(PARAM_TYPE_SCRIPT_FUNCTION); },
+            [](World&) { return Input::ofType(PARAM_TYPE_SCRIPT_FUNCTION); },
             1,
             "v == nil"},
         InputRow{
             "ReferenceThatIsNotOurs",
-            [](Environment&)
-            { return FunctionParameter(ScriptObjectReference(new FakeReference)); },
+            [](World&) { return Input(ScriptObjectReference(new FakeReference)); },
             1,
             "v == nil"}),
-    [](const auto& row) { return std::string(row.param.name); });
+    RowName());
 
 TEST_F(ScriptFunctionCallTest, HostObjectArrivesWithItsPointer)
 {
@@ -258,16 +213,12 @@ TEST_F(ScriptFunctionCallTest, InputOfAnotherEnvironmentIsNil)
 }
 
 // Inputs that push nothing leave no hole.
-TEST_F(ScriptFunctionCallTest, LaterInputsTakeThePlaceOfThoseThatPushNothing)
+TEST_F(ScriptFunctionCallTest, InputsArriveInOrderWithoutThoseThatPushNothing)
 {
-    run("function f(a, b, ...) assert(a == 1 and b == 2 and select('#', ...) == 0) end");
+    run("function f(a, b, ...) assert(a == 1 and b == 'two' and select('#', ...) == 0) end");
 
-    EXPECT_TRUE(callGlobal(
-        "f",
-        {FunctionParameter(1),
-         FunctionParameter::VOID,
-         FunctionParameter(nullptr, "T", false),
-         FunctionParameter(2)}));
+    EXPECT_TRUE(callGlobal("f", {Input(1), Input("two")}));
+    EXPECT_TRUE(callGlobal("f", {Input(1), Input::VOID, Input(nullptr, "T", false), Input("two")}));
 }
 
 TEST_F(ScriptFunctionCallTest, InputOfNoKindIsLoggedAndLeftOut)
@@ -281,11 +232,9 @@ TEST_F(ScriptFunctionCallTest, InputOfNoKindIsLoggedAndLeftOut)
 
     EXPECT_TRUE(isDone);
     EXPECT_EQ(environment().getVar("count", -1), 1);
-    EXPECT_THAT(
-        m_log.takeEntries(),
-        ElementsAre(LogEntry{
-            "Error while filling output for function 'callScript', parameter type not handled.",
-            "LuaFunction"}));
+    expectLogged(
+        "Error while filling output for function 'callScript', parameter type not handled.",
+        "LuaFunction");
 }
 
 TEST_F(ScriptFunctionCallTest, RaisedErrorFailsWithCode5)
@@ -298,182 +247,78 @@ TEST_F(ScriptFunctionCallTest, RaisedErrorFailsWithCode5)
     expectFailure(5, "[string \"function f() error('boom') end\"]:1: boom");
 }
 
-TEST_F(ScriptFunctionCallTest, SuccessReplacesAnEarlierFailure)
-{
-    runExpectingError("function f() end  error('boom')");
-
-    callGlobal("f");
-
-    EXPECT_EQ(lastOutcome(environment()), Outcome(0, true, ""));
-}
-
 TEST_F(ScriptFunctionCallTest, SuccessHidesTheFailureOfANestedCall)
 {
-    declare(
-        "callInner",
-        {},
-        [this](const Parameters&)
-        {
-            callGlobal("inner");
-            return FunctionParameter::VOID;
-        });
-    run("function inner() error('boom', 0) end  function outer() callInner() end");
-
-    const bool isDone = callGlobal("outer");
-
-    EXPECT_TRUE(isDone);
+    declareAction("callInner", [this] { callGlobal("inner"); });
+    run("function inner() error('boom', 0) end  function outer() callInner() end  callInner()");
     EXPECT_EQ(lastOutcome(environment()), Outcome(0, true, ""));
-    EXPECT_THAT(m_log.takeEntries(), ElementsAre(LogEntry{"boom", "LuaEnvironment"}));
-}
+    expectLogged("boom", "LuaEnvironment");
 
-TEST_F(ScriptFunctionCallTest, SuccessfulRunHidesTheFailureOfANestedCall)
-{
-    declare(
-        "callInner",
-        {},
-        [this](const Parameters&)
-        {
-            callGlobal("inner");
-            return FunctionParameter::VOID;
-        });
-
-    run("function inner() error('boom', 0) end  callInner()");
+    EXPECT_TRUE(callGlobal("outer"));
 
     EXPECT_EQ(lastOutcome(environment()), Outcome(0, true, ""));
-    EXPECT_THAT(m_log.takeEntries(), ElementsAre(LogEntry{"boom", "LuaEnvironment"}));
+    expectLogged("boom", "LuaEnvironment");
 }
 
-TEST_F(ScriptFunctionCallTest, ResultIsFreshWhileTheFunctionRuns)
+TEST_F(ScriptFunctionCallTest, ResultIsFreshWhileTheFunctionRunsAndAfterItsSuccess)
 {
     std::optional<Outcome> during;
-    declare(
-        "look",
-        {},
-        [&](const Parameters&)
-        {
-            during = lastOutcome(environment());
-            return FunctionParameter::VOID;
-        });
+    declareAction("look", [&] { during = lastOutcome(environment()); });
     runExpectingError("function f() look() end  error('boom')");
 
     callGlobal("f");
 
     EXPECT_EQ(during, Outcome(0, true, ""));
+    EXPECT_EQ(lastOutcome(environment()), Outcome(0, true, ""));
 }
 
 TEST_F(ScriptFunctionCallTest, OverflowInsideTheHandlingOfOneFailsWithCode1)
 {
     bool isDone = true;
     std::optional<Outcome> inner;
-    declare(
+    declareAction(
         "callOverflow",
-        {},
-        [&](const Parameters&)
+        [&]
         {
             isDone = callGlobal("overflow");
             inner = lastOutcome(environment());
-            return FunctionParameter::VOID;
         });
 
     run("function overflow() return 1 + overflow() end  xpcall(overflow, callOverflow)");
 
     EXPECT_FALSE(isDone);
     EXPECT_EQ(inner, Outcome(1, false, "stack overflow"));
-    EXPECT_THAT(m_log.takeEntries(), ElementsAre(LogEntry{"stack overflow", "LuaEnvironment"}));
+    expectLogged("stack overflow", "LuaEnvironment");
 }
 
 // Once a registry slot was freed, the interpreter keeps a number where an empty reference points.
-TEST_F(ScriptFunctionCallTest, EmptyReferenceFailsAsCallingNil)
-{
-    environment().getScriptFunction("print");
-
-    const bool isDone = callReference(ScriptObjectReference());
-
-    EXPECT_FALSE(isDone);
-    expectFailure(5, "attempt to call a nil value");
-}
-
-TEST_F(ScriptFunctionCallTest, ReferenceOfAnotherEnvironmentFailsAsCallingNil)
+TEST_F(ScriptFunctionCallTest, WhatIsNoFunctionHereFailsAsCallingNil)
 {
     Environment other;
     other.setEnvironmentFor(INTERPRETER_LUA);
-
-    callReference(other.getScriptFunction("print"));
-
-    expectFailure(5, "attempt to call a nil value");
-}
-
-TEST_F(ScriptFunctionCallTest, ReferenceThatIsNotOursFailsAsCallingNil)
-{
-    callReference(ScriptObjectReference(new FakeReference(PARAM_TYPE_SCRIPT_FUNCTION)));
-
-    expectFailure(5, "attempt to call a nil value");
-}
-
-TEST_F(ScriptFunctionCallTest, ReferenceOfAnEarlierInterpreterFailsAsCallingNil)
-{
     const ScriptObjectReference stale = environment().getScriptFunction("print");
     environment().setEnvironmentFor(INTERPRETER_LUA);
+    environment().getScriptFunction("print");
 
-    callReference(stale);
-
-    expectFailure(5, "attempt to call a nil value");
+    for (const ScriptObjectReference& reference :
+         {ScriptObjectReference(),
+          other.getScriptFunction("print"),
+          ScriptObjectReference(new FakeReference(PARAM_TYPE_SCRIPT_FUNCTION)),
+          stale})
+    {
+        EXPECT_FALSE(callReference(reference));
+        expectFailure(5, "attempt to call a nil value");
+    }
 }
 
-TEST_F(ScriptFunctionCallTest, TableFailsAsCallingATable)
+TEST_F(ScriptFunctionCallTest, TableFailsAsCallingATableAndLeavesAUsableEnvironment)
 {
-    run("v = {}");
+    run("v = {}  function g() return 42 end");
 
-    callReference(environment().getVar("v"));
+    EXPECT_FALSE(callReference(environment().getVar("v")));
 
     expectFailure(5, "attempt to call a table value");
-}
-
-TEST_F(ScriptFunctionCallTest, EnvironmentIsUsableAfterAFailure)
-{
-    run("function f() error('boom') end  function g() return 42 end");
-    callGlobal("f");
-    m_log.takeEntries();
-
     EXPECT_TRUE(callGlobal("g"));
-}
-
-// The interpreter's stack ends at about 65,000 values.
-TEST_F(ScriptFunctionCallTest, TenThousandInputsArrive)
-{
-    run("function f(...) count = select('#', ...)  last = select(count, ...) end");
-    std::vector<FunctionParameter> inputs(10000, FunctionParameter(1));
-    inputs.back() = FunctionParameter("last");
-
-    const bool isDone = callGlobal("f", inputs);
-
-    EXPECT_TRUE(isDone);
-    EXPECT_EQ(environment().getVar("count", 0), 10000);
-    EXPECT_EQ(environment().getVar("last", ""), "last");
-}
-
-TEST_F(ScriptFunctionCallTest, HundredThousandInputsFailWithCode5)
-{
-    run("function f(...) called = true end");
-
-    const bool isDone =
-        callGlobal("f", std::vector<FunctionParameter>(100000, FunctionParameter(1)));
-
-    EXPECT_FALSE(isDone);
-    EXPECT_FALSE(environment().isVarSet("called"));
-    expectFailure(5, "stack overflow");
-}
-
-TEST_F(ScriptFunctionCallTest, EnvironmentIsUsableAfterTooManyInputs)
-{
-    run("function f(...) count = select('#', ...) end");
-    callGlobal("f", std::vector<FunctionParameter>(100000, FunctionParameter(1)));
-    m_log.takeEntries();
-
-    const bool isDone = callGlobal("f", {FunctionParameter(1)});
-
-    EXPECT_TRUE(isDone);
-    EXPECT_EQ(environment().getVar("count", 0), 1);
 }
 
 } // namespace tbScripts::test

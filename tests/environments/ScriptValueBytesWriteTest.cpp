@@ -11,17 +11,14 @@ using ::testing::IsEmpty;
 namespace
 {
 
+using test::operator<<;
+
 struct WriteRow
 {
     const char* row;
     const char* expression;
     Bytes bytes;
 };
-
-void PrintTo(const WriteRow& row, std::ostream* stream)
-{
-    *stream << row.row;
-}
 
 std::vector<WriteRow> plainValues()
 {

@@ -35,24 +35,12 @@ protected:
     }
 };
 
-TEST_F(ScriptValueInstancesTest, RecordHoldsTypeAndPointer)
+TEST_F(ScriptValueInstancesTest, RecordHoldsTypePointerAndWhetherOwnershipWasAskedFor)
 {
     setHostObject("v", m_hostObject);
 
     EXPECT_EQ(write("v"), recordOf(&m_hostObject, 0));
-}
-
-TEST_F(ScriptValueInstancesTest, RecordSaysThatOwnershipWasAskedFor)
-{
-    setHostObject("v", m_hostObject);
-
     EXPECT_EQ(write("v", TRANSFER), recordOf(&m_hostObject, 1));
-}
-
-TEST_F(ScriptValueInstancesTest, RecordIsTheSameInATable)
-{
-    setHostObject("v", m_hostObject);
-
     EXPECT_EQ(
         write("{v = v}"),
         joined({{'{', 0, 0, 0, 'k', 'v', 0, 0}, recordOf(&m_hostObject, 0), {'}', 0, 0, 0}}));
@@ -92,29 +80,21 @@ TEST_F(ScriptValueInstancesTest, RecordOfADestroyedInstanceHoldsNoPointer)
 
 TEST_F(ScriptValueInstancesTest, RecordOfForeignUserdataHoldsNothing)
 {
-    EXPECT_EQ(write("io.stdout", TRANSFER), (Bytes{'u', 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}));
-    EXPECT_EQ(write("newproxy()", TRANSFER), (Bytes{'u', 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}));
-    EXPECT_EQ(write("newproxy(true)", TRANSFER), (Bytes{'u', 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}));
+    for (const char* value : {"io.stdout", "newproxy()", "newproxy(true)"})
+        EXPECT_EQ(write(value, TRANSFER), (Bytes{'u', 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0})) << value;
 }
 
-TEST_F(ScriptValueInstancesTest, InstanceComesBackWithItsType)
+TEST_F(ScriptValueInstancesTest, InstancesComeBackWithTheirTypes)
 {
     declareField("x", &Vec::x);
-    setHostObject("v", m_hostObject);
-    m_hostObject.x = 12;
-
-    ASSERT_TRUE(read(write("v")));
-
-    EXPECT_EQ(evaluate("read.x"), "12");
-    EXPECT_EQ(environment().getObject("read", "Vec"), &m_hostObject);
-}
-
-TEST_F(ScriptValueInstancesTest, InstancesInATableComeBackWithTheirTypes)
-{
     declareType("V");
     setHostObject("v", m_hostObject);
     environment().setObject("w", "V", &m_hostObject);
+    m_hostObject.x = 12;
 
+    ASSERT_TRUE(read(write("v")));
+    EXPECT_EQ(evaluate("read.x"), "12");
+    EXPECT_EQ(environment().getObject("read", "Vec"), &m_hostObject);
     ASSERT_TRUE(read(write("{v, a = {w, v}, last = true}")));
 
     run("first, second, third = read[1], read.a[1], read.a[2]");
@@ -147,30 +127,18 @@ TEST_F(ScriptValueInstancesTest, TypeThatNamesSomethingElseIsUnknown)
     EXPECT_TRUE(holds("type(read) == 'userdata'"));
 }
 
-TEST_F(ScriptValueInstancesTest, PointerIsNotReadWhereARecordWithoutTypeHasIt)
-{
-    environment().setObject("v", "Unknown", &m_hostObject);
-
-    ASSERT_TRUE(read(write("v")));
-
-    EXPECT_TRUE(holds("type(read) == 'userdata'"));
-    EXPECT_EQ(environment().getObject("read", tbMemory::StringView()), nullptr);
-}
-
 TEST_F(ScriptValueInstancesTest, PointerOfARecordWithoutTypeIsReadAtItsEighthByte)
 {
+    environment().setObject("v", "Unknown", &m_hostObject);
+    ASSERT_TRUE(read(write("v")));
+    EXPECT_TRUE(holds("type(read) == 'userdata'"));
+    EXPECT_EQ(environment().getObject("read", tbMemory::StringView()), nullptr);
+    ASSERT_TRUE(read(write("{v, 'after'}")));
+    EXPECT_TRUE(holds("type(read[1]) == 'userdata' and read[2] == 'after'"));
+
     ASSERT_TRUE(read(joined({{'u', 0, 0, 0, 1, 2, 3, 4}, bytesOf(&m_hostObject)})));
 
     EXPECT_EQ(environment().getObject("read", tbMemory::StringView()), &m_hostObject);
-}
-
-TEST_F(ScriptValueInstancesTest, EntriesAfterARecordWithoutTypeAreRead)
-{
-    environment().setObject("v", "Unknown", &m_hostObject);
-
-    ASSERT_TRUE(read(write("{v, 'after'}")));
-
-    EXPECT_TRUE(holds("type(read[1]) == 'userdata' and read[2] == 'after'"));
 }
 
 TEST_F(ScriptValueInstancesTest, SecondByteOfTheNameRecordDoesNotMatter)
@@ -198,25 +166,18 @@ TEST_F(ScriptValueInstancesTest, TypeWithoutAnyNameIsATypeOfItsOwn)
     EXPECT_TRUE(holds("debug.getmetatable(unnamed) == nil and read[3] == true"));
 }
 
-TEST_F(ScriptValueInstancesTest, PointerThatIsNotThereAsAWholeIsNull)
+TEST_F(ScriptValueInstancesTest, PointerThatIsNotThereAsAWholeIsNullAndNullIsOwnedByNobody)
 {
-    Bytes bytes = recordOf(&m_hostObject, 1);
-    bytes.pop_back();
+    Bytes cut = recordOf(&m_hostObject, 1);
+    cut.pop_back();
 
-    ASSERT_TRUE(read(bytes));
-
-    EXPECT_EQ(environment().getObject("read", "Vec"), nullptr);
-    dropAll();
-    EXPECT_THAT(m_destroyed, IsEmpty());
-}
-
-TEST_F(ScriptValueInstancesTest, NullIsOwnedByNobody)
-{
-    ASSERT_TRUE(read(recordOf(nullptr, 1)));
-
-    dropAll();
-
-    EXPECT_THAT(m_destroyed, IsEmpty());
+    for (const Bytes& bytes : {cut, recordOf(nullptr, 1)})
+    {
+        ASSERT_TRUE(read(bytes));
+        EXPECT_EQ(environment().getObject("read", "Vec"), nullptr);
+        dropAll();
+        EXPECT_THAT(m_destroyed, IsEmpty());
+    }
 }
 
 TEST_F(ScriptValueInstancesTest, ObjectStaysWithItsInstanceWithoutTransfer)
@@ -227,18 +188,6 @@ TEST_F(ScriptValueInstancesTest, ObjectStaysWithItsInstanceWithoutTransfer)
     collect();
     EXPECT_THAT(m_destroyed, IsEmpty());
 
-    dropAll();
-    EXPECT_THAT(m_destroyed, ElementsAre(&m_made[0]));
-}
-
-TEST_F(ScriptValueInstancesTest, ObjectGoesWithTheBytes)
-{
-    const Bytes bytes = write("Vec.new()", TRANSFER);
-
-    dropAll();
-    EXPECT_THAT(m_destroyed, IsEmpty());
-
-    ASSERT_TRUE(read(bytes));
     dropAll();
     EXPECT_THAT(m_destroyed, ElementsAre(&m_made[0]));
 }
@@ -278,25 +227,15 @@ TEST_F(ScriptValueInstancesTest, OnlyTheFirstOfSeveralInstancesOwnsTheObject)
     run("v = nil");
 
     ASSERT_TRUE(read(bytes));
-    run("read = {read[2], read[3][1]}");
+    run("first = read[1]  read = {read[2], read[3][1]}");
+    collect();
+    EXPECT_THAT(m_destroyed, IsEmpty());
+
+    run("first = nil");
     collect();
     EXPECT_THAT(m_destroyed, ElementsAre(&m_made[0]));
-
     dropAll();
     EXPECT_THAT(m_destroyed, ElementsAre(&m_made[0]));
-}
-
-TEST_F(ScriptValueInstancesTest, FirstOfSeveralInstancesKeepsTheObject)
-{
-    run("v = Vec.new()");
-    const Bytes bytes = write("{v, v}", TRANSFER);
-    run("v = nil");
-
-    ASSERT_TRUE(read(bytes));
-    run("read = read[1]");
-    collect();
-
-    EXPECT_THAT(m_destroyed, IsEmpty());
 }
 
 TEST_F(ScriptValueInstancesTest, FlagIsKeptThoughTheHostOwnsTheObject)

@@ -127,17 +127,6 @@ constexpr const char* GENERATOR = R"(
 
 constexpr int VALUES = repetitions(25000);
 
-// Names one of `makers`.
-struct KindRow
-{
-    std::string row;
-};
-
-void PrintTo(const KindRow& row, std::ostream* stream)
-{
-    *stream << row.row;
-}
-
 } // namespace
 
 class ScriptValueRoundTripTest : public ScriptValueFixture
@@ -147,13 +136,13 @@ protected:
 };
 
 class GeneratedValuesTest : public ScriptValueRoundTripTest,
-                            public ::testing::WithParamInterface<KindRow>
+                            public ::testing::WithParamInterface<const char*>
 {
 protected:
     GeneratedValuesTest()
     {
-        run(std::string(GENERATOR) + " start(20240229)  function makeNext() make('" +
-            GetParam().row + "') end  function isEqual() return same(read, expected) end");
+        run(std::string(GENERATOR) + " start(20240229)  function makeNext() make('" + GetParam() +
+            "') end  function isEqual() return same(read, expected) end");
         m_makeNext = environment().getScriptFunction("makeNext");
         m_isEqual = environment().getScriptFunction("isEqual");
     }
@@ -181,16 +170,8 @@ protected:
 INSTANTIATE_TEST_SUITE_P(
     Kinds,
     GeneratedValuesTest,
-    ::testing::Values(
-        KindRow{"Plain"},
-        KindRow{"Text"},
-        KindRow{"List"},
-        KindRow{"Record"},
-        KindRow{"NumberKey"},
-        KindRow{"Tree"},
-        KindRow{"Dictionary"},
-        KindRow{"Odd"}),
-    RowName());
+    ::testing::Values("Plain", "Text", "List", "Record", "NumberKey", "Tree", "Dictionary", "Odd"),
+    [](const auto& row) { return row.param; });
 
 TEST_P(GeneratedValuesTest, ComeBackEqual)
 {
@@ -290,19 +271,13 @@ TEST_F(ScriptValueRoundTripTest, TablesOfManyDifferentKeysSurvive)
     EXPECT_TRUE(holds("same(read, t)"));
 }
 
-TEST_F(ScriptValueRoundTripTest, WhatIsReadIsNotWhatWasWritten)
-{
-    ASSERT_TRUE(read(write("{inner = {}}")));
-
-    EXPECT_TRUE(holds("read ~= written and read.inner ~= written.inner"));
-}
-
-TEST_F(ScriptValueRoundTripTest, TableThatWasReachedTwiceBecomesTwo)
+TEST_F(ScriptValueRoundTripTest, WhatIsReadIsNotWhatWasWrittenNorShared)
 {
     run("shared = {7}");
 
     ASSERT_TRUE(read(write("{shared, shared}")));
 
+    EXPECT_TRUE(holds("read ~= written and read[1] ~= shared"));
     EXPECT_TRUE(holds("read[1][1] == 7 and read[2][1] == 7 and read[1] ~= read[2]"));
 }
 
@@ -378,21 +353,15 @@ TEST_F(ScriptValueRoundTripTest, ReferenceOfAnotherEnvironmentIsNotWritten)
     EXPECT_TRUE(bytes.empty());
 }
 
-TEST_F(ScriptValueRoundTripTest, BytesOutliveTheirEnvironment)
+TEST_F(ScriptValueRoundTripTest, BytesOutliveTheirInterpreterAndReferencesDoNot)
 {
-    const Bytes bytes = write("{1, 2, 3}");
+    const ScriptObjectReference stale = refer("{1, 2, 3}");
+    const Bytes bytes = write(stale);
     environment().setEnvironmentFor(INTERPRETER_LUA);
 
     ASSERT_TRUE(read(bytes));
 
     EXPECT_TRUE(holds("#read == 3"));
-}
-
-TEST_F(ScriptValueRoundTripTest, StaleReferenceIsNotWritten)
-{
-    const ScriptObjectReference stale = refer("{1}");
-    environment().setEnvironmentFor(INTERPRETER_LUA);
-
     EXPECT_EQ(write(stale), Bytes());
 }
 

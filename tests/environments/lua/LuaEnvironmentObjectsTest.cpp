@@ -4,6 +4,7 @@
 #include "environments/lua/LuaEnvironmentStrategy.h"
 #include "support/Execution.h"
 #include "support/LogFixture.h"
+#include "support/RowName.h"
 
 #include <cstring>
 #include <memory>
@@ -45,63 +46,36 @@ protected:
     int m_object = 0;
 };
 
-TEST_F(LuaEnvironmentObjectsTest, BlockHoldsThePointerAndZeros)
+TEST_F(LuaEnvironmentObjectsTest, BlockHoldsThePointerAndZerosAndHasTheMetatableOfItsType)
 {
     lua_getfield(state(), LUA_GLOBALSINDEX, "v");
-
     ASSERT_EQ(lua_objlen(state(), -1), 16U);
     unsigned char expected[16] = {};
     void* const object = &m_object;
     std::memcpy(expected, &object, sizeof(object));
     EXPECT_EQ(std::memcmp(lua_touserdata(state(), -1), expected, 16), 0);
-    lua_settop(state(), 0);
-}
 
-TEST_F(LuaEnvironmentObjectsTest, BlockHasTheMetatableOfItsType)
-{
-    lua_getfield(state(), LUA_GLOBALSINDEX, "v");
     lua_getmetatable(state(), -1);
     luaL_getmetatable(state(), "T");
-
     EXPECT_TRUE(lua_rawequal(state(), -1, -2));
     EXPECT_TRUE(lua_istable(state(), -1));
     lua_settop(state(), 0);
 }
 
-TEST_F(LuaEnvironmentObjectsTest, ObjectIsReadWithItsType)
+TEST_F(LuaEnvironmentObjectsTest, ObjectIsReadWithItsTypeOrNoneAndNullForAnyOther)
 {
+    using tbMemory::StringView;
     EXPECT_EQ(m_strategy.getObject("v", "T"), &m_object);
-}
+    EXPECT_EQ(m_strategy.getObject("v", StringView()), &m_object);
+    EXPECT_EQ(m_strategy.getObject("v", StringView("TT", 1)), &m_object);
 
-TEST_F(LuaEnvironmentObjectsTest, ObjectIsReadWithoutAType)
-{
-    EXPECT_EQ(m_strategy.getObject("v", tbMemory::StringView()), &m_object);
-}
-
-TEST_F(LuaEnvironmentObjectsTest, ObjectIsNullForAnotherType)
-{
-    EXPECT_EQ(m_strategy.getObject("v", "Other"), nullptr);
-}
-
-TEST_F(LuaEnvironmentObjectsTest, ObjectIsNullForAnUnknownType)
-{
-    EXPECT_EQ(m_strategy.getObject("v", "Unknown"), nullptr);
-}
-
-TEST_F(LuaEnvironmentObjectsTest, ObjectIsNullForTheEmptyTypeName)
-{
-    EXPECT_EQ(m_strategy.getObject("v", ""), nullptr);
-}
-
-TEST_F(LuaEnvironmentObjectsTest, TypeNamesAreComparedWhole)
-{
-    EXPECT_EQ(m_strategy.getObject("v", "TT"), nullptr);
-    EXPECT_EQ(m_strategy.getObject("v", tbMemory::StringView("T\0", 2)), nullptr);
-}
-
-TEST_F(LuaEnvironmentObjectsTest, TypeNameEndsWithItsView)
-{
-    EXPECT_EQ(m_strategy.getObject("v", tbMemory::StringView("TT", 1)), &m_object);
+    for (const StringView& name :
+         {StringView("Other"),
+          StringView("Unknown"),
+          StringView(""),
+          StringView("TT"),
+          StringView("T\0", 2)})
+        EXPECT_EQ(m_strategy.getObject("v", name), nullptr) << name;
 }
 
 TEST_F(LuaEnvironmentObjectsTest, ObjectKeepsItsTypeWhateverAScriptWritesToItsName)
@@ -112,19 +86,14 @@ TEST_F(LuaEnvironmentObjectsTest, ObjectKeepsItsTypeWhateverAScriptWritesToItsNa
     EXPECT_EQ(m_strategy.getObject("v", "Other"), nullptr);
 }
 
-TEST_F(LuaEnvironmentObjectsTest, ForeignUserdataWithTheMetatableOfATypeIsNoInstance)
+TEST_F(LuaEnvironmentObjectsTest, OnlyTheMetatableOfATypeMakesNoInstance)
 {
-    run("w = newproxy()  debug.setmetatable(w, debug.getmetatable(v))");
+    run("w = newproxy()  debug.setmetatable(w, debug.getmetatable(v)) "
+        "x = setmetatable({}, debug.getmetatable(v))");
 
     EXPECT_EQ(m_strategy.getObject("w", "T"), nullptr);
     EXPECT_EQ(m_strategy.getObject("w", tbMemory::StringView()), nullptr);
-}
-
-TEST_F(LuaEnvironmentObjectsTest, TableWithTheMetatableOfATypeIsNoInstance)
-{
-    run("w = setmetatable({}, debug.getmetatable(v))");
-
-    EXPECT_EQ(m_strategy.getObject("w", "T"), nullptr);
+    EXPECT_EQ(m_strategy.getObject("x", "T"), nullptr);
 }
 
 TEST_F(LuaEnvironmentObjectsTest, NullObjectIsNil)
@@ -153,16 +122,13 @@ namespace
 // Outputs of a script call that are of a user type.
 struct OutputRow
 {
-    const char* name;
+    const char* row;
     const char* expectedName; // the output's
     FUNCTION_PARAMETER_TYPE type;
     bool isAccepted;
 };
 
-void PrintTo(const OutputRow& row, std::ostream* stream)
-{
-    *stream << row.name;
-}
+using test::operator<<;
 
 } // namespace
 
@@ -171,7 +137,7 @@ class LuaEnvironmentObjectOutputTest : public LuaEnvironmentObjectsTest,
 {
 };
 
-TEST_P(LuaEnvironmentObjectOutputTest, IsReadIfItsTypeIsExpected)
+TEST_P(LuaEnvironmentObjectOutputTest, IsReadIfItsTypeIsExpectedAndLeavesNoLivingView)
 {
     run("function f() return v end");
     std::vector<FunctionParameter> outputs{
@@ -184,22 +150,8 @@ TEST_P(LuaEnvironmentObjectOutputTest, IsReadIfItsTypeIsExpected)
     EXPECT_TRUE(isDone);
     EXPECT_EQ(outputs[0].getUserTypeObject(), GetParam().isAccepted ? &m_object : nullptr);
     EXPECT_EQ(m_log.takeEntries().size(), GetParam().isAccepted ? 0U : 1U);
-}
-
-// The call has returned: there is nothing left to look at.
-TEST_P(LuaEnvironmentObjectOutputTest, LeavesNoLivingView)
-{
-    run("function f() return v end");
-    std::vector<FunctionParameter> outputs{
-        FunctionParameter::ofType(GetParam().type, GetParam().expectedName)};
-    tbMemory::BufferView<FunctionParameter> view(outputs);
-
-    m_strategy.callScriptFunction(
-        m_strategy.getScriptFunction("f"), tbMemory::BufferView<FunctionParameter>(), view);
-
     const ScriptObjectReference reference(outputs[0].getUserTypeView());
-    EXPECT_EQ(reference.getInterpreterReference(), nullptr);
-    m_log.takeEntries();
+    EXPECT_EQ(reference.getInterpreterReference(), nullptr); // the call has returned
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -212,7 +164,7 @@ INSTANTIATE_TEST_SUITE_P(
         OutputRow{"OwnedOfAnyType", "", PARAM_TYPE_USER_TYPE_OWNED, true},
         OutputRow{"KeptOfAnotherType", "Other", PARAM_TYPE_USER_TYPE, false},
         OutputRow{"OwnedOfAnotherType", "Other", PARAM_TYPE_USER_TYPE_OWNED, false}),
-    [](const auto& row) { return std::string(row.param.name); });
+    RowName());
 
 TEST_F(LuaEnvironmentObjectsTest, OutputOfAnyTypeTakesTheNameOfTheType)
 {
@@ -224,6 +176,78 @@ TEST_F(LuaEnvironmentObjectsTest, OutputOfAnyTypeTakesTheNameOfTheType)
         m_strategy.getScriptFunction("f"), tbMemory::BufferView<FunctionParameter>(), view);
 
     EXPECT_EQ(outputs[0].getUserTypeName(), "T");
+}
+
+// LuaJIT 2.1.0-beta3 uses tables of its foreign function library without keeping them alive: once
+// the library is let go, the end of the state read freed memory.
+class ForeignLibraryTest : public LogFixture
+{
+protected:
+    ForeignLibraryTest()
+        : m_strategy(std::make_shared<const tbMemory::String>("world"))
+    {
+    }
+
+    void run(const std::string& sources)
+    {
+        CompiledScript script(sources);
+        EXPECT_TRUE(m_strategy.execute(script)) << m_strategy.getLastExecutionResult().message;
+    }
+
+    // Whether what the script put into the list "watched" of the registry, which keeps nothing
+    // alive, is still there.
+    bool isAlive(int place)
+    {
+        lua_State* const state = m_strategy.getHandle().get();
+        lua_getfield(state, LUA_REGISTRYINDEX, "watched");
+        lua_rawgeti(state, -1, place);
+        const bool isThere = lua_istable(state, -1);
+        lua_settop(state, 0);
+        return isThere;
+    }
+
+    lua::LuaEnvironmentStrategy m_strategy;
+};
+
+TEST_F(ForeignLibraryTest, TablesThatTheInterpreterUsesOutliveTheGlobals)
+{
+    run("local ffi = require('ffi') "
+        "debug.getregistry().watched = setmetatable("
+        "    {debug.getfenv(ffi.gc), debug.getfenv(ffi.metatype)}, {__mode = 'v'})");
+
+    m_strategy.clearGlobals();
+
+    EXPECT_TRUE(isAlive(1));
+    EXPECT_TRUE(isAlive(2));
+}
+
+// What scripts hang into the library goes with the globals all the same.
+TEST_F(ForeignLibraryTest, LibraryItselfGoesWithTheGlobals)
+{
+    run("local ffi = require('ffi') "
+        "debug.getregistry().watched = setmetatable({ffi}, {__mode = 'v'})");
+
+    m_strategy.clearGlobals();
+
+    EXPECT_FALSE(isAlive(1));
+}
+
+TEST_F(ForeignLibraryTest, ReplacedLibraryIsNoTrouble)
+{
+    run("package.loaded.ffi = {gc = 'text', metatype = {}}");
+
+    m_strategy.clearGlobals();
+
+    EXPECT_FALSE(m_strategy.isVarSet("package"));
+}
+
+TEST_F(ForeignLibraryTest, LibraryOfAnotherKindIsNoTrouble)
+{
+    run("package.loaded.ffi = true");
+
+    m_strategy.clearGlobals();
+
+    EXPECT_FALSE(m_strategy.isVarSet("package"));
 }
 
 } // namespace tbScripts::test

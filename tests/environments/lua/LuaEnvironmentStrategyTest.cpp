@@ -4,6 +4,7 @@
 
 #include "support/Execution.h"
 #include "support/LogFixture.h"
+#include "support/RowName.h"
 
 #include "tbScripts/Function.h"
 
@@ -14,7 +15,6 @@
 namespace tbScripts::test
 {
 
-using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
 class LuaEnvironmentStrategyTest : public LogFixture
@@ -138,9 +138,7 @@ TEST_F(LuaEnvironmentStrategyTest, ClearingGlobalsCollectsTwice)
 
     m_strategy->clearGlobals();
 
-    EXPECT_THAT(
-        m_log.takeEntries(),
-        ElementsAre(LogEntry{"1", "LuaEnvironment"}, LogEntry{"2", "LuaEnvironment"}));
+    expectLogged({{"1", "LuaEnvironment"}, {"2", "LuaEnvironment"}});
 }
 
 TEST_F(LuaEnvironmentStrategyTest, ClearingGlobalsRunsNoMetamethods)
@@ -168,28 +166,23 @@ TEST_F(LuaEnvironmentStrategyTest, RaisingFinalisersDoNotBreakTheClearingOff)
     lua_getfield(state(), LUA_REGISTRYINDEX, "_LOADED");
     EXPECT_THAT(fieldsOf(state(), -1), IsEmpty());
     lua_settop(state(), 0);
-    EXPECT_THAT(
-        m_log.takeEntries(),
-        ElementsAre(
-            LogEntry{"finaliser", "LuaEnvironment"},
-            LogEntry{"finaliser", "LuaEnvironment"},
-            LogEntry{"finaliser", "LuaEnvironment"}));
+    expectLogged(
+        {{"finaliser", "LuaEnvironment"},
+         {"finaliser", "LuaEnvironment"},
+         {"finaliser", "LuaEnvironment"}});
 }
 
 namespace
 {
 
 // Every operation, with what it does where it finds something and where it does not.
-struct OperationRow
+struct Row
 {
-    const char* name;
+    const char* row;
     std::function<void(lua::LuaEnvironmentStrategy&)> act;
 };
 
-void PrintTo(const OperationRow& row, std::ostream* stream)
-{
-    *stream << row.name;
-}
+using test::operator<<;
 
 using Strategy = lua::LuaEnvironmentStrategy;
 
@@ -212,9 +205,20 @@ void callWith(Strategy& strategy, const char* name, FUNCTION_PARAMETER_TYPE outp
 } // namespace
 
 class LuaEnvironmentStackTest : public LuaEnvironmentStrategyTest,
-                                public ::testing::WithParamInterface<OperationRow>
+                                public ::testing::WithParamInterface<Row>
 {
 protected:
+    void expectStackLeft()
+    {
+        lua_pushliteral(state(), "bottom");
+
+        GetParam().act(*m_strategy);
+
+        EXPECT_EQ(lua_gettop(state()), 1);
+        EXPECT_STREQ(lua_tostring(state(), -1), "bottom");
+        lua_settop(state(), 0);
+    }
+
     void TearDown() override
     {
         m_log.takeEntries(); // which operations fail is no matter here
@@ -225,80 +229,57 @@ protected:
 TEST_P(LuaEnvironmentStackTest, StackIsLeftAsItWas)
 {
     run("n, t, f, u = 1, 'text', function(...) return ... end, io.stdout");
-    lua_pushliteral(state(), "bottom");
 
-    GetParam().act(*m_strategy);
-
-    EXPECT_EQ(lua_gettop(state()), 1);
-    EXPECT_STREQ(lua_tostring(state(), -1), "bottom");
-    lua_settop(state(), 0);
+    expectStackLeft();
 }
 
 TEST_P(LuaEnvironmentStackTest, StackIsLeftAsItWasWhereGlobalsRaise)
 {
     run("setmetatable(_G, {__index = error, __newindex = error})");
-    lua_pushliteral(state(), "bottom");
 
-    GetParam().act(*m_strategy);
-
-    EXPECT_EQ(lua_gettop(state()), 1);
-    EXPECT_STREQ(lua_tostring(state(), -1), "bottom");
-    lua_settop(state(), 0);
+    expectStackLeft();
 }
 
 INSTANTIATE_TEST_SUITE_P(
     Operations,
     LuaEnvironmentStackTest,
     ::testing::Values(
-        OperationRow{"Run", [](Strategy& strategy) { runText(strategy, "return 1, 2"); }},
-        OperationRow{"FailedRun", [](Strategy& strategy) { runText(strategy, "return nil .. 1"); }},
-        OperationRow{"RunOfNothing", [](Strategy& strategy) { strategy.execute(Script()); }},
-        OperationRow{"Collection", [](Strategy& strategy) { strategy.requestGarbageCollection(); }},
-        OperationRow{"ClearedGlobals", [](Strategy& strategy) { strategy.clearGlobals(); }},
-        OperationRow{"SetBool", [](Strategy& strategy) { strategy.setVarBool("v", true); }},
-        OperationRow{"SetInt", [](Strategy& strategy) { strategy.setVarInt("v", 1); }},
-        OperationRow{"SetFloat", [](Strategy& strategy) { strategy.setVarFloat("v", 1.5F); }},
-        OperationRow{"SetDouble", [](Strategy& strategy) { strategy.setVarDouble("v", 1.5); }},
-        OperationRow{"SetText", [](Strategy& strategy) { strategy.setVarString("v", "text"); }},
-        OperationRow{
-            "SetReference",
-            [](Strategy& strategy)
-            { strategy.setVarObjectReference("v", strategy.getVarObjectReference("t")); }},
-        OperationRow{
-            "SetEmptyReference",
-            [](Strategy& strategy)
-            { strategy.setVarObjectReference("v", ScriptObjectReference()); }},
-        OperationRow{
-            "SetObject", [](Strategy& strategy) { strategy.setObject("v", "T", &strategy); }},
-        OperationRow{
-            "SetNullObject", [](Strategy& strategy) { strategy.setObject("v", "T", nullptr); }},
-        OperationRow{"IsSet", [](Strategy& strategy) { strategy.isVarSet("n"); }},
-        OperationRow{"GetBool", [](Strategy& strategy) { strategy.getVarBool("n", true); }},
-        OperationRow{"GetInt", [](Strategy& strategy) { strategy.getVarInt("n", 1); }},
-        OperationRow{"GetFloat", [](Strategy& strategy) { strategy.getVarFloat("n", 1.5F); }},
-        OperationRow{"GetDouble", [](Strategy& strategy) { strategy.getVarDouble("n", 1.5); }},
-        OperationRow{"GetText", [](Strategy& strategy) { strategy.getVarString("t", ""); }},
-        OperationRow{"GetTextOfNumber", [](Strategy& strategy) { strategy.getVarString("n", ""); }},
-        OperationRow{"GetNoText", [](Strategy& strategy) { strategy.getVarString("f", ""); }},
-        OperationRow{
-            "GetReference", [](Strategy& strategy) { strategy.getVarObjectReference("t"); }},
-        OperationRow{
-            "GetNoReference", [](Strategy& strategy) { strategy.getVarObjectReference("f"); }},
-        OperationRow{"GetFunction", [](Strategy& strategy) { strategy.getScriptFunction("f"); }},
-        OperationRow{"GetNoFunction", [](Strategy& strategy) { strategy.getScriptFunction("t"); }},
-        OperationRow{"GetObject", [](Strategy& strategy) { strategy.getObject("u", "T"); }},
-        OperationRow{
-            "GetAnyObject",
-            [](Strategy& strategy) { strategy.getObject("u", tbMemory::StringView()); }},
-        OperationRow{"GetNoObject", [](Strategy& strategy) { strategy.getObject("t", "T"); }},
-        OperationRow{"Function", [](Strategy& strategy) { strategy.createFunction("h"); }},
-        OperationRow{"Call", [](Strategy& strategy) { callWith(strategy, "f", PARAM_TYPE_INT); }},
-        OperationRow{
-            "CallWithMismatch",
-            [](Strategy& strategy) { callWith(strategy, "f", PARAM_TYPE_SCRIPT_OBJECT); }},
-        OperationRow{
-            "FailedCall", [](Strategy& strategy) { callWith(strategy, "t", PARAM_TYPE_INT); }}),
-    [](const auto& row) { return std::string(row.param.name); });
+        Row{"Run", [](Strategy& s) { runText(s, "return 1, 2"); }},
+        Row{"FailedRun", [](Strategy& s) { runText(s, "return nil .. 1"); }},
+        Row{"RunOfNothing", [](Strategy& s) { s.execute(Script()); }},
+        Row{"Collection", [](Strategy& s) { s.requestGarbageCollection(); }},
+        Row{"ClearedGlobals", [](Strategy& s) { s.clearGlobals(); }},
+        Row{"SetBool", [](Strategy& s) { s.setVarBool("v", true); }},
+        Row{"SetInt", [](Strategy& s) { s.setVarInt("v", 1); }},
+        Row{"SetFloat", [](Strategy& s) { s.setVarFloat("v", 1.5F); }},
+        Row{"SetDouble", [](Strategy& s) { s.setVarDouble("v", 1.5); }},
+        Row{"SetText", [](Strategy& s) { s.setVarString("v", "text"); }},
+        Row{"SetReference",
+            [](Strategy& s) { s.setVarObjectReference("v", s.getVarObjectReference("t")); }},
+        Row{"SetEmptyReference",
+            [](Strategy& s) { s.setVarObjectReference("v", ScriptObjectReference()); }},
+        Row{"SetObject", [](Strategy& s) { s.setObject("v", "T", &s); }},
+        Row{"SetNullObject", [](Strategy& s) { s.setObject("v", "T", nullptr); }},
+        Row{"IsSet", [](Strategy& s) { s.isVarSet("n"); }},
+        Row{"GetBool", [](Strategy& s) { s.getVarBool("n", true); }},
+        Row{"GetInt", [](Strategy& s) { s.getVarInt("n", 1); }},
+        Row{"GetFloat", [](Strategy& s) { s.getVarFloat("n", 1.5F); }},
+        Row{"GetDouble", [](Strategy& s) { s.getVarDouble("n", 1.5); }},
+        Row{"GetText", [](Strategy& s) { s.getVarString("t", ""); }},
+        Row{"GetTextOfNumber", [](Strategy& s) { s.getVarString("n", ""); }},
+        Row{"GetNoText", [](Strategy& s) { s.getVarString("f", ""); }},
+        Row{"GetReference", [](Strategy& s) { s.getVarObjectReference("t"); }},
+        Row{"GetNoReference", [](Strategy& s) { s.getVarObjectReference("f"); }},
+        Row{"GetFunction", [](Strategy& s) { s.getScriptFunction("f"); }},
+        Row{"GetNoFunction", [](Strategy& s) { s.getScriptFunction("t"); }},
+        Row{"GetObject", [](Strategy& s) { s.getObject("u", "T"); }},
+        Row{"GetAnyObject", [](Strategy& s) { s.getObject("u", tbMemory::StringView()); }},
+        Row{"GetNoObject", [](Strategy& s) { s.getObject("t", "T"); }},
+        Row{"Function", [](Strategy& s) { s.createFunction("h"); }},
+        Row{"Call", [](Strategy& s) { callWith(s, "f", PARAM_TYPE_INT); }},
+        Row{"CallWithMismatch", [](Strategy& s) { callWith(s, "f", PARAM_TYPE_SCRIPT_OBJECT); }},
+        Row{"FailedCall", [](Strategy& s) { callWith(s, "t", PARAM_TYPE_INT); }}),
+    RowName());
 
 TEST_F(LuaEnvironmentStrategyTest, ReferencesGiveTheirRegistrySlotsBack)
 {

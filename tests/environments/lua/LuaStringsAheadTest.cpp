@@ -87,13 +87,9 @@ protected:
     }
 };
 
-TEST_F(LuaStringsAheadTest, TextsAreThoseAtTheirPlace)
+TEST_F(LuaStringsAheadTest, StringsAreThoseAtTheirPlaceWithAndWithoutRoomForThem)
 {
     EXPECT_EQ(comparePlaces(RECORDS, RECORDS.size()), 8);
-}
-
-TEST_F(LuaStringsAheadTest, TextsAreTheSameWithoutRoomForThem)
-{
     EXPECT_EQ(comparePlaces(RECORDS, RECORDS.size(), false), 8);
 }
 

@@ -182,53 +182,38 @@ TEST_F(ScriptValueUserdataTest, EveryFlagButZeroHandsTheObjectOver)
     EXPECT_FALSE(read(withPointer({'u', 0, 's', 'T', 0, 0, 0, 0}))->gcEnabled);
 }
 
-TEST_F(ScriptValueUserdataTest, TransferClearsTheFlagOfTheBlock)
+TEST_F(ScriptValueUserdataTest, OnlyATransferClearsTheFlagOfTheBlock)
 {
     declareType("T");
     const lua::LuaInstanceBox* const box = pushBox("T", true);
+    lua_pushvalue(state(), -1);
 
+    EXPECT_EQ(writeTop(false), withPointer({'u', 0, 's', 'T', 0, 0, 0, 0}));
+    EXPECT_TRUE(box->gcEnabled);
     writeTop(true);
 
     EXPECT_FALSE(box->gcEnabled);
     EXPECT_EQ(box->object, &m_object);
 }
 
-TEST_F(ScriptValueUserdataTest, WithoutTransferTheFlagOfTheBlockStays)
-{
-    declareType("T");
-    const lua::LuaInstanceBox* const box = pushBox("T", true);
-
-    const Bytes bytes = writeTop(false);
-
-    EXPECT_TRUE(box->gcEnabled);
-    EXPECT_EQ(bytes, withPointer({'u', 0, 's', 'T', 0, 0, 0, 0}));
-}
-
 TEST_F(ScriptValueUserdataTest, TransferClearsTheFlagOfABlockWithoutType)
 {
     const lua::LuaInstanceBox* const box = pushBox("Unknown", true);
 
-    const Bytes bytes = writeTop(true);
+    EXPECT_EQ(writeTop(true), withPointer({'u', 0, 0, 0}));
 
     EXPECT_FALSE(box->gcEnabled);
-    EXPECT_EQ(bytes, withPointer({'u', 0, 0, 0}));
 }
 
-TEST_F(ScriptValueUserdataTest, DestroyedBlockWithoutTypeHasNoPointer)
-{
-    lua::LuaInstanceBox* const box = pushBox("Unknown", true);
-    box->isDestroyed = true;
-
-    EXPECT_EQ(writeTop(true), EMPTY_RECORD);
-    EXPECT_TRUE(box->gcEnabled);
-}
-
-TEST_F(ScriptValueUserdataTest, DestroyedBlockHasNoPointer)
+TEST_F(ScriptValueUserdataTest, DestroyedBlockHasNoPointerWhateverItsType)
 {
     declareType("T");
-    lua::LuaInstanceBox* const box = pushBox("T", true);
-    box->isDestroyed = true;
+    lua::LuaInstanceBox* const typed = pushBox("T", true);
+    lua::LuaInstanceBox* const untyped = pushBox("Unknown", true);
+    typed->isDestroyed = untyped->isDestroyed = true;
 
+    EXPECT_EQ(writeTop(true), EMPTY_RECORD);
+    EXPECT_TRUE(untyped->gcEnabled);
     EXPECT_EQ(writeTop(true), (Bytes{'u', 1, 's', 'T', 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}));
 }
 
@@ -241,23 +226,15 @@ class ForeignBlockTest : public ScriptValueUserdataTest,
 INSTANTIATE_TEST_SUITE_P(
     Sizes, ForeignBlockTest, ::testing::Values(0U, 1U, 7U, 8U, 15U, 17U, 1000U));
 
-TEST_P(ForeignBlockTest, IsNotLookedInto)
-{
-    std::memset(lua_newuserdata(state(), GetParam()), 1, GetParam());
-
-    EXPECT_EQ(writeTop(true), EMPTY_RECORD);
-}
-
-TEST_P(ForeignBlockTest, IsNotChanged)
+TEST_P(ForeignBlockTest, IsNotLookedIntoNorChanged)
 {
     void* const block = lua_newuserdata(state(), GetParam());
     std::memset(block, 1, GetParam());
 
-    writeTop(true);
+    EXPECT_EQ(writeTop(true), EMPTY_RECORD);
 
-    EXPECT_EQ(
-        Bytes(static_cast<unsigned char*>(block), static_cast<unsigned char*>(block) + GetParam()),
-        Bytes(GetParam(), 1));
+    const auto* const bytes = static_cast<unsigned char*>(block);
+    EXPECT_EQ(Bytes(bytes, bytes + GetParam()), Bytes(GetParam(), 1));
 }
 
 TEST_F(ScriptValueUserdataTest, ForeignBlockOfOurSizeWithOtherBytesIsNotLookedInto)
