@@ -414,12 +414,10 @@ set(TOBREL_SCRIPTS_PUBLIC_TESTS
     tests/faults/LoadingLogReceiverTest.cpp
     tests/faults/LogReceiverTest.cpp
     tests/faults/NoMemoryDeathTest.cpp
-    tests/faults/ProxyGlobalsTest.cpp
     tests/faults/RaisingFinaliserTest.cpp
     tests/faults/ScriptErrorTest.cpp
     tests/faults/ScriptValueCallsTest.cpp
     tests/faults/ScriptValueCyclesTest.cpp
-    tests/faults/ScriptValueDepthTest.cpp
     tests/faults/ScriptValueMemoryDeathTest.cpp
     tests/faults/StackLimitTest.cpp
     tests/faults/StrictGlobalsTest.cpp
@@ -515,7 +513,6 @@ set(TOBREL_SCRIPTS_INTERNAL_TESTS
     tests/faults/lua/InterpreterCostTest.cpp
     tests/faults/lua/OpeningFailureTest.cpp
     tests/faults/lua/ScriptValueDamageTest.cpp
-    tests/faults/lua/ScriptValueLargeDamageTest.cpp
     tests/faults/lua/ScriptValueMemoryTest.cpp
     tests/faults/lua/StackHeightTest.cpp
     tests/lifetime/lua/DyingEnvironmentTest.cpp

@@ -69,10 +69,7 @@ TEST_F(DocumentedDeclarationsTest, ThirdIsTheListOfAProject)
 {
     EXPECT_THAT(namesInList(documentAt(2)), ElementsAre("patrol", "notes"));
 
-    EXPECT_THAT(
-        m_log.takeEntries(),
-        ElementsAre(
-            LogEntry{"Script type requested unknown. This will disable the Script.", "Script"}));
+    expectLogged("Script type requested unknown. This will disable the Script.", "Script");
 }
 
 TEST_F(DocumentedDeclarationsTest, ListOfTheToolsPageIsOne)

@@ -3,6 +3,7 @@
 
 #include "support/ChildProcess.h"
 #include "support/Execution.h"
+#include "support/RowName.h"
 #include "support/Sanitizers.h"
 #include "support/UserTypeFixture.h"
 
@@ -53,14 +54,11 @@ public:
 
 struct GreedyRow
 {
-    const char* name;
+    const char* row;
     const char* sources;
 };
 
-std::ostream& operator<<(std::ostream& stream, const GreedyRow& row)
-{
-    return stream << row.name;
-}
+using test::operator<<;
 
 } // namespace
 
@@ -122,7 +120,7 @@ INSTANTIATE_TEST_SUITE_P(
         GreedyRow{
             "Coroutines",
             "local all = {} while true do all[#all + 1] = coroutine.wrap(print) end"}),
-    ::testing::PrintToStringParamName());
+    RowName());
 
 TEST_P(GreedyScriptTest, FailsAndLeavesAUsableEnvironment)
 {

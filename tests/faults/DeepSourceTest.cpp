@@ -1,6 +1,7 @@
 // Sources that nest without end are syntax errors, on a small stack too.
 
 #include "support/LogFixture.h"
+#include "support/RowName.h"
 #include "support/Sanitizers.h"
 #include "support/SmallStackThread.h"
 
@@ -17,15 +18,12 @@ namespace
 
 struct NestingRow
 {
-    const char* name;
+    const char* row;
     const char* begin;
     const char* repeated;
 };
 
-std::ostream& operator<<(std::ostream& stream, const NestingRow& row)
-{
-    return stream << row.name;
-}
+using test::operator<<;
 
 } // namespace
 
@@ -46,7 +44,7 @@ INSTANTIATE_TEST_SUITE_P(
         NestingRow{"Blocks", "", "do "},
         NestingRow{"Calls", "f", "(f"},
         NestingRow{"Indices", "return a", "[a"}),
-    ::testing::PrintToStringParamName());
+    RowName());
 
 TEST_P(DeepSourceTest, IsASyntaxErrorOnASmallStack)
 {

@@ -19,8 +19,6 @@
 namespace tbScripts::test
 {
 
-using ::testing::ElementsAre;
-
 namespace
 {
 
@@ -207,9 +205,7 @@ TEST_F(FileFaultTest, NoDescriptorLeftIsAFileThatCannotBeOpened)
     EXPECT_FALSE(isWritten);
     EXPECT_TRUE(bytes.empty());
     EXPECT_EQ(m_folder.read("file"), "old");
-    EXPECT_THAT(
-        m_log.takeEntries(),
-        ElementsAre(LogEntry{"Error when trying to open file saving : file", "ContentLoader"}));
+    expectLogged("Error when trying to open file saving : file", "ContentLoader");
 }
 
 } // namespace tbScripts::test

@@ -2,12 +2,14 @@
 
 #include "support/ChildProcess.h"
 #include "support/LoadingFixture.h"
+#include "support/RowName.h"
 
 #include <tbScripts/ContentLoader.h>
 #include <tbScripts/ProjectLoader.h>
 
 #include <algorithm>
 #include <csignal>
+#include <functional>
 #include <random>
 #include <sched.h>
 #include <string>
@@ -19,7 +21,6 @@ namespace tbScripts::test
 {
 
 using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 namespace
 {
@@ -40,6 +41,14 @@ void limitFiles(rlim_t bytes)
     ::setrlimit(RLIMIT_FSIZE, &limit);
     const rlimit none{0, 0};
     ::setrlimit(RLIMIT_CORE, &none);
+}
+
+// Saves more than a file may hold; `handler` is what the system's signal of that does.
+int saveBeyondTheLimit(void (*handler)(int), const std::string& path)
+{
+    ::signal(SIGXFSZ, handler);
+    limitFiles(1000);
+    return save(std::string(5000, 'n'), path);
 }
 
 // From here on this process mounts for itself alone.
@@ -70,12 +79,19 @@ protected:
         return names;
     }
 
-    // Mounts a small disk as "small", where only this process and its children see it.
-    bool mountSmallDisk(const char* options) const
+    // Performs `action` in a process that alone sees a small disk as "small"; returns what it does.
+    int onSmallDisk(const char* options, const std::function<int()>& action) const
     {
         std::filesystem::create_directory(m_folder.pathOf("small"));
-        return leaveCommonMounts() &&
-               ::mount("none", m_folder.pathOf("small").c_str(), "tmpfs", 0, options) == 0;
+        const std::string path = m_folder.pathOf("small");
+        ChildProcess child(
+            [&]
+            {
+                const bool isMounted =
+                    leaveCommonMounts() && ::mount("none", path.c_str(), "tmpfs", 0, options) == 0;
+                return isMounted ? action() : CANNOT_MOUNT;
+            });
+        return child.wait();
     }
 
     // Keeps what is on the small disk for the test, which does not see it.
@@ -95,88 +111,72 @@ protected:
     }
 };
 
-TEST_F(FileReplacementTest, FileThatWouldGrowTooLargeStaysTheOldOne)
+TEST_F(FileReplacementTest, FileThatWouldGrowTooLargeStaysTheOldOneOrIsNotMade)
 {
     m_folder.write("file", "old");
-    ChildProcess child(
-        []
-        {
-            ::signal(SIGXFSZ, SIG_IGN);
-            limitFiles(1000);
-            return save(std::string(5000, 'n'), "file");
-        });
+    for (const std::string name : {"file", "another"})
+    {
+        ChildProcess child([name] { return saveBeyondTheLimit(SIG_IGN, name); });
 
-    EXPECT_EQ(child.wait(), SAID_TRUE);
-    EXPECT_EQ(m_folder.read("file"), "old");
-    EXPECT_THAT(m_folder.list(), ElementsAre("file"));
-}
-
-TEST_F(FileReplacementTest, NewFileThatWouldGrowTooLargeIsNotMade)
-{
-    ChildProcess child(
-        []
-        {
-            ::signal(SIGXFSZ, SIG_IGN);
-            limitFiles(1000);
-            return save(std::string(5000, 'n'), "file");
-        });
-
-    EXPECT_EQ(child.wait(), SAID_TRUE);
-    EXPECT_THAT(m_folder.list(), IsEmpty());
+        EXPECT_EQ(child.wait(), SAID_TRUE);
+        EXPECT_EQ(m_folder.read("file"), "old");
+        EXPECT_THAT(m_folder.list(), ElementsAre("file"));
+    }
 }
 
 TEST_F(FileReplacementTest, ProcessThatDiesOfItsFilesSizeLeavesTheOldFile)
 {
     m_folder.write("file", "old");
-    ChildProcess child(
-        []
-        {
-            ::signal(SIGXFSZ, SIG_DFL);
-            limitFiles(1000);
-            return save(std::string(5000, 'n'), "file");
-        });
+    ChildProcess child([] { return saveBeyondTheLimit(SIG_DFL, "file"); });
 
     EXPECT_EQ(child.wait(), -SIGXFSZ);
     EXPECT_EQ(m_folder.read("file"), "old");
     EXPECT_THAT(listWithoutTemporaries(), ElementsAre("file"));
 }
 
-TEST_F(FileReplacementTest, FullDiskLeavesTheOldFile)
+namespace
 {
-    ChildProcess child(
-        [this]
-        {
-            if (!mountSmallDisk("size=64k"))
-                return CANNOT_MOUNT;
-            m_folder.write("small/file", "old");
-            const int said = save(std::string(100000, 'n'), "small/file");
-            keep("file");
-            return said;
-        });
 
-    const int said = child.wait();
-    if (said == CANNOT_MOUNT)
-        GTEST_SKIP() << "mounting a disk takes more rights";
-    EXPECT_EQ(said, SAID_TRUE);
-    EXPECT_EQ(m_folder.read("kept"), "old");
-    EXPECT_THAT(keptNames(), ElementsAre("file"));
-}
-
-TEST_F(FileReplacementTest, DiskThatHasRoomForTheFileButNotForBothLeavesTheOldFile)
+// A disk that cannot take a new file beside the old one.
+struct DiskRow
 {
-    const std::string old(40000, 'o');
-    ChildProcess child(
-        [this, &old]
+    const char* row;
+    const char* options;
+    std::size_t oldSize;
+    std::size_t newSize;
+};
+
+using test::operator<<;
+
+} // namespace
+
+class FullDiskTest : public FileReplacementTest, public ::testing::WithParamInterface<DiskRow>
+{
+};
+
+INSTANTIATE_TEST_SUITE_P(
+    Disks,
+    FullDiskTest,
+    ::testing::Values(
+        DiskRow{"TooSmallForTheNewFile", "size=64k", 3, 100000},
+        DiskRow{"TooSmallForBothFiles", "size=64k", 40000, 40000},
+        DiskRow{"WithoutRoomForMoreNames", "size=64k,nr_inodes=2", 3, 1000}),
+    RowName());
+
+TEST_P(FullDiskTest, LeavesTheOldFile)
+{
+    const std::string old(GetParam().oldSize, 'o');
+
+    const int said = onSmallDisk(
+        GetParam().options,
+        [&]
         {
-            if (!mountSmallDisk("size=64k"))
-                return CANNOT_MOUNT;
             m_folder.write("small/file", old);
-            const int said = save(std::string(40000, 'n'), "small/file");
+            const int saidInside = save(std::string(GetParam().newSize, 'n'), "small/file");
             keep("file");
-            return said;
+            return saidInside;
         });
 
-    const int said = child.wait();
     if (said == CANNOT_MOUNT)
         GTEST_SKIP() << "mounting a disk takes more rights";
     EXPECT_EQ(said, SAID_TRUE);
@@ -184,41 +184,19 @@ TEST_F(FileReplacementTest, DiskThatHasRoomForTheFileButNotForBothLeavesTheOldFi
     EXPECT_THAT(keptNames(), ElementsAre("file"));
 }
 
-TEST_F(FileReplacementTest, DiskThatTakesNoMoreFilesLeavesTheOldOne)
-{
-    ChildProcess child(
-        [this]
-        {
-            if (!mountSmallDisk("size=64k,nr_inodes=2"))
-                return CANNOT_MOUNT;
-            m_folder.write("small/file", "old");
-            const int said = save(std::string(1000, 'n'), "small/file");
-            keep("file");
-            return said;
-        });
-
-    const int said = child.wait();
-    if (said == CANNOT_MOUNT)
-        GTEST_SKIP() << "mounting a disk takes more rights";
-    EXPECT_EQ(said, SAID_TRUE);
-    EXPECT_EQ(m_folder.read("kept"), "old");
-}
-
 TEST_F(FileReplacementTest, NewFileOnADiskThatTakesNoMoreFilesIsLogged)
 {
-    ChildProcess child(
+    const int said = onSmallDisk(
+        "size=64k,nr_inodes=2",
         [this]
         {
-            if (!mountSmallDisk("size=64k,nr_inodes=2"))
-                return CANNOT_MOUNT;
             m_folder.write("small/file", "old");
-            const int said = save("new", "small/other");
+            const int saidInside = save("new", "small/other");
             const std::vector<LogEntry> entries = m_log.takeEntries();
             m_folder.write("logged", entries.empty() ? "nothing" : entries[0].message);
-            return said;
+            return saidInside;
         });
 
-    const int said = child.wait();
     if (said == CANNOT_MOUNT)
         GTEST_SKIP() << "mounting a disk takes more rights";
     EXPECT_EQ(said, SAID_FALSE);

@@ -3,6 +3,7 @@
 
 #include "support/CallContextFixture.h"
 #include "support/CountedObject.h"
+#include "support/RowName.h"
 #include "support/Sanitizers.h"
 
 #include <new>
@@ -12,7 +13,6 @@
 namespace tbScripts::test
 {
 
-using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
 namespace
@@ -24,16 +24,13 @@ struct ForeignException
 
 struct ThrownRow
 {
-    const char* name;
+    const char* row;
     void (*throwIt)();
     const char* scriptText;
     std::vector<LogEntry> entries;
 };
 
-std::ostream& operator<<(std::ostream& stream, const ThrownRow& row)
-{
-    return stream << row.name;
-}
+using test::operator<<;
 
 std::vector<ThrownRow> allThrown()
 {
@@ -63,20 +60,17 @@ class ThrownByHostTest : public EnvironmentFixture, public ::testing::WithParamI
 protected:
     ThrownByHostTest()
     {
-        declare(
+        declareAction(
             "fail",
-            {},
-            [](const Parameters&)
+            []
             {
                 const CountedObject local;
                 GetParam().throwIt();
-                return FunctionParameter::VOID;
             });
     }
 };
 
-INSTANTIATE_TEST_SUITE_P(
-    Kinds, ThrownByHostTest, ::testing::ValuesIn(allThrown()), ::testing::PrintToStringParamName());
+INSTANTIATE_TEST_SUITE_P(Kinds, ThrownByHostTest, ::testing::ValuesIn(allThrown()), RowName());
 
 TEST_P(ThrownByHostTest, ScriptCatchesItAsItsText)
 {
@@ -128,37 +122,24 @@ TEST_P(ThrownByHostTest, CoroutineDiesOfItAndOthersGoOn)
     EXPECT_EQ(environment().getVar("second", 0), 2);
 }
 
-TEST_P(ThrownByHostTest, CallByTheHostItselfFails)
+TEST_P(ThrownByHostTest, CallByTheHostItselfFailsAndInsideAnotherHostCallItStopsThere)
 {
-    const ScriptObjectReference fail = environment().getScriptFunction("fail");
-    Parameters outputs;
-
-    EXPECT_FALSE(environment().callScriptFunction(fail, {}, outputs));
-
-    m_log.takeEntries();
-    EXPECT_EQ(environment().getLastExecutionResult().message, GetParam().scriptText);
-    EXPECT_EQ(environment().getLastExecutionResult().code, 5);
-}
-
-TEST_P(ThrownByHostTest, HalfWayUpAnotherHostCallItStops)
-{
-    int reached = 0;
     run("function callFail() fail() end");
     const ScriptObjectReference callFail = environment().getScriptFunction("callFail");
-    declare(
+    int failures = 0;
+    Parameters outputs;
+    declareAction(
         "outer",
-        {},
-        [&](const Parameters&)
-        {
-            Parameters outputs;
-            reached += environment().callScriptFunction(callFail, {}, outputs) ? 100 : 1;
-            return FunctionParameter::VOID;
-        });
+        [&] { failures += environment().callScriptFunction(callFail, {}, outputs) ? 100 : 1; });
 
+    EXPECT_FALSE(
+        environment().callScriptFunction(environment().getScriptFunction("fail"), {}, outputs));
+    EXPECT_EQ(environment().getLastExecutionResult().message, GetParam().scriptText);
+    EXPECT_EQ(environment().getLastExecutionResult().code, 5);
     run("outer() outer()");
 
     m_log.takeEntries();
-    EXPECT_EQ(reached, 2);
+    EXPECT_EQ(failures, 2);
 }
 
 class HostExceptionContextTest : public CallContextFixture,
@@ -172,30 +153,22 @@ INSTANTIATE_TEST_SUITE_P(
     ::testing::ValuesIn(allCallContexts()),
     ::testing::PrintToStringParamName());
 
-TEST_P(HostExceptionContextTest, ForeignExceptionUnderAMetamethodOfTheGlobalsIsContained)
+TEST_P(HostExceptionContextTest, ExceptionsUnderAMetamethodOfTheGlobalsAreContained)
 {
-    declare("index", {}, [](const Parameters&) -> FunctionParameter { throw 7; });
-    run("setmetatable(_G, {__index = index})");
+    declare("throwInt", {}, [](const Parameters&) -> FunctionParameter { throw 7; });
+    declare(
+        "throwString", {}, [](const Parameters&) -> FunctionParameter { throw std::string("no"); });
+    run("local throwInt, throwString = throwInt, throwString setmetatable(_G, {__index = "
+        "function(_, name) if name == 'int' then throwInt() else throwString() end end})");
 
     int score = 0;
-    performIn(GetParam(), [&] { score = environment().getVar("score", -1); });
-
+    performIn(GetParam(), [&] { score = environment().getVar("int", -1); });
     EXPECT_EQ(score, -1);
-    EXPECT_THAT(m_log.takeEntries(), ElementsAre(LogEntry{"C++ exception", "LuaEnvironment"}));
-}
+    expectLogged("C++ exception", "LuaEnvironment");
+    performIn(GetParam(), [&] { score = environment().getVar("text", -2); });
 
-TEST_P(HostExceptionContextTest, TextUnderAMetamethodOfTheGlobalsIsLoggedByBothSides)
-{
-    declare("index", {}, [](const Parameters&) -> FunctionParameter { throw std::string("no"); });
-    run("setmetatable(_G, {__index = index})");
-
-    int score = 0;
-    performIn(GetParam(), [&] { score = environment().getVar("score", -1); });
-
-    EXPECT_EQ(score, -1);
-    EXPECT_THAT(
-        m_log.takeEntries(),
-        ElementsAre(LogEntry{"no", "LuaFunction"}, LogEntry{"no", "LuaEnvironment"}));
+    EXPECT_EQ(score, -2);
+    expectLogged({{"no", "LuaFunction"}, {"no", "LuaEnvironment"}}); // by both sides
 }
 
 TEST_P(HostExceptionContextTest, ForeignExceptionUnderAnExecutionIsContained)
@@ -206,10 +179,7 @@ TEST_P(HostExceptionContextTest, ForeignExceptionUnderAnExecutionIsContained)
     performIn(GetParam(), [&] { hasSucceeded = runScript(environment(), "fail()", "round"); });
 
     EXPECT_FALSE(hasSucceeded);
-    EXPECT_THAT(
-        m_log.takeEntries(),
-        ElementsAre(
-            LogEntry{"Error while executing script 'round' : C++ exception", "LuaEnvironment"}));
+    expectLogged("Error while executing script 'round' : C++ exception", "LuaEnvironment");
 }
 
 class HostExceptionTest : public EnvironmentFixture
@@ -245,10 +215,7 @@ TEST_F(HostExceptionTest, NoexceptFunctionWithAWrongArgumentIsAScriptError)
     EXPECT_EQ(
         environment().getVar("text", "none"),
         "Error l.2 while calling take. Expected int, got table.");
-    EXPECT_THAT(
-        m_log.takeEntries(),
-        ElementsAre(
-            LogEntry{"Error l.2 while calling take. Expected int, got table.", "LuaFunction"}));
+    expectLogged("Error l.2 while calling take. Expected int, got table.", "LuaFunction");
 }
 
 TEST_F(HostExceptionTest, MismatchWithoutCallingScriptHasNoLine)
@@ -259,24 +226,12 @@ TEST_F(HostExceptionTest, MismatchWithoutCallingScriptHasNoLine)
     Parameters outputs;
 
     EXPECT_FALSE(environment().callScriptFunction(take, inputs, outputs));
-
     const std::string text = "Error l.-1 while calling take. Expected int, got string.";
-    EXPECT_THAT(
-        m_log.takeEntries(),
-        ElementsAre(LogEntry{text, "LuaFunction"}, LogEntry{text, "LuaEnvironment"}));
-}
-
-TEST_F(HostExceptionTest, MismatchInAHostFunctionThatIsACoroutinesBodyHasNoLine)
-{
-    declare("take", {PARAM_TYPE_INT}, [](const Parameters&) { return FunctionParameter(1); });
+    expectLogged({{text, "LuaFunction"}, {text, "LuaEnvironment"}});
 
     run("works, text = coroutine.resume(coroutine.create(take), {})");
-
     EXPECT_FALSE(environment().getVar("works", true));
-    EXPECT_THAT(
-        m_log.takeEntries(),
-        ElementsAre(
-            LogEntry{"Error l.-1 while calling take. Expected int, got table.", "LuaFunction"}));
+    expectLogged("Error l.-1 while calling take. Expected int, got table.", "LuaFunction");
 }
 
 TEST_F(HostExceptionTest, ManyMismatchesLeaveNothingBehind)

@@ -43,26 +43,25 @@ protected:
     }
 };
 
-TEST_F(LoadingLogReceiverTest, MayEraseTheScriptWhoseTypeIsUnknown)
+TEST_F(LoadingLogReceiverTest, MayEraseTheScriptOrKillTheManagerWhateverIsWrong)
 {
-    const ReactingLogger logger(&eraseScript);
+    for (const char* declaration : {WRONG_TYPE, WRONG_SOURCES})
+    {
+        for (const bool isManagerKilled : {false, true})
+        {
+            SCOPED_TRACE(std::string(declaration) + (isManagerKilled ? ", killed" : ", erased"));
+            const ReactingLogger logger(
+                isManagerKilled ? &LoadingLogReceiverTest::killScripts : &eraseScript);
 
-    const auto result = ContentLoader::processScriptSources(WRONG_TYPE, true);
+            const auto result = ContentLoader::processScriptSources(declaration, true);
 
-    EXPECT_EQ(result.status, 2U);
-    EXPECT_THAT(textsOf(result.errors), ElementsAre(NOT_CREATED));
-    EXPECT_TRUE(result.objects.empty());
-    EXPECT_EQ(getScript("a"), nullptr);
-}
-
-TEST_F(LoadingLogReceiverTest, MayEraseTheScriptThatDoesNotCompile)
-{
-    const ReactingLogger logger(&eraseScript);
-
-    const auto result = ContentLoader::processScriptSources(WRONG_SOURCES, true);
-
-    EXPECT_EQ(result.status, 2U);
-    EXPECT_THAT(textsOf(result.errors), ElementsAre(NOT_CREATED));
+            EXPECT_EQ(result.status, 2U);
+            EXPECT_THAT(textsOf(result.errors), ElementsAre(NOT_CREATED));
+            EXPECT_TRUE(result.objects.empty());
+            EXPECT_EQ(ScriptManager::getInstanceIfExisting() == nullptr, isManagerKilled);
+            EXPECT_EQ(getScript("a"), nullptr);
+        }
+    }
 }
 
 TEST_F(LoadingLogReceiverTest, MayEraseAScriptOfAnArray)
@@ -75,17 +74,6 @@ TEST_F(LoadingLogReceiverTest, MayEraseAScriptOfAnArray)
     EXPECT_EQ(result.status, 1U);
     EXPECT_THAT(textsOf(result.errors), ElementsAre(NOT_CREATED));
     EXPECT_THAT(namesOf(result.objects), ElementsAre("b"));
-}
-
-TEST_F(LoadingLogReceiverTest, MayKillTheScriptManager)
-{
-    const ReactingLogger logger(&LoadingLogReceiverTest::killScripts);
-
-    const auto result = ContentLoader::processScriptSources(WRONG_TYPE, true);
-
-    EXPECT_EQ(result.status, 2U);
-    EXPECT_THAT(textsOf(result.errors), ElementsAre(NOT_CREATED));
-    EXPECT_EQ(ScriptManager::getInstanceIfExisting(), nullptr);
 }
 
 TEST_F(LoadingLogReceiverTest, MayRenameTheScript)
@@ -136,25 +124,18 @@ TEST_F(LoadingLogReceiverTest, MayThrow)
     EXPECT_THAT(logger.takeEntries(), SizeIs(8));
 }
 
-TEST_F(LoadingLogReceiverTest, MayEraseAScriptOfAProjectWhileItIsFilled)
+TEST_F(LoadingLogReceiverTest, MayEraseAScriptOfAProjectWhileItIsFilledOrCompiled)
 {
     const ReactingLogger logger(&eraseScript);
 
-    const ProjectLoadResult result =
-        loadProject(std::string(WRONG_TYPE) + R"(, {"name": "b", "type": "lua"})");
+    for (const char* declaration : {WRONG_TYPE, WRONG_SOURCES})
+    {
+        const ProjectLoadResult result =
+            loadProject(std::string(declaration) + R"(, {"name": "b", "type": "lua"})");
 
-    EXPECT_THAT(namesOf(result.scripts), ElementsAre("b"));
-}
-
-TEST_F(LoadingLogReceiverTest, MayEraseAScriptOfAProjectWhileItIsCompiled)
-{
-    const ReactingLogger logger(&eraseScript);
-
-    const ProjectLoadResult result =
-        loadProject(std::string(WRONG_SOURCES) + R"(, {"name": "b", "type": "lua"})");
-
-    EXPECT_THAT(namesOf(result.scripts), ElementsAre("b"));
-    EXPECT_EQ(countScripts(), 1U);
+        EXPECT_THAT(namesOf(result.scripts), ElementsAre("b"));
+        EXPECT_EQ(countScripts(), 1U);
+    }
 }
 
 TEST_F(LoadingLogReceiverTest, MayKillTheScriptManagerOfAProject)

@@ -2,6 +2,7 @@
 // whatever it likes, down to the environment that it is told about.
 
 #include "support/EnvironmentFixture.h"
+#include "support/RowName.h"
 
 #include <tbScripts/LogManager.h>
 #include <tbScripts/Script.h>
@@ -38,19 +39,18 @@ private:
     std::function<void()> m_action;
 };
 
+using World = Environment;
+
 // Something that makes the library log, in an environment that was prepared by a script.
 struct Trigger
 {
-    const char* name;
+    const char* row;
     const char* script;
     void (*pull)(Environment& environment);
     const char* firstMessage;
 };
 
-std::ostream& operator<<(std::ostream& stream, const Trigger& trigger)
-{
-    return stream << trigger.name;
-}
+using test::operator<<;
 
 bool callGlobal(Environment& environment, const char* name, FUNCTION_PARAMETER_TYPE output)
 {
@@ -67,98 +67,86 @@ std::vector<Trigger> allTriggers()
     return {
         {"FailingExecution",
          "",
-         [](Environment& environment) { runScript(environment, "error('lost', 0)", "round"); },
+         [](World& world) { runScript(world, "error('lost', 0)", "round"); },
          "Error while executing script 'round' : lost"},
         {"ExecutionWithoutBytecode",
          "",
-         [](Environment& environment)
+         [](World& world)
          {
              Script script;
              script.setName("round");
              script.setTargetInterpreter(INTERPRETER_LUA);
-             environment.execute(script);
+             world.execute(script);
          },
          "Script 'round' has no bytecode ready. Cannot execute anything, be sure the script is "
          "correctly loaded."},
         {"ExecutionForAnotherInterpreter",
          "",
-         [](Environment& environment)
+         [](World& world)
          {
              Script script;
              script.setName("round");
-             environment.execute(script);
+             world.execute(script);
          },
          "Script 'round'not of the right InterpreterType. Currently expecting Lua."},
         {"FailingScriptFunctionCall",
          "function fail() error('lost', 0) end",
-         [](Environment& environment) { callGlobal(environment, "fail", PARAM_TYPE_INT); },
+         [](World& world) { callGlobal(world, "fail", PARAM_TYPE_INT); },
          "lost"},
         {"ResultOfAnotherKind",
          "function give() return {} end",
-         [](Environment& environment) { callGlobal(environment, "give", PARAM_TYPE_INT); },
+         [](World& world) { callGlobal(world, "give", PARAM_TYPE_INT); },
          "Could not unpack parameter 0 of output from lua function, type mismatch. Aborting "
          "unpack."},
-        {"FailingReading",
-         STRICT,
-         [](Environment& environment) { environment.getVar("score", 1); },
-         "strict"},
+        {"FailingReading", STRICT, [](World& world) { world.getVar("score", 1); }, "strict"},
         {"FailingTextReading",
          STRICT,
-         [](Environment& environment) { environment.getVar("score", "text"); },
+         [](World& world) { world.getVar("score", "text"); },
          "strict"},
-        {"FailingReferenceReading",
-         STRICT,
-         [](Environment& environment) { environment.getVar("score"); },
-         "strict"},
-        {"FailingWriting",
-         STRICT,
-         [](Environment& environment) { environment.setVar("score", 1); },
-         "strict"},
-        {"FailingDeclaration",
-         STRICT,
-         [](Environment& environment) { environment.setFunc("late"); },
-         "strict"},
+        {"FailingReferenceReading", STRICT, [](World& world) { world.getVar("score"); }, "strict"},
+        {"FailingWriting", STRICT, [](World& world) { world.setVar("score", 1); }, "strict"},
+        {"FailingDeclaration", STRICT, [](World& world) { world.setFunc("late"); }, "strict"},
         {"RepeatedDeclaration",
          "",
-         [](Environment& environment) { environment.setFunc("known"); },
+         [](World& world) { world.setFunc("known"); },
          "Function 'known' already existant. Resetting its state before returning it. This might "
          "break previous usage of the function."},
         {"UnboundFunction",
          "",
-         [](Environment& environment)
+         [](World& world)
          {
-             environment.getFunc("known")->reset();
-             runScript(environment, "known()");
+             world.getFunc("known")->reset();
+             runScript(world, "known()");
          },
          "Function 'known' called but no user function is bound. Call having no effect."},
         {"MismatchOfAnArgument",
          "",
-         [](Environment& environment)
+         [](World& world)
          {
-             environment.getFunc("known")->addParameter(PARAM_TYPE_INT);
-             runScript(environment, "pcall(known)");
+             world.getFunc("known")->addParameter(PARAM_TYPE_INT);
+             runScript(world, "pcall(known)");
          },
          "Error l.-1 while calling known. Expected int, got no value."},
         {"RaisingFinaliser",
          "collectgarbage('stop') local error = error for i = 1, 3 do"
          " getmetatable(newproxy(true)).__gc = function() error('finaliser failed', 0) end end",
-         [](Environment& environment) { environment.requestGarbageCollection(); },
+         [](World& world) { world.requestGarbageCollection(); },
          "finaliser failed"},
         {"UnknownInterpreter",
          "",
-         [](Environment& environment) { environment.setEnvironmentFor(INTERPRETER_UNKNOWN); },
+         [](World& world) { world.setEnvironmentFor(INTERPRETER_UNKNOWN); },
          "Environment type requested unknown. This will disable the Environment."},
         {"SwitchWhileRunning",
          "",
-         [](Environment& environment)
+         [](World& world)
          {
-             environment.getFunc("known")->setFunction(
-                 [&environment](const Parameters&)
+             world.getFunc("known")->setFunction(
+                 [&world](const Parameters&)
                  {
-                     environment.setEnvironmentFor(INTERPRETER_LUA);
+                     world.setEnvironmentFor(INTERPRETER_LUA);
                      return FunctionParameter::VOID;
                  });
-             runScript(environment, "known()");
+             runScript(world, "known()");
          },
          "Environment 'world' is running a script. Its type can't be changed from inside."}};
 }
@@ -199,11 +187,7 @@ private:
     std::shared_ptr<int> m_witness;
 };
 
-INSTANTIATE_TEST_SUITE_P(
-    Triggers,
-    LogReceiverTest,
-    ::testing::ValuesIn(allTriggers()),
-    ::testing::PrintToStringParamName());
+INSTANTIATE_TEST_SUITE_P(Triggers, LogReceiverTest, ::testing::ValuesIn(allTriggers()), RowName());
 
 TEST_P(LogReceiverTest, MayDestroyTheEnvironmentThatItIsToldAbout)
 {
@@ -238,22 +222,15 @@ TEST_P(LogReceiverTest, MayReplaceItself)
     LogManager::getInstance()->setReceiver(nullptr);
 }
 
-TEST_P(LogReceiverTest, MayThrow)
+TEST_P(LogReceiverTest, MayThrowWhatever)
 {
     m_log.actAtNextEntry([] { throw std::runtime_error("disk full"); });
-
     EXPECT_NO_THROW(GetParam().pull(*m_environment));
-
     EXPECT_EQ(firstMessage(), GetParam().firstMessage);
-}
 
-TEST_P(LogReceiverTest, MayThrowWhatIsNoException)
-{
     m_log.actAtNextEntry([] { throw 7; });
-
-    EXPECT_NO_THROW(GetParam().pull(*m_environment));
-
-    EXPECT_EQ(firstMessage(), GetParam().firstMessage);
+    EXPECT_NO_THROW(LogManager::getInstance()->log("another", "Test"));
+    EXPECT_EQ(firstMessage(), "another");
 }
 
 TEST_P(LogReceiverTest, MayUseTheEnvironmentThatItIsToldAbout)

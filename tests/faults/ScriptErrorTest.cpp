@@ -2,6 +2,8 @@
 // environment goes on.
 
 #include "support/CallContextFixture.h"
+#include "support/Execution.h"
+#include "support/RowName.h"
 #include "support/Sanitizers.h"
 
 #include <string>
@@ -10,7 +12,6 @@
 namespace tbScripts::test
 {
 
-using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 
@@ -19,15 +20,12 @@ namespace
 
 struct ErrorRow
 {
-    const char* name;
+    const char* row;
     const char* script;
-    const char* text;
+    std::string text;
 };
 
-std::ostream& operator<<(std::ostream& stream, const ErrorRow& row)
-{
-    return stream << row.name;
-}
+using test::operator<<;
 
 std::vector<ErrorRow> allErrors()
 {
@@ -36,19 +34,27 @@ std::vector<ErrorRow> allErrors()
         {"TextWithPlace", "error('lost')", "[string \"error('lost')\"]:1: lost"},
         {"EmptyText", "error('', 0)", ""},
         {"TextWithManyLines", "error('one\\ntwo', 0)", "one\ntwo"},
+        {"StringWithNul", "error('bo\\0om', 0)", std::string("bo\0om", 5)},
         {"Number", "error(12, 0)", "12"},
+        {"LongFraction", "error(1/3, 0)", "0.33333333333333"},
+        {"HugeNumber", "error(1e100, 0)", "1e+100"},
         {"Fraction", "error(0.5, 0)", "0.5"},
         {"Infinity", "error(1/0, 0)", "inf"},
         {"Nil", "error(nil)", "(error object is a nil value)"},
         {"NoArgument", "error()", "(error object is a nil value)"},
-        {"Boolean", "error(false)", "(error object is a boolean value)"},
+        {"True", "error(true)", "(error object is a boolean value)"},
+        {"False", "error(false)", "(error object is a boolean value)"},
         {"Table", "error({})", "(error object is a table value)"},
+        {"TableWithAString",
+         "error(setmetatable({}, {__tostring = function() return 'boom' end}))",
+         "(error object is a table value)"},
         {"TableWithFailingConversion",
-         "error(setmetatable({}, {__tostring = function() error('inner') end}))",
+         "error(setmetatable({}, {__tostring = error, __index = error}))",
          "(error object is a table value)"},
         {"Function", "error(print)", "(error object is a function value)"},
         {"Coroutine", "error(coroutine.create(print))", "(error object is a thread value)"},
         {"Userdata", "error(newproxy(true))", "(error object is a userdata value)"},
+        {"ForeignInteger", "error(1LL)", "(error object is a cdata value)"},
         {"CallOfNil",
          "local nothing nothing()",
          "[string \"local nothing nothing()\"]:1: attempt to call local 'nothing' (a nil value)"},
@@ -67,24 +73,18 @@ class ScriptErrorTextTest : public EnvironmentFixture,
 {
 };
 
-INSTANTIATE_TEST_SUITE_P(
-    Errors,
-    ScriptErrorTextTest,
-    ::testing::ValuesIn(allErrors()),
-    ::testing::PrintToStringParamName());
+INSTANTIATE_TEST_SUITE_P(Errors, ScriptErrorTextTest, ::testing::ValuesIn(allErrors()), RowName());
 
 TEST_P(ScriptErrorTextTest, IsLoggedByAnExecution)
 {
     EXPECT_FALSE(runScript(environment(), GetParam().script, "round"));
 
-    const std::string message =
-        std::string("Error while executing script 'round' : ") + GetParam().text;
-    EXPECT_EQ(environment().getLastExecutionResult().code, 5);
-    EXPECT_EQ(environment().getLastExecutionResult().message, message);
-    EXPECT_THAT(m_log.takeEntries(), ElementsAre(LogEntry{message, "LuaEnvironment"}));
+    const std::string message = "Error while executing script 'round' : " + GetParam().text;
+    EXPECT_EQ(lastOutcome(environment()), Outcome(5, false, message));
+    expectLogged(message, "LuaEnvironment");
 }
 
-TEST_P(ScriptErrorTextTest, IsLoggedByAScriptFunctionCall)
+TEST_P(ScriptErrorTextTest, IsLoggedByAScriptFunctionCallAndAReadingWhoseMetamethodRaisesIt)
 {
     environment().setVar("source", GetParam().script);
     run("fail = loadstring(source)");
@@ -92,20 +92,12 @@ TEST_P(ScriptErrorTextTest, IsLoggedByAScriptFunctionCall)
 
     EXPECT_FALSE(
         environment().callScriptFunction(environment().getScriptFunction("fail"), {}, outputs));
+    EXPECT_EQ(lastOutcome(environment()), Outcome(5, false, GetParam().text));
+    expectLogged(GetParam().text, "LuaEnvironment");
+    run("setmetatable(_G, {__index = fail})");
 
-    EXPECT_EQ(environment().getLastExecutionResult().message, GetParam().text);
-    EXPECT_THAT(m_log.takeEntries(), ElementsAre(LogEntry{GetParam().text, "LuaEnvironment"}));
-}
-
-TEST_P(ScriptErrorTextTest, IsLoggedByAReadingWhoseMetamethodRaisesIt)
-{
-    environment().setVar("source", GetParam().script);
-    run("setmetatable(_G, {__index = loadstring(source)})");
-
-    const int score = environment().getVar("score", -1);
-
-    EXPECT_EQ(score, -1);
-    EXPECT_THAT(m_log.takeEntries(), ElementsAre(LogEntry{GetParam().text, "LuaEnvironment"}));
+    EXPECT_EQ(environment().getVar("score", -1), -1);
+    expectLogged(GetParam().text, "LuaEnvironment");
 }
 
 class ScriptErrorTest : public CallContextFixture
@@ -150,14 +142,12 @@ TEST_F(ScriptErrorTest, YieldInAScriptFunctionThatAHostFunctionCallsIsAnError)
     run("function yields() coroutine.yield(1) finished = true end");
     const ScriptObjectReference yields = environment().getScriptFunction("yields");
     bool hasSucceeded = true;
-    declare(
+    declareAction(
         "callBack",
-        {},
-        [&](const Parameters&)
+        [&]
         {
             Parameters outputs;
             hasSucceeded = environment().callScriptFunction(yields, {}, outputs);
-            return FunctionParameter::VOID;
         });
 
     run("local thread = coroutine.create(function() callBack() return 'end' end)"
@@ -167,73 +157,32 @@ TEST_F(ScriptErrorTest, YieldInAScriptFunctionThatAHostFunctionCallsIsAnError)
     EXPECT_FALSE(environment().isVarSet("finished"));
     EXPECT_EQ(environment().getVar("value", ""), "end"); // the coroutine was not suspended
     EXPECT_EQ(environment().getVar("state", ""), "dead");
-    EXPECT_THAT(
-        m_log.takeEntries(),
-        ElementsAre(LogEntry{
-            "[string \"function yields() coroutine.yield(1) finished...\"]:1: attempt to yield "
-            "across C-call boundary",
-            "LuaEnvironment"}));
+    expectLogged(
+        "[string \"function yields() coroutine.yield(1) finished...\"]:1: attempt to yield "
+        "across C-call boundary",
+        "LuaEnvironment");
 }
 
 TEST_F(ScriptErrorTest, YieldOutsideOfACoroutineFailsTheExecution)
 {
     EXPECT_FALSE(runScript(environment(), "coroutine.yield(1)", "round"));
 
-    EXPECT_THAT(
-        m_log.takeEntries(),
-        ElementsAre(LogEntry{
-            "Error while executing script 'round' : [string \"coroutine.yield(1)\"]:1: attempt to "
-            "yield across C-call boundary",
-            "LuaEnvironment"}));
+    expectLogged(
+        "Error while executing script 'round' : [string \"coroutine.yield(1)\"]:1: attempt to "
+        "yield across C-call boundary",
+        "LuaEnvironment");
 }
 
 TEST_F(ScriptErrorTest, YieldInAMetamethodOfTheGlobalsIsContained)
 {
     run("setmetatable(_G, {__index = function() return coroutine.yield(1) end})");
     int score = 0;
-    declare(
-        "read",
-        {},
-        [&](const Parameters&)
-        {
-            score = environment().getVar("score", -1);
-            return FunctionParameter::VOID;
-        });
+    declareAction("read", [&] { score = environment().getVar("score", -1); });
 
     run("state = coroutine.resume(coroutine.create(read))");
 
     EXPECT_EQ(score, -1);
-    EXPECT_THAT(
-        m_log.takeEntries(),
-        ElementsAre(LogEntry{"attempt to yield across C-call boundary", "LuaEnvironment"}));
-}
-
-TEST_F(ScriptErrorTest, CallingWhatIsNoFunctionFails)
-{
-    run("list = {}");
-    Parameters outputs;
-
-    EXPECT_FALSE(environment().callScriptFunction(environment().getVar("list"), {}, outputs));
-    EXPECT_FALSE(environment().callScriptFunction(ScriptObjectReference(), {}, outputs));
-
-    EXPECT_THAT(
-        m_log.takeEntries(),
-        ElementsAre(
-            LogEntry{"attempt to call a table value", "LuaEnvironment"},
-            LogEntry{"attempt to call a nil value", "LuaEnvironment"}));
-}
-
-TEST_F(ScriptErrorTest, CallableTableIsCalled)
-{
-    run("callable = setmetatable({}, {__call = function(_, n) return n + 1 end})");
-    const std::vector<FunctionParameter> inputs{FunctionParameter(1)};
-    std::vector<FunctionParameter> outputs{FunctionParameter(0)};
-    Parameters outputView(outputs);
-
-    EXPECT_TRUE(
-        environment().callScriptFunction(environment().getVar("callable"), inputs, outputView));
-
-    EXPECT_EQ(outputs[0].getInt(), 2);
+    expectLogged("attempt to yield across C-call boundary", "LuaEnvironment");
 }
 
 } // namespace tbScripts::test

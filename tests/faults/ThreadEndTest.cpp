@@ -7,6 +7,7 @@
 #include <tbScripts/LogManager.h>
 
 #include <cstddef>
+#include <functional>
 #include <pthread.h>
 
 namespace tbScripts::test
@@ -33,6 +34,20 @@ protected:
         declare("endThread", {}, [](const Parameters&) -> FunctionParameter { pthread_exit({}); });
     }
 
+    // Acts in a thread of its own; returns whether the thread has ended in the middle of that.
+    static bool endsThread(const std::function<void()>& act)
+    {
+        bool hasReturned = false;
+        runOnStackOf(
+            STACK_SIZE,
+            [&]
+            {
+                act();
+                hasReturned = true;
+            });
+        return !hasReturned;
+    }
+
     void expectThatTheEnvironmentGoesOn()
     {
         run("local t = {} for i = 1, 100 do t[i] = tostring(i) end done = t[100]");
@@ -44,70 +59,31 @@ protected:
 TEST_F(ThreadEndTest, LogReceiverMayEndItsThread)
 {
     ThreadEndingLogger ending;
-    bool hasReturned = false;
     run("setmetatable(_G, {__index = function() error('strict', 0) end})");
     LogManager::getInstance()->setReceiver(&ending);
 
-    runOnStackOf(
-        STACK_SIZE,
-        [&]
-        {
-            environment().getVar("score", 1);
-            hasReturned = true;
-        });
+    EXPECT_TRUE(endsThread([this] { environment().getVar("score", 1); }));
 
     LogManager::getInstance()->setReceiver(&m_log);
-    EXPECT_FALSE(hasReturned);
     run("setmetatable(_G, nil)");
     expectThatTheEnvironmentGoesOn();
 }
 
-TEST_F(ThreadEndTest, HostFunctionMayEndItsThread)
+TEST_F(ThreadEndTest, HostFunctionMayEndItsThreadAlsoUnderAProtectedCallOfAScript)
 {
-    bool hasReturned = false;
+    EXPECT_TRUE(endsThread([this] { runScript(environment(), "endThread()"); }));
+    EXPECT_TRUE(endsThread(
+        [this] { runScript(environment(), "pcall(endThread) coroutine.wrap(endThread)()"); }));
 
-    runOnStackOf(
-        STACK_SIZE,
-        [&]
-        {
-            runScript(environment(), "endThread()");
-            hasReturned = true;
-        });
-
-    EXPECT_FALSE(hasReturned);
-    expectThatTheEnvironmentGoesOn();
-}
-
-TEST_F(ThreadEndTest, HostFunctionMayEndItsThreadUnderAProtectedCallOfAScript)
-{
-    bool hasReturned = false;
-
-    runOnStackOf(
-        STACK_SIZE,
-        [&]
-        {
-            runScript(environment(), "pcall(endThread) coroutine.wrap(endThread)()");
-            hasReturned = true;
-        });
-
-    EXPECT_FALSE(hasReturned);
     expectThatTheEnvironmentGoesOn();
 }
 
 TEST_F(ThreadEndTest, HostFunctionMayEndItsThreadUnderAMetamethod)
 {
-    bool hasReturned = false;
     run("setmetatable(_G, {__index = function() endThread() end})");
 
-    runOnStackOf(
-        STACK_SIZE,
-        [&]
-        {
-            environment().getVar("score", 1);
-            hasReturned = true;
-        });
+    EXPECT_TRUE(endsThread([this] { environment().getVar("score", 1); }));
 
-    EXPECT_FALSE(hasReturned);
     run("setmetatable(_G, nil)");
     expectThatTheEnvironmentGoesOn();
 }

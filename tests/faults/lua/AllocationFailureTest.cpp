@@ -5,6 +5,7 @@
 #include "support/EnvironmentFixture.h"
 #include "support/GlobalOperations.h"
 #include "support/InterpreterCalls.h"
+#include "support/RowName.h"
 
 #include <tbScripts/Script.h>
 
@@ -35,17 +36,14 @@ struct Prepared
 /// A call of the host, and its outcome without memory.
 struct HostCallRow
 {
-    const char* name;
+    const char* row;
     const char* sources; // run beforehand; the global function `call` is fetched
     std::string (*perform)(Prepared& prepared);
     const char* neutralAnswer;
     const char* message;
 };
 
-std::ostream& operator<<(std::ostream& stream, const HostCallRow& row)
-{
-    return stream << row.name;
-}
+using test::operator<<;
 
 // Calls the function with `inputs`; answers what the output is and how it ended.
 std::string callWith(Prepared& prepared, const std::vector<FunctionParameter>& inputs)
@@ -63,6 +61,9 @@ std::string execute(Prepared& prepared)
     return std::to_string(prepared.environment.getLastExecutionResult().code);
 }
 
+constexpr const char* UNTOUCHED = "6 untouched";
+constexpr const char* NO_MEMORY = "not enough memory";
+
 int hostObject = 0;
 
 std::vector<HostCallRow> allHostCalls()
@@ -70,37 +71,35 @@ std::vector<HostCallRow> allHostCalls()
     return {
         {"CallWithoutInputs",
          "function call() return 'a' .. math.sqrt(2) end",
-         [](Prepared& prepared) { return callWith(prepared, {}); },
-         "6 untouched",
-         "not enough memory"},
+         [](Prepared& p) { return callWith(p, {}); },
+         UNTOUCHED,
+         NO_MEMORY},
         {"CallWithATextInput",
          "function call(text) return text end",
-         [](Prepared& prepared)
-         { return callWith(prepared, {FunctionParameter("a text of its own")}); },
-         "6 untouched",
-         "not enough memory"},
+         [](Prepared& p) { return callWith(p, {FunctionParameter("a text of its own")}); },
+         UNTOUCHED,
+         NO_MEMORY},
         {"CallWithAHostObjectAsInput",
          "function call(object) return 'text' end",
-         [](Prepared& prepared)
-         { return callWith(prepared, {FunctionParameter(&hostObject, "Type", false)}); },
-         "6 untouched",
-         "not enough memory"},
+         [](Prepared& p) { return callWith(p, {FunctionParameter(&hostObject, "Type", false)}); },
+         UNTOUCHED,
+         NO_MEMORY},
         {"CallWithManyInputs",
          "function call(...) return 'text' end",
-         [](Prepared& prepared)
-         { return callWith(prepared, std::vector<FunctionParameter>(500, FunctionParameter(1))); },
-         "6 untouched",
-         "not enough memory"},
+         [](Prepared& p)
+         { return callWith(p, std::vector<FunctionParameter>(500, FunctionParameter(1))); },
+         UNTOUCHED,
+         NO_MEMORY},
         {"CallThatCallsTheHost",
          "function call() return host({}, function() end, 'a' .. math.sqrt(2)) end",
-         [](Prepared& prepared) { return callWith(prepared, {}); },
-         "6 untouched",
-         "not enough memory"},
+         [](Prepared& p) { return callWith(p, {}); },
+         UNTOUCHED,
+         NO_MEMORY},
         {"CallThatGetsATextFromTheHost",
          "function call() return host({}, print, 'text') end",
-         [](Prepared& prepared) { return callWith(prepared, {}); },
-         "6 untouched",
-         "not enough memory"},
+         [](Prepared& p) { return callWith(p, {}); },
+         UNTOUCHED,
+         NO_MEMORY},
         {"Execution",
          "",
          &execute,
@@ -144,6 +143,30 @@ protected:
         return m_memory.hasRefused();
     }
 
+    // Acts with memory for 0, 1, 2 and so on requests, each time in a new environment, until none
+    // is refused. Looks at the answer and the entries of those that were.
+    void untilNothingIsRefused(
+        const char* sources,
+        const std::function<std::string()>& act,
+        const std::function<void(const std::string&, const std::vector<LogEntry>&)>& expectRefusal)
+    {
+        std::size_t refusals = 0;
+        for (bool isRefused = true; isRefused; refusals += isRefused ? 1 : 0)
+        {
+            prepare(sources);
+            std::string answer;
+            isRefused = actWith(refusals, [&] { answer = act(); });
+            const std::vector<LogEntry> entries = m_log.takeEntries();
+            if (isRefused)
+                expectRefusal(answer, entries);
+            else
+                EXPECT_THAT(entries, IsEmpty());
+            expectThatTheEnvironmentGoesOn();
+            endEnvironment();
+        }
+        EXPECT_GT(refusals, 0U);
+    }
+
     void expectThatTheEnvironmentGoesOn()
     {
         m_prepared->environment.setVar("afterwards", "a text");
@@ -178,29 +201,15 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST_P(AllocationFailureAccessTest, IsAnsweredNeutrallyAndLogged)
 {
-    std::size_t refusals = 0;
-    for (bool isRefused = true; isRefused; refusals += isRefused ? 1 : 0)
-    {
-        prepare("");
-        std::string answer;
-        isRefused = actWith(
-            refusals, [&] { answer = GetParam().perform(m_prepared->environment, "new name"); });
-        const std::vector<LogEntry> entries = m_log.takeEntries();
-        if (isRefused)
+    untilNothingIsRefused(
+        "",
+        [this] { return GetParam().perform(m_prepared->environment, "new name"); },
+        [](const std::string& answer, const std::vector<LogEntry>& entries)
         {
             EXPECT_EQ(answer, GetParam().neutralAnswer);
             EXPECT_THAT(entries, Not(IsEmpty())); // two where a value is read to be set
             EXPECT_THAT(entries, Each(LogEntry{"not enough memory", "LuaEnvironment"}));
-        }
-        else
-        {
-            EXPECT_THAT(entries, IsEmpty());
-        }
-        expectThatTheEnvironmentGoesOn();
-        endEnvironment();
-    }
-
-    EXPECT_GT(refusals, 0U);
+        });
 }
 
 class AllocationFailureCallTest : public AllocationFailureFixture,
@@ -209,34 +218,18 @@ class AllocationFailureCallTest : public AllocationFailureFixture,
 };
 
 INSTANTIATE_TEST_SUITE_P(
-    Calls,
-    AllocationFailureCallTest,
-    ::testing::ValuesIn(allHostCalls()),
-    ::testing::PrintToStringParamName());
+    Calls, AllocationFailureCallTest, ::testing::ValuesIn(allHostCalls()), RowName());
 
 TEST_P(AllocationFailureCallTest, FailsAndSaysWhy)
 {
-    std::size_t refusals = 0;
-    for (bool isRefused = true; isRefused; refusals += isRefused ? 1 : 0)
-    {
-        prepare(GetParam().sources);
-        std::string answer;
-        isRefused = actWith(refusals, [&] { answer = GetParam().perform(*m_prepared); });
-        const std::vector<LogEntry> entries = m_log.takeEntries();
-        if (isRefused)
+    untilNothingIsRefused(
+        GetParam().sources,
+        [this] { return GetParam().perform(*m_prepared); },
+        [](const std::string& answer, const std::vector<LogEntry>& entries)
         {
             EXPECT_EQ(answer, GetParam().neutralAnswer);
             EXPECT_THAT(entries, ElementsAre(LogEntry{GetParam().message, "LuaEnvironment"}));
-        }
-        else
-        {
-            EXPECT_THAT(entries, IsEmpty());
-        }
-        expectThatTheEnvironmentGoesOn();
-        endEnvironment();
-    }
-
-    EXPECT_GT(refusals, 0U);
+        });
 }
 
 class AllocationFailureTest : public AllocationFailureFixture
@@ -268,28 +261,18 @@ TEST_F(AllocationFailureTest, FirstReferenceIsReleasedWithoutMemory)
     endEnvironment();
 }
 
-TEST_F(AllocationFailureTest, FunctionsAreReplacedWithoutMemory)
-{
-    prepare("");
-    m_memory.refuseAfter(0);
-
-    Function* const host = m_prepared->environment.setFunc("host");
-
-    m_memory.allowAll();
-    EXPECT_NE(host, nullptr);
-    EXPECT_EQ(m_log.takeEntries().size(), 1U); // that it is declared again
-    endEnvironment();
-}
-
-TEST_F(AllocationFailureTest, CollectionIsPossibleWithoutMemory)
+TEST_F(AllocationFailureTest, FunctionsAreReplacedAndGarbageIsCollectedWithoutMemory)
 {
     prepare("for i = 1, 1000 do local t = {} end");
     m_memory.refuseAfter(0);
 
     m_prepared->environment.requestGarbageCollection();
+    EXPECT_THAT(m_log.takeEntries(), IsEmpty());
+    Function* const host = m_prepared->environment.setFunc("host");
 
     m_memory.allowAll();
-    EXPECT_THAT(m_log.takeEntries(), IsEmpty());
+    EXPECT_NE(host, nullptr);
+    EXPECT_EQ(m_log.takeEntries().size(), 1U); // that it is declared again
     endEnvironment();
 }
 

@@ -2,28 +2,24 @@
 
 #include "support/EnvironmentFixture.h"
 #include "support/InterpreterCalls.h"
+#include "support/RowName.h"
 
 #include <tbScripts/Script.h>
 
 namespace tbScripts::test
 {
 
-using ::testing::ElementsAre;
-
 namespace
 {
 
 struct GreedyRow
 {
-    const char* name;
+    const char* row;
     const char* sources;
     int code; // 5 if the script meets the error as a text and raises that
 };
 
-std::ostream& operator<<(std::ostream& stream, const GreedyRow& row)
-{
-    return stream << row.name;
-}
+using test::operator<<;
 
 } // namespace
 
@@ -74,23 +70,13 @@ INSTANTIATE_TEST_SUITE_P(
             "while true do local ok, text = pcall(function() local t = {} for i = 1, 1e9 do"
             " t[i] = {} end end) if not ok then error(text, 0) end end",
             5}),
-    ::testing::PrintToStringParamName());
+    RowName());
 
-TEST_P(ExhaustedMemoryTest, FailsWithTheCodeOfItsError)
+TEST_P(ExhaustedMemoryTest, FailsWithTheCodeOfItsErrorAndLeavesAUsableEnvironment)
 {
     EXPECT_FALSE(runShortOfMemory());
-
     EXPECT_EQ(m_environment.getLastExecutionResult().code, GetParam().code);
-    EXPECT_THAT(
-        m_log.takeEntries(),
-        ElementsAre(LogEntry{
-            "Error while executing script 'greedy' : not enough memory", "LuaEnvironment"}));
-}
-
-TEST_P(ExhaustedMemoryTest, LeavesAUsableEnvironment)
-{
-    runShortOfMemory();
-    m_log.takeEntries();
+    expectLogged("Error while executing script 'greedy' : not enough memory", "LuaEnvironment");
 
     m_environment.requestGarbageCollection();
 

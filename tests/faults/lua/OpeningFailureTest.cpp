@@ -72,50 +72,30 @@ TEST_F(EnvironmentOpeningFailureTest, EnvironmentHasNoInterpreterThen)
     switchWith(0);
     m_log.takeEntries();
 
-    const bool isSet = m_environment.isVarSet("score");
+    EXPECT_FALSE(m_environment.isVarSet("score"));
 
-    EXPECT_FALSE(isSet);
-    EXPECT_THAT(
-        m_log.takeEntries(),
-        ElementsAre(LogEntry{
-            "Querying if a a variable is set in environment 'world', which has no "
-            "InterpreterType. This will have no effect.",
-            "Environment"}));
+    expectLogged(
+        "Querying if a a variable is set in environment 'world', which has no "
+        "InterpreterType. This will have no effect.",
+        "Environment");
 }
 
-TEST_F(EnvironmentOpeningFailureTest, FormerInterpreterIsGoneAllTheSame)
+TEST_F(EnvironmentOpeningFailureTest, FormerInterpreterIsGoneAndFunctionsAndTheResultStayInPlace)
 {
     m_environment.setEnvironmentFor(INTERPRETER_LUA);
+    Function* const answer = m_environment.setFunc("answer");
     m_environment.setVar("score", 12);
     const ScriptObjectReference score = m_environment.getVar("score");
-
-    switchWith(0);
-
-    EXPECT_EQ(m_memory.countLivingBlocks(), 0U);
-    EXPECT_THAT(m_log.takeEntries(), ElementsAre(noMemory()));
-}
-
-TEST_F(EnvironmentOpeningFailureTest, LastResultIsResetAndKeepsItsPlace)
-{
-    m_environment.setEnvironmentFor(INTERPRETER_LUA);
     runScript(m_environment, "error('lost')");
+    m_log.takeEntries();
     const ExecutionResult& result = m_environment.getLastExecutionResult();
 
     switchWith(0);
 
-    m_log.takeEntries();
+    EXPECT_EQ(m_memory.countLivingBlocks(), 0U);
+    expectLogged({noMemory()});
     EXPECT_EQ(&m_environment.getLastExecutionResult(), &result);
     EXPECT_TRUE(result.success);
-}
-
-TEST_F(EnvironmentOpeningFailureTest, FunctionsStayRegistered)
-{
-    m_environment.setEnvironmentFor(INTERPRETER_LUA);
-    Function* const answer = m_environment.setFunc("answer");
-
-    switchWith(10);
-
-    m_log.takeEntries();
     EXPECT_EQ(m_environment.getFunc("answer"), answer);
 }
 
@@ -174,15 +154,10 @@ TEST_F(CompilationFailureTest, FormerCompiledFormIsGone)
     m_log.takeEntries();
 }
 
-TEST_F(CompilationFailureTest, PrivateStateIsClosedAfterSuccess)
+TEST_F(CompilationFailureTest, PrivateStateIsClosedAfterSuccessAndASyntaxError)
 {
     EXPECT_TRUE(m_script.load());
-
     EXPECT_EQ(m_memory.countLivingBlocks(), 0U);
-}
-
-TEST_F(CompilationFailureTest, PrivateStateIsClosedAfterASyntaxError)
-{
     m_script.setSources("return return");
 
     EXPECT_FALSE(m_script.load());

@@ -31,10 +31,7 @@ struct ValueRow
     std::size_t instances;
 };
 
-void PrintTo(const ValueRow& row, std::ostream* stream)
-{
-    *stream << row.row;
-}
+using test::operator<<;
 
 } // namespace
 
@@ -66,6 +63,18 @@ protected:
         m_memory.allowAll();
         EXPECT_EQ(lua_gettop(m_state), 0);
         return m_memory.hasRefused();
+    }
+
+    // Prepares and tries with memory for 0, 1, 2 and so on requests, until none is refused.
+    void untilNothingIsRefused(const std::function<bool(std::size_t allowed)>& attempt)
+    {
+        std::size_t refusals = 0;
+        for (bool isRefused = true; isRefused; refusals += isRefused ? 1 : 0)
+        {
+            prepare();
+            isRefused = attempt(refusals);
+        }
+        EXPECT_GT(refusals, 0U);
     }
 
     // Loading and dumping of functions end without an error that could be logged.
@@ -115,40 +124,38 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST_P(ScriptValueMemoryTest, WritingGivesNoBytes)
 {
-    std::size_t refusals = 0;
-    for (bool isRefused = true; isRefused; refusals += isRefused ? 1 : 0)
-    {
-        prepare();
-        tbMemory::Buffer bytes;
+    untilNothingIsRefused(
+        [this](std::size_t allowed)
+        {
+            tbMemory::Buffer bytes;
 
-        isRefused =
-            actWith(refusals, [&] { bytes = m_environment->serializeScriptObject(m_value, true); });
+            const bool isRefused = actWith(
+                allowed, [&] { bytes = m_environment->serializeScriptObject(m_value, true); });
 
-        EXPECT_EQ(bytes.empty(), isRefused);
-        expectRefusalOnce();
-        EXPECT_EQ(end(), isRefused ? GetParam().instances : 0U);
-    }
-    EXPECT_GT(refusals, 0U);
+            EXPECT_EQ(bytes.empty(), isRefused);
+            expectRefusalOnce();
+            EXPECT_EQ(end(), isRefused ? GetParam().instances : 0U);
+            return isRefused;
+        });
 }
 
 TEST_P(ScriptValueMemoryTest, ReadingGivesAnEmptyReference)
 {
-    std::size_t refusals = 0;
-    for (bool isRefused = true; isRefused; refusals += isRefused ? 1 : 0)
-    {
-        prepare();
-        const tbMemory::Buffer bytes = m_environment->serializeScriptObject(m_value, true);
-        ScriptObjectReference read;
+    untilNothingIsRefused(
+        [this](std::size_t allowed)
+        {
+            const tbMemory::Buffer bytes = m_environment->serializeScriptObject(m_value, true);
+            ScriptObjectReference read;
 
-        isRefused =
-            actWith(refusals, [&] { read = m_environment->deserializeScriptObject(bytes); });
+            const bool isRefused =
+                actWith(allowed, [&] { read = m_environment->deserializeScriptObject(bytes); });
 
-        EXPECT_EQ(read.getInterpreterReference() == nullptr, isRefused);
-        expectRefusalOnce();
-        read = ScriptObjectReference();
-        EXPECT_EQ(end(), isRefused ? 0U : GetParam().instances);
-    }
-    EXPECT_GT(refusals, 0U);
+            EXPECT_EQ(read.getInterpreterReference() == nullptr, isRefused);
+            expectRefusalOnce();
+            read = ScriptObjectReference();
+            EXPECT_EQ(end(), isRefused ? 0U : GetParam().instances);
+            return isRefused;
+        });
 }
 
 TEST_P(ScriptValueMemoryTest, ValueCanBeWrittenAndReadAfterwards)

@@ -2,11 +2,11 @@
 // A stray value would only show after thousands of calls, so there are thousands.
 
 #include "support/EnvironmentStateFixture.h"
+#include "support/Execution.h"
 #include "support/GlobalOperations.h"
 #include "support/Sanitizers.h"
 
-#include <tbScripts/Script.h>
-
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -31,6 +31,15 @@ class StackHeightAccessTest : public EnvironmentStateFixture,
 protected:
     // Performs the operation on a global of that name.
     void perform(const char* global) { GetParam().perform(environment(), global); }
+
+    void performOften()
+    {
+        for (int i = 0; i < 1000; ++i)
+        {
+            perform("score");
+            ASSERT_EQ(stackHeight(), 0);
+        }
+    }
 };
 
 INSTANTIATE_TEST_SUITE_P(
@@ -41,11 +50,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST_P(StackHeightAccessTest, IsConstantOverAccesses)
 {
-    for (int i = 0; i < 1000; ++i)
-    {
-        perform("score");
-        ASSERT_EQ(stackHeight(), 0);
-    }
+    performOften();
 
     m_log.takeEntries(); // what is declared again
 }
@@ -55,11 +60,7 @@ TEST_P(StackHeightAccessTest, IsConstantOverAccessesThatRaise)
     run(MAKE_GLOBALS_STRICT);
     const int slots = countRegistrySlots();
 
-    for (int i = 0; i < 1000; ++i)
-    {
-        perform("score");
-        ASSERT_EQ(stackHeight(), 0);
-    }
+    performOften();
 
     EXPECT_EQ(countRegistrySlots(), slots);
     EXPECT_GE(m_log.takeEntries().size(), 1000U);
@@ -69,15 +70,13 @@ TEST_P(StackHeightAccessTest, IsThatOfTheHostFunctionInside)
 {
     int before = 0;
     int after = -1;
-    declare(
+    declareAction(
         "act",
-        {},
-        [&](const Parameters&)
+        [&]
         {
             before = stackHeight();
             perform("score");
             after = stackHeight();
-            return FunctionParameter::VOID;
         });
     run(MAKE_GLOBALS_STRICT);
 
@@ -90,11 +89,18 @@ TEST_P(StackHeightAccessTest, IsThatOfTheHostFunctionInside)
 class StackHeightTest : public EnvironmentStateFixture
 {
 protected:
-    // From time to time, since a million entries would take all memory.
-    void dropEntries(int round)
+    // Acts that often, which has to leave the stack empty. Entries are dropped from time to time,
+    // since a million would take all memory.
+    void repeat(int times, const std::function<void()>& act)
     {
-        if (round % 1000 == 0)
-            m_log.takeEntries();
+        for (int i = 0; i < times; ++i)
+        {
+            act();
+            if (i % 1000 == 0)
+                m_log.takeEntries();
+        }
+        EXPECT_EQ(stackHeight(), 0);
+        m_log.takeEntries();
     }
 
     bool callFunction(const ScriptObjectReference& function)
@@ -109,31 +115,18 @@ TEST_F(StackHeightTest, IsConstantOverAMillionFailingReadings)
 {
     run(MAKE_GLOBALS_STRICT);
 
-    for (int i = 0; i < MANY; ++i)
-    {
-        environment().getVar("score", 1);
-        dropEntries(i);
-    }
-
-    EXPECT_EQ(stackHeight(), 0);
-    m_log.takeEntries();
+    repeat(MANY, [this] { environment().getVar("score", 1); });
 }
 
 TEST_F(StackHeightTest, IsConstantOverAMillionFailingCalls)
 {
     run("function fail() error('lost', 0) end");
     const ScriptObjectReference fail = environment().getScriptFunction("fail");
-
     int failures = 0;
-    for (int i = 0; i < MANY; ++i)
-    {
-        failures += callFunction(fail) ? 0 : 1;
-        dropEntries(i);
-    }
+
+    repeat(MANY, [&] { failures += callFunction(fail) ? 0 : 1; });
 
     EXPECT_EQ(failures, MANY);
-    EXPECT_EQ(stackHeight(), 0);
-    m_log.takeEntries();
 }
 
 TEST_F(StackHeightTest, IsConstantOverCallsOfWhatIsNoFunction)
@@ -141,15 +134,13 @@ TEST_F(StackHeightTest, IsConstantOverCallsOfWhatIsNoFunction)
     run("list = {}");
     const ScriptObjectReference list = environment().getVar("list");
 
-    for (int i = 0; i < FEWER; ++i)
-    {
-        callFunction(list);
-        callFunction(ScriptObjectReference());
-        dropEntries(i);
-    }
-
-    EXPECT_EQ(stackHeight(), 0);
-    m_log.takeEntries();
+    repeat(
+        FEWER,
+        [&]
+        {
+            callFunction(list);
+            callFunction(ScriptObjectReference());
+        });
 }
 
 TEST_F(StackHeightTest, IsConstantOverAMillionCallsWhoseResultsAreIgnored)
@@ -157,51 +148,32 @@ TEST_F(StackHeightTest, IsConstantOverAMillionCallsWhoseResultsAreIgnored)
     run("function give() return 1, 2, 3 end");
     const ScriptObjectReference give = environment().getScriptFunction("give");
 
-    for (int i = 0; i < MANY; ++i)
-        callFunction(give);
-
-    EXPECT_EQ(stackHeight(), 0);
+    repeat(MANY, [&] { callFunction(give); });
 }
 
 TEST_F(StackHeightTest, IsConstantOverAMillionRunsWhoseResultsAreDropped)
 {
-    Script script;
-    script.setTargetInterpreter(INTERPRETER_LUA);
-    script.setSources("return 1, 2, 3");
-    script.load();
+    CompiledScript script("return 1, 2, 3");
 
-    for (int i = 0; i < MANY; ++i)
-        environment().execute(script);
-
-    EXPECT_EQ(stackHeight(), 0);
+    repeat(MANY, [&] { environment().execute(script); });
 }
 
 TEST_F(StackHeightTest, IsConstantOverRunsThatFail)
 {
-    Script script;
-    script.setTargetInterpreter(INTERPRETER_LUA);
-    script.setSources("local a, b, c = 1, 2, 3 error({})");
-    script.load();
+    CompiledScript script("local a, b, c = 1, 2, 3 error({})");
 
-    for (int i = 0; i < FEWER; ++i)
-    {
-        environment().execute(script);
-        dropEntries(i);
-    }
-
-    EXPECT_EQ(stackHeight(), 0);
-    m_log.takeEntries();
+    repeat(FEWER, [&] { environment().execute(script); });
 }
 
 TEST_F(StackHeightTest, IsConstantOverQuestionsForWhatIsNotThere)
 {
-    for (int i = 0; i < MANY; ++i)
-    {
-        environment().getScriptFunction("missing");
-        environment().isVarSet("missing");
-    }
-
-    EXPECT_EQ(stackHeight(), 0);
+    repeat(
+        MANY,
+        [this]
+        {
+            environment().getScriptFunction("missing");
+            environment().isVarSet("missing");
+        });
 }
 
 TEST_F(StackHeightTest, RegistryDoesNotGrowOverAMillionReferences)
@@ -252,15 +224,10 @@ TEST_F(StackHeightTest, MemoryStaysFlatOverErrorsThatNobodyReads)
     environment().requestGarbageCollection();
     const int before = lua_gc(state(), LUA_GCCOUNT, 0);
 
-    for (int i = 0; i < FEWER; ++i)
-    {
-        callFunction(fail);
-        dropEntries(i);
-    }
+    repeat(FEWER, [&] { callFunction(fail); });
 
     environment().requestGarbageCollection();
     EXPECT_LE(lua_gc(state(), LUA_GCCOUNT, 0), before + 64);
-    m_log.takeEntries();
 }
 
 } // namespace tbScripts::test
