@@ -362,13 +362,9 @@ set(TOBREL_SCRIPTS_PUBLIC_TESTS
     tests/bindings/UserTypeTest.cpp
     tests/core/EmptyReferenceTest.cpp
     tests/core/FunctionParameterCopyTest.cpp
-    tests/core/FunctionParameterKindTest.cpp
-    tests/core/FunctionParameterPrepareTest.cpp
     tests/core/FunctionParameterTest.cpp
     tests/core/LogManagerTest.cpp
     tests/core/ScriptObjectReferenceTest.cpp
-    tests/core/ScriptObjectReferenceViewTest.cpp
-    tests/core/ScriptObjectViewTest.cpp
     tests/core/StringUtilsTest.cpp
     tests/corpus/CallbackScenarioTest.cpp
     tests/corpus/ConversionScenarioTest.cpp
@@ -491,12 +487,9 @@ set(TOBREL_SCRIPTS_INTERNAL_TESTS
     tests/bindings/lua/UserTypeViewTest.cpp
     tests/core/StaticLifeTest.cpp
     tests/core/lua/FunctionParameterViewTest.cpp
-    tests/core/lua/LuaErrorTextTest.cpp
-    tests/core/lua/LuaNumberTest.cpp
     tests/core/lua/LuaRegistryTest.cpp
     tests/core/lua/LuaScriptObjectInterpreterReferenceTest.cpp
     tests/core/lua/LuaScriptObjectInterpreterViewTest.cpp
-    tests/core/lua/LuaSharedReferenceBlockTest.cpp
     tests/core/lua/LuaStateHandleTest.cpp
     tests/core/lua/LuaTextTest.cpp
     tests/core/lua/LuaTypeDirectoryTest.cpp

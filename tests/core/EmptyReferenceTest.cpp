@@ -15,8 +15,6 @@
 namespace tbScripts::test
 {
 
-using ::testing::ElementsAre;
-
 namespace
 {
 
@@ -26,10 +24,7 @@ struct EmptyReference
     std::function<ScriptObjectReference()> make;
 };
 
-void PrintTo(const EmptyReference& reference, std::ostream* stream) // the framework's name for this
-{
-    *stream << reference.row;
-}
+using test::operator<<;
 
 ScriptObjectReference referenceOfAnotherEnvironment()
 {
@@ -94,9 +89,7 @@ TEST_P(EmptyReferenceTest, CannotBeCalled)
     EXPECT_FALSE(environment().callScriptFunction(GetParam().make(), {}, nothing));
 
     EXPECT_EQ(environment().getLastExecutionResult().code, 5);
-    EXPECT_THAT(
-        m_log.takeEntries(),
-        ElementsAre(LogEntry{"attempt to call a nil value", "LuaEnvironment"}));
+    expectLogged("attempt to call a nil value", "LuaEnvironment");
 }
 
 } // namespace tbScripts::test

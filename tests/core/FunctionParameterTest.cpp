@@ -25,22 +25,12 @@ class FunctionParameterTest : public FakeScriptObjectsFixture
 {
 };
 
-TEST_F(FunctionParameterTest, IsVoidByDefault)
-{
-    const FunctionParameter parameter;
-
-    EXPECT_EQ(parameter.getType(), 0U);
-}
-
-TEST_F(FunctionParameterTest, VoidConstantIsVoid)
-{
-    EXPECT_EQ(FunctionParameter::VOID.getType(), 0U);
-}
-
-TEST_F(FunctionParameterTest, CopyOfTheVoidConstantIsVoid)
+TEST_F(FunctionParameterTest, IsVoidByDefaultAndAsCopyOfTheVoidConstant)
 {
     const FunctionParameter copy(FunctionParameter::VOID);
 
+    EXPECT_EQ(FunctionParameter().getType(), 0U);
+    EXPECT_EQ(FunctionParameter::VOID.getType(), 0U);
     EXPECT_EQ(copy.getType(), 0U);
     EXPECT_TRUE(copy.getString().isNull());
     EXPECT_EQ(copy.getScriptObject().getInterpreterReference(), nullptr);
@@ -58,83 +48,46 @@ TEST_F(FunctionParameterTest, KindIsANumberOf32Bits)
     EXPECT_TRUE(std::is_unsigned_v<std::underlying_type_t<FUNCTION_PARAMETER_TYPE>>);
 }
 
-TEST_F(FunctionParameterTest, KeepsBool)
+TEST_F(FunctionParameterTest, KeepsEveryBoolAndNumber)
 {
-    const FunctionParameter yes(true);
-    const FunctionParameter no(false);
+    using Float = std::numeric_limits<float>;
+    using Double = std::numeric_limits<double>;
 
-    EXPECT_EQ(yes.getType(), 1U);
-    EXPECT_TRUE(yes.getBool());
-    EXPECT_EQ(no.getType(), 1U);
-    EXPECT_FALSE(no.getBool());
+    EXPECT_EQ(FunctionParameter(true).getType(), 1U);
+    EXPECT_TRUE(FunctionParameter(true).getBool());
+    EXPECT_EQ(FunctionParameter(false).getType(), 1U);
+    EXPECT_FALSE(FunctionParameter(false).getBool());
+    EXPECT_EQ(FunctionParameter(7).getType(), 2U);
+    EXPECT_EQ(FunctionParameter(-2147483647 - 1).getInt(), -2147483647 - 1);
+    EXPECT_EQ(FunctionParameter(2147483647).getInt(), 2147483647);
+    EXPECT_EQ(FunctionParameter(0.5F).getType(), 3U);
+    EXPECT_EQ(FunctionParameter(0.5F).getFloat(), 0.5F);
+    EXPECT_EQ(FunctionParameter(-Float::infinity()).getFloat(), -Float::infinity());
+    EXPECT_TRUE(std::isnan(FunctionParameter(Float::quiet_NaN()).getFloat()));
+    EXPECT_EQ(FunctionParameter(0.1).getType(), 4U);
+    EXPECT_EQ(FunctionParameter(0.1).getDouble(), 0.1);
+    EXPECT_EQ(FunctionParameter(1.7976931348623157e308).getDouble(), 1.7976931348623157e308);
+    EXPECT_TRUE(std::isnan(FunctionParameter(Double::quiet_NaN()).getDouble()));
 }
 
-TEST_F(FunctionParameterTest, KeepsEveryInt)
-{
-    const FunctionParameter lowest(std::numeric_limits<int>::min());
-    const FunctionParameter highest(std::numeric_limits<int>::max());
-
-    EXPECT_EQ(lowest.getType(), 2U);
-    EXPECT_EQ(lowest.getInt(), -2147483647 - 1);
-    EXPECT_EQ(highest.getInt(), 2147483647);
-}
-
-TEST_F(FunctionParameterTest, KeepsEveryFloat)
-{
-    const FunctionParameter half(0.5F);
-    const FunctionParameter infinite(-std::numeric_limits<float>::infinity());
-    const FunctionParameter notANumber(std::numeric_limits<float>::quiet_NaN());
-
-    EXPECT_EQ(half.getType(), 3U);
-    EXPECT_EQ(half.getFloat(), 0.5F);
-    EXPECT_EQ(infinite.getFloat(), -std::numeric_limits<float>::infinity());
-    EXPECT_TRUE(std::isnan(notANumber.getFloat()));
-}
-
-TEST_F(FunctionParameterTest, KeepsEveryDouble)
-{
-    const FunctionParameter tenth(0.1);
-    const FunctionParameter largest(1.7976931348623157e308);
-    const FunctionParameter notANumber(std::numeric_limits<double>::quiet_NaN());
-
-    EXPECT_EQ(tenth.getType(), 4U);
-    EXPECT_EQ(tenth.getDouble(), 0.1);
-    EXPECT_EQ(largest.getDouble(), 1.7976931348623157e308);
-    EXPECT_TRUE(std::isnan(notANumber.getDouble()));
-}
-
-TEST_F(FunctionParameterTest, CopiesTextUpToItsZero)
-{
-    std::string text("one\0two", 7);
-
-    const FunctionParameter parameter(text.c_str());
-    text.assign("changed");
-
-    EXPECT_EQ(parameter.getType(), 5U);
-    EXPECT_EQ(parameter.getString(), "one");
-}
-
-TEST_F(FunctionParameterTest, CopiesAllBytesOfAView)
+TEST_F(FunctionParameterTest, CopiesACStringUpToItsZeroAndAllBytesOfAViewButNoneBehind)
 {
     std::string text("a\0b\0", 4);
+    const std::vector<char> unterminated = {'a', 'b'};
 
-    const FunctionParameter parameter{tbMemory::StringView(text)};
+    const FunctionParameter fromPointer(text.c_str());
+    const FunctionParameter fromView{tbMemory::StringView(text)};
+    const FunctionParameter fromVector{tbMemory::StringView(unterminated.data(), 2)};
     text.assign("changed");
 
-    EXPECT_EQ(parameter.getType(), 5U);
-    EXPECT_EQ(parameter.getString(), tbMemory::StringView("a\0b\0", 4));
+    EXPECT_EQ(fromPointer.getType(), 5U);
+    EXPECT_EQ(fromPointer.getString(), "a");
+    EXPECT_EQ(fromView.getType(), 5U);
+    EXPECT_EQ(fromView.getString(), tbMemory::StringView("a\0b\0", 4));
+    EXPECT_EQ(fromVector.getString(), "ab");
 }
 
-TEST_F(FunctionParameterTest, CopiesNoByteBehindTheEndOfAView)
-{
-    const std::vector<char> bytes = {'a', 'b'};
-
-    const FunctionParameter parameter{tbMemory::StringView(bytes.data(), bytes.size())};
-
-    EXPECT_EQ(parameter.getString(), "ab");
-}
-
-TEST_F(FunctionParameterTest, EndsItsTextWithAZero)
+TEST_F(FunctionParameterTest, EndsItsStringWithAZero)
 {
     const FunctionParameter parameter{tbMemory::StringView("abcdef", 3)};
 
@@ -156,62 +109,36 @@ TEST_F(FunctionParameterTest, NullTextIsTheEmptyText)
     EXPECT_FALSE(fromView.getString().isNull());
 }
 
-TEST_F(FunctionParameterTest, ObjectThatTheScriptOwnsIsOfKindSix)
+TEST_F(FunctionParameterTest, ObjectIsOfKindSixIfTheScriptOwnsItElseOfKindSeven)
 {
     int object = 0;
 
-    const FunctionParameter parameter(&object, "Door", true);
+    for (const bool isOwned : {true, false})
+    {
+        const FunctionParameter parameter(&object, "Door", isOwned);
+        const FunctionParameter nothing(nullptr, "Door", isOwned);
 
-    EXPECT_EQ(parameter.getType(), 6U);
-    EXPECT_EQ(parameter.getUserTypeObject(), &object);
-    EXPECT_EQ(parameter.getUserTypeName(), "Door");
+        EXPECT_EQ(parameter.getType(), isOwned ? 6U : 7U);
+        EXPECT_EQ(parameter.getUserTypeObject(), &object);
+        EXPECT_EQ(parameter.getUserTypeName(), "Door");
+        EXPECT_EQ(parameter.getUserTypeView().getInterpreterView(), nullptr);
+        EXPECT_EQ(nothing.getType(), isOwned ? 6U : 7U);
+        EXPECT_EQ(nothing.getUserTypeObject(), nullptr);
+        EXPECT_EQ(nothing.getUserTypeName(), "Door");
+    }
 }
 
-TEST_F(FunctionParameterTest, ObjectThatTheHostKeepsIsOfKindSeven)
-{
-    int object = 0;
-
-    const FunctionParameter parameter(&object, "Door", false);
-
-    EXPECT_EQ(parameter.getType(), 7U);
-    EXPECT_EQ(parameter.getUserTypeObject(), &object);
-    EXPECT_EQ(parameter.getUserTypeName(), "Door");
-}
-
-TEST_F(FunctionParameterTest, ObjectMayBeNull)
-{
-    const FunctionParameter parameter(nullptr, "Door", true);
-
-    EXPECT_EQ(parameter.getType(), 6U);
-    EXPECT_EQ(parameter.getUserTypeObject(), nullptr);
-    EXPECT_EQ(parameter.getUserTypeName(), "Door");
-}
-
-TEST_F(FunctionParameterTest, CopiesAllBytesOfATypeName)
+TEST_F(FunctionParameterTest, CopiesAllBytesOfATypeNameAndTakesNullForTheEmptyName)
 {
     std::string name("Door\0way", 8);
 
     const FunctionParameter parameter(nullptr, name, true);
+    const FunctionParameter nameless(nullptr, tbMemory::StringView(), false);
     name.assign("changed");
 
     EXPECT_EQ(parameter.getUserTypeName(), tbMemory::StringView("Door\0way", 8));
-}
-
-TEST_F(FunctionParameterTest, NullTypeNameIsTheEmptyName)
-{
-    const FunctionParameter parameter(nullptr, tbMemory::StringView(), false);
-
-    EXPECT_EQ(parameter.getUserTypeName(), "");
-    EXPECT_FALSE(parameter.getUserTypeName().isNull());
-}
-
-TEST_F(FunctionParameterTest, LooksAtNoScriptValueWhenTheHostMadeIt)
-{
-    int object = 0;
-
-    const FunctionParameter parameter(&object, "Door", true);
-
-    EXPECT_EQ(parameter.getUserTypeView().getInterpreterView(), nullptr);
+    EXPECT_EQ(nameless.getUserTypeName(), "");
+    EXPECT_FALSE(nameless.getUserTypeName().isNull());
 }
 
 TEST_F(FunctionParameterTest, NeverDestroysTheObject)
@@ -225,46 +152,24 @@ TEST_F(FunctionParameterTest, NeverDestroysTheObject)
     EXPECT_EQ(CountedObject::getLiving(), 1);
 }
 
-TEST_F(FunctionParameterTest, TakesItsKindFromAReferenceToAFunction)
+TEST_F(FunctionParameterTest, SharesTheReferenceThatItIsMadeFromAndTakesItsKind)
 {
-    const ScriptObjectReference reference(new FakeReference(PARAM_TYPE_SCRIPT_FUNCTION));
+    for (const FUNCTION_PARAMETER_TYPE type :
+         {PARAM_TYPE_SCRIPT_FUNCTION, PARAM_TYPE_SCRIPT_OBJECT})
+    {
+        auto reference = std::make_unique<ScriptObjectReference>(new FakeReference(type));
 
-    const FunctionParameter parameter(reference);
+        const FunctionParameter parameter(*reference);
 
-    EXPECT_EQ(parameter.getType(), 8U);
-    EXPECT_EQ(
-        parameter.getScriptObject().getInterpreterReference(), reference.getInterpreterReference());
-}
-
-TEST_F(FunctionParameterTest, TakesItsKindFromAReferenceToAnObject)
-{
-    const ScriptObjectReference reference(new FakeReference(PARAM_TYPE_SCRIPT_OBJECT));
-
-    const FunctionParameter parameter(reference);
-
-    EXPECT_EQ(parameter.getType(), 9U);
-    EXPECT_EQ(
-        parameter.getScriptObject().getInterpreterReference(), reference.getInterpreterReference());
-}
-
-TEST_F(FunctionParameterTest, SharesTheReferenceThatItIsMadeFrom)
-{
-    const ScriptObjectReference reference(new FakeReference());
-
-    const FunctionParameter parameter(reference);
-
-    EXPECT_EQ(reference.getUseCount(), 2U);
-}
-
-TEST_F(FunctionParameterTest, KeepsTheValueOfAReferenceThatIsGone)
-{
-    auto reference = std::make_unique<ScriptObjectReference>(new FakeReference());
-
-    const FunctionParameter parameter(*reference);
-    reference.reset();
-
-    EXPECT_EQ(CountedObject::getLiving(), 1);
-    EXPECT_EQ(parameter.getScriptObject().getType(), 9U);
+        EXPECT_EQ(parameter.getType(), type == PARAM_TYPE_SCRIPT_FUNCTION ? 8U : 9U);
+        EXPECT_EQ(
+            parameter.getScriptObject().getInterpreterReference(),
+            reference->getInterpreterReference());
+        EXPECT_EQ(reference->getUseCount(), 2U);
+        reference.reset();
+        EXPECT_EQ(CountedObject::getLiving(), 1);
+        EXPECT_EQ(parameter.getScriptObject().getType(), parameter.getType());
+    }
 }
 
 TEST_F(FunctionParameterTest, EmptyReferenceIsAnObjectThatDesignatesNothing)

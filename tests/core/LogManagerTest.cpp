@@ -112,56 +112,36 @@ TEST_F(LogManagerTest, KeepsItsReceiver)
     EXPECT_EQ(LogManager::getInstance()->getReceiver(), &another);
 }
 
-TEST_F(LogManagerTest, HandsOnMessageAndSourceInThisOrder)
-{
-    LogManager::getInstance()->log("the message", "TheSource");
-
-    EXPECT_THAT(m_log.takeEntries(), ElementsAre(LogEntry{"the message", "TheSource"}));
-}
-
-TEST_F(LogManagerTest, HandsOnAllBytesAndNoneBehindTheEnd)
+TEST_F(LogManagerTest, PassesOnAllBytesOfMessageAndSourceAndNoneBehindTheEnd)
 {
     const std::vector<char> unterminated = {'T', 'a', 'g'};
 
+    LogManager::getInstance()->log("the message", "TheSource");
     LogManager::getInstance()->log(
         tbMemory::StringView("a\0b!", 3),
         tbMemory::StringView(unterminated.data(), unterminated.size()));
-
-    EXPECT_THAT(m_log.takeEntries(), ElementsAre(LogEntry{std::string("a\0b", 3), "Tag"}));
-}
-
-TEST_F(LogManagerTest, HandsOnNullTextsAsEmptyOnes)
-{
     LogManager::getInstance()->log(tbMemory::StringView(), tbMemory::StringView());
 
-    EXPECT_THAT(m_log.takeEntries(), ElementsAre(LogEntry{"", ""}));
+    expectLogged({{"the message", "TheSource"}, {std::string("a\0b", 3), "Tag"}, {"", ""}});
 }
 
-TEST_F(LogManagerTest, DropsMessagesWithoutReceiver)
+TEST_F(LogManagerTest, DropsMessagesWithoutReceiverUntilThereIsOneAgain)
 {
     LogManager::getInstance()->setReceiver(nullptr);
-
     LogManager::getInstance()->log("the message", "TheSource");
-
     EXPECT_EQ(LogManager::getInstance()->getReceiver(), nullptr);
-    EXPECT_THAT(m_log.takeEntries(), IsEmpty());
-}
-
-TEST_F(LogManagerTest, ReceiverSetAgainGetsMessagesAgain)
-{
-    LogManager::getInstance()->setReceiver(nullptr);
     LogManager::getInstance()->setReceiver(&m_log);
 
-    LogManager::getInstance()->log("the message", "TheSource");
+    LogManager::getInstance()->log("another", "TheSource");
 
-    EXPECT_THAT(m_log.takeEntries(), ElementsAre(LogEntry{"the message", "TheSource"}));
+    expectLogged("another", "TheSource");
 }
 
 TEST_F(LogManagerTest, HostAndLibraryShareOneInstance)
 {
     disableAScript();
 
-    EXPECT_THAT(m_log.takeEntries(), ElementsAre(SCRIPT_WAS_DISABLED));
+    expectLogged({SCRIPT_WAS_DISABLED});
 }
 
 TEST_F(LogManagerTest, FirstMessageOfTheLibraryCreatesTheInstance)
@@ -189,34 +169,19 @@ TEST_F(LogManagerTest, CopyHasTheReceiverAndIsNotTheInstance)
     LogManager* const instance = LogManager::getInstance();
 
     CopyOfLogManager copy;
+    copy->log("the message", "TheSource");
 
+    expectLogged("the message", "TheSource");
     EXPECT_EQ(copy->getReceiver(), &m_log);
     EXPECT_NE(&*copy, instance);
     EXPECT_EQ(LogManager::getInstance(), instance);
 }
 
-TEST_F(LogManagerTest, CopyHandsOnMessagesToo)
+TEST_F(LogManagerTest, CopyHasAReceiverOfItsOwnUntilAnAssignmentCopiesAnother)
 {
     CopyOfLogManager copy;
-
-    copy->log("the message", "TheSource");
-
-    EXPECT_THAT(m_log.takeEntries(), ElementsAre(LogEntry{"the message", "TheSource"}));
-}
-
-TEST_F(LogManagerTest, CopyHasAReceiverOfItsOwnAfterwards)
-{
-    CopyOfLogManager copy;
-
     copy->setReceiver(nullptr);
-
     EXPECT_EQ(LogManager::getInstance()->getReceiver(), &m_log);
-}
-
-TEST_F(LogManagerTest, AssignmentCopiesTheReceiver)
-{
-    CopyOfLogManager copy;
-    copy->setReceiver(nullptr);
 
     LogManager& result = *copy = *LogManager::getInstance();
 
@@ -243,7 +208,7 @@ TEST_F(LogManagerTest, ReceiverMayReplaceItselfWhileItIsCalled)
     LogManager::getInstance()->log("goes to the first", "TheSource");
     LogManager::getInstance()->log("goes to the second", "TheSource");
 
-    EXPECT_THAT(m_log.takeEntries(), ElementsAre(LogEntry{"goes to the second", "TheSource"}));
+    expectLogged("goes to the second", "TheSource");
 }
 
 TEST_F(LogManagerTest, ReceiverMayDestroyItselfWhileItIsCalled)
@@ -315,12 +280,21 @@ INSTANTIATE_TEST_SUITE_P(
         ReceiverException{"NoMemory", [] { throw std::bad_alloc(); }}),
     RowName());
 
-TEST_P(LogManagerExceptionTest, WhatTheReceiverThrowsIsDropped)
+TEST_P(LogManagerExceptionTest, IsDroppedAndTheReceiverGetsTheNextMessage)
 {
-    ActingLogger throwing([](const std::string&) { GetParam().raise(); });
+    int count = 0;
+    ActingLogger throwing(
+        [&count](const std::string&)
+        {
+            ++count;
+            GetParam().raise();
+        });
     LogManager::getInstance()->setReceiver(&throwing);
 
-    EXPECT_NO_THROW(LogManager::getInstance()->log("the message", "TheSource"));
+    EXPECT_NO_THROW(LogManager::getInstance()->log("one", "TheSource"));
+    EXPECT_NO_THROW(LogManager::getInstance()->log("two", "TheSource"));
+
+    EXPECT_EQ(count, 2);
 }
 
 TEST_P(LogManagerExceptionTest, CallThatLoggedGoesOnAfterTheReceiverThrew)
@@ -334,23 +308,6 @@ TEST_P(LogManagerExceptionTest, CallThatLoggedGoesOnAfterTheReceiverThrew)
     EXPECT_FALSE(script.load());
 
     EXPECT_EQ(script.getLastCompilationResult().errorCode, 3U);
-}
-
-TEST_P(LogManagerExceptionTest, ReceiverThatThrewGetsTheNextMessage)
-{
-    int count = 0;
-    ActingLogger throwing(
-        [&count](const std::string&)
-        {
-            ++count;
-            GetParam().raise();
-        });
-    LogManager::getInstance()->setReceiver(&throwing);
-
-    LogManager::getInstance()->log("one", "TheSource");
-    LogManager::getInstance()->log("two", "TheSource");
-
-    EXPECT_EQ(count, 2);
 }
 
 } // namespace tbScripts::test

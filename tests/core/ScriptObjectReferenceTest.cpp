@@ -7,6 +7,7 @@
 #include <string>
 #include <type_traits>
 #include <utility>
+#include <vector>
 
 namespace tbScripts::test
 {
@@ -31,17 +32,23 @@ class ScriptObjectReferenceTest : public FakeScriptObjectsFixture
 {
 };
 
-TEST_F(ScriptObjectReferenceTest, IsEmptyByDefault)
+TEST_F(ScriptObjectReferenceTest, IsEmptyAndOfNoKindUnlessItHasAValue)
 {
-    const ScriptObjectReference reference;
+    FakeView view;
+    view.lookAtNothing();
+    ScriptObjectInterpreterReference* const nothing = nullptr;
+    const ScriptObjectReference fromNull(nothing);
+    const ScriptObjectReference fromAViewOnNothing{ScriptObjectView()};
+    const ScriptObjectReference fromAViewThatAnchorsNothing{ScriptObjectView(&view)};
+    const ScriptObjectReference byDefault;
 
-    EXPECT_EQ(reference.getUseCount(), 1U);
-    EXPECT_EQ(reference.getInterpreterReference(), nullptr);
-}
-
-TEST_F(ScriptObjectReferenceTest, EmptyOneIsOfNoKind)
-{
-    EXPECT_EQ(ScriptObjectReference().getType(), 0U);
+    for (const ScriptObjectReference* reference :
+         {&fromNull, &fromAViewOnNothing, &fromAViewThatAnchorsNothing, &byDefault})
+    {
+        EXPECT_EQ(reference->getUseCount(), 1U);
+        EXPECT_EQ(reference->getInterpreterReference(), nullptr);
+        EXPECT_EQ(reference->getType(), 0U);
+    }
 }
 
 TEST_F(ScriptObjectReferenceTest, OwnsWhatItIsMadeFrom)
@@ -56,16 +63,6 @@ TEST_F(ScriptObjectReferenceTest, OwnsWhatItIsMadeFrom)
     }
 
     EXPECT_EQ(CountedObject::getLiving(), 0);
-}
-
-TEST_F(ScriptObjectReferenceTest, MadeFromNullIsEmpty)
-{
-    ScriptObjectInterpreterReference* const nothing = nullptr;
-
-    const ScriptObjectReference reference(nothing);
-
-    EXPECT_EQ(reference.getUseCount(), 1U);
-    EXPECT_EQ(reference.getInterpreterReference(), nullptr);
 }
 
 TEST_F(ScriptObjectReferenceTest, HasTheKindOfItsValue)
@@ -100,34 +97,19 @@ TEST_F(ScriptObjectReferenceTest, AnchorsWhatAViewLooksAt)
     EXPECT_EQ(reference.getUseCount(), 1U);
 }
 
-TEST_F(ScriptObjectReferenceTest, MadeFromAViewOnNothingIsEmpty)
-{
-    const ScriptObjectReference reference{ScriptObjectView()};
-
-    EXPECT_EQ(reference.getUseCount(), 1U);
-    EXPECT_EQ(reference.getInterpreterReference(), nullptr);
-}
-
-TEST_F(ScriptObjectReferenceTest, MadeFromAViewThatAnchorsNothingIsEmpty)
-{
-    FakeView view;
-    view.lookAtNothing();
-
-    const ScriptObjectReference reference{ScriptObjectView(&view)};
-
-    EXPECT_EQ(reference.getUseCount(), 1U);
-    EXPECT_EQ(reference.getInterpreterReference(), nullptr);
-}
-
-TEST_F(ScriptObjectReferenceTest, CopySharesTheValue)
+TEST_F(ScriptObjectReferenceTest, CopySharesTheValueAndLeavesItAtItsEnd)
 {
     const ScriptObjectReference original(new FakeReference());
 
-    const ScriptObjectReference copy(original);
+    {
+        const ScriptObjectReference copy(original);
+        EXPECT_EQ(copy.getInterpreterReference(), original.getInterpreterReference());
+        EXPECT_EQ(original.getUseCount(), 2U);
+        EXPECT_EQ(copy.getUseCount(), 2U);
+    }
 
-    EXPECT_EQ(copy.getInterpreterReference(), original.getInterpreterReference());
-    EXPECT_EQ(original.getUseCount(), 2U);
-    EXPECT_EQ(copy.getUseCount(), 2U);
+    EXPECT_EQ(original.getUseCount(), 1U);
+    EXPECT_EQ(CountedObject::getLiving(), 1);
 }
 
 TEST_F(ScriptObjectReferenceTest, CopyOfAnEmptyOneSharesItsBlock)
@@ -138,18 +120,6 @@ TEST_F(ScriptObjectReferenceTest, CopyOfAnEmptyOneSharesItsBlock)
 
     EXPECT_EQ(original.getUseCount(), 2U);
     EXPECT_EQ(copy.getInterpreterReference(), nullptr);
-}
-
-TEST_F(ScriptObjectReferenceTest, EndOfACopyLeavesTheValue)
-{
-    const ScriptObjectReference original(new FakeReference());
-
-    {
-        const ScriptObjectReference copy(original);
-    }
-
-    EXPECT_EQ(original.getUseCount(), 1U);
-    EXPECT_EQ(CountedObject::getLiving(), 1);
 }
 
 TEST_F(ScriptObjectReferenceTest, LastHolderReleasesTheValueOnce)
@@ -215,22 +185,15 @@ TEST_F(ScriptObjectReferenceTest, AssignmentLeavesTheOwnValueToItsOtherHolders)
     EXPECT_EQ(CountedObject::getLiving(), 2);
 }
 
-TEST_F(ScriptObjectReferenceTest, AssigningToItselfChangesNothing)
+TEST_F(ScriptObjectReferenceTest, AssigningItselfOrAHolderOfTheSameValueChangesNothing)
 {
     ScriptObjectReference reference(new FakeReference());
 
     assign(reference, reference);
-
+    moveAssign(reference, reference);
     EXPECT_NE(reference.getInterpreterReference(), nullptr);
     EXPECT_EQ(reference.getUseCount(), 1U);
-    EXPECT_EQ(CountedObject::getLiving(), 1);
-}
-
-TEST_F(ScriptObjectReferenceTest, AssigningAHolderOfTheSameValueChangesNothing)
-{
-    ScriptObjectReference reference(new FakeReference());
     const ScriptObjectReference copy(reference);
-
     reference = copy;
 
     EXPECT_EQ(reference.getUseCount(), 2U);
@@ -252,16 +215,6 @@ TEST_F(ScriptObjectReferenceTest, MoveAssignmentSwapsTheValues)
     EXPECT_EQ(CountedObject::getLiving(), 2);
 }
 
-TEST_F(ScriptObjectReferenceTest, MovingToItselfChangesNothing)
-{
-    ScriptObjectReference reference(new FakeReference());
-
-    moveAssign(reference, reference);
-
-    EXPECT_NE(reference.getInterpreterReference(), nullptr);
-    EXPECT_EQ(reference.getUseCount(), 1U);
-}
-
 TEST_F(ScriptObjectReferenceTest, AssignmentsReturnTheirTarget)
 {
     FakeView view;
@@ -278,6 +231,320 @@ TEST_F(ScriptObjectReferenceTest, InterpreterSideIsNotCopied)
     EXPECT_FALSE(std::is_copy_constructible_v<FakeReference>);
     EXPECT_FALSE(std::is_copy_assignable_v<FakeReference>);
     EXPECT_TRUE(std::has_virtual_destructor_v<ScriptObjectInterpreterReference>);
+}
+
+class ScriptObjectViewTest : public FakeScriptObjectsFixture
+{
+};
+
+TEST_F(ScriptObjectViewTest, LooksAtNothingByDefaultAndMadeFromNull)
+{
+    ScriptObjectInterpreterView* const nothing = nullptr;
+    const std::shared_ptr<ScriptObjectInterpreterView> nobody;
+
+    EXPECT_EQ(ScriptObjectView().getInterpreterView(), nullptr);
+    EXPECT_EQ(ScriptObjectView(nothing).getInterpreterView(), nullptr);
+    EXPECT_EQ(ScriptObjectView(nobody).getInterpreterView(), nullptr);
+}
+
+TEST_F(ScriptObjectViewTest, LooksThroughWhatItIsMadeFromAsDoCopyAndMoveWithoutOwningIt)
+{
+    FakeView lent;
+
+    {
+        ScriptObjectView view(&lent);
+        const ScriptObjectView copy(view);
+        EXPECT_EQ(view.getInterpreterView(), &lent);
+        EXPECT_EQ(copy.getInterpreterView(), &lent);
+        const ScriptObjectView moved(std::move(view));
+        EXPECT_EQ(moved.getInterpreterView(), &lent);
+    }
+
+    EXPECT_EQ(CountedObject::getLiving(), 1);
+    EXPECT_EQ(lent.getLastReference(), nullptr) << "a view anchored its value by itself";
+}
+
+TEST_F(ScriptObjectViewTest, LastOfItsCopiesDestroysWhatItShares)
+{
+    auto shared = std::make_shared<FakeView>();
+    auto view = std::make_unique<ScriptObjectView>(shared);
+    auto copy = std::make_unique<ScriptObjectView>(*view);
+
+    shared.reset();
+    view.reset();
+    EXPECT_EQ(CountedObject::getLiving(), 1);
+    copy.reset();
+
+    EXPECT_EQ(CountedObject::getLiving(), 0);
+}
+
+TEST_F(ScriptObjectViewTest, AssignmentLooksAtTheOtherValue)
+{
+    FakeView lent;
+    const ScriptObjectView source(&lent);
+    ScriptObjectView copied(std::make_shared<FakeView>());
+    ScriptObjectView moved(std::make_shared<FakeView>());
+
+    copied = source;
+    moved = ScriptObjectView(source);
+
+    EXPECT_EQ(copied.getInterpreterView(), &lent);
+    EXPECT_EQ(moved.getInterpreterView(), &lent);
+    EXPECT_EQ(CountedObject::getLiving(), 1);
+}
+
+TEST_F(ScriptObjectViewTest, MovesWithoutThrowing)
+{
+    EXPECT_TRUE(std::is_nothrow_move_constructible_v<ScriptObjectView>);
+    EXPECT_TRUE(std::is_nothrow_move_assignable_v<ScriptObjectView>);
+}
+
+TEST_F(ScriptObjectViewTest, EachReferenceMadeFromItHasAValueOfItsOwn)
+{
+    FakeView lent;
+    const ScriptObjectView view(&lent);
+
+    const ScriptObjectReference first(view);
+    const ScriptObjectReference second(view);
+
+    EXPECT_NE(first.getInterpreterReference(), second.getInterpreterReference());
+    EXPECT_EQ(first.getUseCount(), 1U);
+}
+
+TEST_F(ScriptObjectViewTest, InterpreterSideIsNotCopied)
+{
+    EXPECT_FALSE(std::is_copy_constructible_v<FakeView>);
+    EXPECT_FALSE(std::is_copy_assignable_v<FakeView>);
+    EXPECT_TRUE(std::is_abstract_v<ScriptObjectInterpreterView>);
+    EXPECT_TRUE(std::has_virtual_destructor_v<ScriptObjectInterpreterView>);
+}
+
+// Views assigned to references, whose block other holders may share.
+
+namespace
+{
+
+using Journal = std::vector<std::string>;
+
+// Notes when it is destroyed.
+class NotedReference : public FakeReference
+{
+public:
+    explicit NotedReference(Journal& journal)
+        : m_journal(journal)
+    {
+    }
+
+    ~NotedReference() override { m_journal.emplace_back("value destroyed"); }
+
+private:
+    Journal& m_journal;
+};
+
+// Notes when it anchors, and the count of the reference that it anchors for.
+class NotedView : public FakeView
+{
+public:
+    NotedView(Journal& journal, const ScriptObjectReference& target)
+        : m_journal(journal)
+        , m_target(target)
+    {
+    }
+
+    ScriptObjectInterpreterReference* createReference() override
+    {
+        m_journal.push_back("anchored at count " + std::to_string(m_target.getUseCount()));
+        return FakeView::createReference();
+    }
+
+private:
+    Journal& m_journal;
+    const ScriptObjectReference& m_target;
+};
+
+} // namespace
+
+class ScriptObjectReferenceViewTest : public FakeScriptObjectsFixture
+{
+protected:
+    FakeView& view() { return *m_view; }
+
+    ScriptObjectView lookThroughView() { return ScriptObjectView(m_view.get()); }
+
+    void TearDown() override
+    {
+        m_view.reset();
+        FakeScriptObjectsFixture::TearDown();
+    }
+
+    void SetUp() override
+    {
+        FakeScriptObjectsFixture::SetUp();
+        m_view = std::make_unique<FakeView>();
+    }
+
+    // Without the view.
+    static int countLivingValues() { return CountedObject::getLiving() - 1; }
+
+private:
+    std::unique_ptr<FakeView> m_view;
+};
+
+TEST_F(ScriptObjectReferenceViewTest, EmptyReferenceAndOnlyHolderTakeTheValue)
+{
+    ScriptObjectReference empty;
+    ScriptObjectReference only(new FakeReference());
+
+    for (ScriptObjectReference* reference : {&empty, &only})
+    {
+        *reference = lookThroughView();
+
+        EXPECT_EQ(reference->getInterpreterReference(), view().getLastReference());
+        EXPECT_EQ(reference->getUseCount(), 1U);
+        EXPECT_EQ(countLivingValues(), 2);
+    }
+}
+
+TEST_F(ScriptObjectReferenceViewTest, OnlyHolderGivesUpItsValueBeforeTheNewOneIsAnchored)
+{
+    Journal journal;
+    ScriptObjectReference reference(new NotedReference(journal));
+    NotedView noted(journal, reference);
+
+    reference = ScriptObjectView(&noted);
+
+    EXPECT_EQ(journal, (Journal{"value destroyed", "anchored at count 1"}));
+}
+
+TEST_F(ScriptObjectReferenceViewTest, SharedBlockCountsFromOneWhenTheNewValueIsAnchored)
+{
+    Journal journal;
+    ScriptObjectReference reference(new NotedReference(journal));
+    const ScriptObjectReference other(reference);
+    NotedView noted(journal, other);
+
+    reference = ScriptObjectView(&noted);
+
+    EXPECT_EQ(journal.front(), "anchored at count 1");
+}
+
+TEST_F(ScriptObjectReferenceViewTest, AllHoldersSeeTheNewValueAtCountOneAndTheOldOneIsReleased)
+{
+    ScriptObjectReference reference(new FakeReference());
+    const ScriptObjectReference other(reference);
+
+    reference = lookThroughView();
+
+    EXPECT_EQ(reference.getInterpreterReference(), view().getLastReference());
+    EXPECT_EQ(other.getInterpreterReference(), view().getLastReference());
+    EXPECT_EQ(reference.getUseCount(), 1U);
+    EXPECT_EQ(other.getUseCount(), 1U);
+    EXPECT_EQ(countLivingValues(), 1);
+}
+
+TEST_F(ScriptObjectReferenceViewTest, NewValueOutlivesEitherHolder)
+{
+    for (const bool isTargetFirst : {true, false})
+    {
+        auto target = std::make_unique<ScriptObjectReference>(new FakeReference());
+        auto other = std::make_unique<ScriptObjectReference>(*target);
+        *target = lookThroughView();
+
+        (isTargetFirst ? target : other).reset();
+
+        EXPECT_EQ(countLivingValues(), 1);
+        EXPECT_EQ((isTargetFirst ? other : target)->getType(), 9U);
+    }
+}
+
+TEST_F(ScriptObjectReferenceViewTest, LastOfManyHoldersReleasesTheNewValueOnce)
+{
+    std::vector<ScriptObjectReference> holders(1, ScriptObjectReference(new FakeReference()));
+    holders.resize(5, holders.front());
+    holders[2] = lookThroughView();
+    holders.push_back(holders[4]);
+
+    while (holders.size() > 1)
+        holders.pop_back();
+    EXPECT_EQ(countLivingValues(), 1);
+    holders.clear();
+
+    EXPECT_EQ(countLivingValues(), 0);
+}
+
+TEST_F(ScriptObjectReferenceViewTest, ViewsAssignedOneAfterTheOtherReleaseEachValueOnce)
+{
+    ScriptObjectReference reference(new FakeReference());
+    ScriptObjectReference other(reference);
+
+    reference = lookThroughView();
+    other = lookThroughView();
+    reference = lookThroughView();
+
+    EXPECT_EQ(countLivingValues(), 1);
+    EXPECT_EQ(other.getInterpreterReference(), view().getLastReference());
+}
+
+TEST_F(ScriptObjectReferenceViewTest, HolderThatStaysBehindCountsAsOne)
+{
+    ScriptObjectReference staying;
+    FakeView view;
+    {
+        ScriptObjectReference going(staying);
+        going = ScriptObjectView(&view);
+    }
+
+    EXPECT_EQ(staying.getUseCount(), 1U);
+}
+
+TEST_F(ScriptObjectReferenceViewTest, HolderMayTakeAnotherValueAfterwards)
+{
+    ScriptObjectReference reference(new FakeReference());
+    ScriptObjectReference other(reference);
+    reference = lookThroughView();
+
+    other = ScriptObjectReference();
+
+    EXPECT_EQ(other.getInterpreterReference(), nullptr);
+    EXPECT_EQ(reference.getInterpreterReference(), view().getLastReference());
+    EXPECT_EQ(countLivingValues(), 1);
+}
+
+TEST_F(ScriptObjectReferenceViewTest, ViewOnNothingEmptiesTheOnlyHolder)
+{
+    ScriptObjectReference reference(new FakeReference());
+
+    reference = ScriptObjectView();
+
+    EXPECT_EQ(reference.getInterpreterReference(), nullptr);
+    EXPECT_EQ(reference.getUseCount(), 1U);
+    EXPECT_EQ(countLivingValues(), 0);
+}
+
+TEST_F(ScriptObjectReferenceViewTest, ViewOnNothingLeavesTheValueOfASharedBlock)
+{
+    auto* const value = new FakeReference();
+    ScriptObjectReference reference(value);
+    const ScriptObjectReference other(reference);
+
+    reference = ScriptObjectView();
+
+    EXPECT_EQ(reference.getInterpreterReference(), value);
+    EXPECT_EQ(other.getInterpreterReference(), value);
+    EXPECT_EQ(other.getUseCount(), 1U);
+}
+
+TEST_F(ScriptObjectReferenceViewTest, ViewThatAnchorsNothingEmptiesAllHolders)
+{
+    ScriptObjectReference reference(new FakeReference());
+    const ScriptObjectReference other(reference);
+    view().lookAtNothing();
+
+    reference = lookThroughView();
+
+    EXPECT_EQ(reference.getInterpreterReference(), nullptr);
+    EXPECT_EQ(other.getInterpreterReference(), nullptr);
+    EXPECT_EQ(countLivingValues(), 0);
 }
 
 } // namespace tbScripts::test

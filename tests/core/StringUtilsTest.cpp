@@ -33,10 +33,7 @@ struct Splitting
     std::vector<std::string> parts;
 };
 
-void PrintTo(const Splitting& splitting, std::ostream* stream) // the framework's name for this
-{
-    *stream << splitting.name;
-}
+using test::operator<<;
 
 } // namespace
 
@@ -122,17 +119,11 @@ TEST(StringUtilsTest, ThousandsOfPartsAreSplit)
     EXPECT_EQ(parts[10'000], "");
 }
 
-TEST(StringUtilsTest, LuaIsWrittenInSmallLetters)
+TEST(StringUtilsTest, LuaIsWrittenInSmallLettersAndEveryOtherInterpreterIsUnknown)
 {
     EXPECT_EQ(StringUtils::interpreterToString(INTERPRETER_LUA), "lua");
-}
-
-TEST(StringUtilsTest, EveryOtherInterpreterIsUnknown)
-{
-    EXPECT_EQ(StringUtils::interpreterToString(INTERPRETER_UNKNOWN), "UNKNOWN");
-    EXPECT_EQ(StringUtils::interpreterToString(static_cast<INTERPRETER>(2)), "UNKNOWN");
-    EXPECT_EQ(StringUtils::interpreterToString(static_cast<INTERPRETER>(7)), "UNKNOWN");
-    EXPECT_EQ(StringUtils::interpreterToString(static_cast<INTERPRETER>(0xFFFFFFFF)), "UNKNOWN");
+    for (const unsigned number : {0U, 2U, 7U, 0xFFFFFFFFU})
+        EXPECT_EQ(StringUtils::interpreterToString(static_cast<INTERPRETER>(number)), "UNKNOWN");
 }
 
 TEST(StringUtilsTest, InterpretersKeepTheirNumbers)
@@ -164,16 +155,6 @@ TEST(StringUtilsTest, AnyOtherTextIsNoInterpreter)
           tbMemory::StringView("1")})
     {
         EXPECT_EQ(StringUtils::stringToInterpreter(text), 0U) << text;
-    }
-}
-
-TEST(StringUtilsTest, TextsAndInterpretersUndoEachOther)
-{
-    for (const INTERPRETER interpreter : {INTERPRETER_UNKNOWN, INTERPRETER_LUA})
-    {
-        EXPECT_EQ(
-            StringUtils::stringToInterpreter(StringUtils::interpreterToString(interpreter)),
-            interpreter);
     }
 }
 

@@ -151,64 +151,44 @@ TEST_F(FunctionParameterViewTest, ViewOfOneHolderIsRefilledInPlace)
     EXPECT_TRUE(looksAt(door, 2));
 }
 
-TEST_F(FunctionParameterViewTest, SharedViewIsLeftToTheOtherHolders)
+TEST_F(FunctionParameterViewTest, SharedViewIsLeftToItsOtherHolders)
 {
     FunctionParameter door = readDoor(1);
     const FunctionParameter copy(door);
-
     read(door, 2);
-
     EXPECT_TRUE(looksAt(copy, 1));
     EXPECT_TRUE(looksAt(door, 2));
-}
-
-TEST_F(FunctionParameterViewTest, ViewThatTheHostTookIsLeftToIt)
-{
-    FunctionParameter door = readDoor(1);
-    const ScriptObjectView taken = door.getUserTypeView();
+    const ScriptObjectView takenByTheHost = door.getUserTypeView();
 
     read(door, 2);
 
-    EXPECT_NE(viewOf(door), taken.getInterpreterView());
+    EXPECT_NE(viewOf(door), takenByTheHost.getInterpreterView());
     EXPECT_TRUE(looksAt(door, 2));
 }
 
-TEST_F(FunctionParameterViewTest, PreparingDropsTheView)
+TEST_F(FunctionParameterViewTest, PreparingAndNilDropTheView)
 {
-    FunctionParameter door = readDoor(1);
-
-    door.prepareForInternalType();
-
-    EXPECT_EQ(viewOf(door), nullptr);
-    EXPECT_EQ(door.getUserTypeObject(), nullptr);
-}
-
-TEST_F(FunctionParameterViewTest, NilDropsTheView)
-{
-    FunctionParameter door = readDoor(1);
+    FunctionParameter prepared = readDoor(1);
+    FunctionParameter readNil = readDoor(1);
     lua_pushnil(state());
 
-    read(door, 3);
+    prepared.prepareForInternalType();
+    read(readNil, 3);
 
-    EXPECT_EQ(viewOf(door), nullptr);
-    EXPECT_EQ(door.getUserTypeObject(), nullptr);
+    for (const FunctionParameter* door : {&prepared, &readNil})
+    {
+        EXPECT_EQ(viewOf(*door), nullptr);
+        EXPECT_EQ(door->getUserTypeObject(), nullptr);
+    }
 }
 
-TEST_F(FunctionParameterViewTest, CopyThatOutlivesTheCallLooksAtNothing)
+TEST_F(FunctionParameterViewTest, CopyMayOutliveTheCallAndTheStateAndLooksAtNothing)
 {
     const FunctionParameter copy(readDoor(1));
 
     endCall();
-
     EXPECT_EQ(ScriptObjectReference(copy.getUserTypeView()).getInterpreterReference(), nullptr);
     EXPECT_EQ(copy.getUserTypeObject(), &m_front);
-}
-
-TEST_F(FunctionParameterViewTest, CopyMayOutliveTheState)
-{
-    const FunctionParameter copy(readDoor(1));
-
-    endCall();
     closeState();
 
     EXPECT_EQ(ScriptObjectReference(copy.getUserTypeView()).getInterpreterReference(), nullptr);

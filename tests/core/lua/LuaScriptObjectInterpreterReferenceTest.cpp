@@ -86,21 +86,13 @@ TEST_F(LuaScriptObjectInterpreterReferenceTest, HasTheKindThatItWasGiven)
     EXPECT_EQ(object.getType(), 9U);
 }
 
-TEST_F(LuaScriptObjectInterpreterReferenceTest, AnchorTakesTheTopOfTheStackIntoTheRegistry)
+TEST_F(LuaScriptObjectInterpreterReferenceTest, AnchorTakesTheTopOfTheStackIntoTheRegistryToItsEnd)
 {
     const int before = countRegistrySlots();
 
-    const auto reference = anchor("return {}");
-
+    auto reference = anchor("return {}");
     EXPECT_EQ(lua_gettop(state()), 0);
     EXPECT_EQ(countRegistrySlots(), before + 1);
-}
-
-TEST_F(LuaScriptObjectInterpreterReferenceTest, EndFreesTheRegistrySlot)
-{
-    const int before = countRegistrySlots();
-    auto reference = anchor("return {}");
-
     reference.reset();
 
     EXPECT_EQ(countRegistrySlots(), before);
@@ -131,15 +123,16 @@ TEST_F(LuaScriptObjectInterpreterReferenceTest, ReleasedValueIsCollected)
     lua_settop(state(), 0);
 }
 
-TEST_F(LuaScriptObjectInterpreterReferenceTest, EndRunsTheReleaseActionOnce)
+TEST_F(LuaScriptObjectInterpreterReferenceTest, EndRunsTheReleaseActionOnceWithAnySlot)
 {
+    for (const int key : {17, 0})
     {
         const LuaScriptObjectInterpreterReference reference(
-            handle(), PARAM_TYPE_SCRIPT_FUNCTION, 17, noteRelease());
-        EXPECT_THAT(m_releases, IsEmpty());
+            handle(), PARAM_TYPE_SCRIPT_FUNCTION, key, noteRelease());
+        EXPECT_EQ(m_releases.size(), key == 17 ? 0U : 1U);
     }
 
-    EXPECT_THAT(m_releases, ElementsAre(Release{state(), 17, 8U}));
+    EXPECT_THAT(m_releases, ElementsAre(Release{state(), 17, 8U}, Release{state(), 0, 8U}));
 }
 
 TEST_F(LuaScriptObjectInterpreterReferenceTest, LastHolderRunsTheReleaseActionOnce)
@@ -153,16 +146,6 @@ TEST_F(LuaScriptObjectInterpreterReferenceTest, LastHolderRunsTheReleaseActionOn
     second.reset();
 
     EXPECT_THAT(m_releases, ElementsAre(Release{state(), 17, 9U}));
-}
-
-TEST_F(LuaScriptObjectInterpreterReferenceTest, ReleaseActionGetsSlotZeroToo)
-{
-    {
-        const LuaScriptObjectInterpreterReference reference(
-            handle(), PARAM_TYPE_SCRIPT_OBJECT, 0, noteRelease());
-    }
-
-    EXPECT_THAT(m_releases, ElementsAre(Release{state(), 0, 9U}));
 }
 
 TEST_F(LuaScriptObjectInterpreterReferenceTest, SlotZeroIsLeftAlone)
@@ -223,23 +206,15 @@ TEST_F(LuaScriptObjectInterpreterReferenceTest, OutlivesTheStateWithoutReleasing
     EXPECT_THAT(m_releases, IsEmpty());
 }
 
-TEST_F(LuaScriptObjectInterpreterReferenceTest, OutlivesTheStateWithoutTouchingIt)
+TEST_F(LuaScriptObjectInterpreterReferenceTest, OutlivesTheStateAndDesignatesNothingThen)
 {
-    auto reference = anchor("return {}");
+    auto reference = std::make_unique<ScriptObjectReference>(anchor("return {}").release());
 
     closeState();
+
+    EXPECT_EQ(LuaScriptObjectInterpreterReference::slotOf(*reference, handle()), 0);
     reference.reset();
-
     EXPECT_EQ(state(), nullptr);
-}
-
-TEST_F(LuaScriptObjectInterpreterReferenceTest, DesignatesNothingAfterTheStateClosed)
-{
-    const ScriptObjectReference reference(anchor("return {}").release());
-
-    closeState();
-
-    EXPECT_EQ(LuaScriptObjectInterpreterReference::slotOf(reference, handle()), 0);
 }
 
 TEST_F(LuaScriptObjectInterpreterReferenceTest, EndOfAValueThatAFinaliserHoldsIsSilentWhileClosing)
@@ -280,22 +255,14 @@ TEST_F(LuaScriptObjectInterpreterReferenceTest, DesignatesNothingInAnotherState)
     other.close();
 }
 
-TEST_F(LuaScriptObjectInterpreterReferenceTest, EmptyReferenceIsPushedAsNil)
+TEST_F(LuaScriptObjectInterpreterReferenceTest, EmptyForeignAndSlotlessReferencesArePushedAsNil)
 {
-    EXPECT_EQ(typeOfReferenced(ScriptObjectReference()), "nil");
-}
-
-TEST_F(LuaScriptObjectInterpreterReferenceTest, ReferenceThatIsNotOursIsPushedAsNil)
-{
-    EXPECT_EQ(typeOfReferenced(ScriptObjectReference(new ForeignReference())), "nil");
-}
-
-TEST_F(LuaScriptObjectInterpreterReferenceTest, ReferenceWithoutSlotIsPushedAsNil)
-{
-    const ScriptObjectReference reference(
+    const ScriptObjectReference slotless(
         new LuaScriptObjectInterpreterReference(handle(), PARAM_TYPE_SCRIPT_OBJECT, 0));
 
-    EXPECT_EQ(typeOfReferenced(reference), "nil");
+    EXPECT_EQ(typeOfReferenced(ScriptObjectReference()), "nil");
+    EXPECT_EQ(typeOfReferenced(ScriptObjectReference(new ForeignReference())), "nil");
+    EXPECT_EQ(typeOfReferenced(slotless), "nil");
 }
 
 TEST_F(LuaScriptObjectInterpreterReferenceTest, TextThatAReleaseActionThrowsIsLogged)
@@ -309,7 +276,7 @@ TEST_F(LuaScriptObjectInterpreterReferenceTest, TextThatAReleaseActionThrowsIsLo
             { throw std::runtime_error("the slot is stuck"); });
     }
 
-    EXPECT_THAT(m_log.takeEntries(), ElementsAre(LogEntry{"the slot is stuck", "LuaEnvironment"}));
+    expectLogged("the slot is stuck", "LuaEnvironment");
 }
 
 TEST_F(LuaScriptObjectInterpreterReferenceTest, ScriptErrorOfAReleaseActionIsLogged)
@@ -327,7 +294,7 @@ TEST_F(LuaScriptObjectInterpreterReferenceTest, ScriptErrorOfAReleaseActionIsLog
     }
 
     EXPECT_EQ(lua_gettop(state()), 0);
-    EXPECT_THAT(m_log.takeEntries(), ElementsAre(LogEntry{"the slot is stuck", "LuaEnvironment"}));
+    expectLogged("the slot is stuck", "LuaEnvironment");
 }
 
 } // namespace tbScripts::test

@@ -15,8 +15,8 @@ namespace tbScripts::test
 {
 
 using lua::LuaCallbackScope;
+using lua::LuaScriptObjectInterpreterReference;
 using lua::LuaScriptObjectInterpreterView;
-using ::testing::ElementsAre;
 
 class LuaScriptObjectInterpreterViewTest : public LuaStateFixture
 {
@@ -84,25 +84,16 @@ TEST_F(LuaScriptObjectInterpreterViewTest, MakesNoReferenceToIndexZero)
     EXPECT_EQ(lua_gettop(state()), 1);
 }
 
-TEST_F(LuaScriptObjectInterpreterViewTest, MakesAReferenceToItsStackSlot)
-{
-    LuaScriptObjectInterpreterView view;
-    view.lend(beginCall(), PARAM_TYPE_SCRIPT_OBJECT, 1);
-
-    const ScriptObjectReference reference(view.createReference());
-
-    EXPECT_EQ(nameOfReferenced(reference), "argument");
-    EXPECT_EQ(lua_gettop(state()), 1);
-}
-
-TEST_F(LuaScriptObjectInterpreterViewTest, HandsItsKindOn)
+TEST_F(LuaScriptObjectInterpreterViewTest, MakesAReferenceOfItsKindToItsStackSlot)
 {
     LuaScriptObjectInterpreterView view;
     view.lend(beginCall(), PARAM_TYPE_SCRIPT_FUNCTION, 1);
 
     const ScriptObjectReference reference(view.createReference());
 
+    EXPECT_EQ(nameOfReferenced(reference), "argument");
     EXPECT_EQ(reference.getType(), 8U);
+    EXPECT_EQ(lua_gettop(state()), 1);
 }
 
 TEST_F(LuaScriptObjectInterpreterViewTest, HandsItsReleaseActionOn)
@@ -123,26 +114,17 @@ TEST_F(LuaScriptObjectInterpreterViewTest, HandsItsReleaseActionOn)
     EXPECT_GT(released.front(), 0);
 }
 
-TEST_F(LuaScriptObjectInterpreterViewTest, EachReferenceHasASlotOfItsOwn)
+TEST_F(LuaScriptObjectInterpreterViewTest, EachReferenceHasASlotOfItsOwnAndTheViewNone)
 {
     const int before = countRegistrySlots();
     LuaScriptObjectInterpreterView view;
-    view.lend(beginCall(), PARAM_TYPE_SCRIPT_OBJECT, 1);
 
+    view.lend(beginCall(), PARAM_TYPE_SCRIPT_OBJECT, 1);
+    EXPECT_EQ(countRegistrySlots(), before);
     const ScriptObjectReference first(view.createReference());
     const ScriptObjectReference second(view.createReference());
 
     EXPECT_EQ(countRegistrySlots(), before + 2);
-}
-
-TEST_F(LuaScriptObjectInterpreterViewTest, TakesNoSlotByItself)
-{
-    const int before = countRegistrySlots();
-    LuaScriptObjectInterpreterView view;
-
-    view.lend(beginCall(), PARAM_TYPE_SCRIPT_OBJECT, 1);
-
-    EXPECT_EQ(countRegistrySlots(), before);
 }
 
 TEST_F(LuaScriptObjectInterpreterViewTest, ReferenceOutlivesTheCall)
@@ -157,37 +139,22 @@ TEST_F(LuaScriptObjectInterpreterViewTest, ReferenceOutlivesTheCall)
     EXPECT_EQ(nameOfReferenced(reference), "argument");
 }
 
-TEST_F(LuaScriptObjectInterpreterViewTest, IsOverAfterItsCall)
+TEST_F(LuaScriptObjectInterpreterViewTest, IsOverAfterItsCallOrWhenItIsEndedEarly)
 {
     LuaScriptObjectInterpreterView view;
-    view.lend(beginCall(), PARAM_TYPE_SCRIPT_OBJECT, 1);
+    LuaScriptObjectInterpreterView endedEarly;
+    LuaCallbackScope& scope = beginCall();
+    view.lend(scope, PARAM_TYPE_SCRIPT_OBJECT, 1);
+    endedEarly.lend(scope, PARAM_TYPE_SCRIPT_OBJECT, 1);
 
+    endedEarly.end();
+    EXPECT_EQ(endedEarly.createReference(), nullptr);
     endCall();
 
     EXPECT_EQ(view.createReference(), nullptr);
     EXPECT_FALSE(view.pushValue(state()));
-}
-
-TEST_F(LuaScriptObjectInterpreterViewTest, ReferenceMadeAfterItsCallIsEmpty)
-{
-    LuaScriptObjectInterpreterView view;
-    view.lend(beginCall(), PARAM_TYPE_SCRIPT_OBJECT, 1);
-    const ScriptObjectView kept(&view);
-    endCall();
-
-    const ScriptObjectReference reference(kept);
-
+    const ScriptObjectReference reference{ScriptObjectView(&view)};
     EXPECT_EQ(reference.getInterpreterReference(), nullptr);
-}
-
-TEST_F(LuaScriptObjectInterpreterViewTest, CanBeEndedEarly)
-{
-    LuaScriptObjectInterpreterView view;
-    view.lend(beginCall(), PARAM_TYPE_SCRIPT_OBJECT, 1);
-
-    view.end();
-
-    EXPECT_EQ(view.createReference(), nullptr);
 }
 
 TEST_F(LuaScriptObjectInterpreterViewTest, MayGoBeforeItsCallInAnyOrder)
@@ -230,46 +197,24 @@ TEST_F(LuaScriptObjectInterpreterViewTest, LooksAtNothingWhileAnInnerCallMovedTh
     EXPECT_FALSE(view.pushValue(state()));
 }
 
-TEST_F(LuaScriptObjectInterpreterViewTest, KeptOneStaysGoodDuringAnInnerCall)
+TEST_F(LuaScriptObjectInterpreterViewTest, KeptOneStaysGoodDuringAnInnerCallInASingleSlot)
 {
+    const int before = countRegistrySlots();
     LuaScriptObjectInterpreterView view;
     LuaCallbackScope& scope = beginCall();
     view.lend(scope, PARAM_TYPE_SCRIPT_OBJECT, 1);
     std::string errorText;
 
     ASSERT_TRUE(scope.keepViews(errorText));
-    const LuaCallbackScope inner(slot(), state());
-
-    EXPECT_EQ(nameOfReferenced(ScriptObjectReference(view.createReference())), "argument");
-}
-
-TEST_F(LuaScriptObjectInterpreterViewTest, KeptOneFreesItsSlotWithItsCall)
-{
-    const int before = countRegistrySlots();
-    LuaScriptObjectInterpreterView view;
-    LuaCallbackScope& scope = beginCall();
-    view.lend(scope, PARAM_TYPE_SCRIPT_OBJECT, 1);
-    std::string errorText;
     scope.keepViews(errorText);
     EXPECT_EQ(countRegistrySlots(), before + 1);
-
+    {
+        const LuaCallbackScope inner(slot(), state());
+        EXPECT_EQ(nameOfReferenced(ScriptObjectReference(view.createReference())), "argument");
+    }
     endCall();
 
     EXPECT_EQ(countRegistrySlots(), before);
-}
-
-TEST_F(LuaScriptObjectInterpreterViewTest, KeptOneTakesASingleSlot)
-{
-    const int before = countRegistrySlots();
-    LuaScriptObjectInterpreterView view;
-    LuaCallbackScope& scope = beginCall();
-    view.lend(scope, PARAM_TYPE_SCRIPT_OBJECT, 1);
-    std::string errorText;
-
-    scope.keepViews(errorText);
-    scope.keepViews(errorText);
-
-    EXPECT_EQ(countRegistrySlots(), before + 1);
 }
 
 TEST_F(LuaScriptObjectInterpreterViewTest, MakesNoReferenceAfterTheStateClosed)
@@ -320,7 +265,92 @@ TEST_F(LuaScriptObjectInterpreterViewTest, MakesAnEmptyReferenceForWantOfMemory)
 
     EXPECT_TRUE(hasFailed);
     EXPECT_EQ(lua_gettop(state()), 1);
-    EXPECT_THAT(m_log.takeEntries(), ElementsAre(LogEntry{"not enough memory", "LuaEnvironment"}));
+    expectLogged("not enough memory", "LuaEnvironment");
+}
+
+// A view assigned to one of several holders: all see the new value, and each slot is freed once.
+class LuaSharedReferenceBlockTest : public LuaStateFixture
+{
+protected:
+    void SetUp() override
+    {
+        m_slotsBefore = countRegistrySlots();
+        push("return 'old'");
+        auto reference = std::make_unique<LuaScriptObjectInterpreterReference>(
+            handle(), PARAM_TYPE_SCRIPT_OBJECT, 0);
+        reference->anchor(state());
+        m_holders.emplace_back(reference.release());
+        m_holders.push_back(m_holders.front());
+        m_holders.push_back(m_holders.front());
+    }
+
+    // Assigns a view on the text "new" to `target`, as a host function would.
+    void assignView(ScriptObjectReference& target)
+    {
+        lua_pushliteral(state(), "new");
+        {
+            LuaCallbackScope scope(slot(), state());
+            LuaScriptObjectInterpreterView view;
+            view.lend(scope, PARAM_TYPE_SCRIPT_OBJECT, lua_gettop(state()));
+            target = ScriptObjectView(&view);
+        }
+        lua_pop(state(), 1);
+    }
+
+    std::string textOf(const ScriptObjectReference& reference)
+    {
+        lua::pushReferenced(state(), reference, handle());
+        const char* const text = lua_tostring(state(), -1);
+        const std::string result = text ? text : "nothing";
+        lua_pop(state(), 1);
+        return result;
+    }
+
+    int countOwnSlots() const { return countRegistrySlots() - m_slotsBefore; }
+
+    std::vector<ScriptObjectReference> m_holders; // three that share one value
+
+private:
+    int m_slotsBefore = 0;
+};
+
+TEST_F(LuaSharedReferenceBlockTest, AllHoldersDesignateTheNewValueUntilTheLastGoes)
+{
+    assignView(m_holders[1]);
+
+    EXPECT_EQ(textOf(m_holders[0]), "new");
+    EXPECT_EQ(textOf(m_holders[1]), "new");
+    EXPECT_EQ(textOf(m_holders[2]), "new");
+    EXPECT_EQ(m_holders[0].getUseCount(), 1U);
+    EXPECT_EQ(countOwnSlots(), 1) << "the slot of the old value is not freed";
+    m_holders.pop_back();
+    EXPECT_EQ(textOf(m_holders[0]), "new");
+    m_holders.pop_back();
+    EXPECT_EQ(textOf(m_holders[0]), "new");
+    m_holders.pop_back();
+    EXPECT_EQ(countOwnSlots(), 0);
+}
+
+TEST_F(LuaSharedReferenceBlockTest, ViewsAssignedByEachHolderFreeEachSlotOnce)
+{
+    assignView(m_holders[0]);
+    assignView(m_holders[1]);
+    assignView(m_holders[2]);
+    EXPECT_EQ(countOwnSlots(), 1);
+
+    m_holders.clear();
+
+    EXPECT_EQ(countOwnSlots(), 0);
+}
+
+TEST_F(LuaSharedReferenceBlockTest, HoldersMayOutliveTheState)
+{
+    assignView(m_holders[1]);
+
+    closeState();
+    m_holders.clear();
+
+    EXPECT_EQ(state(), nullptr);
 }
 
 } // namespace tbScripts::test

@@ -1,7 +1,16 @@
 #include "core/lua/LuaText.h"
 
+#include "core/lua/LuaErrorText.h"
+#include "core/lua/LuaNumber.h"
+#include "support/InjectedAllocator.h"
 #include "support/LuaStateFixture.h"
+#include "support/RowName.h"
 
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <ostream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -23,14 +32,10 @@ protected:
     }
 };
 
-TEST_F(LuaTextTest, EndsAtItsFirstZero)
+TEST_F(LuaTextTest, EndsAtItsFirstZeroOrTheEndOfItsView)
 {
     EXPECT_EQ(lua::upToFirstNul(tbMemory::StringView("one\0two\0", 8)), "one");
     EXPECT_EQ(lua::upToFirstNul(tbMemory::StringView("\0one", 4)), "");
-}
-
-TEST_F(LuaTextTest, EndsAtTheEndOfItsView)
-{
     EXPECT_EQ(lua::upToFirstNul(tbMemory::StringView("onetwo", 3)), "one");
 }
 
@@ -63,66 +68,183 @@ TEST_F(LuaTextTest, NullTextStaysNull)
     EXPECT_FALSE(lua::upToFirstNul("").isNull());
 }
 
-TEST_F(LuaTextTest, NameIsPushedUpToItsFirstZero)
+TEST_F(LuaTextTest, NamesAndStringsArePushedUpToTheirFirstZero)
 {
     lua::pushName(state(), tbMemory::StringView("one\0two", 7));
-
     EXPECT_EQ(popText(), "one");
+    lua::pushText(state(), tbMemory::StringView("three\0four", 10));
+    EXPECT_EQ(popText(), "three");
 }
 
-TEST_F(LuaTextTest, NullNameIsPushedAsTheEmptyName)
+TEST_F(LuaTextTest, NullIsPushedAsTheEmptyNameButAsNoString)
 {
     lua::pushName(state(), tbMemory::StringView());
-
-    ASSERT_EQ(lua_type(state(), -1), LUA_TSTRING);
-    EXPECT_EQ(popText(), "");
-}
-
-TEST_F(LuaTextTest, NullTextIsPushedAsNil)
-{
+    lua::pushText(state(), "");
     lua::pushText(state(), tbMemory::StringView());
 
     EXPECT_TRUE(lua_isnil(state(), -1));
-    lua_settop(state(), 0);
+    lua_pop(state(), 1);
+    for (int i = 0; i < 2; ++i)
+    {
+        ASSERT_EQ(lua_type(state(), -1), LUA_TSTRING);
+        EXPECT_EQ(popText(), "");
+    }
 }
 
-TEST_F(LuaTextTest, EmptyTextIsPushedAsAText)
-{
-    lua::pushText(state(), "");
-
-    ASSERT_EQ(lua_type(state(), -1), LUA_TSTRING);
-    EXPECT_EQ(popText(), "");
-}
-
-TEST_F(LuaTextTest, TextIsPushedUpToItsFirstZero)
-{
-    lua::pushText(state(), tbMemory::StringView("one\0two", 7));
-
-    EXPECT_EQ(popText(), "one");
-}
-
-TEST_F(LuaTextTest, TextInTheInterpreterIsReadWithAllItsBytes)
+TEST_F(LuaTextTest, StringsAreReadWithAllTheirBytesNumbersAsStringsAndOtherValuesAsNull)
 {
     push("return 'one\\0two\\255'");
-
     EXPECT_EQ(lua::textAt(state(), -1), tbMemory::StringView("one\0two\xff", 8));
-    lua_settop(state(), 0);
-}
-
-TEST_F(LuaTextTest, NumberIsReadAsAText)
-{
     push("return 2.5");
-
     EXPECT_EQ(lua::textAt(state(), -1), "2.5");
     EXPECT_EQ(lua_type(state(), -1), LUA_TSTRING);
+    push("return {}");
+    EXPECT_TRUE(lua::textAt(state(), -1).isNull());
     lua_settop(state(), 0);
 }
 
-TEST_F(LuaTextTest, ValueWithoutTextIsReadAsNull)
+namespace
 {
-    push("return {}");
 
-    EXPECT_TRUE(lua::textAt(state(), -1).isNull());
+constexpr double INFINITE = std::numeric_limits<double>::infinity();
+constexpr double NOT_A_NUMBER = std::numeric_limits<double>::quiet_NaN();
+
+struct Conversion
+{
+    const char* row;
+    double number;
+    int truncated;
+    int lowBits;
+};
+
+using test::operator<<;
+
+} // namespace
+
+class LuaNumberToIntTest : public ::testing::TestWithParam<Conversion>
+{
+};
+
+INSTANTIATE_TEST_SUITE_P(
+    Numbers,
+    LuaNumberToIntTest,
+    ::testing::Values(
+        Conversion{"Zero", 0.0, 0, 0},
+        Conversion{"NegativeZero", -0.0, 0, 0},
+        Conversion{"Whole", 7.0, 7, 7},
+        Conversion{"Fraction", 2.99, 2, 2},
+        Conversion{"NegativeFraction", -2.99, -2, -2},
+        Conversion{"LessThanOne", -0.5, 0, 0},
+        Conversion{"Highest", 2147483647.0, 2147483647, 2147483647},
+        Conversion{"FractionAboveHighest", 2147483647.5, 2147483647, 2147483647},
+        Conversion{"OneAboveHighest", 2147483648.0, 2147483647, -2147483647 - 1},
+        Conversion{"Lowest", -2147483648.0, -2147483647 - 1, -2147483647 - 1},
+        Conversion{"FractionBelowLowest", -2147483648.5, -2147483647 - 1, -2147483647 - 1},
+        Conversion{"OneBelowLowest", -2147483649.0, -2147483647 - 1, 2147483647},
+        Conversion{"AllBitsOf32", 4294967295.0, 2147483647, -1},
+        Conversion{"OneAbove32Bits", 4294967297.0, 2147483647, 1},
+        Conversion{"OneBelow32Bits", -4294967297.0, -2147483647 - 1, -1},
+        Conversion{"HighestOf64Bits", 9223372036854774784.0, 2147483647, -1024},
+        Conversion{"Above64Bits", 9223372036854775808.0, 2147483647, 0},
+        Conversion{"LowestOf64Bits", -9223372036854775808.0, -2147483647 - 1, 0},
+        Conversion{"Huge", 1e300, 2147483647, 0},
+        Conversion{"NegativeHuge", -1e300, -2147483647 - 1, 0},
+        Conversion{"Infinite", INFINITE, 2147483647, 0},
+        Conversion{"NegativeInfinite", -INFINITE, -2147483647 - 1, 0},
+        Conversion{"NotANumber", NOT_A_NUMBER, 0, 0}),
+    RowName());
+
+TEST_P(LuaNumberToIntTest, TruncatesTowardZeroAndSaturatesOrKeepsTheLowBits)
+{
+    EXPECT_EQ(lua::truncateToInt(GetParam().number), GetParam().truncated);
+    EXPECT_EQ(lua::lowBitsToInt(GetParam().number), GetParam().lowBits);
+}
+
+TEST(LuaNumberToFloatTest, KeepsWhatAFloatCanHoldAndRounds)
+{
+    EXPECT_EQ(lua::narrowToFloat(0.5), 0.5F);
+    EXPECT_EQ(lua::narrowToFloat(-3.0), -3.0F);
+    EXPECT_EQ(lua::narrowToFloat(0.1), 0.1F);
+    EXPECT_EQ(lua::narrowToFloat(1e-60), 0.0F);
+    EXPECT_TRUE(std::isnan(lua::narrowToFloat(NOT_A_NUMBER)));
+}
+
+TEST(LuaNumberToFloatTest, IsInfiniteFromHalfAStepAboveTheLargestFloatOn)
+{
+    constexpr float INFINITE_FLOAT = std::numeric_limits<float>::infinity();
+    EXPECT_EQ(lua::narrowToFloat(3.4028234663852886e38), 3.4028234663852886e38F);
+    EXPECT_EQ(lua::narrowToFloat(-3.4028234663852886e38), -3.4028234663852886e38F);
+    EXPECT_EQ(lua::narrowToFloat(3.4028235e38), 3.4028234663852886e38F);
+    EXPECT_EQ(lua::narrowToFloat(-3.4028235e38), -3.4028234663852886e38F);
+
+    EXPECT_EQ(lua::narrowToFloat(3.4028235677973366e38), INFINITE_FLOAT);
+    EXPECT_EQ(lua::narrowToFloat(1e39), INFINITE_FLOAT);
+    EXPECT_EQ(lua::narrowToFloat(-1e39), -INFINITE_FLOAT);
+    EXPECT_EQ(lua::narrowToFloat(INFINITE), INFINITE_FLOAT);
+}
+
+namespace
+{
+
+struct ErrorValue
+{
+    const char* row;
+    const char* code; // returns the error value
+    std::string text;
+};
+
+using test::operator<<;
+
+} // namespace
+
+class LuaErrorTextTest : public LuaStateFixture, public ::testing::WithParamInterface<ErrorValue>
+{
+};
+
+INSTANTIATE_TEST_SUITE_P(
+    Values,
+    LuaErrorTextTest,
+    ::testing::Values(
+        ErrorValue{"Text", "return 'out of fuel'", "out of fuel"},
+        ErrorValue{"EmptyText", "return ''", ""},
+        ErrorValue{"TextWithAZero", "return 'a\\0b'", std::string("a\0b", 3)},
+        ErrorValue{"WholeNumber", "return 42", "42"},
+        ErrorValue{"NegativeFraction", "return -0.5", "-0.5"},
+        ErrorValue{"LongFraction", "return 1 / 3", "0.33333333333333"},
+        ErrorValue{"LargeNumber", "return 1e300", "1e+300"},
+        ErrorValue{"Infinity", "return math.huge", "inf"},
+        ErrorValue{"NegativeInfinity", "return -math.huge", "-inf"},
+        ErrorValue{"NotANumber", "return 0/0", "nan"},
+        ErrorValue{"Nil", "return nil", "(error object is a nil value)"},
+        ErrorValue{"Boolean", "return false", "(error object is a boolean value)"},
+        ErrorValue{"Table", "return {}", "(error object is a table value)"},
+        ErrorValue{"Function", "return print", "(error object is a function value)"},
+        ErrorValue{"Userdata", "return newproxy()", "(error object is a userdata value)"},
+        ErrorValue{
+            "Coroutine", "return coroutine.create(print)", "(error object is a thread value)"},
+        ErrorValue{
+            "TableWithATextOfItsOwn",
+            "return setmetatable({}, { __tostring = function() return 'hidden' end })",
+            "(error object is a table value)"},
+        ErrorValue{
+            "ForeignInteger",
+            "return require('ffi').new('int64_t', 7)",
+            "(error object is a cdata value)"}),
+    RowName());
+
+TEST_P(LuaErrorTextTest, IsTheStringOrTheKindWithoutAnAllocationOrAChange)
+{
+    push(GetParam().code);
+    const int type = lua_type(state(), -1);
+    InjectedAllocator allocator(state());
+    allocator.refuseAfter(0);
+
+    EXPECT_EQ(lua::errorTextAt(state(), -1), GetParam().text);
+
+    EXPECT_FALSE(allocator.hasRefused());
+    allocator.allowAll();
+    EXPECT_EQ(lua_gettop(state()), 1);
+    EXPECT_EQ(lua_type(state(), -1), type);
     lua_settop(state(), 0);
 }
 

@@ -39,31 +39,17 @@ TEST_F(LuaTypeDirectoryTest, FindsTheNameOfEachTable)
         ASSERT_EQ(m_directory.find(&m_tables[i]), &m_names[i]) << i;
 }
 
-TEST_F(LuaTypeDirectoryTest, TableGetsAnotherName)
+TEST_F(LuaTypeDirectoryTest, TableIsRemovedUnlessItHasAnotherNameByNow)
 {
     m_directory.add(&m_tables[0], m_names[0]);
     m_directory.add(&m_tables[0], m_names[1]);
-
     EXPECT_EQ(m_directory.find(&m_tables[0]), &m_names[1]);
-}
-
-TEST_F(LuaTypeDirectoryTest, RemovedTableIsNotFound)
-{
-    m_directory.add(&m_tables[0], m_names[0]);
 
     m_directory.remove(&m_tables[0], m_names[0]);
+    EXPECT_EQ(m_directory.find(&m_tables[0]), &m_names[1]);
+    m_directory.remove(&m_tables[0], m_names[1]);
 
     EXPECT_EQ(m_directory.find(&m_tables[0]), nullptr);
-}
-
-TEST_F(LuaTypeDirectoryTest, TableThatHasAnotherNameByNowIsNotRemoved)
-{
-    m_directory.add(&m_tables[0], m_names[0]);
-    m_directory.add(&m_tables[0], m_names[1]);
-
-    m_directory.remove(&m_tables[0], m_names[0]);
-
-    EXPECT_EQ(m_directory.find(&m_tables[0]), &m_names[1]);
 }
 
 TEST_F(LuaTypeDirectoryTest, RemovingUnknownTablesDoesNothing)
