@@ -516,19 +516,13 @@ set(TOBREL_SCRIPTS_INTERNAL_TESTS
     tests/support/InterpreterCallsTest.cpp
     tests/support/LuaFunctionFixtureTest.cpp)
 set(TOBREL_PLATFORM_TESTS
-    tests/platform/BufferCastTest.cpp
     tests/platform/BufferTest.cpp
-    tests/platform/BufferViewTest.cpp
-    tests/platform/ExporterLoadResultTest.cpp
     tests/platform/JsonErrorTest.cpp
     tests/platform/JsonExporterTest.cpp
     tests/platform/JsonHostileTest.cpp
     tests/platform/JsonLibraryTest.cpp
     tests/platform/JsonNumberTest.cpp
-    tests/platform/JsonPrinterTest.cpp
     tests/platform/JsonRoundTripTest.cpp
-    tests/platform/LoggerTest.cpp
-    tests/platform/NodeDepthTest.cpp
     tests/platform/NodeTest.cpp
     tests/platform/ResourceManagerTest.cpp
     tests/platform/SingletonClassTest.cpp

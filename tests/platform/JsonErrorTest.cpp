@@ -15,6 +15,8 @@ namespace
 using namespace std::string_literals;
 using tbExport::ExporterLoadResult;
 using tbExport::JsonExporter;
+using tbScripts::test::operator<<;
+using tbScripts::test::RowName;
 
 struct ErrorRow
 {
@@ -23,11 +25,6 @@ struct ErrorRow
     const char* error;
     const char* context;
 };
-
-std::ostream& operator<<(std::ostream& stream, const ErrorRow& row)
-{
-    return stream << row.row;
-}
 
 class JsonErrorTest : public ::testing::TestWithParam<ErrorRow>
 {
@@ -57,7 +54,7 @@ INSTANTIATE_TEST_SUITE_P(
         ErrorRow{"openString", "\"abc", "line 1, column 5: incomplete JSON", "\"abc>>>"},
         ErrorRow{"openWord", "tru", "line 1, column 4: incomplete JSON", "tru>>>"},
         ErrorRow{"minus", "-", "line 1, column 2: incomplete JSON", "->>>"}),
-    tbScripts::test::RowName());
+    RowName());
 
 INSTANTIATE_TEST_SUITE_P(
     Syntax,
@@ -81,7 +78,7 @@ INSTANTIATE_TEST_SUITE_P(
         ErrorRow{"secondBracket", "[1]]", "line 1, column 4: extra data", "[1]>>>]"},
         ErrorRow{"otherByteOrder", "\xFF\xFE", "line 1, column 1: syntax error", ">>>\xFF\xFE"},
         ErrorRow{"halfByteOrderMark", "\xEF\xBB", "line 1, column 1: syntax error", ">>>\xEF\xBB"}),
-    tbScripts::test::RowName());
+    RowName());
 
 INSTANTIATE_TEST_SUITE_P(
     Contents,
@@ -116,7 +113,7 @@ INSTANTIATE_TEST_SUITE_P(
             "0e99999999999",
             "line 1, column 12: exponent overflow",
             "0e999999999>>>99"}),
-    tbScripts::test::RowName());
+    RowName());
 
 INSTANTIATE_TEST_SUITE_P(
     Places,
@@ -138,7 +135,7 @@ INSTANTIATE_TEST_SUITE_P(
             "behindAByteOrderMark", "\xEF\xBB\xBF[x]", "line 1, column 2: syntax error", "[>>>x]"},
         ErrorRow{
             "terminalSequence", "[\x1B[2J\x7F", "line 1, column 2: syntax error", "[>>> [2J "}),
-    tbScripts::test::RowName());
+    RowName());
 
 INSTANTIATE_TEST_SUITE_P(
     LongLines,
@@ -169,7 +166,7 @@ INSTANTIATE_TEST_SUITE_P(
             std::string(45, ' ') + "x" + std::string(45, 'b'),
             "line 1, column 46: syntax error",
             "...                                        >>>xbbbbbbbbbbbbbbbbbbb..."}),
-    tbScripts::test::RowName());
+    RowName());
 
 std::string repeat(const std::string& text, int times)
 {
@@ -177,6 +174,14 @@ std::string repeat(const std::string& text, int times)
     for (int count = 0; count < times; ++count)
         repeated += text;
     return repeated;
+}
+
+TEST(JsonErrorContextTest, NullIsIncomplete)
+{
+    const ExporterLoadResult result = JsonExporter::importIntoTree(tbMemory::StringView());
+
+    EXPECT_EQ(result.getError(), "line 1, column 1: incomplete JSON");
+    EXPECT_EQ(result.getErrorContext(), ">>>");
 }
 
 TEST(JsonErrorContextTest, CharactersAreNotCutInTwo)

@@ -17,8 +17,10 @@ namespace
 
 using tbExport::ExporterLoadResult;
 using tbExport::JsonExporter;
+using tbScripts::test::operator<<;
 using tbExport::Node;
 using tbMemory::String;
+using tbScripts::test::RowName;
 
 constexpr double INFINITE = std::numeric_limits<double>::infinity();
 
@@ -35,11 +37,6 @@ struct ReadRow
     std::string text;
     double number;
 };
-
-std::ostream& operator<<(std::ostream& stream, const ReadRow& row)
-{
-    return stream << row.row;
-}
 
 class JsonNumberReadTest : public ::testing::TestWithParam<ReadRow>
 {
@@ -81,7 +78,7 @@ INSTANTIATE_TEST_SUITE_P(
         ReadRow{"negativeBelowTheSmallest", "-1e-999", -0.0},
         ReadRow{"smallDespiteManyZeros", "0." + std::string(400, '0') + "1e401", 1.0},
         ReadRow{"smallDespiteManyDigits", "1" + std::string(400, '0') + "e-400", 1.0}),
-    tbScripts::test::RowName());
+    RowName());
 
 struct PrintRow
 {
@@ -89,11 +86,6 @@ struct PrintRow
     double number;
     const char* text;
 };
-
-std::ostream& operator<<(std::ostream& stream, const PrintRow& row)
-{
-    return stream << row.row;
-}
 
 class JsonNumberPrintTest : public ::testing::TestWithParam<PrintRow>
 {
@@ -125,7 +117,7 @@ INSTANTIATE_TEST_SUITE_P(
         PrintRow{"infinity", INFINITE, "null\n"},
         PrintRow{"negativeInfinity", -INFINITE, "null\n"},
         PrintRow{"notANumber", std::numeric_limits<double>::quiet_NaN(), "null\n"}),
-    tbScripts::test::RowName());
+    RowName());
 
 TEST(JsonNumberTest, WholeNumbersOfADocumentKeepTheirDigits)
 {

@@ -75,55 +75,33 @@ TEST_F(SingletonClassTest, AskingForExistingInstanceCreatesNone)
 
 TEST_F(SingletonClassTest, FirstUseCreatesTheOneInstance)
 {
-    Service* first = Service::getInstance();
+    Service* first = &Service::getInstanceRef();
 
-    EXPECT_NE(first, nullptr);
     EXPECT_EQ(Service::getInstance(), first);
     EXPECT_EQ(&Service::getInstanceRef(), first);
     EXPECT_EQ(Service::getInstanceIfExisting(), first);
     EXPECT_EQ(journal.births, 1);
 }
 
-TEST_F(SingletonClassTest, ReferenceToMissingInstanceCreatesIt)
-{
-    Service& instance = Service::getInstanceRef();
-
-    EXPECT_EQ(Service::getInstanceIfExisting(), &instance);
-}
-
-TEST_F(SingletonClassTest, KillDestroysInstanceAndForgetsIt)
+TEST_F(SingletonClassTest, KillDestroysTheInstanceAndTheNextIsNew)
 {
     Service::getInstance()->kill();
-
     EXPECT_EQ(journal.deaths, 1);
     EXPECT_EQ(Service::getInstanceIfExisting(), nullptr);
-}
-
-TEST_F(SingletonClassTest, InstanceAfterKillIsNew)
-{
-    Service::getInstance()->kill();
 
     EXPECT_NE(Service::getInstance(), nullptr);
+
     EXPECT_EQ(journal.births, 2);
 }
 
-TEST_F(SingletonClassTest, KillIgnoresTheObjectItIsCalledOn)
+TEST_F(SingletonClassTest, KillIgnoresTheObjectItIsCalledOnAndDoesNothingWithoutInstance)
 {
     Service copy(*Service::getInstance());
 
+    copy.kill();
     copy.kill();
 
     EXPECT_EQ(Service::getInstanceIfExisting(), nullptr);
-    EXPECT_EQ(journal.deaths, 1);
-}
-
-TEST_F(SingletonClassTest, KillWithoutInstanceDoesNothing)
-{
-    Service copy(*Service::getInstance());
-    copy.kill();
-
-    copy.kill();
-
     EXPECT_EQ(journal.deaths, 1);
 }
 
@@ -191,15 +169,10 @@ TEST_F(SingletonClassTest, MeanwhileInstanceThatIsDeletedInTheSameKillIsForgotte
     EXPECT_EQ(journal.deaths, 2);
 }
 
-TEST_F(SingletonClassTest, DeletingTheInstanceForgetsIt)
+TEST_F(SingletonClassTest, DeletingTheInstanceOrACopyForgetsTheInstance)
 {
     delete Service::getInstance();
-
     EXPECT_EQ(Service::getInstanceIfExisting(), nullptr);
-}
-
-TEST_F(SingletonClassTest, EndOfACopyForgetsTheInstance)
-{
     std::unique_ptr<Service> instance(Service::getInstance()); // nobody else destroys it then
 
     {

@@ -1,3 +1,6 @@
+
+
+#include <tbLog/Logger.h>
 #include <tbMemory/String.h>
 
 #include <gtest/gtest.h>
@@ -22,18 +25,12 @@ static_assert(!std::is_constructible_v<String, int>);
 // Longer than what the text keeps inside itself.
 constexpr const char* LONG_TEXT = "a text that has to be stored outside of the object itself";
 
-TEST(StringTest, DefaultTextIsEmptyAndTerminated)
-{
-    const String text;
-
-    EXPECT_TRUE(text.empty());
-    EXPECT_STREQ(text.c_str(), "");
-}
-
-TEST(StringTest, NullGivesEmptyText)
+TEST(StringTest, IsEmptyAndTerminatedByDefaultAndFromNull)
 {
     const char* none = nullptr;
 
+    EXPECT_TRUE(String().empty());
+    EXPECT_STREQ(String().c_str(), "");
     EXPECT_TRUE(String(none).empty());
     EXPECT_TRUE(String(StringView()).empty());
     EXPECT_TRUE(String(nullptr, 4).empty());
@@ -59,38 +56,20 @@ TEST(StringTest, IsMadeFromEveryKindOfTextWithoutACast)
     EXPECT_TRUE(String("lua and more", 3) == "lua");
 }
 
-TEST(StringTest, CopyHasBytesOfItsOwn)
-{
-    const String original(LONG_TEXT);
-
-    const String copy(original);
-
-    EXPECT_TRUE(copy == original);
-    EXPECT_NE(copy.data(), original.data());
-}
-
-TEST(StringTest, MoveTakesTheBytesAlong)
+TEST(StringTest, CopyHasBytesOfItsOwnAndMoveTakesThemAlong)
 {
     String original(LONG_TEXT);
     const char* bytes = original.data();
 
+    const String copy(original);
+    EXPECT_TRUE(copy == original);
+    EXPECT_NE(copy.data(), bytes);
     const String moved(std::move(original));
 
     EXPECT_EQ(moved.data(), bytes);
 }
 
-TEST(StringTest, AssignmentThatFitsReusesTheStorage)
-{
-    String text(LONG_TEXT);
-    const char* bytes = text.data();
-
-    text = StringView("another text, which is not that long");
-
-    EXPECT_EQ(text.data(), bytes);
-    EXPECT_STREQ(text.c_str(), "another text, which is not that long");
-}
-
-TEST(StringTest, AssignmentTakesEveryKindOfText)
+TEST(StringTest, AssignmentTakesEveryKindOfString)
 {
     String text;
 
@@ -99,17 +78,23 @@ TEST(StringTest, AssignmentTakesEveryKindOfText)
     EXPECT_STREQ((text = std::string("standard")).c_str(), "standard");
     EXPECT_STREQ((text = std::string_view("standard view")).c_str(), "standard view");
     EXPECT_STREQ((text = String("own")).c_str(), "own");
+    EXPECT_TRUE((text = StringView()).empty());
     EXPECT_STREQ((text = nullptr).c_str(), "");
     EXPECT_STREQ((text = {}).c_str(), "");
 }
 
-TEST(StringTest, AssignmentOfNullViewEmptiesTheText)
+TEST(StringTest, AssignmentThatFitsAndClearReuseTheStorage)
 {
-    String text("something");
+    String text(LONG_TEXT);
+    const char* bytes = text.data();
 
-    text = StringView();
+    text = StringView("another text, which is not that long");
+    EXPECT_EQ(text.data(), bytes);
+    EXPECT_STREQ(text.c_str(), "another text, which is not that long");
+    text.clear();
 
     EXPECT_TRUE(text.empty());
+    EXPECT_EQ(text.data(), bytes);
 }
 
 TEST(StringTest, AssignmentOfItsOwnBytesIsSafe)
@@ -182,17 +167,6 @@ TEST(StringTest, PlusOfATextAndItselfIsSafeWhenMoved)
     EXPECT_TRUE(joined == twice);
 }
 
-TEST(StringTest, ClearKeepsTheStorage)
-{
-    String text(LONG_TEXT);
-    const char* bytes = text.data();
-
-    text.clear();
-
-    EXPECT_TRUE(text.empty());
-    EXPECT_EQ(text.data(), bytes);
-}
-
 TEST(StringTest, IsAViewOfItsBytesThatIsNeverNull)
 {
     const String text("lua");
@@ -202,14 +176,6 @@ TEST(StringTest, IsAViewOfItsBytesThatIsNeverNull)
     EXPECT_EQ(view.data(), text.data());
     EXPECT_EQ(view.size(), 3u);
     EXPECT_FALSE(StringView(String()).isNull());
-}
-
-TEST(StringTest, ConvertsToStandardTexts)
-{
-    const String text(StringView("a\0b", 3));
-
-    EXPECT_EQ(std::string_view(text), std::string_view("a\0b", 3));
-    EXPECT_EQ(std::string(text), std::string("a\0b", 3));
 }
 
 TEST(StringTest, ComparesWithEveryKindOfTextOnEitherSide)
@@ -225,36 +191,77 @@ TEST(StringTest, ComparesWithEveryKindOfTextOnEitherSide)
     EXPECT_TRUE(text < "lub" && String("lu") < text);
 }
 
-TEST(StringTest, HashEqualsThatOfItsView)
-{
-    const String text("lua");
-
-    EXPECT_EQ(std::hash<String>()(text), std::hash<StringView>()(text));
-}
-
-TEST(StringTest, ServesAsKeyOfAHashTable)
+TEST(StringTest, HashEqualsThatOfItsViewAndServesHashTables)
 {
     std::unordered_map<String, int> counts;
 
-    ++counts["a"];
-    ++counts["a"];
+    ++counts["lua"];
+    ++counts["lua"];
 
-    EXPECT_EQ(counts["a"], 2);
+    EXPECT_EQ(counts["lua"], 2);
+    EXPECT_EQ(std::hash<String>()("lua"), std::hash<StringView>()("lua"));
 }
 
-TEST(StringTest, IsWrittenToAStreamByteForByte)
+TEST(StringTest, BecomesStandardStringsStreamsAndMessagesOfTestsByteForByte)
 {
+    const String text(StringView("a\0b", 3));
     std::ostringstream stream;
 
-    stream << String(StringView("a\0b", 3));
+    stream << text;
 
     EXPECT_EQ(stream.str(), std::string("a\0b", 3));
-}
-
-TEST(StringTest, IsReadableInTheMessageOfAFailedTest)
-{
+    EXPECT_EQ(std::string_view(text), std::string_view("a\0b", 3));
+    EXPECT_EQ(std::string(text), std::string("a\0b", 3));
     EXPECT_EQ(::testing::PrintToString(String("lua")), "lua");
     EXPECT_EQ(::testing::PrintToString(StringView("lua")), "lua");
+}
+
+static_assert(std::is_abstract_v<tbLog::Logger>);
+static_assert(std::has_virtual_destructor_v<tbLog::Logger>);
+
+class LastEntryLogger : public tbLog::Logger
+{
+public:
+    void log(const tbLog::StringView& message, const tbLog::StringView& source) override
+    {
+        m_message = std::string_view(message);
+        m_source = std::string_view(source);
+    }
+
+    std::string m_message;
+    std::string m_source;
+};
+
+TEST(LoggerTest, ReceivesMessageFirstAndSourceSecond)
+{
+    LastEntryLogger own;
+    tbLog::Logger& logger = own;
+
+    logger.log(tbLog::StringView("a message", 9), tbLog::StringView("Part", 4));
+
+    EXPECT_EQ(own.m_message, "a message");
+    EXPECT_EQ(own.m_source, "Part");
+}
+
+TEST(LogStringViewTest, DefaultViewIsOfNothing)
+{
+    const tbLog::StringView view;
+
+    EXPECT_EQ(view.data(), nullptr);
+    EXPECT_EQ(view.size(), 0u);
+    EXPECT_EQ(std::string_view(view), "");
+}
+
+TEST(LogStringViewTest, KeepsEveryByte)
+{
+    const tbLog::StringView view("a\0b", 3);
+
+    EXPECT_EQ(std::string_view(view), std::string_view("a\0b", 3));
+}
+
+TEST(LogStringViewTest, NullPointerWithSizeHasNoBytes)
+{
+    EXPECT_EQ(tbLog::StringView(nullptr, 3).size(), 0u);
 }
 
 } // namespace

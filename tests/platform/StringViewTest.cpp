@@ -18,40 +18,31 @@ static_assert(StringView("lua").size() == 3);
 static_assert(StringView("lua") == StringView("lua"));
 static_assert(StringView("ab") < "b");
 
-TEST(StringViewTest, DefaultViewIsNullAndEmpty)
-{
-    const StringView view;
-
-    EXPECT_TRUE(view.isNull());
-    EXPECT_TRUE(view.empty());
-    EXPECT_EQ(view.data(), nullptr);
-    EXPECT_EQ(view.begin(), view.end());
-}
-
-TEST(StringViewTest, NullPointerGivesNullView)
+TEST(StringViewTest, IsNullAndEmptyByDefaultAndFromNull)
 {
     const char* none = nullptr;
+    const StringView byDefault;
+    const StringView views[] = {
+        byDefault,
+        StringView(none),
+        StringView(nullptr),
+        StringView(nullptr, 5),
+        StringView(std::string_view())};
 
-    EXPECT_TRUE(StringView(none).isNull());
-    EXPECT_TRUE(StringView(nullptr).isNull());
+    for (const StringView& view : views)
+    {
+        EXPECT_TRUE(view.isNull());
+        EXPECT_TRUE(view.empty());
+        EXPECT_EQ(view.size(), 0u);
+        EXPECT_EQ(view.data(), nullptr);
+        EXPECT_EQ(view.begin(), view.end());
+    }
 }
 
-TEST(StringViewTest, NullPointerWithSizeHasNoBytes)
-{
-    const StringView view(nullptr, 5);
-
-    EXPECT_TRUE(view.isNull());
-    EXPECT_EQ(view.size(), 0u);
-}
-
-TEST(StringViewTest, EmptyTextIsNotNull)
+TEST(StringViewTest, EmptyStringIsNotNullButEqualsIt)
 {
     EXPECT_FALSE(StringView("").isNull());
     EXPECT_TRUE(StringView("").empty());
-}
-
-TEST(StringViewTest, NullEqualsEmpty)
-{
     EXPECT_TRUE(StringView() == StringView(""));
     EXPECT_FALSE(StringView() != StringView(""));
     EXPECT_FALSE(StringView() < StringView(""));
@@ -82,11 +73,6 @@ TEST(StringViewTest, BorrowsTheBytesOfStandardTexts)
     EXPECT_EQ(StringView(text).size(), 3u);
     EXPECT_EQ(StringView(part).data(), text.data() + 1);
     EXPECT_EQ(StringView(part).size(), 2u);
-}
-
-TEST(StringViewTest, NullStandardViewGivesNullView)
-{
-    EXPECT_TRUE(StringView(std::string_view()).isNull());
 }
 
 TEST(StringViewTest, ConvertsToStandardView)
