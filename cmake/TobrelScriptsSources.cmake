@@ -438,23 +438,17 @@ set(TOBREL_SCRIPTS_PUBLIC_TESTS
     tests/lifetime/UserTypeRedeclarationTest.cpp
     tests/lifetime/UserTypeSwitchTest.cpp
     tests/lifetime/UserTypeTeardownTest.cpp
-    tests/loading/ContentLoaderArrayTest.cpp
     tests/loading/ContentLoaderFilesTest.cpp
     tests/loading/ContentLoaderOutputTest.cpp
-    tests/loading/ContentLoaderSaveTest.cpp
     tests/loading/ContentLoaderTest.cpp
     tests/loading/ProjectCallbackTest.cpp
     tests/loading/ProjectLoaderTest.cpp
-    tests/loading/ProjectRoundTripTest.cpp
     tests/loading/ProjectSaveTest.cpp
-    tests/loading/ScriptDeclarationFileTest.cpp
-    tests/scripts/ScriptCompilationTest.cpp
     tests/scripts/ScriptCopyTest.cpp
     tests/scripts/ScriptDeclarationTest.cpp
     tests/scripts/ScriptLogReceiverTest.cpp
     tests/scripts/ScriptManagerTest.cpp
     tests/scripts/ScriptMemoryTest.cpp
-    tests/scripts/ScriptRenameTest.cpp
     tests/scripts/ScriptSourcesTest.cpp
     tests/scripts/ScriptTest.cpp
     tests/support/CallContextFixtureTest.cpp

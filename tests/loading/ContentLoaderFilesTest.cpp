@@ -1,7 +1,10 @@
 // What is read from files.
 
 #include "support/LoadingFixture.h"
+#include "support/RowName.h"
 
+#include <tbExport/Exportable.h>
+#include <tbExport/Node.h>
 #include <tbResources/ResourceManager.h>
 #include <tbScripts/ContentLoader.h>
 
@@ -43,69 +46,112 @@ protected:
     }
 };
 
-TEST_F(ContentLoaderFilesTest, DocumentIsReadIntoATree)
-{
-    m_folder.write("file.json", R"({"b": "1", "a": "2"})");
-
-    EXPECT_THAT(readMembers("file.json"), ElementsAre(Pair("b", "1"), Pair("a", "2")));
-}
-
-TEST_F(ContentLoaderFilesTest, RelativePathStartsFromTheWorkingPath)
-{
-    m_folder.write("inner/file.json", R"({"a": "1"})");
-
-    EXPECT_THAT(readMembers("inner/file.json"), ElementsAre(Pair("a", "1")));
-    EXPECT_EQ(readText("inner/../inner/file.json"), R"({"a": "1"})");
-}
-
-TEST_F(ContentLoaderFilesTest, AbsolutePathIsTakenAsItIs)
+TEST_F(ContentLoaderFilesTest, RelativePathStartsFromTheWorkingPathAndAbsoluteOnesAreTakenAsTheyAre)
 {
     const TemporaryFolder elsewhere;
     elsewhere.write("file.json", R"({"a": "1"})");
+    m_folder.write("inner/file.json", R"({"b": "1", "a": "2"})");
 
+    EXPECT_THAT(readMembers("inner/file.json"), ElementsAre(Pair("b", "1"), Pair("a", "2")));
+    EXPECT_EQ(readText("inner/../inner/file.json"), R"({"b": "1", "a": "2"})");
     EXPECT_THAT(readMembers(elsewhere.pathOf("file.json")), ElementsAre(Pair("a", "1")));
     EXPECT_EQ(readText(elsewhere.pathOf("file.json")), R"({"a": "1"})");
+    ResourceManager::getInstance()->setWorkingPath(m_folder.pathOf("inner")); // without a slash
+    EXPECT_THAT(readMembers("file.json"), ElementsAre(Pair("b", "1"), Pair("a", "2")));
 }
 
-TEST_F(ContentLoaderFilesTest, WorkingPathIsJoinedWithASlashForReading)
+namespace
 {
-    m_folder.write("inner/file.json", R"({"a": "1"})");
-    ResourceManager::getInstance()->setWorkingPath(m_folder.pathOf("inner"));
 
-    EXPECT_THAT(readMembers("file.json"), ElementsAre(Pair("a", "1")));
+// What cannot be read, and how it is made in the folder.
+struct MissingRow
+{
+    const char* row;
+    std::string path;
+    void (*make)(const TemporaryFolder& folder);
+};
+
+using test::operator<<;
+
+void makeSocket(const TemporaryFolder& folder)
+{
+    const int descriptor = ::socket(AF_UNIX, SOCK_STREAM, 0);
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    folder.pathOf("socket").copy(address.sun_path, sizeof(address.sun_path) - 1);
+    ASSERT_EQ(::bind(descriptor, reinterpret_cast<sockaddr*>(&address), sizeof(address)), 0);
+    ::close(descriptor);
 }
 
-TEST_F(ContentLoaderFilesTest, FileThatIsMissingIsLoggedWithItsWholePath)
+void makeUnreadable(const TemporaryFolder& folder, const char* name)
 {
-    const auto parsed = ContentLoader::inputData("inner/file.json");
+    folder.write(name, R"({"a": "1"})");
+    const std::string first = std::string(name).substr(0, std::string(name).find('/'));
+    ::chmod(folder.pathOf(first).c_str(), 0);
+}
+
+void makeLink(const TemporaryFolder& folder, const char* target)
+{
+    ASSERT_EQ(::symlink(target, folder.pathOf("link").c_str()), 0);
+}
+
+} // namespace
+
+class MissingFileTest : public ContentLoaderFilesTest,
+                        public ::testing::WithParamInterface<MissingRow>
+{
+};
+
+INSTANTIATE_TEST_SUITE_P(
+    Paths,
+    MissingFileTest,
+    ::testing::Values(
+        MissingRow{"Nothing", "inner/file.json", [](const TemporaryFolder&) {}},
+        MissingRow{"EmptyPath", "", [](const TemporaryFolder&) {}},
+        MissingRow{
+            "Directory",
+            "inner",
+            [](const TemporaryFolder& folder) { folder.write("inner/f", "{}"); }},
+        MissingRow{
+            "FifoWithoutWriter", // which is not waited for
+            "pipe",
+            [](const TemporaryFolder& folder) { ::mkfifo(folder.pathOf("pipe").c_str(), 0666); }},
+        MissingRow{"Socket", "socket", &makeSocket},
+        MissingRow{
+            "FileThatMayNotBeRead",
+            "secret",
+            [](const TemporaryFolder& folder) { makeUnreadable(folder, "secret"); }},
+        MissingRow{
+            "FileInAFolderThatMayNotBeEntered",
+            "locked/file",
+            [](const TemporaryFolder& folder) { makeUnreadable(folder, "locked/file"); }},
+        MissingRow{
+            "PathWithANul",
+            std::string("file\0.json", 10),
+            [](const TemporaryFolder& folder) { folder.write("file", R"({"a": "1"})"); }},
+        MissingRow{"PathTooLong", std::string(100000, 'a'), [](const TemporaryFolder&) {}},
+        MissingRow{
+            "LinkToNothing",
+            "link",
+            [](const TemporaryFolder& folder) { makeLink(folder, "none"); }},
+        MissingRow{
+            "LinkToItself",
+            "link",
+            [](const TemporaryFolder& folder) { makeLink(folder, "link"); }}),
+    RowName());
+
+TEST_P(MissingFileTest, IsLoggedWithItsWholePathAsATreeAndEmptyAsAString)
+{
+    GetParam().make(m_folder);
+
+    const OrdinaryUser user;
+    const auto parsed = ContentLoader::inputData(GetParam().path);
 
     EXPECT_EQ(parsed.getRoot(), nullptr);
     EXPECT_FALSE(parsed.hasFailed());
-    EXPECT_EQ(m_log.takeEntries(), missing("inner/file.json"));
-}
-
-TEST_F(ContentLoaderFilesTest, EmptyPathIsMissing)
-{
-    EXPECT_EQ(ContentLoader::inputData("").getRoot(), nullptr);
-    EXPECT_EQ(m_log.takeEntries(), missing(""));
-}
-
-TEST_F(ContentLoaderFilesTest, DirectoryIsMissing)
-{
-    m_folder.write("inner/file.json", "{}");
-
-    EXPECT_EQ(ContentLoader::inputData("inner").getRoot(), nullptr);
-    EXPECT_EQ(m_log.takeEntries(), missing("inner"));
-    EXPECT_EQ(readText("inner"), "");
-}
-
-TEST_F(ContentLoaderFilesTest, FifoWithoutWriterIsMissingAndNotWaitedFor)
-{
-    ASSERT_EQ(::mkfifo(m_folder.pathOf("pipe").c_str(), 0666), 0);
-
-    EXPECT_EQ(ContentLoader::inputData("pipe").getRoot(), nullptr);
-    EXPECT_EQ(m_log.takeEntries(), missing("pipe"));
-    EXPECT_EQ(readText("pipe"), "");
+    EXPECT_EQ(m_log.takeEntries(), missing(GetParam().path));
+    EXPECT_EQ(readText(GetParam().path), "");
+    EXPECT_THAT(m_log.takeEntries(), IsEmpty());
 }
 
 // Between two looks at a path it may come to lead elsewhere.
@@ -128,83 +174,20 @@ TEST_F(ContentLoaderFilesTest, DocumentIsOpenedOnce)
 TEST_F(ContentLoaderFilesTest, DeviceIsMissing)
 {
     EXPECT_EQ(ContentLoader::inputData("/dev/zero").getRoot(), nullptr);
-    EXPECT_THAT(
-        m_log.takeEntries(),
-        ElementsAre(
-            LogEntry{"Can't find Object Declaration file /dev/zero", "ContentLoader::inputData"}));
+    expectLogged("Can't find Object Declaration file /dev/zero", "ContentLoader::inputData");
     EXPECT_EQ(readText("/dev/zero"), "");
 }
 
-TEST_F(ContentLoaderFilesTest, SocketIsMissing)
+TEST_F(ContentLoaderFilesTest, FileThatIsNoDocumentIsLoggedAsAString)
 {
-    const int descriptor = ::socket(AF_UNIX, SOCK_STREAM, 0);
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    m_folder.pathOf("socket").copy(address.sun_path, sizeof(address.sun_path) - 1);
-    ASSERT_EQ(::bind(descriptor, reinterpret_cast<sockaddr*>(&address), sizeof(address)), 0);
-
-    EXPECT_EQ(ContentLoader::inputData("socket").getRoot(), nullptr);
-    EXPECT_EQ(m_log.takeEntries(), missing("socket"));
-    EXPECT_EQ(readText("socket"), "");
-    ::close(descriptor);
-}
-
-TEST_F(ContentLoaderFilesTest, FileThatMayNotBeReadIsMissing)
-{
-    m_folder.write("secret", R"({"a": "1"})");
-    ::chmod(m_folder.pathOf("secret").c_str(), 0);
-
-    const OrdinaryUser user;
-
-    EXPECT_EQ(ContentLoader::inputData("secret").getRoot(), nullptr);
-    EXPECT_EQ(m_log.takeEntries(), missing("secret"));
-    EXPECT_EQ(readText("secret"), "");
-}
-
-TEST_F(ContentLoaderFilesTest, FileInAFolderThatMayNotBeEnteredIsMissing)
-{
-    m_folder.write("locked/file.json", R"({"a": "1"})");
-    ::chmod(m_folder.pathOf("locked").c_str(), 0);
-
-    const OrdinaryUser user;
-
-    EXPECT_EQ(ContentLoader::inputData("locked/file.json").getRoot(), nullptr);
-    EXPECT_EQ(m_log.takeEntries(), missing("locked/file.json"));
-}
-
-TEST_F(ContentLoaderFilesTest, PathWithANulIsMissing)
-{
-    m_folder.write("file", R"({"a": "1"})");
-    const std::string path("file\0.json", 10);
-
-    EXPECT_EQ(ContentLoader::inputData(path).getRoot(), nullptr);
-    EXPECT_EQ(m_log.takeEntries(), missing(path));
-    EXPECT_EQ(readText(path), "");
-}
-
-TEST_F(ContentLoaderFilesTest, PathTooLongForTheSystemIsMissing)
-{
-    const std::string path(100000, 'a');
-
-    EXPECT_EQ(ContentLoader::inputData(path).getRoot(), nullptr);
-    EXPECT_EQ(m_log.takeEntries(), missing(path));
-    EXPECT_EQ(readText(path), "");
-}
-
-TEST_F(ContentLoaderFilesTest, EmptyFileIsNoDocument)
-{
-    m_folder.write("file.json", "");
-
-    EXPECT_EQ(ContentLoader::inputData("file.json").getRoot(), nullptr);
-    EXPECT_EQ(m_log.takeEntries(), parseError("line 1, column 1: incomplete JSON", ">>>"));
-}
-
-TEST_F(ContentLoaderFilesTest, FileThatIsNoDocumentIsLoggedAsAText)
-{
+    m_folder.write("empty.json", "");
     m_folder.write("file.json", "{\n\"a\"\n}");
 
+    EXPECT_EQ(ContentLoader::inputData("empty.json").getRoot(), nullptr);
+    EXPECT_EQ(m_log.takeEntries(), parseError("line 1, column 1: incomplete JSON", ">>>"));
     EXPECT_EQ(ContentLoader::inputData("file.json").getRoot(), nullptr);
     EXPECT_EQ(m_log.takeEntries(), parseError("line 3, column 1: syntax error", ">>>}"));
+    EXPECT_EQ(readText("empty.json"), "");
 }
 
 TEST_F(ContentLoaderFilesTest, LinksAreFollowed)
@@ -214,23 +197,6 @@ TEST_F(ContentLoaderFilesTest, LinksAreFollowed)
 
     EXPECT_THAT(readMembers("link"), ElementsAre(Pair("a", "1")));
     EXPECT_EQ(readText("link"), R"({"a": "1"})");
-}
-
-TEST_F(ContentLoaderFilesTest, LinkToNothingIsMissing)
-{
-    ASSERT_EQ(::symlink("nothing", m_folder.pathOf("link").c_str()), 0);
-
-    EXPECT_EQ(ContentLoader::inputData("link").getRoot(), nullptr);
-    EXPECT_EQ(m_log.takeEntries(), missing("link"));
-    EXPECT_EQ(readText("link"), "");
-}
-
-TEST_F(ContentLoaderFilesTest, LinkToItselfIsMissing)
-{
-    ASSERT_EQ(::symlink("link", m_folder.pathOf("link").c_str()), 0);
-
-    EXPECT_EQ(ContentLoader::inputData("link").getRoot(), nullptr);
-    EXPECT_EQ(m_log.takeEntries(), missing("link"));
 }
 
 TEST_F(ContentLoaderFilesTest, WholeTextOfAFileIsGiven)
@@ -243,19 +209,209 @@ TEST_F(ContentLoaderFilesTest, WholeTextOfAFileIsGiven)
     EXPECT_EQ(readText("file"), bytes);
 }
 
-TEST_F(ContentLoaderFilesTest, TextOfAMissingFileIsEmptyAndNotLogged)
-{
-    const tbMemory::String text = ContentLoader::inputDataStr("file");
+// Trees and objects that are printed into files.
 
-    EXPECT_TRUE(text.empty());
+namespace
+{
+
+// Something of the host that has a declaration of its own.
+class Door : public tbExport::Exportable
+{
+public:
+    void exportClassToTree(tbExport::Node* node) override
+    {
+        node->addMember("wood")->setString("oak");
+        node->addMember("lock")->setString("");
+    }
+
+    void importClassFromTree(tbExport::Node*) override {}
+};
+
+} // namespace
+
+class ContentLoaderSaveTest : public LoadingFixture
+{
+protected:
+    Members readMembers(const std::string& name) const
+    {
+        return membersOf(parse(m_folder.read(name)).getRoot());
+    }
+};
+
+TEST_F(ContentLoaderSaveTest, TreeIsPrintedInItsOrder)
+{
+    tbExport::Node tree;
+    tree.setObject();
+    tree.addMember("b")->setString("1");
+    tree.addMember("a")->setString("2");
+
+    EXPECT_TRUE(ContentLoader::saveTreeDeclaration(&tree, "file"));
+
+    EXPECT_THAT(readMembers("file"), ElementsAre(Pair("b", "1"), Pair("a", "2")));
+}
+
+TEST_F(ContentLoaderSaveTest, TreeOfAnyKindIsPrinted)
+{
+    tbExport::Node tree;
+    tree.setString("alone");
+
+    EXPECT_TRUE(ContentLoader::saveTreeDeclaration(&tree, "file"));
+
+    const auto parsed = parse(m_folder.read("file"));
+    EXPECT_EQ(parsed.getRoot()->getString(), "alone");
+}
+
+TEST_F(ContentLoaderSaveTest, NullTreesAndObjectsAreNotSavedAndNotLogged)
+{
+    m_folder.write("file", "text");
+
+    EXPECT_FALSE(ContentLoader::saveTreeDeclaration(nullptr, "file"));
+    EXPECT_FALSE(ContentLoader::saveTreeDeclaration(nullptr, "other"));
+    EXPECT_FALSE(ContentLoader::saveObjectDeclaration(nullptr, "file"));
+
+    EXPECT_EQ(m_folder.read("file"), "text");
+    EXPECT_THAT(m_folder.list(), ElementsAre("file"));
     EXPECT_THAT(m_log.takeEntries(), IsEmpty());
 }
 
-TEST_F(ContentLoaderFilesTest, TextOfAnEmptyFileIsEmpty)
+TEST_F(ContentLoaderSaveTest, WhatCannotBeWrittenIsReported)
 {
-    m_folder.write("file", "");
+    tbExport::Node tree;
+    Script script;
+    const LogEntry entry{"Error when trying to open file saving : missing/file", "ContentLoader"};
 
-    EXPECT_EQ(readText("file"), "");
+    EXPECT_FALSE(ContentLoader::saveTreeDeclaration(&tree, "missing/file"));
+    EXPECT_FALSE(ContentLoader::saveObjectDeclaration(&script, "missing/file"));
+
+    expectLogged({entry, entry});
+}
+
+TEST_F(ContentLoaderSaveTest, ScriptsAndObjectsOfTheHostArePrintedAsTheirDeclarations)
+{
+    Script fresh;
+    Door door;
+
+    EXPECT_TRUE(ContentLoader::saveObjectDeclaration(addScript("a", "x = 1"), "script"));
+    EXPECT_TRUE(ContentLoader::saveObjectDeclaration(&fresh, "fresh"));
+    EXPECT_TRUE(ContentLoader::saveObjectDeclaration(&door, "door"));
+
+    EXPECT_THAT(
+        readMembers("script"),
+        ElementsAre(Pair("name", "a"), Pair("type", "lua"), Pair("sources", "x = 1")));
+    EXPECT_THAT(
+        readMembers("fresh"),
+        ElementsAre(Pair("name", ""), Pair("type", "UNKNOWN"), Pair("sources", "")));
+    EXPECT_THAT(readMembers("door"), ElementsAre(Pair("wood", "oak"), Pair("lock", "")));
+}
+
+// Declarations of scripts in files.
+
+using Result = ContentLoadResult<Script>;
+
+class ScriptDeclarationFileTest : public LoadingFixture
+{
+protected:
+    static void expectParsingError(const Result& result)
+    {
+        EXPECT_EQ(result.status, 2U);
+        EXPECT_THAT(
+            textsOf(result.errors), ElementsAre("Script Declaration import error. Parsing error."));
+        EXPECT_TRUE(result.objects.empty());
+    }
+};
+
+TEST_F(ScriptDeclarationFileTest, ScriptIsLoadedAndCompiledWhateverIsAskedFor)
+{
+    m_folder.write("file", R"({"name": "a", "type": "lua", "sources": "x = 1"})");
+    for (const bool compile : {true, false})
+    {
+        const Result result = ContentLoader::loadScriptDeclaration("file", compile);
+
+        EXPECT_EQ(result.status, 0U);
+        EXPECT_THAT(namesOf(result.objects), ElementsAre("a"));
+        EXPECT_EQ(resultOf(*getScript("a")), 1);
+        killScripts();
+    }
+}
+
+TEST_F(ScriptDeclarationFileTest, ArrayIsLoadedAndCompiled)
+{
+    m_folder.write(
+        "file",
+        R"([{"name": "a", "type": "lua", "sources": "x = 1"}, {},
+            {"name": "b", "type": "lua", "sources": "x = 2"}])");
+
+    const Result result = ContentLoader::loadScriptDeclaration("file", false);
+
+    EXPECT_EQ(result.status, 1U);
+    EXPECT_THAT(namesOf(result.objects), ElementsAre("a", "b"));
+    EXPECT_EQ(resultOf(*getScript("a")), 1);
+    EXPECT_EQ(resultOf(*getScript("b")), 2);
+}
+
+TEST_F(ScriptDeclarationFileTest, FileThatIsMissingOrNoDocumentIsAParsingError)
+{
+    m_folder.write("file", "x = 1\n");
+
+    expectParsingError(ContentLoader::loadScriptDeclaration("missing", true));
+    EXPECT_EQ(m_log.takeEntries(), parseError("line 1, column 1: incomplete JSON", ">>>"));
+    expectParsingError(ContentLoader::loadScriptDeclaration("file", true));
+    EXPECT_EQ(m_log.takeEntries(), parseError("line 1, column 1: syntax error", ">>>x = 1"));
+}
+
+TEST_F(ScriptDeclarationFileTest, LoadingAgainUpdatesTheScriptInPlace)
+{
+    m_folder.write("file", R"({"name": "a", "type": "lua", "sources": "x = 1"})");
+    ContentLoader::loadScriptDeclaration("file", true);
+    Script* const script = getScript("a");
+    m_folder.write("file", R"({"name": "a", "type": "lua", "sources": "x = 2"})");
+
+    const Result result = ContentLoader::loadScriptDeclaration("file", true);
+
+    EXPECT_EQ(result.objects[0], script);
+    EXPECT_EQ(resultOf(*script), 2);
+    EXPECT_EQ(countScripts(), 1U);
+}
+
+TEST_F(ScriptDeclarationFileTest, FailedLoadingLeavesTheScriptsThatThereAre)
+{
+    Script* const script = addScript("a", "x = 1");
+    script->load();
+    m_folder.write("file", R"({"name": "a", "sources")");
+
+    ContentLoader::loadScriptDeclaration("file", true);
+
+    m_log.takeEntries();
+    EXPECT_EQ(getScript("a"), script);
+    EXPECT_EQ(resultOf(*script), 1);
+}
+
+TEST_F(ScriptDeclarationFileTest, SavedScriptIsLoadedBackByteForByte)
+{
+    std::string bytes;
+    for (int i = 0; i < 512; ++i)
+        bytes += static_cast<char>(i);
+    ContentLoader::saveObjectDeclaration(addScript(bytes, bytes), "file");
+    killScripts();
+
+    const Result result = ContentLoader::loadScriptDeclaration("file", true);
+
+    m_log.takeEntries(); // it does not compile
+    ASSERT_EQ(result.objects.size(), 1U);
+    EXPECT_EQ(std::string_view(result.objects[0]->getName()), bytes);
+    EXPECT_EQ(std::string_view(result.objects[0]->getSources()), bytes);
+    EXPECT_EQ(getScript(bytes), result.objects[0]);
+}
+
+TEST_F(ScriptDeclarationFileTest, MembersOfAnotherTypeAreIgnored)
+{
+    addScript("a", "x = 1");
+    m_folder.write("file", R"({"name": "a", "type": 1, "sources": ["x = 2"]})");
+
+    const Result result = ContentLoader::loadScriptDeclaration("file", true);
+
+    EXPECT_EQ(result.status, 0U);
+    EXPECT_EQ(resultOf(*getScript("a")), 1);
 }
 
 } // namespace tbScripts::test

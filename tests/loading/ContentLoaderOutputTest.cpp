@@ -60,21 +60,15 @@ protected:
     }
 };
 
-TEST_F(ContentLoaderOutputTest, DataBecomesAFileAndNothingElse)
+TEST_F(ContentLoaderOutputTest, DataBecomeAFileAndNothingElseAndReplaceItWhole)
 {
-    EXPECT_TRUE(ContentLoader::outputData("text", "file"));
-
+    EXPECT_TRUE(ContentLoader::outputData("a longer text than the next one", "file"));
+    EXPECT_EQ(m_folder.read("file"), "a longer text than the next one");
+    EXPECT_TRUE(ContentLoader::outputData(StringView("textile", 4), StringView("filename", 4)));
     EXPECT_EQ(m_folder.read("file"), "text");
-    EXPECT_THAT(m_folder.list(), ElementsAre("file"));
-}
+    EXPECT_TRUE(ContentLoader::outputData(StringView(), "file"));
+    EXPECT_EQ(m_folder.read("file"), "");
 
-TEST_F(ContentLoaderOutputTest, FileIsReplacedWhole)
-{
-    m_folder.write("file", "a longer text than the new one");
-
-    EXPECT_TRUE(ContentLoader::outputData("text", "file"));
-
-    EXPECT_EQ(m_folder.read("file"), "text");
     EXPECT_THAT(m_folder.list(), ElementsAre("file"));
 }
 
@@ -89,53 +83,30 @@ TEST_F(ContentLoaderOutputTest, AllBytesAreWrittenAsTheyAre)
     EXPECT_EQ(m_folder.read("file"), bytes);
 }
 
-TEST_F(ContentLoaderOutputTest, NoDataGiveAnEmptyFile)
+TEST_F(ContentLoaderOutputTest, EveryPathFollowsTheWorkingPathWithoutASlash)
 {
-    m_folder.write("file", "text");
-
-    EXPECT_TRUE(ContentLoader::outputData(StringView(), "file"));
-
-    EXPECT_EQ(m_folder.read("file"), "");
-}
-
-TEST_F(ContentLoaderOutputTest, DataNeedNotEndWithAZero)
-{
-    EXPECT_TRUE(ContentLoader::outputData(StringView("textile", 4), StringView("filename", 4)));
-
-    EXPECT_EQ(m_folder.read("file"), "text");
-}
-
-TEST_F(ContentLoaderOutputTest, PathFollowsTheWorkingPathWithoutASlash)
-{
-    ResourceManager::getInstance()->setWorkingPath(m_folder.pathOf("half"));
-
-    EXPECT_TRUE(ContentLoader::outputData("text", "AndHalf"));
-
-    EXPECT_EQ(m_folder.read("halfAndHalf"), "text");
-}
-
-TEST_F(ContentLoaderOutputTest, AbsolutePathFollowsTheWorkingPathToo)
-{
-    ResourceManager::getInstance()->setWorkingPath(m_folder.pathOf("inner"));
     m_folder.write("inner/old", "");
 
+    ResourceManager::getInstance()->setWorkingPath(m_folder.pathOf("half"));
+    EXPECT_TRUE(ContentLoader::outputData("text", "AndHalf"));
+    EXPECT_EQ(m_folder.read("halfAndHalf"), "text");
+    ResourceManager::getInstance()->setWorkingPath(m_folder.pathOf("inner"));
     EXPECT_TRUE(ContentLoader::outputData("text", "/file"));
-
     EXPECT_EQ(m_folder.read("inner/file"), "text");
+    EXPECT_TRUE(writeAbsolute("text", m_folder.pathOf("file"))); // there is none: the system's
+    EXPECT_EQ(m_folder.read("file"), "text");
 }
 
 TEST_F(ContentLoaderOutputTest, AbsolutePathThatCannotBeWrittenIsLoggedWithThePathThatWasTried)
 {
     const std::string path = m_folder.pathOf("file");
-    const std::string tried = m_folder.pathOf("") + path;
 
     EXPECT_FALSE(ContentLoader::outputData("text", path));
 
-    EXPECT_THAT(
-        m_log.takeEntries(),
-        ElementsAre(
-            LogEntry{"Error when trying to open file saving : " + path, "ContentLoader"},
-            LogEntry{"The path follows the working path, tried : " + tried, "ContentLoader"}));
+    expectLogged(
+        {{"Error when trying to open file saving : " + path, "ContentLoader"},
+         {"The path follows the working path, tried : " + m_folder.pathOf("") + path,
+          "ContentLoader"}});
     EXPECT_THAT(m_folder.list(), IsEmpty());
 }
 
@@ -145,61 +116,36 @@ TEST_F(ContentLoaderOutputTest, AbsolutePathThatWasTriedAsItIsIsLoggedOnce)
 
     EXPECT_FALSE(writeAbsolute("text", path));
 
-    EXPECT_EQ(m_log.takeEntries(), notOpened(path));
+    expectLogged(notOpened(path));
 }
 
-TEST_F(ContentLoaderOutputTest, WithoutAWorkingPathThePathIsTheSystems)
-{
-    EXPECT_TRUE(writeAbsolute("text", m_folder.pathOf("file")));
-
-    EXPECT_EQ(m_folder.read("file"), "text");
-}
-
-TEST_F(ContentLoaderOutputTest, FolderThatIsMissingIsLoggedWithTheGivenPath)
-{
-    EXPECT_FALSE(ContentLoader::outputData("text", "missing/file"));
-
-    EXPECT_EQ(m_log.takeEntries(), notOpened("missing/file"));
-    EXPECT_THAT(m_folder.list(), IsEmpty());
-}
-
-TEST_F(ContentLoaderOutputTest, FolderCannotBeWritten)
+TEST_F(ContentLoaderOutputTest, PathsThatCannotBeWrittenAreLoggedAsTheyAreGiven)
 {
     m_folder.write("inner/file", "text");
+    ASSERT_EQ(::mkfifo(m_folder.pathOf("pipe").c_str(), 0666), 0);
+    link("missing/file", "link");
+    link("itself", "itself");
+    const std::string paths[] = {
+        "missing/file",                 // no folder
+        "inner",                        // a folder
+        "",                             // the working path
+        "file/",                        // a folder's name
+        std::string("file\0.json", 10), // a NUL
+        std::string(300, 'a'),          // too long for the system
+        "pipe",                         // nobody reads it
+        "link",                         // to nothing in a missing folder
+        "itself"};                      // a link to itself
 
-    EXPECT_FALSE(ContentLoader::outputData("text", "inner"));
-    EXPECT_EQ(m_log.takeEntries(), notOpened("inner"));
-    EXPECT_FALSE(ContentLoader::outputData("text", ""));
-    EXPECT_EQ(m_log.takeEntries(), notOpened(""));
-    EXPECT_FALSE(ContentLoader::outputData("text", "file/"));
-    EXPECT_EQ(m_log.takeEntries(), notOpened("file/"));
-    EXPECT_THAT(m_folder.list(), ElementsAre("inner"));
-}
+    for (const std::string& path : paths)
+    {
+        EXPECT_FALSE(ContentLoader::outputData("text", path)) << path;
+        EXPECT_EQ(m_log.takeEntries(), notOpened(path));
+    }
 
-TEST_F(ContentLoaderOutputTest, EmptyPathWithoutAWorkingPathCannotBeWritten)
-{
+    EXPECT_THAT(m_folder.list(), ElementsAre("inner", "itself", "link", "pipe"));
+    EXPECT_TRUE(std::filesystem::is_symlink(m_folder.pathOf("itself")));
     EXPECT_FALSE(writeAbsolute("text", ""));
-
     EXPECT_EQ(m_log.takeEntries(), notOpened(""));
-}
-
-TEST_F(ContentLoaderOutputTest, PathWithANulCannotBeWritten)
-{
-    const std::string path("file\0.json", 10);
-
-    EXPECT_FALSE(ContentLoader::outputData("text", path));
-
-    EXPECT_EQ(m_log.takeEntries(), notOpened(path));
-    EXPECT_THAT(m_folder.list(), IsEmpty());
-}
-
-TEST_F(ContentLoaderOutputTest, NameTooLongForTheSystemCannotBeWritten)
-{
-    const std::string path(300, 'a');
-
-    EXPECT_FALSE(ContentLoader::outputData("text", path));
-
-    EXPECT_EQ(m_log.takeEntries(), notOpened(path));
 }
 
 TEST_F(ContentLoaderOutputTest, LongestNameOfTheSystemCanBeWritten)
@@ -227,20 +173,7 @@ TEST_F(ContentLoaderOutputTest, FileThatMayNotBeWrittenStays)
     EXPECT_THAT(m_folder.list(), ElementsAre("file"));
 }
 
-TEST_F(ContentLoaderOutputTest, NewFileInAFolderThatTakesNoneCannotBeWritten)
-{
-    m_folder.write("locked/file", "text");
-    setPermissions("locked", 0555);
-
-    {
-        const OrdinaryUser user;
-        EXPECT_FALSE(ContentLoader::outputData("texts", "locked/other"));
-    }
-
-    EXPECT_EQ(m_log.takeEntries(), notOpened("locked/other"));
-}
-
-TEST_F(ContentLoaderOutputTest, FileInAFolderThatTakesNoNewOnesIsWrittenInPlace)
+TEST_F(ContentLoaderOutputTest, FolderThatTakesNoNewFilesHasTheOldOnesWrittenInPlace)
 {
     m_folder.write("locked/file", "a longer text than the new one");
     setPermissions("locked/file", 0666);
@@ -248,9 +181,11 @@ TEST_F(ContentLoaderOutputTest, FileInAFolderThatTakesNoNewOnesIsWrittenInPlace)
 
     {
         const OrdinaryUser user;
+        EXPECT_FALSE(ContentLoader::outputData("texts", "locked/other"));
         EXPECT_TRUE(ContentLoader::outputData("texts", "locked/file"));
     }
 
+    EXPECT_EQ(m_log.takeEntries(), notOpened("locked/other"));
     EXPECT_EQ(m_folder.read("locked/file"), "texts");
 }
 
@@ -318,82 +253,33 @@ TEST_F(ContentLoaderOutputTest, NewFileHasTheUsualPermissions)
     EXPECT_EQ(permissionsOf("file"), 0640U);
 }
 
-TEST_F(ContentLoaderOutputTest, LinkIsFollowedAndStaysALink)
-{
-    m_folder.write("inner/file", "text");
-    link("inner/file", "link");
-    link("link", "linkToTheLink");
-
-    EXPECT_TRUE(ContentLoader::outputData("texts", "linkToTheLink"));
-
-    EXPECT_EQ(m_folder.read("inner/file"), "texts");
-    EXPECT_TRUE(std::filesystem::is_symlink(m_folder.pathOf("link")));
-    EXPECT_TRUE(std::filesystem::is_symlink(m_folder.pathOf("linkToTheLink")));
-}
-
-TEST_F(ContentLoaderOutputTest, AbsoluteLinkIsFollowed)
+TEST_F(ContentLoaderOutputTest, LinksAreFollowedAndStayLinks)
 {
     const TemporaryFolder elsewhere;
     elsewhere.write("file", "text");
-    link(elsewhere.pathOf("file"), "link");
+    m_folder.write("inner/file", "text");
+    link("inner/file", "link");
+    link("link", "linkToTheLink");
+    link(elsewhere.pathOf("file"), "absolute");
+    link("new", "toNothing");
 
-    EXPECT_TRUE(ContentLoader::outputData("texts", "link"));
+    for (const char* path : {"linkToTheLink", "absolute", "toNothing"})
+        EXPECT_TRUE(ContentLoader::outputData("texts", path)) << path;
 
+    EXPECT_EQ(m_folder.read("inner/file"), "texts");
     EXPECT_EQ(elsewhere.read("file"), "texts");
-    EXPECT_TRUE(std::filesystem::is_symlink(m_folder.pathOf("link")));
+    EXPECT_EQ(m_folder.read("new"), "texts");
+    for (const char* path : {"link", "linkToTheLink", "absolute", "toNothing"})
+        EXPECT_TRUE(std::filesystem::is_symlink(m_folder.pathOf(path))) << path;
 }
 
-TEST_F(ContentLoaderOutputTest, LinkToNothingMakesTheFileThatItNames)
+TEST_F(ContentLoaderOutputTest, DevicesAreWrittenAndTheirFailuresNotReported)
 {
-    link("file", "link");
-
-    EXPECT_TRUE(ContentLoader::outputData("text", "link"));
-
-    EXPECT_EQ(m_folder.read("file"), "text");
-    EXPECT_TRUE(std::filesystem::is_symlink(m_folder.pathOf("link")));
-    EXPECT_THAT(m_folder.list(), ElementsAre("file", "link"));
-}
-
-TEST_F(ContentLoaderOutputTest, LinkToNothingInAMissingFolderCannotBeWritten)
-{
-    link("missing/file", "link");
-
-    EXPECT_FALSE(ContentLoader::outputData("text", "link"));
-
-    EXPECT_EQ(m_log.takeEntries(), notOpened("link"));
-}
-
-TEST_F(ContentLoaderOutputTest, LinkToItselfCannotBeWritten)
-{
-    link("link", "link");
-
-    EXPECT_FALSE(ContentLoader::outputData("text", "link"));
-
-    EXPECT_EQ(m_log.takeEntries(), notOpened("link"));
-    EXPECT_TRUE(std::filesystem::is_symlink(m_folder.pathOf("link")));
-}
-
-TEST_F(ContentLoaderOutputTest, DeviceThatTakesEverythingIsWritten)
-{
-    EXPECT_TRUE(writeAbsolute("text", "/dev/null"));
-
-    EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
-}
-
-TEST_F(ContentLoaderOutputTest, FailureWhileWritingIsNotReported)
-{
-    EXPECT_TRUE(writeAbsolute("text", "/dev/full"));
-
-    EXPECT_TRUE(std::filesystem::is_character_file("/dev/full"));
-}
-
-TEST_F(ContentLoaderOutputTest, FifoWithoutAReaderCannotBeWritten)
-{
-    ASSERT_EQ(::mkfifo(m_folder.pathOf("pipe").c_str(), 0666), 0);
-
-    EXPECT_FALSE(ContentLoader::outputData("text", "pipe"));
-
-    EXPECT_EQ(m_log.takeEntries(), notOpened("pipe"));
+    for (const char* device : {"/dev/null", "/dev/full"})
+    {
+        EXPECT_TRUE(writeAbsolute("text", device)) << device;
+        EXPECT_TRUE(std::filesystem::is_character_file(device)) << device;
+    }
 }
 
 TEST_F(ContentLoaderOutputTest, FifoWithAReaderIsWritten)

@@ -26,13 +26,6 @@ protected:
         return ContentLoader::processScriptSources(text, compile);
     }
 
-    // Processes the root of a document as one declaration.
-    static Result processTree(const std::string& document, bool compile = false)
-    {
-        auto parsed = parse(document);
-        return ContentLoader::processScriptTree(parsed.getRoot(), compile);
-    }
-
     static void expectFailure(const Result& result, const std::string& error)
     {
         EXPECT_EQ(result.status, 2U);
@@ -65,31 +58,22 @@ TEST_F(ContentLoaderTest, TextThatIsNoDocumentIsLoggedInSixEntries)
     EXPECT_EQ(parsed.getRoot(), nullptr);
     EXPECT_FALSE(parsed.hasFailed());
     EXPECT_EQ(parsed.getError(), "");
-    EXPECT_THAT(
-        m_log.takeEntries(),
-        ElementsAre(
-            LogEntry{"", "-"},
-            LogEntry{"Object Declaration parse error :", "ContentLoader::inputDataSources"},
-            LogEntry{"line 2, column 10: syntax error", "ContentLoader::inputDataSources"},
-            LogEntry{"", "-"},
-            LogEntry{"  \"name\" >>>1", "ContentLoader::inputDataSources"},
-            LogEntry{"", "-"}));
+    expectLogged(
+        {{"", "-"},
+         {"Object Declaration parse error :", "ContentLoader::inputDataSources"},
+         {"line 2, column 10: syntax error", "ContentLoader::inputDataSources"},
+         {"", "-"},
+         {"  \"name\" >>>1", "ContentLoader::inputDataSources"},
+         {"", "-"}});
 }
 
-TEST_F(ContentLoaderTest, EmptyTextIsNoDocument)
+TEST_F(ContentLoaderTest, EmptyAndNullStringsAreNoDocuments)
 {
-    const auto parsed = ContentLoader::inputDataSources("");
-
-    EXPECT_EQ(parsed.getRoot(), nullptr);
-    EXPECT_EQ(m_log.takeEntries(), parseError("line 1, column 1: incomplete JSON", ">>>"));
-}
-
-TEST_F(ContentLoaderTest, NullTextIsNoDocument)
-{
-    const auto parsed = ContentLoader::inputDataSources(StringView());
-
-    EXPECT_EQ(parsed.getRoot(), nullptr);
-    EXPECT_EQ(m_log.takeEntries(), parseError("line 1, column 1: incomplete JSON", ">>>"));
+    for (const StringView& string : {StringView(""), StringView()})
+    {
+        EXPECT_EQ(ContentLoader::inputDataSources(string).getRoot(), nullptr);
+        EXPECT_EQ(m_log.takeEntries(), parseError("line 1, column 1: incomplete JSON", ">>>"));
+    }
 }
 
 TEST_F(ContentLoaderTest, TextNeedNotEndWithAZero)
@@ -171,41 +155,22 @@ TEST_F(ContentLoaderTest, UnknownTypeIsLoggedAndStillASuccess)
     const Result result = process(R"({"name": "a", "type": "Lua", "sources": "x = 1"})", true);
 
     EXPECT_EQ(result.status, 0U);
-    EXPECT_THAT(
-        m_log.takeEntries(),
-        ElementsAre(
-            LogEntry{"Script type requested unknown. This will disable the Script.", "Script"}));
+    expectLogged("Script type requested unknown. This will disable the Script.", "Script");
     EXPECT_EQ(getScript("a")->getLastCompilationResult().errorCode, 2U);
 }
 
-TEST_F(ContentLoaderTest, DeclaringAgainUpdatesTheScriptInPlace)
+TEST_F(ContentLoaderTest, DeclaringAgainUpdatesTheScriptInPlaceAndLeavesWhatIsNotDeclared)
 {
     process(R"({"name": "a", "type": "lua", "sources": "x = 1"})", true);
     Script* const script = getScript("a");
 
     const Result result = process(R"({"name": "a", "type": "lua", "sources": "x = 2"})", true);
-
     EXPECT_EQ(result.objects[0], script);
     EXPECT_EQ(countScripts(), 1U);
     EXPECT_EQ(resultOf(*script), 2);
-}
-
-TEST_F(ContentLoaderTest, DeclaringAgainLeavesWhatIsNotDeclared)
-{
-    process(R"({"name": "a", "type": "lua", "sources": "x = 1"})");
-
     process(R"({"name": "a", "type": null, "sources": 5})");
 
-    EXPECT_EQ(getScript("a")->getTargetInterpreter(), 1U);
-    EXPECT_EQ(getScript("a")->getSources(), "x = 1");
-}
-
-TEST_F(ContentLoaderTest, ScriptOfTheHostIsUpdatedToo)
-{
-    Script* const script = addScript("a", "x = 1");
-
-    process(R"({"name": "a", "sources": "x = 2"})");
-
+    EXPECT_EQ(script->getTargetInterpreter(), 1U);
     EXPECT_EQ(script->getSources(), "x = 2");
 }
 
@@ -223,34 +188,25 @@ TEST_F(ContentLoaderTest, ScriptWithAnotherNameOfItsOwnIsFoundWhereItIsFiled)
     EXPECT_EQ(script->getName(), "b");
 }
 
-TEST_F(ContentLoaderTest, ScriptIsCompiledIfAskedFor)
-{
-    process(R"({"name": "a", "type": "lua", "sources": "x = 1"})", true);
-
-    EXPECT_EQ(resultOf(*getScript("a")), 1);
-}
-
-TEST_F(ContentLoaderTest, ScriptIsNotCompiledOtherwise)
+TEST_F(ContentLoaderTest, ScriptIsCompiledIfAskedForAndKeepsItsCompiledFormOtherwise)
 {
     process(R"({"name": "a", "type": "lua", "sources": "x = = 1"})", false);
-
     EXPECT_TRUE(getScript("a")->getLastCompilationResult().success);
     EXPECT_EQ(resultOf(*getScript("a")), -1);
     m_log.takeEntries();
-}
-
-TEST_F(ContentLoaderTest, CompiledFormStaysWhereOnlySourcesComeAndNothingIsCompiled)
-{
     process(R"({"name": "a", "type": "lua", "sources": "x = 1"})", true);
+    EXPECT_EQ(resultOf(*getScript("a")), 1);
 
     process(R"({"name": "a", "sources": "x = 2"})", false);
 
     EXPECT_EQ(resultOf(*getScript("a")), 1);
 }
 
-TEST_F(ContentLoaderTest, ScriptThatDoesNotCompileIsASuccess)
+TEST_F(ContentLoaderTest, ScriptThatDoesNotCompileAnyMoreIsASuccessWithoutCompiledForm)
 {
-    const Result result = process(R"({"name": "a", "type": "lua", "sources": "x = = 1"})", true);
+    process(R"({"name": "a", "type": "lua", "sources": "x = 1"})", true);
+
+    const Result result = process(R"({"name": "a", "sources": "x = = 1"})", true);
 
     EXPECT_EQ(result.status, 0U);
     EXPECT_THAT(namesOf(result.objects), ElementsAre("a"));
@@ -260,48 +216,33 @@ TEST_F(ContentLoaderTest, ScriptThatDoesNotCompileIsASuccess)
     const std::string text = "Error while compiling script 'a' : [string \"x = = 1\"]:1: "
                              "unexpected symbol near '='";
     EXPECT_EQ(compiled.message, StringView(text));
-    EXPECT_THAT(m_log.takeEntries(), ElementsAre(LogEntry{text, "LuaScript"}));
-}
-
-TEST_F(ContentLoaderTest, ScriptThatDoesNotCompileAnyMoreHasNoCompiledForm)
-{
-    process(R"({"name": "a", "type": "lua", "sources": "x = 1"})", true);
-
-    process(R"({"name": "a", "sources": "x = = 1"})", true);
-
+    expectLogged(text, "LuaScript");
     EXPECT_EQ(resultOf(*getScript("a")), -1);
     m_log.takeEntries();
 }
 
-TEST_F(ContentLoaderTest, TreeStaysTheCallers)
+TEST_F(ContentLoaderTest, TreeBecomesAScriptAndStaysTheCallers)
 {
-    auto parsed = parse(R"({"name": "a", "type": "lua", "sources": "x = 1"})");
+    auto parsed = parse(R"({"name": "a", "type": "lua", "sources": "x = 4"})");
 
-    ContentLoader::processScriptTree(parsed.getRoot(), true);
-
-    EXPECT_THAT(
-        membersOf(parsed.getRoot()),
-        ElementsAre(Pair("name", "a"), Pair("type", "lua"), Pair("sources", "x = 1")));
-}
-
-TEST_F(ContentLoaderTest, NullTreeIsNoObject)
-{
-    expectFailure(
-        ContentLoader::processScriptTree(nullptr, true), "Script Declaration entry not an object.");
-}
-
-TEST_F(ContentLoaderTest, TreeThatIsAnArrayIsNoObject)
-{
-    expectFailure(processTree(R"([{"name": "a"}])"), "Script Declaration entry not an object.");
-}
-
-TEST_F(ContentLoaderTest, TreeBecomesAScript)
-{
-    const Result result = processTree(R"({"name": "a", "type": "lua", "sources": "x = 4"})", true);
+    const Result result = ContentLoader::processScriptTree(parsed.getRoot(), true);
 
     EXPECT_EQ(result.status, 0U);
     EXPECT_THAT(namesOf(result.objects), ElementsAre("a"));
     EXPECT_EQ(resultOf(*getScript("a")), 4);
+    EXPECT_THAT(
+        membersOf(parsed.getRoot()),
+        ElementsAre(Pair("name", "a"), Pair("type", "lua"), Pair("sources", "x = 4")));
+}
+
+TEST_F(ContentLoaderTest, NullTreesAndArraysAreNoObjects)
+{
+    auto parsed = parse(R"([{"name": "a"}])");
+
+    for (tbExport::Node* tree : {static_cast<tbExport::Node*>(nullptr), parsed.getRoot()})
+        expectFailure(
+            ContentLoader::processScriptTree(tree, true),
+            "Script Declaration entry not an object.");
 }
 
 namespace
@@ -314,10 +255,7 @@ struct WrongDocument
     const char* error;
 };
 
-std::ostream& operator<<(std::ostream& stream, const WrongDocument& document)
-{
-    return stream << document.text;
-}
+using test::operator<<;
 
 constexpr const char* NO_CONTAINER =
     "Script Declaration import error. This is not an object nor an array.";
@@ -352,6 +290,147 @@ TEST_P(ContentLoaderWrongDocumentTest, IsAFailureThatIsNotLogged)
 {
     expectFailure(process(GetParam().text, true), GetParam().error);
 
+    EXPECT_THAT(m_log.takeEntries(), IsEmpty());
+}
+
+// Documents with several declarations.
+
+using Result = ContentLoadResult<Script>;
+
+class ContentLoaderArrayTest : public LoadingFixture
+{
+protected:
+    static Result process(const std::string& text, bool compile = false)
+    {
+        return ContentLoader::processScriptSources(text, compile);
+    }
+};
+
+TEST_F(ContentLoaderArrayTest, EmptyArrayIsASuccess)
+{
+    const Result result = process("[]");
+
+    EXPECT_EQ(result.status, 0U);
+    EXPECT_TRUE(result.errors.empty());
+    EXPECT_TRUE(result.objects.empty());
+}
+
+TEST_F(ContentLoaderArrayTest, ScriptsComeInTheOrderOfTheDocument)
+{
+    const Result result = process(R"([{"name": "c"}, {"name": "a"}, {"name": "b"}])");
+
+    EXPECT_EQ(result.status, 0U);
+    EXPECT_TRUE(result.errors.empty());
+    EXPECT_THAT(namesOf(result.objects), ElementsAre("c", "a", "b"));
+    EXPECT_EQ(countScripts(), 3U);
+}
+
+TEST_F(ContentLoaderArrayTest, ElementsThatFailDoNotStopTheOthersAndAreToldInTheirOrder)
+{
+    const Result result = process(R"([{}, {"name": "a"}, 5, {"name": 5}, {"name": "c"}])");
+
+    EXPECT_EQ(result.status, 1U);
+    EXPECT_THAT(
+        textsOf(result.errors),
+        ElementsAre(
+            "Script Declaration entry incomplete. There is no name field.",
+            "Script Declaration entry not an object.",
+            "Script Declaration entry incomplete. There is no name field."));
+    EXPECT_THAT(namesOf(result.objects), ElementsAre("a", "c"));
+}
+
+TEST_F(ContentLoaderArrayTest, OnlyFailuresAreStillPartial)
+{
+    const Result result = process("[1]");
+
+    EXPECT_EQ(result.status, 1U);
+    EXPECT_TRUE(result.objects.empty());
+    EXPECT_EQ(countScripts(), 0U);
+}
+
+TEST_F(ContentLoaderArrayTest, ElementsAreCompiledIfAskedFor)
+{
+    process(R"([{"name": "a", "type": "lua", "sources": "x = = 1"}])", false);
+    EXPECT_TRUE(getScript("a")->getLastCompilationResult().success);
+
+    process(
+        R"([{"name": "a", "type": "lua", "sources": "x = 1"},
+            {"name": "b", "type": "lua", "sources": "x = 2"}])",
+        true);
+
+    EXPECT_EQ(resultOf(*getScript("a")), 1);
+    EXPECT_EQ(resultOf(*getScript("b")), 2);
+}
+
+TEST_F(ContentLoaderArrayTest, ScriptThatDoesNotCompileIsNoFailure)
+{
+    const Result result =
+        process(R"([{"name": "a", "type": "lua", "sources": "x = = 1"}, {"name": "b"}])", true);
+
+    EXPECT_EQ(result.status, 0U);
+    EXPECT_THAT(namesOf(result.objects), ElementsAre("a", "b"));
+    expectLogged(
+        "Error while compiling script 'a' : [string \"x = = 1\"]:1: unexpected symbol near '='",
+        "LuaScript");
+}
+
+TEST_F(ContentLoaderArrayTest, NameThatComesTwiceGivesOneScriptWithTheLastSources)
+{
+    const Result result =
+        process(R"([{"name": "a", "sources": "x = 1"}, {"name": "a", "sources": "x = 2"}])");
+
+    EXPECT_THAT(namesOf(result.objects), ElementsAre("a", "a"));
+    EXPECT_EQ(countScripts(), 1U);
+    EXPECT_EQ(getScript("a")->getSources(), "x = 2");
+}
+
+TEST_F(ContentLoaderArrayTest, ScriptsBeforeASyntaxErrorAreNotMade)
+{
+    const Result result = process("[{\"name\": \"a\"},\n 5 5]");
+
+    EXPECT_EQ(result.status, 2U);
+    EXPECT_EQ(countScripts(), 0U);
+    EXPECT_EQ(m_log.takeEntries(), parseError("line 2, column 4: syntax error", " 5 >>>5]"));
+}
+
+namespace
+{
+
+struct WrongElement
+{
+    const char* row;
+    const char* text;
+};
+
+using test::operator<<;
+
+} // namespace
+
+class ContentLoaderWrongElementTest : public LoadingFixture,
+                                      public ::testing::WithParamInterface<WrongElement>
+{
+};
+
+INSTANTIATE_TEST_SUITE_P(
+    Kinds,
+    ContentLoaderWrongElementTest,
+    ::testing::Values(
+        WrongElement{"Number", "5"},
+        WrongElement{"Text", R"("name")"},
+        WrongElement{"Bool", "false"},
+        WrongElement{"Null", "null"},
+        WrongElement{"Array", R"([{"name": "a"}])"}),
+    RowName());
+
+TEST_P(ContentLoaderWrongElementTest, IsNoObject)
+{
+    const std::string text = "[" + std::string(GetParam().text) + "]";
+
+    const Result result = ContentLoader::processScriptSources(text, true);
+
+    EXPECT_EQ(result.status, 1U);
+    EXPECT_THAT(textsOf(result.errors), ElementsAre("Script Declaration entry not an object."));
+    EXPECT_TRUE(result.objects.empty());
     EXPECT_THAT(m_log.takeEntries(), IsEmpty());
 }
 

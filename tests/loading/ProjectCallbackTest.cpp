@@ -76,24 +76,15 @@ TEST_F(ProjectCallbackTest, IsCalledOnceForEachScriptInTheOrderOfTheFile)
     EXPECT_THAT(namesOf(result.scripts), ElementsAre("a", "b"));
 }
 
-TEST_F(ProjectCallbackTest, IsNotCalledForWhatIsSkipped)
+TEST_F(ProjectCallbackTest, IsNotCalledForWhatIsSkippedNorWithoutScripts)
 {
     std::vector<std::string> names;
+    const auto note = [&names](Script* script, Node*) { names.push_back(nameOf(script)); };
 
-    load(
-        R"({"scripts": [{}, {"name": "a"}, 5, {"name": null}]})",
-        [&names](Script* script, Node*) { names.push_back(nameOf(script)); });
+    load(R"({"scripts": [{}, {"name": "a"}, 5, {"name": null}]})", note);
+    load(R"({"scripts": {"name": "b"}})", note);
 
     EXPECT_THAT(names, ElementsAre("a"));
-}
-
-TEST_F(ProjectCallbackTest, IsNotCalledWithoutScripts)
-{
-    bool isCalled = false;
-
-    load(R"({"scripts": {"name": "a"}})", [&isCalled](Script*, Node*) { isCalled = true; });
-
-    EXPECT_FALSE(isCalled);
 }
 
 TEST_F(ProjectCallbackTest, SeesTheFiledScriptAndItsWholeDeclaration)
@@ -119,30 +110,21 @@ TEST_F(ProjectCallbackTest, SeesTheFiledScriptAndItsWholeDeclaration)
             Pair("author", "me")));
 }
 
-TEST_F(ProjectCallbackTest, IsCalledBeforeItsScriptIsCompiled)
+TEST_F(ProjectCallbackTest, IsCalledBeforeItsScriptIsCompiledAndAfterTheOneBeforeWas)
 {
-    int before = 0;
-
-    load(TWO_SCRIPTS, [&before](Script* script, Node*) { before += resultOf(*script); });
-
-    EXPECT_EQ(m_log.takeEntries().size(), 2U); // there was nothing to run
-    EXPECT_EQ(before, -2);
-    EXPECT_EQ(resultOf(*getScript("a")), 1);
-}
-
-TEST_F(ProjectCallbackTest, IsCalledAfterTheScriptBeforeWasCompiled)
-{
-    int first = 0;
+    std::vector<int> results;
 
     load(
         TWO_SCRIPTS,
-        [&first](Script* script, Node*)
+        [&results](Script* script, Node*)
         {
-            if (nameOf(script) == "b")
-                first = resultOf(*getScript("a"));
+            results.push_back(resultOf(*script));
+            results.push_back(resultOf(*getScript("a")));
         });
 
-    EXPECT_EQ(first, 1);
+    EXPECT_EQ(m_log.takeEntries().size(), 3U); // where there was nothing to run
+    EXPECT_THAT(results, ElementsAre(-1, -1, -1, 1));
+    EXPECT_EQ(resultOf(*getScript("b")), 2);
 }
 
 TEST_F(ProjectCallbackTest, SourcesThatItChangesAreCompiled)
@@ -176,31 +158,21 @@ TEST_F(ProjectCallbackTest, DeclarationThatItChangesChangesNothingMore)
     EXPECT_EQ(resultOf(*getScript("a")), 1);
 }
 
-TEST_F(ProjectCallbackTest, ScriptThatItErasesIsLeftOut)
+TEST_F(ProjectCallbackTest, ScriptThatItErasesIsLeftOutAlsoAnEarlierOne)
 {
-    const ProjectLoadResult result = load(
-        TWO_SCRIPTS,
-        [](Script* script, Node*)
-        {
-            if (nameOf(script) == "a")
-                ScriptManager::getInstance()->erase("a");
-        });
+    for (const char* at : {"a", "b"})
+    {
+        const ProjectLoadResult result = load(
+            TWO_SCRIPTS,
+            [at](Script* script, Node*)
+            {
+                if (nameOf(script) == at)
+                    ScriptManager::getInstance()->erase("a");
+            });
 
-    EXPECT_THAT(namesOf(result.scripts), ElementsAre("b"));
-    EXPECT_EQ(getScript("a"), nullptr);
-}
-
-TEST_F(ProjectCallbackTest, EarlierScriptThatItErasesIsLeftOut)
-{
-    const ProjectLoadResult result = load(
-        TWO_SCRIPTS,
-        [](Script* script, Node*)
-        {
-            if (nameOf(script) == "b")
-                ScriptManager::getInstance()->erase("a");
-        });
-
-    EXPECT_THAT(namesOf(result.scripts), ElementsAre("b"));
+        EXPECT_THAT(namesOf(result.scripts), ElementsAre("b")) << at;
+        EXPECT_EQ(getScript("a"), nullptr) << at;
+    }
 }
 
 TEST_F(ProjectCallbackTest, ScriptThatItErasesAndMakesAnewIsAnotherOne)

@@ -63,17 +63,11 @@ TEST_F(ProjectLoaderTest, ResultIsCopiedAndMoved)
     EXPECT_THAT(namesOf(moved.scripts), ElementsAre("a"));
 }
 
-TEST_F(ProjectLoaderTest, ScriptsOutliveTheResult)
+TEST_F(ProjectLoaderTest, ScriptsComeInTheOrderOfTheFileAndOtherMembersAreIgnored)
 {
-    loadDocument(R"({"scripts": [{"name": "a", "type": "lua", "sources": "x = 1"}]})");
-
-    EXPECT_EQ(resultOf(*getScript("a")), 1);
-}
-
-TEST_F(ProjectLoaderTest, ScriptsComeInTheOrderOfTheFile)
-{
-    const ProjectLoadResult result =
-        loadDocument(R"({"scripts": [{"name": "c"}, {"name": "a"}, {"name": "b"}]})");
+    const ProjectLoadResult result = loadDocument(
+        R"({"version": 3, "scripts": [{"name": "c"}, {"name": "a"}, {"name": "b"}],
+            "more": [{"name": "d"}]})");
 
     EXPECT_THAT(namesOf(result.scripts), ElementsAre("c", "a", "b"));
     EXPECT_EQ(result.scripts[1], getScript("a"));
@@ -97,11 +91,9 @@ TEST_F(ProjectLoaderTest, ScriptThatDoesNotCompileIsLoadedAllTheSame)
 
     EXPECT_THAT(namesOf(result.scripts), ElementsAre("a", "b"));
     EXPECT_EQ(getScript("a")->getLastCompilationResult().errorCode, 3U);
-    EXPECT_THAT(
-        m_log.takeEntries(),
-        ElementsAre(LogEntry{
-            "Error while compiling script 'a' : [string \"x = = 1\"]:1: unexpected symbol near '='",
-            "LuaScript"}));
+    expectLogged(
+        "Error while compiling script 'a' : [string \"x = = 1\"]:1: unexpected symbol near '='",
+        "LuaScript");
 }
 
 TEST_F(ProjectLoaderTest, ScriptWithoutInterpreterFailsToCompileSilently)
@@ -121,10 +113,7 @@ TEST_F(ProjectLoaderTest, UnknownTypeIsLoggedAndLoaded)
         loadDocument(R"({"scripts": [{"name": "a", "type": "LUA", "sources": "x = 1"}]})");
 
     EXPECT_THAT(namesOf(result.scripts), ElementsAre("a"));
-    EXPECT_THAT(
-        m_log.takeEntries(),
-        ElementsAre(
-            LogEntry{"Script type requested unknown. This will disable the Script.", "Script"}));
+    expectLogged("Script type requested unknown. This will disable the Script.", "Script");
 }
 
 TEST_F(ProjectLoaderTest, ElementsThatAreNoCompleteDeclarationsAreSkippedSilently)
@@ -136,19 +125,6 @@ TEST_F(ProjectLoaderTest, ElementsThatAreNoCompleteDeclarationsAreSkippedSilentl
     EXPECT_THAT(namesOf(result.scripts), ElementsAre("a", "b"));
     EXPECT_EQ(countScripts(), 2U);
     EXPECT_THAT(m_log.takeEntries(), IsEmpty());
-}
-
-TEST_F(ProjectLoaderTest, OtherMembersAreIgnored)
-{
-    const ProjectLoadResult result =
-        loadDocument(R"({"version": 3, "scripts": [{"name": "a"}], "more": [{"name": "b"}]})");
-
-    EXPECT_THAT(namesOf(result.scripts), ElementsAre("a"));
-}
-
-TEST_F(ProjectLoaderTest, EmptyListGivesNoScripts)
-{
-    EXPECT_TRUE(loadDocument(R"({"scripts": []})").scripts.empty());
 }
 
 TEST_F(ProjectLoaderTest, NameThatComesTwiceGivesOneScriptTwice)
@@ -211,11 +187,9 @@ TEST_F(ProjectLoaderTest, PathIsThatOfTheFileItself)
 
     EXPECT_TRUE(load("level.proj").scripts.empty());
 
-    EXPECT_THAT(
-        m_log.takeEntries(),
-        ElementsAre(LogEntry{
-            "Can't find Object Declaration file " + m_folder.pathOf("level.proj"),
-            "ContentLoader::inputData"}));
+    expectLogged(
+        "Can't find Object Declaration file " + m_folder.pathOf("level.proj"),
+        "ContentLoader::inputData");
     EXPECT_THAT(namesOf(load("level_scripts.tbscripts").scripts), ElementsAre("a"));
 }
 
@@ -255,10 +229,7 @@ struct OtherDocument
     const char* text;
 };
 
-std::ostream& operator<<(std::ostream& stream, const OtherDocument& document)
-{
-    return stream << document.text;
-}
+using test::operator<<;
 
 } // namespace
 
@@ -272,6 +243,7 @@ INSTANTIATE_TEST_SUITE_P(
     ProjectLoaderOtherDocumentTest,
     ::testing::Values(
         OtherDocument{"EmptyObject", "{}"},
+        OtherDocument{"EmptyList", R"({"scripts": []})"},
         OtherDocument{"DeclarationAtTheRoot", R"({"name": "a"})"},
         OtherDocument{"ArrayAtTheRoot", R"([{"name": "a"}])"},
         OtherDocument{"ListInAnArray", R"([{"scripts": [{"name": "a"}]}])"},

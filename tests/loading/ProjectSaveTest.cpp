@@ -15,6 +15,7 @@
 namespace tbScripts::test
 {
 
+using tbMemory::StringView;
 using tbResources::ResourceManager;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
@@ -84,19 +85,14 @@ TEST_F(ProjectSaveTest, QueryIsCopiedWithWhatTheHostCarriesAlong)
     EXPECT_THAT(m_folder.list(), ElementsAre("level_scripts.tbscripts"));
 }
 
-TEST_F(ProjectSaveTest, DeclarationHasNameTypeAndSourcesInThisOrder)
+TEST_F(ProjectSaveTest, DeclarationHasNameTypeAndSourcesInThisOrderAlsoWithoutInterpreter)
 {
     addScript("a", "x = 1");
-
     save("level.proj");
-
     EXPECT_THAT(
         readDeclarations("level_scripts.tbscripts"),
         ElementsAre(ElementsAre(Pair("name", "a"), Pair("type", "lua"), Pair("sources", "x = 1"))));
-}
-
-TEST_F(ProjectSaveTest, ScriptWithoutInterpreterIsSavedToo)
-{
+    killScripts();
     ScriptManager::getInstance()->createOrRetrieve("a");
 
     save("level.proj");
@@ -132,25 +128,7 @@ TEST_F(ProjectSaveTest, ScriptIsSavedUnderItsOwnName)
     EXPECT_EQ(readDeclarations("level_scripts.tbscripts").at(0).at(0).second, "b");
 }
 
-TEST_F(ProjectSaveTest, WithoutScriptsTheFileIsAnEmptyObject)
-{
-    save("level.proj");
-
-    const auto parsed = parse(m_folder.read("level_scripts.tbscripts"));
-    EXPECT_TRUE(parsed.getRoot()->isObject());
-    EXPECT_EQ(parsed.getRoot()->getSize(), 0U);
-}
-
-TEST_F(ProjectSaveTest, ManagerIsMadeWhereThereIsNone)
-{
-    killScripts();
-
-    save("level.proj");
-
-    EXPECT_NE(ScriptManager::getInstanceIfExisting(), nullptr);
-}
-
-TEST_F(ProjectSaveTest, EarlierFileIsReplaced)
+TEST_F(ProjectSaveTest, WithoutScriptsTheFileIsAnEmptyObjectThatReplacesAnEarlierOne)
 {
     addScript("a", std::string(10000, ' '));
     save("level.proj");
@@ -158,8 +136,11 @@ TEST_F(ProjectSaveTest, EarlierFileIsReplaced)
 
     save("level.proj");
 
-    EXPECT_EQ(parse(m_folder.read("level_scripts.tbscripts")).getRoot()->getSize(), 0U);
+    const auto parsed = parse(m_folder.read("level_scripts.tbscripts"));
+    EXPECT_TRUE(parsed.getRoot()->isObject());
+    EXPECT_EQ(parsed.getRoot()->getSize(), 0U);
     EXPECT_THAT(m_folder.list(), ElementsAre("level_scripts.tbscripts"));
+    EXPECT_NE(ScriptManager::getInstanceIfExisting(), nullptr); // it is created for that
 }
 
 TEST_F(ProjectSaveTest, ScriptsStayAsTheyAre)
@@ -188,11 +169,8 @@ TEST_F(ProjectSaveTest, FileThatCannotBeOpenedIsLoggedWithItsDerivedName)
 {
     save("missing/level.proj");
 
-    EXPECT_THAT(
-        m_log.takeEntries(),
-        ElementsAre(LogEntry{
-            "Error when trying to open file saving : missing/level_scripts.tbscripts",
-            "ContentLoader"}));
+    expectLogged(
+        "Error when trying to open file saving : missing/level_scripts.tbscripts", "ContentLoader");
     EXPECT_THAT(m_folder.list(), IsEmpty());
 }
 
@@ -206,10 +184,7 @@ struct ProjectPath
     const char* file;
 };
 
-std::ostream& operator<<(std::ostream& stream, const ProjectPath& path)
-{
-    return stream << path.path;
-}
+using test::operator<<;
 
 } // namespace
 
@@ -246,6 +221,108 @@ TEST_P(ProjectSavePathTest, GivesTheNameOfTheFile)
     save(GetParam().path);
 
     EXPECT_NE(m_folder.read(GetParam().file), "<missing>");
+}
+
+// What was saved is what is loaded.
+class ProjectRoundTripTest : public LoadingFixture
+{
+protected:
+    // Saves all scripts, forgets them and loads them back.
+    static ProjectLoadResult saveAndLoad()
+    {
+        ProjectSaveQuery saving;
+        saving.path = "level.proj";
+        ProjectLoader::save(saving);
+        killScripts();
+        ProjectLoadQuery loading;
+        loading.path = "level_scripts.tbscripts";
+        return ProjectLoader::load(loading);
+    }
+
+    // Saves and loads a script without interpreter, which may hold anything.
+    static std::string sourcesAfterwards(const std::string& sources)
+    {
+        ScriptManager::getInstance()->createOrRetrieve("a")->setSources(sources);
+        saveAndLoad();
+        return std::string(std::string_view(getScript("a")->getSources()));
+    }
+
+    void TearDown() override
+    {
+        m_log.takeEntries(); // scripts without interpreter tell so when they are loaded
+        LoadingFixture::TearDown();
+    }
+};
+
+TEST_F(ProjectRoundTripTest, KeepsNameTypeAndSources)
+{
+    addScript("a", "x = 1");
+    ScriptManager::getInstance()->createOrRetrieve("b")->setSources("anything");
+
+    const ProjectLoadResult result = saveAndLoad();
+
+    EXPECT_EQ(result.scripts.size(), 2U);
+    EXPECT_EQ(resultOf(*getScript("a")), 1);
+    EXPECT_EQ(getScript("b")->getSources(), "anything");
+    EXPECT_EQ(getScript("b")->getTargetInterpreter(), 0U);
+    EXPECT_EQ(countScripts(), 2U);
+}
+
+TEST_F(ProjectRoundTripTest, KeepsEveryByteAndPairOfBytesAndAMegabyte)
+{
+    std::string pairs;
+    for (int i = 0; i < 256 * 256; ++i)
+    {
+        pairs += static_cast<char>(i / 256);
+        pairs += static_cast<char>(i);
+    }
+    std::string megabyte;
+    for (unsigned int i = 0; i < 1024 * 1024; ++i)
+        megabyte += static_cast<char>((i * 2654435761U) >> 13U);
+
+    EXPECT_EQ(sourcesAfterwards(pairs), pairs);
+    EXPECT_EQ(sourcesAfterwards(megabyte), megabyte);
+}
+
+TEST_F(ProjectRoundTripTest, KeepsSourcesOfOddForm)
+{
+    for (const std::string& sources :
+         {std::string("\0a\0\0", 4),
+          std::string("\xC0\x80 \xED\xA0\x80 \xFF\xFE \xE2\x82 \xF5\x80\x80\x80 \x80"), // no UTF-8
+          std::string(R"(x = "\u0041\\\"" -- \ud800 \/ \n)"),
+          std::string("a\r\nb\nc\r\r\n"),
+          std::string("\xEF\xBB\xBFx = 1")})
+        EXPECT_EQ(sourcesAfterwards(sources), sources);
+}
+
+TEST_F(ProjectRoundTripTest, KeepsNamesOfAnyBytes)
+{
+    const std::string name("\0\xff\n\"\\", 5);
+    addScript(name, "x = 1");
+    addScript("", "x = 2");
+
+    saveAndLoad();
+
+    EXPECT_EQ(countScripts(), 2U);
+    EXPECT_EQ(resultOf(*getScript(name)), 1);
+    EXPECT_EQ(resultOf(*getScript("")), 2);
+}
+
+TEST_F(ProjectRoundTripTest, KeepsTwoThousandScripts)
+{
+    for (int i = 0; i < 2000; ++i)
+        addScript("script " + std::to_string(i), "x = " + std::to_string(i));
+
+    const ProjectLoadResult result = saveAndLoad();
+
+    EXPECT_EQ(result.scripts.size(), 2000U);
+    for (int i = 0; i < 2000; ++i)
+    {
+        Script* const script = getScript("script " + std::to_string(i));
+        ASSERT_NE(script, nullptr) << i;
+        EXPECT_EQ(script->getSources(), StringView("x = " + std::to_string(i)));
+        EXPECT_TRUE(script->getLastCompilationResult().success);
+    }
 }
 
 } // namespace tbScripts::test

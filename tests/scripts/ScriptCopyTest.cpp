@@ -8,8 +8,6 @@
 namespace tbScripts::test
 {
 
-using ::testing::ElementsAre;
-
 namespace
 {
 
@@ -27,74 +25,40 @@ protected:
     // The one message of a failed compilation.
     void expectLoggedFailureOf(const std::string& scriptName)
     {
-        EXPECT_THAT(
-            m_log.takeEntries(),
-            ElementsAre(LogEntry{
-                "Error while compiling script '" + scriptName +
-                    "' : [string \"x = = 1\"]:1: unexpected symbol near '='",
-                "LuaScript"}));
+        expectLogged(
+            "Error while compiling script '" + scriptName +
+                "' : [string \"x = = 1\"]:1: unexpected symbol near '='",
+            "LuaScript");
     }
 };
 
-TEST_F(ScriptCopyTest, HasNameSourcesAndInterpreter)
+TEST_F(ScriptCopyTest, HasNameSourcesInterpreterAndCompiledFormOfTheOriginal)
 {
-    m_script.setSources("x = 1");
+    load("x = 1");
 
     const Script copy(m_script);
 
     EXPECT_EQ(copy.getName(), "x");
     EXPECT_EQ(copy.getSources(), "x = 1");
     EXPECT_EQ(copy.getTargetInterpreter(), 1U);
-}
-
-TEST_F(ScriptCopyTest, HasTheCompiledFormOfTheOriginal)
-{
-    load("x = 1");
-
-    const Script copy(m_script);
-
     EXPECT_EQ(run(copy), 1);
 }
 
-TEST_F(ScriptCopyTest, SeesWhatTheOriginalLoads)
+TEST_F(ScriptCopyTest, LoadsAndUnloadsItsOwnSourcesForBothAsTheOriginalDoes)
 {
-    const Script copy(m_script);
+    Script copy(m_script);
 
     load("x = 1");
-
     EXPECT_EQ(run(copy), 1);
     EXPECT_EQ(copy.getSources(), "");
-}
-
-TEST_F(ScriptCopyTest, LoadsItsOwnSourcesForBoth)
-{
-    load("x = 1");
-    Script copy(m_script);
     copy.setSources("x = 2");
-
     EXPECT_TRUE(copy.load());
-
     EXPECT_EQ(run(m_script), 2);
     EXPECT_EQ(m_script.getSources(), "x = 1");
-}
-
-TEST_F(ScriptCopyTest, UnloadsForBoth)
-{
-    load("x = 1");
-    Script copy(m_script);
-
     copy.unload();
-
     EXPECT_FALSE(hasBytecode(m_script));
-}
-
-TEST_F(ScriptCopyTest, IsUnloadedByTheOriginal)
-{
-    load("x = 1");
-    const Script copy(m_script);
-
+    copy.load();
     m_script.unload();
-
     EXPECT_FALSE(hasBytecode(copy));
 }
 
@@ -127,40 +91,23 @@ TEST_F(ScriptCopyTest, HasANameOfItsOwn)
     EXPECT_EQ(m_script.getName(), "x");
 }
 
-TEST_F(ScriptCopyTest, ReportsWithTheNameOfTheOriginal)
-{
-    Script copy(m_script);
-    copy.setName("copy");
-    copy.setSources("x = = 1");
-
-    copy.load();
-
-    expectLoggedFailureOf("x");
-}
-
-TEST_F(ScriptCopyTest, ReportsWithTheNewNameOfTheOriginal)
-{
-    Script copy(m_script);
-    copy.setSources("x = = 1");
-    m_script.setName("renamed");
-
-    copy.load();
-
-    expectLoggedFailureOf("renamed");
-}
-
-TEST_F(ScriptCopyTest, ReportsWithTheLastNameOfAnOriginalThatIsGone)
+TEST_F(ScriptCopyTest, ReportsWithTheNameOfTheOriginalUpToItsLast)
 {
     auto original = std::make_unique<Script>(m_script);
     original->setTargetInterpreter(INTERPRETER_LUA);
     Script copy(*original);
     copy.setName("copy");
     copy.setSources("x = = 1");
+
+    copy.load();
+    expectLoggedFailureOf("x");
+    original->setName("renamed");
+    copy.load();
+    expectLoggedFailureOf("renamed");
     original->setName("last");
     original.reset();
 
     EXPECT_FALSE(copy.load());
-
     EXPECT_EQ(copy.getLastCompilationResult().errorCode, 3U);
     expectLoggedFailureOf("last");
 }
@@ -222,8 +169,9 @@ TEST_F(ScriptCopyTest, AssignmentTakesEverythingOfTheSource)
     Script target;
     target.setName("target");
 
-    target = m_script;
+    Script& result = target = m_script;
 
+    EXPECT_EQ(&result, &target);
     EXPECT_EQ(target.getName(), "x");
     EXPECT_EQ(target.getSources(), "x = 1");
     EXPECT_EQ(target.getTargetInterpreter(), 1U);
@@ -231,24 +179,16 @@ TEST_F(ScriptCopyTest, AssignmentTakesEverythingOfTheSource)
     EXPECT_EQ(run(target), 1);
 }
 
-TEST_F(ScriptCopyTest, AssignmentTakesTheLackOfAnInterpreterToo)
-{
-    load("x = 1");
-
-    m_script = Script();
-
-    EXPECT_EQ(m_script.getTargetInterpreter(), 0U);
-    EXPECT_FALSE(m_script.load());
-    EXPECT_EQ(m_script.getLastCompilationResult().errorCode, 2U);
-}
-
-TEST_F(ScriptCopyTest, AssignmentLeavesTheEarlierCompiledFormToItsOtherHolders)
+TEST_F(ScriptCopyTest, AssignmentTakesTheLackOfAnInterpreterAndLeavesTheFormToItsOtherHolders)
 {
     load("x = 1");
     const Script copy(m_script);
 
     m_script = Script();
 
+    EXPECT_EQ(m_script.getTargetInterpreter(), 0U);
+    EXPECT_FALSE(m_script.load());
+    EXPECT_EQ(m_script.getLastCompilationResult().errorCode, 2U);
     EXPECT_EQ(run(copy), 1);
 }
 
@@ -273,15 +213,6 @@ TEST_F(ScriptCopyTest, AssigningToItselfChangesNothing)
     EXPECT_EQ(m_script.getName(), "x");
     EXPECT_EQ(m_script.getSources(), "x = 1");
     EXPECT_EQ(run(m_script), 1);
-}
-
-TEST_F(ScriptCopyTest, AssignmentReturnsItsTarget)
-{
-    Script target;
-
-    Script& result = target = m_script;
-
-    EXPECT_EQ(&result, &target);
 }
 
 TEST_F(ScriptCopyTest, MovingIsCopying)

@@ -13,7 +13,6 @@ namespace tbScripts::test
 
 using tbExport::Node;
 using tbMemory::StringView;
-using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
 namespace
@@ -114,26 +113,25 @@ TEST_F(ScriptDeclarationTest, ExportLeavesOtherMembers)
     EXPECT_EQ(node.getMember("author")->getString(), "somebody");
 }
 
-TEST_F(ScriptDeclarationTest, ExportIntoANodeThatIsNoObjectWritesNothing)
+TEST_F(ScriptDeclarationTest, ExportAndImportWithoutAnObjectDoNothing)
 {
-    Node node;
-    node.setArray();
+    load("x = 1");
+    Node array;
+    array.setArray();
+    Node string;
+    string.setString("sources");
+    Node empty = makeObject();
 
-    m_script.exportClassToTree(&node);
-
-    EXPECT_TRUE(node.isArray());
-    EXPECT_EQ(node.getSize(), 0U);
-}
-
-TEST_F(ScriptDeclarationTest, ExportAndImportWithoutNodeDoNothing)
-{
-    m_script.setSources("x = 1");
-
+    m_script.exportClassToTree(&array);
     m_script.exportClassToTree(nullptr);
-    m_script.importClassFromTree(nullptr);
+    for (Node* node : {&array, &string, &empty, static_cast<Node*>(nullptr)})
+        m_script.importClassFromTree(node);
 
+    EXPECT_TRUE(array.isArray());
+    EXPECT_EQ(array.getSize(), 0U);
     EXPECT_EQ(m_script.getSources(), "x = 1");
     EXPECT_EQ(m_script.getTargetInterpreter(), 1U);
+    EXPECT_EQ(run(m_script), 1);
 }
 
 TEST_F(ScriptDeclarationTest, ImportTakesInterpreterAndSources)
@@ -150,42 +148,27 @@ TEST_F(ScriptDeclarationTest, ImportTakesInterpreterAndSources)
     EXPECT_EQ(run(script), 8);
 }
 
-TEST_F(ScriptDeclarationTest, ImportTakesAllBytesOfTheSources)
+TEST_F(ScriptDeclarationTest, ImportTakesAllBytesOfTheSourcesAndEmptyOnesToo)
 {
-    Node node = declareSources(StringView("x = '\0\xff'\r\n", 10));
+    for (const StringView& sources : {StringView("x = '\0\xff'\r\n", 10), StringView("")})
+    {
+        Node node = declareSources(sources);
 
-    m_script.importClassFromTree(&node);
+        m_script.importClassFromTree(&node);
 
-    EXPECT_EQ(m_script.getSources(), StringView("x = '\0\xff'\r\n", 10));
+        EXPECT_EQ(m_script.getSources(), sources);
+    }
 }
 
-TEST_F(ScriptDeclarationTest, ImportOfEmptySourcesReplacesThem)
-{
-    m_script.setSources("x = 1");
-    Node node = declareSources("");
-
-    m_script.importClassFromTree(&node);
-
-    EXPECT_EQ(m_script.getSources(), "");
-}
-
-TEST_F(ScriptDeclarationTest, ImportNeverChangesTheName)
+TEST_F(ScriptDeclarationTest, ImportNeverChangesTheNameAndNeverCompiles)
 {
     Node node = declareType("lua");
     node.addMember("name")->setString("declared");
-
-    m_script.importClassFromTree(&node);
-
-    EXPECT_EQ(m_script.getName(), "x");
-}
-
-TEST_F(ScriptDeclarationTest, ImportNeverCompiles)
-{
-    Node node = declareType("lua");
     node.addMember("sources")->setString("x = = 1");
 
     m_script.importClassFromTree(&node);
 
+    EXPECT_EQ(m_script.getName(), "x");
     EXPECT_TRUE(m_script.getLastCompilationResult().success);
     EXPECT_FALSE(hasBytecode(m_script));
 }
@@ -211,29 +194,6 @@ TEST_F(ScriptDeclarationTest, ImportOfTheSameTypeDropsTheCompiledForm)
     EXPECT_FALSE(hasBytecode(m_script));
 }
 
-TEST_F(ScriptDeclarationTest, ImportOfAnEmptyObjectChangesNothing)
-{
-    load("x = 1");
-    Node node = makeObject();
-
-    m_script.importClassFromTree(&node);
-
-    EXPECT_EQ(m_script.getSources(), "x = 1");
-    EXPECT_EQ(run(m_script), 1);
-}
-
-TEST_F(ScriptDeclarationTest, ImportFromANodeThatIsNoObjectChangesNothing)
-{
-    load("x = 1");
-    Node node;
-    node.setString("sources");
-
-    m_script.importClassFromTree(&node);
-
-    EXPECT_EQ(m_script.getSources(), "x = 1");
-    EXPECT_EQ(run(m_script), 1);
-}
-
 TEST_F(ScriptDeclarationTest, ImportUndoesExportButForTheName)
 {
     m_script.setSources("x = 9");
@@ -257,10 +217,7 @@ struct UnknownType
     const char* text;
 };
 
-void PrintTo(const UnknownType& type, std::ostream* stream) // the framework's name for this
-{
-    *stream << type.text;
-}
+using test::operator<<;
 
 } // namespace
 
@@ -281,26 +238,17 @@ INSTANTIATE_TEST_SUITE_P(
         UnknownType{"Number", "1"}),
     RowName());
 
-TEST_P(ScriptDeclarationUnknownTypeTest, DisablesTheScriptAndIsLogged)
-{
-    Node node = declareType(GetParam().text);
-
-    m_script.importClassFromTree(&node);
-
-    EXPECT_THAT(m_log.takeEntries(), ElementsAre(SCRIPT_WAS_DISABLED));
-    EXPECT_FALSE(m_script.load());
-    EXPECT_EQ(m_script.getLastCompilationResult().errorCode, 2U);
-}
-
-TEST_P(ScriptDeclarationUnknownTypeTest, StillTakesTheSources)
+TEST_P(ScriptDeclarationUnknownTypeTest, DisablesTheScriptIsLoggedAndLeavesTheSourcesToBeTaken)
 {
     Node node = declareType(GetParam().text);
     node.addMember("sources")->setString("x = 1");
 
     m_script.importClassFromTree(&node);
 
-    m_log.takeEntries();
+    expectLogged({SCRIPT_WAS_DISABLED});
     EXPECT_EQ(m_script.getSources(), "x = 1");
+    EXPECT_FALSE(m_script.load());
+    EXPECT_EQ(m_script.getLastCompilationResult().errorCode, 2U);
 }
 
 namespace
@@ -311,11 +259,6 @@ struct NoText
     const char* row;
     void (*set)(Node& node);
 };
-
-void PrintTo(const NoText& kind, std::ostream* stream) // the framework's name for this
-{
-    *stream << kind.row;
-}
 
 } // namespace
 
@@ -335,27 +278,18 @@ INSTANTIATE_TEST_SUITE_P(
         NoText{"Object", [](Node& node) { node.setObject(); }}),
     RowName());
 
-TEST_P(ScriptDeclarationNoTextTest, TypeThatIsNoTextIsIgnored)
+TEST_P(ScriptDeclarationNoTextTest, IsIgnoredAsTypeAndSources)
 {
     load("x = 1");
     Node node = makeObject();
     GetParam().set(*node.addMember("type"));
-
-    m_script.importClassFromTree(&node);
-
-    EXPECT_EQ(m_script.getTargetInterpreter(), 1U);
-    EXPECT_EQ(run(m_script), 1);
-}
-
-TEST_P(ScriptDeclarationNoTextTest, SourcesThatAreNoTextAreIgnored)
-{
-    m_script.setSources("x = 1");
-    Node node = makeObject();
     GetParam().set(*node.addMember("sources"));
 
     m_script.importClassFromTree(&node);
 
+    EXPECT_EQ(m_script.getTargetInterpreter(), 1U);
     EXPECT_EQ(m_script.getSources(), "x = 1");
+    EXPECT_EQ(run(m_script), 1);
 }
 
 } // namespace tbScripts::test

@@ -1,5 +1,6 @@
 // The receiver of the log may do anything to the script of whose failure it reads.
 
+#include "support/RowName.h"
 #include "support/ScriptFixture.h"
 
 #include <tbScripts/LogManager.h>
@@ -99,13 +100,70 @@ TEST_F(ScriptLogReceiverTest, MayLoadTheScriptAnewInVain)
             FAILURE));
 }
 
-TEST_F(ScriptLogReceiverTest, MayDestroyTheScript)
+namespace
 {
-    ActingReceiver receiver([this] { m_own.reset(); });
+
+// What the receiver does, what it reads then besides, and the result that is left, 99 for none.
+struct ActionRow
+{
+    const char* row;
+    void (*act)(std::unique_ptr<Script>& script);
+    std::vector<LogEntry> before;
+    unsigned int code;
+};
+
+using test::operator<<;
+
+using Owned = std::unique_ptr<Script>;
+
+constexpr unsigned int NO_RESULT = 99;
+
+} // namespace
+
+class ScriptLogReceiverActionTest : public ScriptLogReceiverTest,
+                                    public ::testing::WithParamInterface<ActionRow>
+{
+};
+
+INSTANTIATE_TEST_SUITE_P(
+    Actions,
+    ScriptLogReceiverActionTest,
+    ::testing::Values(
+        ActionRow{"Destroying", [](Owned& script) { script.reset(); }, {}, NO_RESULT},
+        ActionRow{
+            "Disabling",
+            [](Owned& script) { script->setTargetInterpreter(INTERPRETER_UNKNOWN); },
+            {DISABLED},
+            0},
+        ActionRow{
+            "ChangingNameAndSources",
+            [](Owned& script)
+            {
+                script->setName("a name that is longer than the one before, and stored elsewhere");
+                script->setSources("x = 'sources that are longer than those before'");
+            },
+            {},
+            3},
+        ActionRow{"Assigning", [](Owned& script) { *script = Script(); }, {}, 0},
+        ActionRow{"Unloading", [](Owned& script) { script->unload(); }, {}, 3},
+        ActionRow{"KillingTheManager", [](Owned&) { LogManager::getInstance()->kill(); }, {}, 3}),
+    RowName());
+
+TEST_P(ScriptLogReceiverActionTest, IsSafeWhileAScriptFailsToCompile)
+{
+    ActingReceiver receiver([this] { GetParam().act(m_own); });
 
     EXPECT_FALSE(m_own->load());
 
-    EXPECT_THAT(receiver.takeEntries(), ElementsAre(FAILURE));
+    std::vector<LogEntry> expected = GetParam().before;
+    expected.push_back(FAILURE);
+    EXPECT_EQ(receiver.takeEntries(), expected);
+    EXPECT_EQ(m_own == nullptr, GetParam().code == NO_RESULT);
+    if (!m_own)
+        return;
+    const CompilationResult& result = m_own->getLastCompilationResult();
+    EXPECT_EQ(result.errorCode, GetParam().code);
+    EXPECT_EQ(result.message, GetParam().code == 3 ? FAILURE.message : "");
 }
 
 TEST_F(ScriptLogReceiverTest, MayDestroyTheScriptWhileACopyCompiles)
@@ -118,51 +176,6 @@ TEST_F(ScriptLogReceiverTest, MayDestroyTheScriptWhileACopyCompiles)
     EXPECT_THAT(receiver.takeEntries(), ElementsAre(FAILURE));
     EXPECT_EQ(copy.getLastCompilationResult().errorCode, 3U);
     EXPECT_EQ(copy.getLastCompilationResult().message, FAILURE.message);
-}
-
-TEST_F(ScriptLogReceiverTest, MayDisableTheScript)
-{
-    ActingReceiver receiver([this] { m_own->setTargetInterpreter(INTERPRETER_UNKNOWN); });
-
-    EXPECT_FALSE(m_own->load());
-
-    EXPECT_THAT(receiver.takeEntries(), ElementsAre(DISABLED, FAILURE));
-    EXPECT_TRUE(m_own->getLastCompilationResult().success);
-}
-
-TEST_F(ScriptLogReceiverTest, MayChangeNameAndSources)
-{
-    ActingReceiver receiver(
-        [this]
-        {
-            m_own->setName("a name that is longer than the one before, and stored elsewhere");
-            m_own->setSources("x = 'sources that are longer than those before'");
-        });
-
-    EXPECT_FALSE(m_own->load());
-
-    EXPECT_THAT(receiver.takeEntries(), ElementsAre(FAILURE));
-    EXPECT_EQ(m_own->getLastCompilationResult().message, FAILURE.message);
-}
-
-TEST_F(ScriptLogReceiverTest, MayAssignOverTheScript)
-{
-    ActingReceiver receiver([this] { *m_own = Script(); });
-
-    EXPECT_FALSE(m_own->load());
-
-    EXPECT_THAT(receiver.takeEntries(), ElementsAre(FAILURE));
-    EXPECT_EQ(m_own->getName(), "");
-}
-
-TEST_F(ScriptLogReceiverTest, MayUnloadTheScript)
-{
-    ActingReceiver receiver([this] { m_own->unload(); });
-
-    EXPECT_FALSE(m_own->load());
-
-    EXPECT_THAT(receiver.takeEntries(), ElementsAre(FAILURE));
-    EXPECT_EQ(m_own->getLastCompilationResult().errorCode, 3U);
 }
 
 TEST_F(ScriptLogReceiverTest, MayDestroyTheScriptThatIsBeingDisabled)
@@ -184,17 +197,6 @@ TEST_F(ScriptLogReceiverTest, FindsTheScriptDisabledWhenItReadsOfThat)
     EXPECT_FALSE(hasLoaded);
     EXPECT_EQ(m_own->getLastCompilationResult().errorCode, 2U);
     EXPECT_THAT(receiver.takeEntries(), ElementsAre(DISABLED));
-}
-
-TEST_F(ScriptLogReceiverTest, MayKillTheManager)
-{
-    ActingReceiver receiver([] { LogManager::getInstance()->kill(); });
-
-    EXPECT_FALSE(m_own->load());
-
-    EXPECT_EQ(LogManager::getInstanceIfExisting(), nullptr);
-    EXPECT_EQ(m_own->getLastCompilationResult().errorCode, 3U);
-    EXPECT_THAT(receiver.takeEntries(), ElementsAre(FAILURE));
 }
 
 } // namespace tbScripts::test

@@ -1,12 +1,15 @@
 // The process's scripts by name.
 
 #include "support/EnvironmentFixture.h"
+#include "support/LogFixture.h"
 
+#include <tbScripts/Environment.h>
 #include <tbScripts/Script.h>
 #include <tbScripts/ScriptManager.h>
 
 #include <functional>
 #include <limits>
+#include <memory>
 #include <set>
 #include <string>
 #include <utility>
@@ -67,28 +70,7 @@ protected:
         copy() = manager();
         killManager();
     }
-
-    // Declares a host function that does `action`.
-    void declareAction(const std::string& name, std::function<void()> action)
-    {
-        declare(
-            name,
-            {},
-            [action = std::move(action)](const Parameters&)
-            {
-                action();
-                return FunctionParameter::VOID;
-            });
-    }
 };
-
-TEST_F(ScriptManagerTest, SameNameGivesTheSameScriptAndOneEntry)
-{
-    Script* const first = manager().createOrRetrieve("a");
-
-    EXPECT_EQ(manager().createOrRetrieve("a"), first);
-    EXPECT_EQ(manager().getCount(), 1U);
-}
 
 TEST_F(ScriptManagerTest, NewScriptHasItsNameAndNothingElse)
 {
@@ -100,24 +82,17 @@ TEST_F(ScriptManagerTest, NewScriptHasItsNameAndNothingElse)
     EXPECT_TRUE(script->getLastCompilationResult().success);
 }
 
-TEST_F(ScriptManagerTest, RetrievingLeavesTheScriptAsItIs)
+TEST_F(ScriptManagerTest, SameNameGivesTheSameScriptAsItIsAndOneEntry)
 {
-    makeLua("a", "x = 3");
+    Script* const script = makeLua("a", "x = 3");
 
-    Script* const script = manager().createOrRetrieve("a");
-
-    EXPECT_EQ(script->getSources(), "x = 3");
-    EXPECT_EQ(script->getTargetInterpreter(), 1U);
-    EXPECT_TRUE(environment().execute(*script));
-}
-
-TEST_F(ScriptManagerTest, GetFindsWhatIsFiledAndFilesNothing)
-{
-    Script* const script = manager().createOrRetrieve("a");
-
+    EXPECT_EQ(manager().createOrRetrieve("a"), script);
     EXPECT_EQ(manager().get("a"), script);
     EXPECT_EQ(manager().get("b"), nullptr);
     EXPECT_EQ(manager().getCount(), 1U);
+    EXPECT_EQ(script->getSources(), "x = 3");
+    EXPECT_EQ(script->getTargetInterpreter(), 1U);
+    EXPECT_TRUE(environment().execute(*script));
 }
 
 TEST_F(ScriptManagerTest, NamesInOtherLettersAreOtherScripts)
@@ -213,47 +188,29 @@ TEST_F(ScriptManagerTest, EraseOfAnUnknownNameChangesNothing)
     EXPECT_EQ(manager().getCount(), 1U);
 }
 
-TEST_F(ScriptManagerTest, EraseTakesTheNameOfTheScriptItself)
+TEST_F(ScriptManagerTest, EraseTakesTheNameOfTheScriptItselfWhichIsFreeThen)
 {
-    const Script* const script = manager().createOrRetrieve(std::string(100, 'a'));
+    const std::string name(100, 'a');
+    const Script* const script = makeLua(name, "x = 3");
 
     manager().erase(script->getName());
 
     EXPECT_EQ(manager().getCount(), 0U);
+    EXPECT_EQ(manager().createOrRetrieve(name)->getSources(), "");
 }
 
-TEST_F(ScriptManagerTest, NameOfAnErasedScriptIsFree)
-{
-    makeLua("a", "x = 3");
-    manager().erase("a");
-
-    const Script* const script = manager().createOrRetrieve("a");
-
-    EXPECT_EQ(script->getSources(), "");
-}
-
-TEST_F(ScriptManagerTest, ScriptErasedWhileItRunsGoesOn)
+TEST_F(ScriptManagerTest, ScriptErasedWhileItRunsGoesOnAndReportsWithItsName)
 {
     declareAction("erase", [] { manager().erase("a"); });
-    Script* const script = makeLua("a", "x = 1 erase() collectgarbage() x = 2");
-
+    Script* script = makeLua("a", "x = 1 erase() collectgarbage() x = 2");
     EXPECT_TRUE(environment().execute(*script));
-
     EXPECT_EQ(environment().getVar("x", -1), 2);
     EXPECT_EQ(manager().get("a"), nullptr);
-}
-
-TEST_F(ScriptManagerTest, ScriptErasedWhileItRunsReportsWithItsName)
-{
-    declareAction("erase", [] { manager().erase("a"); });
-    Script* const script = makeLua("a", "erase() error('late', 0)");
+    script = makeLua("a", "erase() error('late', 0)");
 
     EXPECT_FALSE(environment().execute(*script));
 
-    EXPECT_THAT(
-        m_log.takeEntries(),
-        ::testing::ElementsAre(
-            LogEntry{"Error while executing script 'a' : late", "LuaEnvironment"}));
+    expectLogged("Error while executing script 'a' : late", "LuaEnvironment");
 }
 
 TEST_F(ScriptManagerTest, ManagerKilledByARunningScriptLetsItGoOn)
@@ -285,25 +242,18 @@ TEST_F(ScriptManagerTest, ManagerAfterAKillIsEmpty)
     EXPECT_EQ(manager().getCount(), 0U);
 }
 
-TEST_F(ScriptManagerTest, CopySharesTheScripts)
+TEST_F(ScriptManagerTest, CopySharesTheScriptsSoFarAndHasEntriesOfItsOwn)
 {
     Script* const script = manager().createOrRetrieve("a");
 
     copy() = manager();
+    manager().createOrRetrieve("later");
 
     EXPECT_EQ(copy().get("a"), script);
+    EXPECT_EQ(copy().get("later"), nullptr);
     copy().erase("a");
     EXPECT_EQ(copy().get("a"), nullptr);
     EXPECT_EQ(manager().get("a"), script);
-}
-
-TEST_F(ScriptManagerTest, CopyDoesNotLearnOfLaterScripts)
-{
-    copy() = manager();
-
-    manager().createOrRetrieve("a");
-
-    EXPECT_EQ(copy().get("a"), nullptr);
 }
 
 TEST_F(ScriptManagerTest, ScriptsLiveAsLongAsTheLastManagerThatHasThem)
@@ -325,6 +275,123 @@ TEST_F(ScriptManagerTest, SelfAssignmentChangesNothing)
     manager() = same;
 
     EXPECT_EQ(manager().get("a"), script);
+}
+
+// Filing a script under another name.
+class ScriptRenameTest : public LogFixture
+{
+protected:
+    ScriptRenameTest()
+        : m_manager(ScriptManager::getInstanceRef())
+        , m_script(m_manager.createOrRetrieve("a"))
+    {
+        m_script->setTargetInterpreter(INTERPRETER_LUA);
+        m_script->setSources("x = 3");
+        m_script->load();
+    }
+
+    ~ScriptRenameTest() override
+    {
+        if (ScriptManager* const existing = ScriptManager::getInstanceIfExisting())
+            existing->kill();
+    }
+
+    // Renames a script over another one, which gives it to the caller.
+    std::unique_ptr<Script> collide()
+    {
+        m_other = m_manager.createOrRetrieve("b");
+        m_manager.rename("a", "b");
+        return std::unique_ptr<Script>(m_script);
+    }
+
+    ScriptManager& m_manager;
+    Script* m_script;
+    Script* m_other = nullptr;
+};
+
+TEST_F(ScriptRenameTest, FilesTheSameObjectUnderItsNewNameWithWhatIsCompiled)
+{
+    m_manager.rename("a", "b");
+
+    EXPECT_EQ(m_manager.get("b"), m_script);
+    EXPECT_EQ(m_manager.get("a"), nullptr);
+    EXPECT_EQ(m_script->getName(), "b");
+    EXPECT_EQ(m_manager.getCount(), 1U);
+    EXPECT_EQ(m_manager.getByIndex(0), m_script);
+    Environment environment;
+    environment.setEnvironmentFor(INTERPRETER_LUA);
+    EXPECT_TRUE(environment.execute(*m_script));
+    EXPECT_NE(m_manager.createOrRetrieve("a"), m_script); // the old name is free
+    EXPECT_EQ(m_manager.getCount(), 2U);
+}
+
+TEST_F(ScriptRenameTest, OfAnUnknownNameOrToTheSameNameChangesNothing)
+{
+    m_manager.rename("unknown", "b");
+    m_manager.rename("unknown", "a");
+    m_manager.rename("a", "a");
+
+    EXPECT_EQ(m_manager.get("a"), m_script);
+    EXPECT_EQ(m_manager.get("b"), nullptr);
+    EXPECT_EQ(m_script->getName(), "a");
+    EXPECT_EQ(m_manager.getCount(), 1U);
+}
+
+TEST_F(ScriptRenameTest, TakesViewsOfTheScriptsOwnNameOrAPartOfIt)
+{
+    const std::string longName = std::string(100, 'n') + "tail";
+    m_manager.rename("a", longName);
+
+    m_manager.rename(m_script->getName(), m_script->getName());
+    EXPECT_EQ(m_manager.get(longName), m_script);
+    EXPECT_EQ(m_script->getName(), StringView(longName));
+    m_manager.rename(m_script->getName(), StringView(m_script->getName().data() + 100, 4));
+
+    EXPECT_EQ(m_manager.get("tail"), m_script);
+    EXPECT_EQ(m_script->getName(), "tail");
+}
+
+TEST_F(ScriptRenameTest, TakesAllBytesOfBothNames)
+{
+    m_manager.rename("a", StringView("a\0b", 3));
+    EXPECT_EQ(m_manager.get(StringView("a\0b", 3)), m_script);
+
+    m_manager.rename(StringView("a\0b", 3), "");
+
+    EXPECT_EQ(m_manager.get(""), m_script);
+    EXPECT_EQ(m_script->getName(), "");
+}
+
+TEST_F(ScriptRenameTest, OverAnotherScriptLeavesThatOneFiledAndGivesTheScriptToTheCaller)
+{
+    const std::unique_ptr<Script> script = collide(); // deletes it in the end
+
+    EXPECT_EQ(m_manager.get("b"), m_other);
+    EXPECT_EQ(m_manager.get("a"), nullptr);
+    EXPECT_EQ(m_other->getName(), "b");
+    EXPECT_EQ(m_manager.getCount(), 1U);
+    EXPECT_EQ(m_manager.getByIndex(0), m_other);
+    EXPECT_EQ(script->getName(), "b");
+    EXPECT_EQ(script->getSources(), "x = 3");
+    m_manager.rename("b", "c");
+    EXPECT_EQ(m_manager.get("c"), m_other);
+    EXPECT_EQ(script->getName(), "b");
+    m_manager.kill();
+    Environment environment;
+    environment.setEnvironmentFor(INTERPRETER_LUA);
+    EXPECT_TRUE(environment.execute(*script));
+}
+
+TEST_F(ScriptRenameTest, GoesByTheFiledNameNotByTheScriptsOwn)
+{
+    m_script->setName("other");
+
+    m_manager.rename("other", "b");
+    EXPECT_EQ(m_manager.get("a"), m_script);
+
+    m_manager.rename("a", "b");
+    EXPECT_EQ(m_manager.get("b"), m_script);
+    EXPECT_EQ(m_script->getName(), "b");
 }
 
 } // namespace tbScripts::test

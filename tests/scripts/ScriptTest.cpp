@@ -5,13 +5,13 @@
 #include <tbExport/Exportable.h>
 
 #include <string>
+#include <string_view>
 #include <type_traits>
 #include <vector>
 
 namespace tbScripts::test
 {
 
-using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
 namespace
@@ -26,31 +26,20 @@ class ScriptTest : public ScriptFixture
 {
 };
 
-TEST_F(ScriptTest, NewOneHasNoNameSourcesOrInterpreter)
+TEST_F(ScriptTest, NewOneHasNoNameSourcesOrInterpreterAndReportsSuccess)
 {
     const Script script;
+    const CompilationResult fresh;
 
     EXPECT_EQ(script.getName(), "");
     EXPECT_EQ(script.getSources(), "");
     EXPECT_EQ(script.getTargetInterpreter(), 0U);
-}
-
-TEST_F(ScriptTest, NewOneReportsSuccess)
-{
-    const Script script;
-
-    EXPECT_TRUE(script.getLastCompilationResult().success);
-    EXPECT_EQ(script.getLastCompilationResult().errorCode, 0U);
-    EXPECT_EQ(script.getLastCompilationResult().message, "");
-}
-
-TEST_F(ScriptTest, FreshResultIsASuccess)
-{
-    const CompilationResult result;
-
-    EXPECT_TRUE(result.success);
-    EXPECT_EQ(result.errorCode, 0U);
-    EXPECT_EQ(result.message, "");
+    for (const CompilationResult* result : {&script.getLastCompilationResult(), &fresh})
+    {
+        EXPECT_TRUE(result->success);
+        EXPECT_EQ(result->errorCode, 0U);
+        EXPECT_EQ(result->message, "");
+    }
 }
 
 TEST_F(ScriptTest, IsExportable)
@@ -59,40 +48,21 @@ TEST_F(ScriptTest, IsExportable)
     EXPECT_TRUE(std::has_virtual_destructor_v<Script>);
 }
 
-TEST_F(ScriptTest, LoadWithoutInterpreterFailsWithoutALogEntry)
+TEST_F(ScriptTest, LoadWithoutInterpreterFailsWithoutALogEntryEachTime)
 {
     Script script;
 
-    EXPECT_FALSE(script.load());
+    for (int i = 0; i < 2; ++i)
+    {
+        EXPECT_FALSE(script.load());
+        script.unload();
 
-    EXPECT_FALSE(script.getLastCompilationResult().success);
-    EXPECT_EQ(script.getLastCompilationResult().errorCode, 2U);
-    EXPECT_EQ(
-        script.getLastCompilationResult().message,
-        "Can't load if the InterpreterType has not been set.");
-}
-
-TEST_F(ScriptTest, LoadWithoutInterpreterFailsTheSameWayAgain)
-{
-    Script script;
-    script.load();
-
-    EXPECT_FALSE(script.load());
-
-    EXPECT_EQ(script.getLastCompilationResult().errorCode, 2U);
-    EXPECT_EQ(
-        script.getLastCompilationResult().message,
-        "Can't load if the InterpreterType has not been set.");
-}
-
-TEST_F(ScriptTest, UnloadWithoutInterpreterChangesNothing)
-{
-    Script script;
-    script.load();
-
-    script.unload();
-
-    EXPECT_EQ(script.getLastCompilationResult().errorCode, 2U);
+        EXPECT_FALSE(script.getLastCompilationResult().success);
+        EXPECT_EQ(script.getLastCompilationResult().errorCode, 2U);
+        EXPECT_EQ(
+            script.getLastCompilationResult().message,
+            "Can't load if the InterpreterType has not been set.");
+    }
 }
 
 TEST_F(ScriptTest, KeepsAllBytesOfItsName)
@@ -130,16 +100,11 @@ TEST_F(ScriptTest, KeepsAllBytesOfItsSources)
     EXPECT_EQ(m_script.getSources(), tbMemory::StringView("x=1\0\xff", 5));
 }
 
-TEST_F(ScriptTest, SettingSourcesCompilesNothing)
+TEST_F(ScriptTest, SettingSourcesCompilesNothingAndKeepsTheCompiledForm)
 {
     m_script.setSources("x = = 1");
-
     EXPECT_TRUE(m_script.getLastCompilationResult().success);
     EXPECT_FALSE(hasBytecode(m_script));
-}
-
-TEST_F(ScriptTest, SettingSourcesKeepsTheCompiledForm)
-{
     load("x = 1");
 
     m_script.setSources("x = 2");
@@ -157,18 +122,12 @@ TEST_F(ScriptTest, SettingLuaIsStoredWithoutALogEntry)
     EXPECT_TRUE(script.getLastCompilationResult().success);
 }
 
-TEST_F(ScriptTest, SettingLuaAgainDropsTheCompiledForm)
+TEST_F(ScriptTest, SettingLuaAgainDropsTheCompiledFormAndResetsTheResult)
 {
     load("x = 1");
-
     m_script.setTargetInterpreter(INTERPRETER_LUA);
-
     EXPECT_FALSE(hasBytecode(m_script));
     EXPECT_EQ(m_script.getSources(), "x = 1");
-}
-
-TEST_F(ScriptTest, SettingLuaAgainResetsTheResult)
-{
     loadExpectingError("x = = 1");
 
     m_script.setTargetInterpreter(INTERPRETER_LUA);
@@ -184,7 +143,7 @@ TEST_F(ScriptTest, SettingNoInterpreterOnANewOneIsLogged)
 
     script.setTargetInterpreter(INTERPRETER_UNKNOWN);
 
-    EXPECT_THAT(m_log.takeEntries(), ElementsAre(SCRIPT_WAS_DISABLED));
+    expectLogged({SCRIPT_WAS_DISABLED});
     EXPECT_EQ(script.getTargetInterpreter(), 0U);
 }
 
@@ -206,7 +165,7 @@ protected:
     void disable()
     {
         m_script.setTargetInterpreter(static_cast<INTERPRETER>(GetParam()));
-        EXPECT_THAT(m_log.takeEntries(), ElementsAre(SCRIPT_WAS_DISABLED));
+        expectLogged({SCRIPT_WAS_DISABLED});
     }
 };
 
@@ -216,23 +175,17 @@ INSTANTIATE_TEST_SUITE_P(
     ::testing::Values(0U, 2U, 255U, 4294967295U),
     ::testing::PrintToStringParamName());
 
-TEST_P(ScriptUnknownInterpreterTest, KeepsTheStoredInterpreter)
-{
-    disable();
-
-    EXPECT_EQ(m_script.getTargetInterpreter(), 1U);
-}
-
-TEST_P(ScriptUnknownInterpreterTest, DropsTheCompiledForm)
+TEST_P(ScriptUnknownInterpreterTest, KeepsTheStoredInterpreterAndDropsTheCompiledForm)
 {
     load("x = 1");
 
     disable();
 
+    EXPECT_EQ(m_script.getTargetInterpreter(), 1U);
     EXPECT_FALSE(hasBytecode(m_script));
 }
 
-TEST_P(ScriptUnknownInterpreterTest, ResetsTheResult)
+TEST_P(ScriptUnknownInterpreterTest, ResetsTheResultAndMakesLoadFail)
 {
     loadExpectingError("x = = 1");
 
@@ -240,18 +193,149 @@ TEST_P(ScriptUnknownInterpreterTest, ResetsTheResult)
 
     EXPECT_TRUE(m_script.getLastCompilationResult().success);
     EXPECT_EQ(m_script.getLastCompilationResult().message, "");
-}
-
-TEST_P(ScriptUnknownInterpreterTest, MakesLoadFail)
-{
-    disable();
-
     EXPECT_FALSE(load("x = 1"));
-
     EXPECT_EQ(m_script.getLastCompilationResult().errorCode, 2U);
     EXPECT_EQ(
         m_script.getLastCompilationResult().message,
         "Can't load if the InterpreterType has not been set.");
+}
+
+// What loading and unloading leave behind: result, log and compiled form.
+class ScriptCompilationTest : public ScriptFixture
+{
+protected:
+    // Runs the script, which has to fail, and returns the message.
+    std::string runExpectingError()
+    {
+        Environment environment;
+        environment.setEnvironmentFor(INTERPRETER_LUA);
+        EXPECT_FALSE(environment.execute(m_script));
+        m_log.takeEntries();
+        return std::string(std::string_view(environment.getLastExecutionResult().message));
+    }
+};
+
+TEST_F(ScriptCompilationTest, RightSourcesGiveASuccessWithoutMessageAndRunNothingYet)
+{
+    EXPECT_TRUE(load("error('this must not run')"));
+    EXPECT_TRUE(load("x = 20 + 1"));
+
+    EXPECT_TRUE(m_script.getLastCompilationResult().success);
+    EXPECT_EQ(m_script.getLastCompilationResult().errorCode, 0U);
+    EXPECT_EQ(m_script.getLastCompilationResult().message, "");
+    EXPECT_EQ(run(m_script), 21);
+}
+
+TEST_F(ScriptCompilationTest, WrongSourcesGiveCodeThreeAMessageAndNoCompiledFormUntilASuccess)
+{
+    load("x = 1");
+
+    EXPECT_EQ(
+        loadExpectingError("x = = 1"),
+        "Error while compiling script 'x' : [string \"x = = 1\"]:1: unexpected symbol near '='");
+    EXPECT_EQ(m_script.getLastCompilationResult().errorCode, 3U);
+    EXPECT_FALSE(hasBytecode(m_script));
+    EXPECT_TRUE(load("x = 1"));
+
+    EXPECT_TRUE(m_script.getLastCompilationResult().success);
+    EXPECT_EQ(m_script.getLastCompilationResult().errorCode, 0U);
+    EXPECT_EQ(m_script.getLastCompilationResult().message, "");
+}
+
+TEST_F(ScriptCompilationTest, MessageBeginsWithTheFirstLineOfTheSourcesShortenedIfLong)
+{
+    EXPECT_EQ(
+        loadExpectingError("local first\nlocal second\nx = = 1"),
+        "Error while compiling script 'x' : [string \"local first...\"]:3: unexpected symbol near "
+        "'='");
+    EXPECT_EQ(
+        loadExpectingError("local thisIsAVeryLongNameOfAVariableThatGoesOnAndOn = = 1"),
+        "Error while compiling script 'x' : [string \"local "
+        "thisIsAVeryLongNameOfAVariableThatGoesO...\"]:1: unexpected symbol near '='");
+}
+
+TEST_F(ScriptCompilationTest, MessageHasAllBytesOfTheNameAtThatTime)
+{
+    for (const std::string& name : {std::string(), std::string("a\0b", 3), std::string("later")})
+    {
+        m_script.setName(name);
+
+        EXPECT_EQ(
+            loadExpectingError("x = = 1"),
+            "Error while compiling script '" + name +
+                "' : [string \"x = = 1\"]:1: unexpected symbol near '='");
+    }
+}
+
+TEST_F(ScriptCompilationTest, LoadingAgainReplacesTheCompiledForm)
+{
+    load("x = 1");
+
+    load("x = 2");
+
+    EXPECT_EQ(run(m_script), 2);
+}
+
+TEST_F(ScriptCompilationTest, UnloadDropsTheCompiledFormAndKeepsTheResult)
+{
+    const std::string message = loadExpectingError("x = = 1");
+    m_script.unload();
+    EXPECT_FALSE(m_script.getLastCompilationResult().success);
+    EXPECT_EQ(m_script.getLastCompilationResult().errorCode, 3U);
+    EXPECT_EQ(m_script.getLastCompilationResult().message, message);
+    load("x = 4");
+
+    m_script.unload();
+    m_script.unload();
+
+    EXPECT_FALSE(hasBytecode(m_script));
+    EXPECT_TRUE(m_script.getLastCompilationResult().success);
+    EXPECT_EQ(m_script.getLastCompilationResult().errorCode, 0U);
+    EXPECT_TRUE(m_script.load());
+    EXPECT_EQ(run(m_script), 4);
+}
+
+TEST_F(ScriptCompilationTest, SourcesEndAtTheirFirstZero)
+{
+    EXPECT_TRUE(load(tbMemory::StringView("x = 5\0x = = 6", 13)));
+    EXPECT_EQ(run(m_script), 5);
+    EXPECT_EQ(m_script.getSources(), tbMemory::StringView("x = 5\0x = = 6", 13));
+    EXPECT_TRUE(load(tbMemory::StringView("\0x = = 6", 8)));
+    EXPECT_EQ(run(m_script), -1);
+    EXPECT_EQ(
+        loadExpectingError(tbMemory::StringView("x = \0 1", 7)),
+        "Error while compiling script 'x' : [string \"x = \"]:1: unexpected symbol near '<eof>'");
+}
+
+TEST_F(ScriptCompilationTest, CompiledFormKnowsLinesAndNames)
+{
+    load("local answer = nil\n\nanswer.text = 1");
+
+    EXPECT_EQ(
+        runExpectingError(),
+        "Error while executing script 'x' : [string \"local answer = nil...\"]:3: attempt to index "
+        "local 'answer' (a nil value)");
+}
+
+TEST_F(ScriptCompilationTest, CompiledFormRunsInManyEnvironmentsAndOutlivesTheSources)
+{
+    load("x = (x or 5) + 1");
+    EXPECT_EQ(run(m_script), 6);
+
+    m_script.setSources("");
+
+    EXPECT_EQ(run(m_script), 6);
+}
+
+TEST_F(ScriptCompilationTest, LongSourcesAreCompiledWhole)
+{
+    std::string sources;
+    for (int line = 0; line < 20'000; ++line)
+        sources += "-- a line of remarks that nobody reads, over and over again\n";
+
+    EXPECT_TRUE(load(sources + "x = 7"));
+
+    EXPECT_EQ(run(m_script), 7);
 }
 
 } // namespace tbScripts::test

@@ -50,11 +50,6 @@ protected:
     lua::LuaScriptStrategy m_strategy;
 };
 
-TEST_F(LuaScriptStrategyTest, HasNoBytecodeBeforeItLoads)
-{
-    EXPECT_EQ(getBytecode(), "none");
-}
-
 TEST_F(LuaScriptStrategyTest, BytecodeIsTheWholeDumpWithItsDebugInformation)
 {
     EXPECT_TRUE(m_strategy.load("local first = 1\nreturn first"));
@@ -62,48 +57,27 @@ TEST_F(LuaScriptStrategyTest, BytecodeIsTheWholeDumpWithItsDebugInformation)
     EXPECT_EQ(getBytecode(), dump("local first = 1\nreturn first"));
 }
 
-TEST_F(LuaScriptStrategyTest, EmptySourcesHaveBytecodeToo)
-{
-    EXPECT_TRUE(m_strategy.load(""));
-
-    EXPECT_EQ(getBytecode().substr(0, 3), "\x1bLJ");
-}
-
-TEST_F(LuaScriptStrategyTest, NullSourcesAreEmptyOnes)
-{
-    EXPECT_TRUE(m_strategy.load(tbMemory::StringView()));
-
-    EXPECT_EQ(getBytecode(), dump(""));
-}
-
-TEST_F(LuaScriptStrategyTest, SourcesNeedNotEndWithAZero)
+TEST_F(LuaScriptStrategyTest, SourcesEndAtTheirFirstZeroOrTheirViewAndMayBeEmptyOrNull)
 {
     const std::vector<char> bytes = {'x', '=', '1'};
 
     EXPECT_TRUE(m_strategy.load(tbMemory::StringView(bytes.data(), bytes.size())));
-
     EXPECT_EQ(getBytecode(), dump("x=1"));
-}
-
-TEST_F(LuaScriptStrategyTest, SourcesBehindAZeroAreNoPartOfTheBytecode)
-{
     EXPECT_TRUE(m_strategy.load(tbMemory::StringView("x=1\0x=2", 7)));
-
     EXPECT_EQ(getBytecode(), dump("x=1"));
+    EXPECT_TRUE(m_strategy.load(tbMemory::StringView()));
+    EXPECT_EQ(getBytecode(), dump(""));
+    EXPECT_TRUE(m_strategy.load(""));
+    EXPECT_EQ(getBytecode().substr(0, 3), "\x1bLJ");
 }
 
-TEST_F(LuaScriptStrategyTest, FailedLoadLeavesNoBytecode)
+TEST_F(LuaScriptStrategyTest, ThereIsNoBytecodeBeforeALoadAfterAFailedOneAndAfterAnUnload)
 {
+    EXPECT_EQ(getBytecode(), "none");
     m_strategy.load("x = 1");
-
     EXPECT_FALSE(m_strategy.load("x = = 1"));
-
     EXPECT_EQ(getBytecode(), "none");
     EXPECT_EQ(m_log.takeEntries().size(), 1U);
-}
-
-TEST_F(LuaScriptStrategyTest, UnloadLeavesNoBytecode)
-{
     m_strategy.load("x = 1");
 
     m_strategy.unload();
