@@ -2,6 +2,7 @@
 
 #include "support/EnvironmentFixture.h"
 #include "support/Execution.h"
+#include "support/RowName.h"
 #include "support/Sanitizers.h"
 #include "support/SmallStackThread.h"
 
@@ -14,22 +15,17 @@
 namespace tbScripts::test
 {
 
-using ::testing::ElementsAre;
-
 namespace
 {
 
 struct UncallableRow
 {
-    const char* name;
+    const char* row;
     const char* sources; // leave the value in global `value`
     const char* message;
 };
 
-std::ostream& operator<<(std::ostream& stream, const UncallableRow& row)
-{
-    return stream << row.name;
-}
+using test::operator<<;
 
 } // namespace
 
@@ -48,7 +44,7 @@ INSTANTIATE_TEST_SUITE_P(
         UncallableRow{"TruthValue", "value = false", "attempt to call a boolean value"},
         UncallableRow{"Table", "value = {}", "attempt to call a table value"},
         UncallableRow{"File", "value = io.stdout", "attempt to call a userdata value"}),
-    ::testing::PrintToStringParamName());
+    RowName());
 
 TEST_P(UncallableReferenceTest, FailsTheCallAndLeavesTheOutputs)
 {
@@ -62,7 +58,7 @@ TEST_P(UncallableReferenceTest, FailsTheCallAndLeavesTheOutputs)
     EXPECT_FALSE(isDone);
     EXPECT_EQ(lastOutcome(environment()), Outcome(5, false, GetParam().message));
     EXPECT_EQ(outputs[0].getString(), "as it was");
-    EXPECT_THAT(m_log.takeEntries(), ElementsAre(LogEntry{GetParam().message, "LuaEnvironment"}));
+    expectLogged(GetParam().message, "LuaEnvironment");
 }
 
 class CallbackScenarioTest : public EnvironmentFixture
@@ -79,14 +75,7 @@ protected:
                 m_listeners.push_back(parameters[0].getScriptObject());
                 return FunctionParameter::VOID;
             });
-        declare(
-            "fire",
-            {},
-            [this](const Parameters&)
-            {
-                fire();
-                return FunctionParameter::VOID;
-            });
+        declareAction("fire", [this] { fire(); });
     }
 
     // Calls those that listen now, whatever they do to the list.
@@ -103,14 +92,12 @@ protected:
     // Declares `forget()`, which drops all listeners and collects.
     void declareForget()
     {
-        declare(
+        declareAction(
             "forget",
-            {},
-            [this](const Parameters&)
+            [this]
             {
                 m_listeners.clear();
                 environment().requestGarbageCollection();
-                return FunctionParameter::VOID;
             });
     }
 
@@ -178,9 +165,7 @@ TEST_F(CallbackScenarioTest, EventThatFiresAfterTheEnvironmentCallsNobody)
     const bool isDone = other.callScriptFunction(m_listeners[0], {}, outputs);
 
     EXPECT_FALSE(isDone);
-    EXPECT_THAT(
-        m_log.takeEntries(),
-        ElementsAre(LogEntry{"attempt to call a nil value", "LuaEnvironment"}));
+    expectLogged("attempt to call a nil value", "LuaEnvironment");
 }
 
 TEST_F(CallbackScenarioTest, ReferenceThatWasMovedFromCanStillBeCalled)
@@ -252,7 +237,7 @@ TEST_F(CallbackScenarioTest, CallbacksWithoutEndStopBeforeASmallStackEnds)
 
     EXPECT_GT(environment().getVar("depth", 0), 20);
     EXPECT_LE(environment().getVar("depth", 0), 200);
-    EXPECT_THAT(m_log.takeEntries(), ElementsAre(LogEntry{"C stack overflow", "LuaEnvironment"}));
+    expectLogged("C stack overflow", "LuaEnvironment");
 }
 
 TEST_F(CallbackScenarioTest, OneReferenceTakenAThousandTimesIsOneValue)

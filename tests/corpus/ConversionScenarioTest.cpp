@@ -1,5 +1,6 @@
 // Values that lie at the edge of their types, on their way between scripts, host and bytes.
 
+#include "support/RowName.h"
 #include "support/Sanitizers.h"
 #include "support/ScriptValueFixture.h"
 
@@ -21,14 +22,11 @@ namespace
 
 struct BitsRow
 {
-    const char* name;
+    const char* row;
     std::uint64_t bits;
 };
 
-std::ostream& operator<<(std::ostream& stream, const BitsRow& row)
-{
-    return stream << row.name;
-}
+using test::operator<<;
 
 // The record of the double with these bits.
 Bytes numberRecord(unsigned char tag, std::uint64_t bits)
@@ -58,20 +56,15 @@ INSTANTIATE_TEST_SUITE_P(
         BitsRow{"LikeATable", 0xFFFA000012345678U},
         BitsRow{"LikeAText", 0xFFFD800012345678U},
         BitsRow{"LikeLightUserdata", 0xFFFE000012345678U}),
-    ::testing::PrintToStringParamName());
+    RowName());
 
-TEST_P(NanPatternTest, IsReadAsANumber)
+TEST_P(NanPatternTest, IsReadAsANumberAlsoInATable)
 {
-    ASSERT_TRUE(read(numberRecord('n', GetParam().bits)));
+    const Bytes record = numberRecord('n', GetParam().bits);
 
+    ASSERT_TRUE(read(record));
     EXPECT_TRUE(holds("type(read) == 'number' and read ~= read"));
-}
-
-TEST_P(NanPatternTest, IsReadAsANumberInATable)
-{
-    ASSERT_TRUE(read(joined(
-        {{'{', 0, 0, 0, 'k', 'x', 0, 0}, numberRecord('n', GetParam().bits), {'}', 0, 0, 0}})));
-
+    ASSERT_TRUE(read(joined({{'{', 0, 0, 0, 'k', 'x', 0, 0}, record, {'}', 0, 0, 0}})));
     EXPECT_TRUE(holds("type(read.x) == 'number' and read.x ~= read.x"));
 }
 
@@ -213,21 +206,13 @@ private:
     std::locale m_before;
 };
 
-TEST_F(LocaleTest, ChangesNoTextOfANumber)
+TEST_F(LocaleTest, ChangesNoStringOfANumberNoMessageAndNoNumberOfASource)
 {
     environment().setVar("number", 12345.5);
 
     EXPECT_EQ(environment().getVar("number", ""), "12345.5");
-}
-
-TEST_F(LocaleTest, ChangesNoMessage)
-{
     EXPECT_EQ(
         runExpectingError("error(12345.5, 0)"), "Error while executing script 'test' : 12345.5");
-}
-
-TEST_F(LocaleTest, ChangesNoNumberOfASource)
-{
     EXPECT_EQ(evaluate("12345.5 + '0.25'"), "12345.75");
 }
 

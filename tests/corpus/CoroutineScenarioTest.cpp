@@ -1,6 +1,7 @@
 // Coroutines that are gone, that are running, or that are resumed for a very long time.
 
 #include "support/EnvironmentFixture.h"
+#include "support/RowName.h"
 #include "support/Sanitizers.h"
 
 #include <string>
@@ -9,22 +10,17 @@
 namespace tbScripts::test
 {
 
-using ::testing::ElementsAre;
-
 namespace
 {
 
 struct ResumedRow
 {
-    const char* name;
+    const char* row;
     const char* sources; // define the global `thread`, or have `resume` called from inside of it
     const char* message;
 };
 
-std::ostream& operator<<(std::ostream& stream, const ResumedRow& row)
-{
-    return stream << row.name;
-}
+using test::operator<<;
 
 } // namespace
 
@@ -34,14 +30,7 @@ protected:
     CoroutineScenarioTest()
     {
         run("function resume() local _, text = coroutine.resume(thread) return text end");
-        declare(
-            "resumeByHost",
-            {},
-            [this](const Parameters&)
-            {
-                resume();
-                return FunctionParameter::VOID;
-            });
+        declareAction("resumeByHost", [this] { resume(); });
     }
 
     // Has the host resume `thread`, by the only way there is: a script function.
@@ -81,7 +70,7 @@ INSTANTIATE_TEST_SUITE_P(
             "thread = coroutine.create(function() coroutine.wrap(resumeByHost)() end) "
             "coroutine.resume(thread)",
             "cannot resume running coroutine"}),
-    ::testing::PrintToStringParamName());
+    RowName());
 
 TEST_P(WrongCoroutineTest, CannotBeResumedByTheHost)
 {

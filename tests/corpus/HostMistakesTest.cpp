@@ -18,7 +18,6 @@
 namespace tbScripts::test
 {
 
-using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
 namespace
@@ -80,7 +79,7 @@ TEST_F(HostMistakesTest, ThrownTextsAreNoFormats)
         [](const Parameters&) -> FunctionParameter { throw std::string("100% %s %n %*d %"); });
 
     EXPECT_EQ(errorOf("fail()"), "100% %s %n %*d %");
-    EXPECT_THAT(m_log.takeEntries(), ElementsAre(LogEntry{"100% %s %n %*d %", "LuaFunction"}));
+    expectLogged("100% %s %n %*d %", "LuaFunction");
 }
 
 TEST_F(HostMistakesTest, NamesAreNoFormats)

@@ -172,12 +172,8 @@ protected:
 TEST_F(SelfHoldingInstanceTest, StaysAsLongAsTheHostHoldsItsCallback)
 {
     collect();
-
     EXPECT_THAT(m_destroyed, IsEmpty());
-}
 
-TEST_F(SelfHoldingInstanceTest, IsCollectedOnceTheHostLetsTheCallbackGo)
-{
     vec().getMethod("onHit")->reset(); // a function keeps the arguments of its last call
     m_callbacks.clear();
     collect();

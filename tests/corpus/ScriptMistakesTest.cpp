@@ -1,6 +1,7 @@
 // What a script does that nobody expects of it: the host meets errors at the most.
 
 #include "support/ChildProcess.h"
+#include "support/RowName.h"
 #include "support/UserTypeFixture.h"
 
 #include <tbScripts/Namespace.h>
@@ -19,14 +20,11 @@ namespace
 
 struct HabitRow
 {
-    const char* name;
+    const char* row;
     const char* sources;
 };
 
-std::ostream& operator<<(std::ostream& stream, const HabitRow& row)
-{
-    return stream << row.name;
-}
+using test::operator<<;
 
 } // namespace
 
@@ -140,7 +138,7 @@ INSTANTIATE_TEST_SUITE_P(
             "thread = coroutine.wrap(function() while true do coroutine.yield(Vec.new()) end end) "
             "for i = 1, 10 do thread() end"},
         HabitRow{"ChangesItsEnvironment", "setfenv(0, {})  setfenv(1, {})"}),
-    ::testing::PrintToStringParamName());
+    RowName());
 
 TEST_P(ScriptHabitTest, LeavesTheHostRunning)
 {
