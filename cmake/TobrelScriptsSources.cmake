@@ -251,7 +251,6 @@ set(TOBREL_SCRIPTS_TOOL
     tools/tbscripts/FileWriting.h
     tools/tbscripts/FolderWalk.cpp
     tools/tbscripts/FolderWalk.h
-    tools/tbscripts/HelpTexts.h
     tools/tbscripts/LibraryLog.cpp
     tools/tbscripts/LibraryLog.h
     tools/tbscripts/ListCommand.cpp

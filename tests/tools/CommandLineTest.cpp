@@ -22,6 +22,27 @@ TEST_F(CommandLineTest, NoArgumentsPrintTheHelpAsAnError)
     EXPECT_EQ(outcome, trouble(help.output));
 }
 
+TEST_F(CommandLineTest, HelpOfACommandShowsItsOptionsAndWhatItNeeds)
+{
+    const Outcome outcome = run({"pack", "--help"});
+
+    EXPECT_THAT(outcome.output, HasSubstr("\nPositionals:\n  DIR REQUIRED "));
+    EXPECT_THAT(outcome.output, HasSubstr("\n  -o,--output FILE REQUIRED "));
+}
+
+TEST_F(CommandLineTest, TwoDashesEndTheOptionsBehindAPathToo)
+{
+    const Outcome outcome = run({"check", "a.lua", "--", "-b.lua", "--help"});
+
+    EXPECT_EQ(
+        outcome,
+        trouble(
+            "tbscripts: a.lua: No such file or directory\n"
+            "tbscripts: -b.lua: No such file or directory\n"
+            "tbscripts: --help: No such file or directory\n",
+            "0 scripts checked, 3 problems with files\n"));
+}
+
 TEST_F(CommandLineTest, VersionHasThreeNumbers)
 {
     const Outcome outcome = run({"--version"});
@@ -66,41 +87,41 @@ INSTANTIATE_TEST_SUITE_P(
         HelpRow{
             "Overview",
             {"--help"},
-            "Runs, checks and packs Lua scripts.\n\nUsage: tbscripts COMMAND ...\n",
+            "Runs, checks and packs Lua scripts.\nUsage: tbscripts [OPTIONS] COMMAND\n",
             "\n  tbscripts check scripts/\n"},
         HelpRow{
             "OverviewByLetter",
             {"-h"},
-            "Runs, checks and packs Lua scripts.\n\nUsage: tbscripts COMMAND ...\n",
+            "Runs, checks and packs Lua scripts.\nUsage: tbscripts [OPTIONS] COMMAND\n",
             "\n  tbscripts check scripts/\n"},
         HelpRow{
             "Run",
             {"run", "--help"},
-            "Runs scripts in one environment, in the order given.\n\n"
-            "Usage: tbscripts run FILE... [-- ARG...]\n",
+            "Runs scripts in one environment, in the order given.\n"
+            "Usage: tbscripts run [OPTIONS] FILE...\n",
             "\n  tbscripts run hello.lua\n"},
         HelpRow{
             "Check",
             {"check", "--help"},
-            "Compiles scripts and reports each one that fails. Runs nothing.\n\n"
-            "Usage: tbscripts check FILE|DIR...\n",
+            "Compiles scripts and reports each one that fails. Runs nothing.\n"
+            "Usage: tbscripts check [OPTIONS] FILE...\n",
             "\n  tbscripts check main.lua\n"},
         HelpRow{
             "Pack",
             {"pack", "--help"},
-            "Packs all .lua files below a folder into a project's script list.\n\n"
-            "Usage: tbscripts pack DIR -o FILE\n",
+            "Packs all .lua files below a folder into a project's list.\n"
+            "Usage: tbscripts pack [OPTIONS] DIR\n",
             "\n  tbscripts pack scripts/ -o game_scripts.tbscripts\n"},
         HelpRow{
             "Unpack",
             {"unpack", "-h"},
-            "Writes the scripts of a document into files: the reverse of pack.\n\n"
-            "Usage: tbscripts unpack FILE -o DIR [--force]\n",
+            "Writes the scripts of a document into files: the reverse of pack.\n"
+            "Usage: tbscripts unpack [OPTIONS] FILE\n",
             "\n  tbscripts unpack game_scripts.tbscripts -o scripts/\n"},
         HelpRow{
             "List",
             {"list", "--help"},
-            "Shows the scripts of a file.\n\nUsage: tbscripts list FILE [--json]\n",
+            "Shows the scripts of a file.\nUsage: tbscripts list [OPTIONS] FILE\n",
             "\n  tbscripts list --json game_scripts.tbscripts\n"}),
     tbScripts::test::RowName());
 
@@ -145,6 +166,18 @@ INSTANTIATE_TEST_SUITE_P(
             "UnknownOption",
             {"--fast"},
             "tbscripts: unknown option '--fast'\nTry 'tbscripts --help'.\n"},
+        RefusalRow{
+            "OptionOfTheToolBehindAnUnknownCommand",
+            {"start", "--help"},
+            "tbscripts: unknown command 'start'\nTry 'tbscripts --help'.\n"},
+        RefusalRow{
+            "TwoDashesInPlaceOfACommand",
+            {"--", "run", "a.lua"},
+            "tbscripts: unknown option '--'\nTry 'tbscripts --help'.\n"},
+        RefusalRow{
+            "VersionOfACommand",
+            {"list", "--version"},
+            "tbscripts: list: FILE is required\nTry 'tbscripts list --help'.\n"},
         RefusalRow{
             "UnknownOptionOfACommand",
             {"run", "--fast", "a.lua"},
@@ -215,10 +248,12 @@ INSTANTIATE_TEST_SUITE_P(
         NameRow{"Brackets", {"[a,b]"}, "./[a,b]"},
         NameRow{"Braces", {"{}"}, "{}"},
         NameRow{"Percents", {"%%"}, "%%"},
+        NameRow{"Pluses", {"++"}, "./++"},
         NameRow{"Command", {"run"}, "run"},
         NameRow{"Empty", {""}, "''"},
         NameRow{"Blank", {" "}, " "},
         NameRow{"OptionBehindTwoDashes", {"--", "-x.lua"}, "-x.lua"},
+        NameRow{"HelpBehindTwoDashes", {"--", "--help"}, "--help"},
         NameRow{"ControlCharacters", {"a\n\x1b[2J.lua"}, "a\\n\\x1b[2J.lua"},
         NameRow{"BrokenEncoding", {"\xff.lua"}, "\\xff.lua"}),
     tbScripts::test::RowName());

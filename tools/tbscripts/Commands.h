@@ -7,6 +7,9 @@ namespace tool
 
 struct CommandLine;
 
+/// What a command does. CommandLine.cpp connects it with its name, its options and its help.
+using Command = EXIT_STATUS (*)(const CommandLine& line);
+
 // One function for each command. docs/tbscripts.md says what they do.
 EXIT_STATUS runScripts(const CommandLine& line);
 EXIT_STATUS checkScripts(const CommandLine& line);

@@ -2,7 +2,6 @@
 // the library through its public headers only.
 
 #include "tbscripts/CommandLine.h"
-#include "tbscripts/Commands.h"
 #include "tbscripts/Console.h"
 #include "tbscripts/Escaping.h"
 
@@ -18,28 +17,7 @@
 namespace
 {
 
-using tool::COMMAND;
 using tool::EXIT_STATUS;
-
-EXIT_STATUS execute(const tool::CommandLine& line)
-{
-    switch (line.command)
-    {
-    case COMMAND::NONE:
-        return line.status;
-    case COMMAND::RUN:
-        return tool::runScripts(line);
-    case COMMAND::CHECK:
-        return tool::checkScripts(line);
-    case COMMAND::PACK:
-        return tool::packScripts(line);
-    case COMMAND::UNPACK:
-        return tool::unpackScripts(line);
-    case COMMAND::LIST:
-        return tool::listScripts(line);
-    }
-    return EXIT_STATUS::TROUBLE;
-}
 
 EXIT_STATUS executeSafely(std::vector<std::string> arguments)
 {
@@ -47,7 +25,7 @@ EXIT_STATUS executeSafely(std::vector<std::string> arguments)
     {
         tbResources::ResourceManager::getInstanceRef().setWorkingPath(
             ""); // paths as they are given
-        return execute(tool::readCommandLine(std::move(arguments)));
+        return tool::runCommandLine(std::move(arguments));
     }
     catch (const std::exception& exception) // no memory left, most likely
     {
