@@ -230,6 +230,15 @@ set(TOBREL_SCRIPTS_GUIDE
     examples/guide/values-as-bytes.cpp
     examples/guide/values.cpp)
 
+# Tables of text, for the command-line tool and the benchmarks.
+set(TOBREL_SCRIPTS_TABLES
+    tools/tables/Character.cpp
+    tools/tables/Character.h
+    tools/tables/CharacterWidth.cpp
+    tools/tables/CharacterWidth.h
+    tools/tables/Table.cpp
+    tools/tables/Table.h)
+
 # The command-line tool.
 set(TOBREL_SCRIPTS_TOOL
     tools/tbscripts/CheckCommand.cpp
@@ -266,8 +275,6 @@ set(TOBREL_SCRIPTS_TOOL
     tools/tbscripts/ScriptPath.h
     tools/tbscripts/SourcePosition.cpp
     tools/tbscripts/SourcePosition.h
-    tools/tbscripts/Table.cpp
-    tools/tbscripts/Table.h
     tools/tbscripts/UnpackCommand.cpp
     tools/tbscripts/UnpackPlan.cpp
     tools/tbscripts/UnpackPlan.h
@@ -540,6 +547,8 @@ set(TOBREL_SCRIPTS_SOAK
     tests/soak/SoakLoad.h
     tests/soak/main.cpp)
 set(TOBREL_TOOL_TESTS
+    tests/tools/CharacterTest.cpp
+    tests/tools/CharacterWidthTest.cpp
     tests/tools/CheckCommandTest.cpp
     tests/tools/CommandLineTest.cpp
     tests/tools/DocumentedSessionTest.cpp

@@ -41,6 +41,7 @@ set(TOBREL_SCRIPTS_SOURCES_AND_PORT ${TOBREL_SCRIPTS_SOURCES} ${TOBREL_SCRIPTS_P
 compare_with_disk(TOBREL_SCRIPTS_SOURCES_AND_PORT "src/*")
 compare_with_disk(TOBREL_SCRIPTS_DEMO "examples/demo/*.cpp" "examples/demo/*.h")
 compare_with_disk(TOBREL_SCRIPTS_GUIDE "examples/guide/*.cpp" "examples/guide/*.h")
+compare_with_disk(TOBREL_SCRIPTS_TABLES "tools/tables/*")
 compare_with_disk(TOBREL_SCRIPTS_TOOL "tools/tbscripts/*")
 
 if(NOT problems STREQUAL "")

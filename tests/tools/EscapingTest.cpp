@@ -66,11 +66,6 @@ TEST(EscapingLayoutTest, KeepsLineFeedsAndTabsIfAsked)
     EXPECT_EQ(escape("a\n\tb\r\x1b", LAYOUT::KEPT), "a\n\tb\\r\\x1b");
 }
 
-TEST(EscapingLayoutTest, CountsLettersNotBytes)
-{
-    EXPECT_EQ(countLetters("a\xc3\xa9\xe2\x82\xac"), 3U);
-}
-
 } // namespace
 
 } // namespace tool::test

@@ -35,6 +35,24 @@ TEST_F(ListCommandTest, ShowsAnAlignedTable)
             "other         UNKNOWN      7  no: the type is not \"lua\"\n"));
 }
 
+TEST_F(ListCommandTest, AlignsNamesOfWideAndCombiningCharacters)
+{
+    write(
+        "a.json",
+        R"([{"name":"\u6f22\u5b57","type":"lua","sources":""},
+        {"name":"caf\u0065\u0301","type":"lua","sources":"x = 1"},
+        {"name":"a\u0007","type":"lua","sources":""}])");
+
+    const Outcome outcome = run({"list", "a.json"});
+
+    EXPECT_EQ(
+        outcome,
+        success("NAME   TYPE  BYTES  COMPILED\n"
+                "\xe6\xbc\xa2\xe5\xad\x97   lua       0  yes\n"
+                "cafe\xcc\x81   lua       5  yes\n"
+                "a\\x07  lua       0  yes\n"));
+}
+
 TEST_F(ListCommandTest, ShowsAScriptFile)
 {
     write("a.lua", "x = 1");

@@ -1,75 +1,12 @@
 #include "tbscripts/Escaping.h"
 
-#include <algorithm>
-#include <array>
+#include "tables/Character.h"
 
 namespace tool
 {
 
 namespace
 {
-
-// One letter at the beginning of a text.
-struct Letter
-{
-    std::size_t size = 1; // in bytes
-    char32_t codePoint = 0;
-    bool isValid = false;
-};
-
-// The forms of UTF-8, by their number of bytes: what marks the first byte, and the least code point
-// that needs that many.
-struct Form
-{
-    unsigned char mask;
-    unsigned char mark;
-    char32_t least;
-};
-
-constexpr std::array<Form, 4> FORMS = {
-    {{0x80, 0x00, 0x0}, {0xE0, 0xC0, 0x80}, {0xF0, 0xE0, 0x800}, {0xF8, 0xF0, 0x10000}}};
-
-constexpr char32_t LAST_CODE_POINT = 0x10FFFF;
-
-bool isContinuation(char byte)
-{
-    return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
-}
-
-bool isSurrogate(char32_t codePoint)
-{
-    return codePoint >= 0xD800 && codePoint <= 0xDFFF;
-}
-
-Letter readForm(std::string_view text, std::size_t size)
-{
-    const Form& form = FORMS[size - 1];
-    const auto first = static_cast<unsigned char>(text[0]);
-    if ((first & form.mask) != form.mark || text.size() < size)
-        return {};
-    char32_t codePoint = first & static_cast<unsigned char>(~form.mask);
-    for (std::size_t i = 1; i < size; ++i)
-    {
-        if (!isContinuation(text[i]))
-            return {};
-        codePoint = (codePoint << 6U) | (static_cast<unsigned char>(text[i]) & 0x3FU);
-    }
-    const bool isValid =
-        codePoint >= form.least && codePoint <= LAST_CODE_POINT && !isSurrogate(codePoint);
-    return isValid ? Letter{size, codePoint, true} : Letter{};
-}
-
-// `text` is not empty.
-Letter readLetter(std::string_view text)
-{
-    for (std::size_t size = 1; size <= FORMS.size(); ++size)
-    {
-        const Letter letter = readForm(text, size);
-        if (letter.isValid)
-            return letter;
-    }
-    return {};
-}
 
 // Control characters, also those of the upper half, and those that turn the writing direction.
 bool isHarmful(char32_t codePoint)
@@ -112,23 +49,16 @@ std::string escape(std::string_view text, LAYOUT layout)
     result.reserve(text.size());
     while (!text.empty())
     {
-        const Letter letter = readLetter(text);
-        const std::string_view bytes = text.substr(0, letter.size);
+        const tables::Character character = tables::takeCharacter(text);
+        const std::string_view bytes = character.bytes;
         const bool isLayout = bytes == "\n" || bytes == "\t";
-        if (letter.isValid &&
-            (!isHarmful(letter.codePoint) || (isLayout && layout == LAYOUT::KEPT)))
+        if (character.isValid &&
+            (!isHarmful(character.codePoint) || (isLayout && layout == LAYOUT::KEPT)))
             result += bytes;
         else
             appendEscaped(result, bytes);
-        text.remove_prefix(letter.size);
     }
     return result;
-}
-
-std::size_t countLetters(std::string_view escaped)
-{
-    return escaped.size() -
-           static_cast<std::size_t>(std::count_if(escaped.begin(), escaped.end(), isContinuation));
 }
 
 } // namespace tool

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -19,8 +18,5 @@ enum class LAYOUT : std::int32_t
 /// the encoding becomes "\n", "\r", "\t" or "\x" and two hexadecimal digits for each byte. A text
 /// without such bytes stays as it is, backslashes included.
 std::string escape(std::string_view text, LAYOUT layout = LAYOUT::ESCAPED);
-
-/// Returns how many letters an escaped text has.
-std::size_t countLetters(std::string_view escaped);
 
 } // namespace tool

@@ -1,10 +1,11 @@
+#include "tables/Table.h"
+
 #include "tbscripts/CommandLine.h"
 #include "tbscripts/Commands.h"
 #include "tbscripts/Console.h"
 #include "tbscripts/Escaping.h"
 #include "tbscripts/Failure.h"
 #include "tbscripts/ScriptFile.h"
-#include "tbscripts/Table.h"
 
 #include <tbExport/JsonExporter.h>
 #include <tbExport/Node.h>
@@ -54,14 +55,16 @@ std::string describeOutcome(const std::optional<PlacedMessage>& failure)
 
 std::string makeTable(const std::vector<Entry>& entries)
 {
-    std::vector<Row> rows = {{"NAME", "TYPE", "BYTES", "COMPILED"}};
+    using tables::ALIGNMENT;
+    std::vector<tables::Row> rows = {{"NAME", "TYPE", "BYTES", "COMPILED"}};
     for (const Entry& entry : entries)
         rows.push_back(
             {show(entry.name),
              entry.type,
              std::to_string(entry.size),
              describeOutcome(entry.failure)});
-    return layOut(rows, {ALIGNMENT::LEFT, ALIGNMENT::LEFT, ALIGNMENT::RIGHT, ALIGNMENT::LEFT});
+    return tables::layOut(
+        rows, {ALIGNMENT::LEFT, ALIGNMENT::LEFT, ALIGNMENT::RIGHT, ALIGNMENT::LEFT});
 }
 
 void addTo(tbExport::Node& array, const Entry& entry)

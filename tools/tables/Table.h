@@ -1,11 +1,10 @@
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
 
-namespace tool
+namespace tables
 {
 
 enum class ALIGNMENT : std::int32_t
@@ -17,7 +16,12 @@ enum class ALIGNMENT : std::int32_t
 using Row = std::vector<std::string>;
 
 /// Returns the rows as lines with aligned columns, two blanks between them and none at the end of a
-/// line. All rows have as many cells, already escaped, as there are alignments.
+/// line. All rows have as many cells as there are alignments.
 std::string layOut(const std::vector<Row>& rows, const std::vector<ALIGNMENT>& alignments);
 
-} // namespace tool
+/// Returns the rows, of which the first is the heading, as a table in Markdown whose columns line
+/// up when it is read as plain text.
+std::string
+layOutAsMarkdown(const std::vector<Row>& rows, const std::vector<ALIGNMENT>& alignments);
+
+} // namespace tables

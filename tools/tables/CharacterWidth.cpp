@@ -1,0 +1,115 @@
+#include "tables/CharacterWidth.h"
+
+#include "tables/Character.h"
+
+#include <algorithm>
+#include <array>
+
+#if defined(__linux__)
+    #include <locale.h>
+    #include <wchar.h>
+#endif
+
+namespace tables
+{
+
+namespace
+{
+
+struct Block
+{
+    char32_t first;
+    char32_t last;
+    std::size_t width;
+};
+
+constexpr std::array<Block, 17> BLOCKS = {
+    {{0x0000, 0x001F, 0},     // control characters
+     {0x007F, 0x009F, 0},     // and those of the upper half
+     {0x0300, 0x036F, 0},     // combining marks
+     {0x1100, 0x115F, 2},     // Hangul, leading parts
+     {0x1AB0, 0x1AFF, 0},     // combining marks
+     {0x1DC0, 0x1DFF, 0},     // combining marks
+     {0x200B, 0x200F, 0},     // joiners and marks without a shape
+     {0x20D0, 0x20FF, 0},     // combining marks for symbols
+     {0x2E80, 0x303E, 2},     // radicals, punctuation
+     {0x3041, 0xA4CF, 2},     // Kana, Han, Yi
+     {0xAC00, 0xD7A3, 2},     // Hangul
+     {0xF900, 0xFAFF, 2},     // Han, compatibility
+     {0xFE00, 0xFE0F, 0},     // selectors of variants
+     {0xFE30, 0xFE6F, 2},     // punctuation for vertical writing
+     {0xFF00, 0xFF60, 2},     // full-width forms
+     {0x1F300, 0x1FAFF, 2},   // pictures
+     {0x20000, 0x3FFFD, 2}}}; // Han, extensions
+
+#if defined(__linux__)
+
+// Widths depend on the locale of the thread. The process keeps the one it has, for scripts see it.
+class Utf8Locale
+{
+public:
+    Utf8Locale()
+        : m_before(::uselocale(known()))
+    {
+    }
+
+    Utf8Locale(const Utf8Locale&) = delete;
+    Utf8Locale& operator=(const Utf8Locale&) = delete;
+
+    ~Utf8Locale() { ::uselocale(m_before); }
+
+private:
+    // Null, which changes nothing, where the system has no such locale. Never released.
+    static locale_t known()
+    {
+        static const locale_t locale = ::newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
+        return locale;
+    }
+
+    locale_t m_before;
+};
+
+// Negative if the platform does not know.
+int platformWidthOf(char32_t codePoint)
+{
+    const Utf8Locale locale;
+    return ::wcwidth(static_cast<wchar_t>(codePoint));
+}
+
+#else
+
+int platformWidthOf(char32_t /*codePoint*/)
+{
+    return -1;
+}
+
+#endif
+
+} // namespace
+
+std::size_t widthOf(char32_t codePoint)
+{
+    const int width = platformWidthOf(codePoint);
+    return width < 0 ? roughWidthOf(codePoint) : static_cast<std::size_t>(width);
+}
+
+std::size_t widthOf(std::string_view string)
+{
+    std::size_t width = 0;
+    while (!string.empty())
+    {
+        const Character character = takeCharacter(string);
+        width += character.isValid ? widthOf(character.codePoint) : 1;
+    }
+    return width;
+}
+
+std::size_t roughWidthOf(char32_t codePoint)
+{
+    const auto holds = [codePoint](const Block& block)
+    { return codePoint >= block.first && codePoint <= block.last; };
+    const auto found = std::find_if(BLOCKS.begin(), BLOCKS.end(), holds);
+    return found == BLOCKS.end() ? 1 : found->width;
+}
+
+} // namespace tables
