@@ -1,10 +1,7 @@
 #include "Options.h"
 
-#include "support/Failure.h"
-
+#include <CLI/CLI.hpp>
 #include <cstdlib>
-#include <iostream>
-#include <string_view>
 
 namespace bench
 {
@@ -12,30 +9,35 @@ namespace bench
 namespace
 {
 
-constexpr const char* USAGE = R"(Usage: TobrelScriptsBench [options]
+constexpr int MAX_NUMBER = 1000;
 
-  --smoke           few operations, each once; says only whether everything works
-  --repetitions N   of each side of each row, 11 unless given
-  --only TEXT       only rows whose subject or name contains TEXT
-  --output FOLDER   where results.json, results.md and results.svg go; those of a smoke run go
-                    into its folder smoke
-  --profile N       run variant N of the chosen rows, 0 for the library, 1 for the first other
-                    side, as often as there are repetitions, and measure nothing
-)";
-
-int readNumber(const char* text)
+void describe(CLI::App& parser, Options& options)
 {
-    char* end = nullptr;
-    const long number = std::strtol(text, &end, 10);
-    if (end == text || *end != '\0' || number < 0 || number > 1000)
-        fail(std::string("not a number from 0 to 1000: ") + text);
-    return static_cast<int>(number);
-}
-
-[[noreturn]] void printUsageAndEnd()
-{
-    std::cout << USAGE;
-    std::exit(EXIT_SUCCESS);
+    parser.add_flag(
+        "--smoke",
+        options.isSmoke,
+        "Few operations, each once: says only whether everything works");
+    parser.add_option("--repetitions", options.repetitions, "Of each side of each row")
+        ->type_name("N")
+        ->check(CLI::Range(0, MAX_NUMBER))
+        ->capture_default_str();
+    parser.add_option("--only", options.only, "Only rows whose subject or name contains TEXT")
+        ->type_name("TEXT");
+    parser
+        .add_option(
+            "--output",
+            options.outputFolder,
+            "Where results.json, results.md and results.dat go; those of a smoke run go into "
+            "its folder smoke")
+        ->type_name("FOLDER");
+    parser
+        .add_option(
+            "--profile",
+            options.profiledVariant,
+            "Run variant N of the chosen rows, 0 for the library, 1 for the first other side, as "
+            "often as there are repetitions, and measure nothing")
+        ->type_name("N")
+        ->check(CLI::Range(0, MAX_NUMBER));
 }
 
 } // namespace
@@ -43,24 +45,15 @@ int readNumber(const char* text)
 Options readOptions(int count, char** arguments)
 {
     Options options;
-    for (int i = 1; i < count; ++i)
+    CLI::App parser("Measures the library against code that is written by hand.");
+    describe(parser, options);
+    try
     {
-        const std::string_view argument = arguments[i];
-        const bool hasValue = i + 1 < count;
-        if (argument == "--help")
-            printUsageAndEnd();
-        else if (argument == "--smoke")
-            options.isSmoke = true;
-        else if (argument == "--repetitions" && hasValue)
-            options.repetitions = readNumber(arguments[++i]);
-        else if (argument == "--only" && hasValue)
-            options.only = arguments[++i];
-        else if (argument == "--output" && hasValue)
-            options.outputFolder = arguments[++i];
-        else if (argument == "--profile" && hasValue)
-            options.profiledVariant = readNumber(arguments[++i]);
-        else
-            fail(USAGE);
+        parser.parse(count, arguments);
+    }
+    catch (const CLI::ParseError& endOrMistake)
+    {
+        std::exit(parser.exit(endOrMistake)); // prints help, or what is wrong
     }
     if (options.isSmoke || options.repetitions < 1)
         options.repetitions = 1;

@@ -14,7 +14,7 @@ struct Options
     int profiledVariant = -1; // runs this variant of the chosen rows and measures nothing
 };
 
-/// Ends the program with a message for arguments that it does not know.
+/// Ends the program after printing help, or what is wrong with the arguments.
 Options readOptions(int count, char** arguments);
 
 } // namespace bench

@@ -6,8 +6,8 @@
 #include "Runner.h"
 #include "growth/GrowthRows.h"
 #include "memory/Memory.h"
+#include "report/ChartData.h"
 #include "report/JsonReport.h"
-#include "report/RatioChart.h"
 #include "report/Tables.h"
 #include "rows/Rows.h"
 #include "support/Failure.h"
@@ -92,7 +92,7 @@ void writeReports(const std::filesystem::path& folder, const Results& results)
 {
     std::filesystem::create_directories(folder);
     std::ofstream(folder / "results.json") << std::string_view(makeJsonReport(results));
-    std::ofstream(folder / "results.svg") << makeRatioChart(results);
+    std::ofstream(folder / "results.dat") << makeChartData(results);
     std::ofstream tables(folder / "results.md");
     printTables(tables, results);
 }

@@ -1,6 +1,8 @@
 // Measures how long the compiler takes for a host source that binds twenty functions, through the
 // public interface and hand-written, in turn.
 
+#include "tables/Table.h"
+
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -58,6 +60,13 @@ double medianOf(std::vector<double> values)
     return values[values.size() / 2];
 }
 
+std::string number(double value, int digits)
+{
+    char text[32];
+    std::snprintf(text, sizeof text, "%.*f", digits, value);
+    return text;
+}
+
 } // namespace
 
 int main(int count, char** arguments)
@@ -73,18 +82,23 @@ int main(int count, char** arguments)
     }
 
     const double ratio = medianOf(library) / medianOf(byHand);
-    char line[200];
-    std::snprintf(
-        line,
-        sizeof line,
-        "library %.3f s, hand-written %.3f s, ratio %.2f, goal %.2f, met: %s\n",
-        medianOf(library),
-        medianOf(byHand),
-        ratio,
-        GOAL,
-        ratio <= GOAL ? "yes" : "NO");
-    std::cout << line;
+    using tables::ALIGNMENT;
+    const std::string table = tables::layOutAsMarkdown(
+        {{"host source", "library s", "hand-written s", "ratio", "goal", "met"},
+         {"20 functions",
+          number(medianOf(library), 3),
+          number(medianOf(byHand), 3),
+          number(ratio, 2),
+          number(GOAL, 2),
+          ratio <= GOAL ? "yes" : "NO"}},
+        {ALIGNMENT::LEFT,
+         ALIGNMENT::RIGHT,
+         ALIGNMENT::RIGHT,
+         ALIGNMENT::RIGHT,
+         ALIGNMENT::RIGHT,
+         ALIGNMENT::RIGHT});
+    std::cout << table;
     if (count > 1)
-        std::ofstream(arguments[1]) << line;
+        std::ofstream(arguments[1]) << table;
     return 0;
 }

@@ -1,9 +1,9 @@
 #include "report/Tables.h"
 
-#include <algorithm>
+#include "tables/Table.h"
+
 #include <cmath>
 #include <cstdio>
-#include <iomanip>
 #include <string>
 #include <vector>
 
@@ -13,7 +13,7 @@ namespace bench
 namespace
 {
 
-using Cells = std::vector<std::string>;
+using Cells = tables::Row;
 
 // Three digits or a little more.
 std::string textOf(double value)
@@ -43,37 +43,12 @@ std::string ratioText(double ratio)
     return text;
 }
 
-void printRow(std::ostream& stream, const Cells& cells, const std::vector<std::size_t>& widths)
-{
-    for (std::size_t i = 0; i < cells.size(); ++i)
-    {
-        stream << "| ";
-        const int width = static_cast<int>(widths[i]);
-        stream << (i == 0 ? std::left : std::right) << std::setw(width) << cells[i] << ' ';
-    }
-    stream << "|\n";
-}
-
 // The first of `rows` is the heading; the first column is text, all others are numbers.
 void printTable(std::ostream& stream, const std::vector<Cells>& rows)
 {
-    std::vector<std::size_t> widths(rows.front().size(), 3);
-    for (const Cells& cells : rows)
-    {
-        for (std::size_t i = 0; i < cells.size(); ++i)
-            widths[i] = std::max(widths[i], cells[i].size());
-    }
-    printRow(stream, rows.front(), widths);
-    Cells rule;
-    for (std::size_t i = 0; i < widths.size(); ++i)
-    {
-        rule.emplace_back(widths[i], '-');
-        if (i > 0)
-            rule.back().back() = ':';
-    }
-    printRow(stream, rule, widths);
-    for (std::size_t i = 1; i < rows.size(); ++i)
-        printRow(stream, rows[i], widths);
+    std::vector<tables::ALIGNMENT> alignments(rows.front().size(), tables::ALIGNMENT::RIGHT);
+    alignments.front() = tables::ALIGNMENT::LEFT;
+    stream << tables::layOutAsMarkdown(rows, alignments);
 }
 
 std::string verdict(const RatioResult& ratio)

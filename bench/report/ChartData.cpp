@@ -1,0 +1,45 @@
+#include "report/ChartData.h"
+
+#include <cmath>
+#include <iomanip>
+#include <sstream>
+
+namespace bench
+{
+
+namespace
+{
+
+const char* verdictOf(const RatioResult& ratio)
+{
+    if (!ratio.hasGoal())
+        return "none";
+    return ratio.isMet() ? "met" : "missed";
+}
+
+void addLine(std::ostream& lines, const RatioResult& ratio)
+{
+    const bool isBinding = ratio.rival.kind == RIVAL_KIND::BINDING;
+    const double goal = ratio.hasGoal() ? ratio.rival.goal : std::nan("");
+    lines << ratio.name << (isBinding ? "" : " : " + ratio.rival.name) << '\t' << ratio.getRatio()
+          << '\t' << goal << '\t' << verdictOf(ratio) << '\n';
+}
+
+} // namespace
+
+std::string makeChartData(const Results& results)
+{
+    std::ostringstream lines;
+    lines << std::fixed << std::setprecision(3);
+    std::string subject;
+    for (const RatioResult& ratio : results.ratios)
+    {
+        if (ratio.subject != subject)
+            lines << ratio.subject << "\tnan\tnan\theading\n";
+        subject = ratio.subject;
+        addLine(lines, ratio);
+    }
+    return lines.str();
+}
+
+} // namespace bench
