@@ -45,7 +45,7 @@ void describe(CLI::App& parser, Options& options)
 Options readOptions(int count, char** arguments)
 {
     Options options;
-    CLI::App parser("Measures the library against code that is written by hand.");
+    CLI::App parser("Measures the library against hand-written code.");
     describe(parser, options);
     try
     {

@@ -54,6 +54,15 @@ foreach(file IN ITEMS
     endif()
 endforeach()
 
+if(hasManPage)
+    ask(page gzip -dc ${root}/usr/share/man/man1/tbscripts.1.gz)
+    foreach(heading IN ITEMS NAME "\"TBSCRIPTS RUN\"" "\"TBSCRIPTS LIST\"" EXAMPLES)
+        if(NOT page MATCHES "\n\\.SH ${heading}\n")
+            message(FATAL_ERROR "The man page has no section ${heading}:\n${page}")
+        endif()
+    endforeach()
+endif()
+
 # With nothing in its surroundings that could lead it to its libraries.
 file(WRITE ${scratch}/hello.lua "print('hello from ' .. _VERSION)")
 ask(greeting env -i ${root}/usr/bin/tbscripts run ${scratch}/hello.lua)
