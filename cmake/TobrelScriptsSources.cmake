@@ -37,6 +37,7 @@ set(TOBREL_SCRIPTS_SOURCES
     src/bindings/CallDefinition.cpp
     src/bindings/CallDefinition.h
     src/bindings/Function.cpp
+    src/bindings/FunctionAccess.h
     src/bindings/Namespace.cpp
     src/bindings/UserType.cpp
     src/bindings/lua/LuaDuplicateDeclaration.h
@@ -65,6 +66,7 @@ set(TOBREL_SCRIPTS_SOURCES
     src/bindings/lua/values/LuaInstanceBox.h
     src/core/ExceptionContainment.h
     src/core/FunctionParameter.cpp
+    src/core/FunctionParameterAccess.h
     src/core/LogManager.cpp
     src/core/LogSources.h
     src/core/NameRegistry.h
@@ -146,6 +148,7 @@ set(TOBREL_SCRIPTS_SOURCES
     src/scripts/DummyScriptStrategy.cpp
     src/scripts/DummyScriptStrategy.h
     src/scripts/Script.cpp
+    src/scripts/ScriptAccess.h
     src/scripts/ScriptDeclaration.cpp
     src/scripts/ScriptManager.cpp
     src/scripts/ScriptMessages.h

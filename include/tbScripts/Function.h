@@ -16,11 +16,6 @@ namespace tbScripts
 
 struct FunctionDefinition;
 
-namespace lua
-{
-class LuaFunction;
-}
-
 /// Host function that scripts call by name: its declared parameters and the callable behind it.
 ///
 /// A new function is unbound: calling it logs and has no effect. The host may change, reset or
@@ -87,7 +82,7 @@ public:
     FunctionParameter defaultFunction(const tbMemory::BufferView<FunctionParameter>& parameters);
 
 private:
-    friend class lua::LuaFunction; // runs the definition
+    friend struct FunctionAccess; // lends the definition to the interpreter's side, which runs it
 
     // The definition as one that may be changed: a running one is left to its calls, and this
     // function goes on with a copy.

@@ -18,11 +18,6 @@ namespace tbScripts
 
 class ScriptObjectInterpreterView;
 
-namespace lua
-{
-class LuaCallBridge;
-}
-
 /// Tagged value that crosses the border between host and script.
 ///
 /// A read as another kind than its own returns the neutral value (false, 0, empty, null), never
@@ -215,7 +210,7 @@ public:
     void prepareForScriptObjectReference();
 
 private:
-    friend class lua::LuaCallBridge; // fills the storage in place
+    friend struct FunctionParameterAccess; // stores what a script passes, in place
 
     // Which member of the storage lives. Stored beside the kind, because a `prepare` operation may
     // create another member than the one that belongs to the kind.
@@ -281,6 +276,66 @@ private:
 
     // Members that own something come last in the enumeration.
     bool _ownsSomething() const { return m_live >= MEMBER::TEXT; }
+
+    ///@{
+    // Write the value of a member in place, whatever lived in the storage. The kind stays, and with
+    // it what a user type was declared with.
+    void _storeBool(bool value) { _makeRoomForPlain(MEMBER::BOOL).boolean = value; }
+
+    void _storeInt(int value) { _makeRoomForPlain(MEMBER::INT).integer = value; }
+
+    void _storeFloat(float value) { _makeRoomForPlain(MEMBER::FLOAT).single = value; }
+
+    void _storeDouble(double value) { _makeRoomForPlain(MEMBER::DOUBLE).number = value; }
+
+    void _storeString(const tbMemory::StringView& text)
+    {
+        if (m_live != MEMBER::TEXT)
+            prepareForString();
+        m_storage.text = text;
+    }
+
+    void _storeObject(void* object)
+    {
+        if (m_live != MEMBER::USER_TYPE)
+            prepareForUserType();
+        m_storage.userType.object = object;
+    }
+
+    void _storeReference(const ScriptObjectReference& reference);
+
+    ///@}
+
+    ///@{
+    // The rest of a user type's value. Requires: the storage holds one.
+    void _storeTypeName(const tbMemory::StringView& typeName)
+    {
+        m_storage.userType.typeName = typeName;
+    }
+
+    std::shared_ptr<ScriptObjectInterpreterView>& _getView() { return m_storage.userType.view; }
+
+    const std::shared_ptr<ScriptObjectInterpreterView>& _getView() const
+    {
+        return m_storage.userType.view;
+    }
+
+    ///@}
+
+    // Null if the storage is prepared for every user type, or for another kind.
+    const tbMemory::String* _findExpectedTypeName() const
+    {
+        const bool isForOneType = m_live == MEMBER::USER_TYPE && !m_acceptsAnyUserType;
+        return isForOneType ? &m_storage.userType.typeName : nullptr;
+    }
+
+    Storage& _makeRoomForPlain(MEMBER member)
+    {
+        if (_ownsSomething())
+            _clear();
+        m_live = member;
+        return m_storage;
+    }
 
     // True if the storage holds `member` and the kind says so too.
     bool _holds(MEMBER member) const;

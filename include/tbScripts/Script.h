@@ -15,11 +15,6 @@ namespace tbScripts
 
 class ScriptStrategy;
 
-namespace lua
-{
-class LuaEnvironmentStrategy;
-}
-
 /// Named source text together with its compiled form for one interpreter.
 ///
 /// A new script has no interpreter; `setTargetInterpreter` chooses one, `load` compiles. A change
@@ -107,7 +102,7 @@ public:
     void importClassFromTree(tbExport::Node* node) override;
 
 private:
-    friend class lua::LuaEnvironmentStrategy; // runs the compiled form
+    friend struct ScriptAccess; // lends the compiled form to environments, which run it
 
     ScriptStrategy* _getStrategy() const;
 

@@ -11,11 +11,6 @@ namespace tbScripts
 class ScriptObjectInterpreterReference;
 class ScriptObjectView;
 
-namespace lua
-{
-class LuaScriptObjectInterpreterReference;
-}
-
 /// Keeps a script's table or function alive for the host.
 ///
 /// Copies of a handle share the value; the interpreter keeps it alive until the last of them is
@@ -86,8 +81,8 @@ public:
     std::uint32_t getUseCount() const;
 
 private:
-    friend class lua::LuaScriptObjectInterpreterReference; // makes values inside of blocks
-    friend class FunctionParameter; // hands out EMPTY for parameters that hold no reference
+    friend struct ScriptObjectReferenceAccess; // creates values inside of blocks
+    friend class FunctionParameter; // returns EMPTY for parameters that hold no reference
 
     struct SharedBlock;
 

@@ -152,6 +152,13 @@ void FunctionParameter::prepareForScriptObjectReference()
     m_live = MEMBER::REFERENCE;
 }
 
+void FunctionParameter::_storeReference(const ScriptObjectReference& reference)
+{
+    _clear();
+    new (&m_storage.reference) ScriptObjectReference(reference);
+    m_live = MEMBER::REFERENCE;
+}
+
 FunctionParameter::MEMBER FunctionParameter::_memberOf(FUNCTION_PARAMETER_TYPE type)
 {
     switch (type)

@@ -61,4 +61,17 @@ struct ScriptObjectReference::SharedBlock
     Room room;
 };
 
+/// Creates the library's own values inside of the blocks of references.
+struct ScriptObjectReferenceAccess
+{
+    /// Returns a handle on a new `Value`; both are one piece of memory.
+    template <typename Value, typename... Arguments>
+    static ScriptObjectReference make(Arguments&&... arguments)
+    {
+        ScriptObjectReference reference;
+        reference.m_block->makeValue<Value>(std::forward<Arguments>(arguments)...);
+        return reference;
+    }
+};
+
 } // namespace tbScripts

@@ -64,7 +64,7 @@ foreach(file IN LISTS files)
     endforeach()
 endforeach()
 
-# A host needs no interpreter headers and sees nothing of src/.
+# A host needs no interpreter headers and sees nothing of src/, nor of a certain interpreter.
 file(GLOB_RECURSE files RELATIVE ${root} ${root}/include/*.h)
 foreach(file IN LISTS files)
     file(STRINGS ${root}/${file} lines REGEX "^[ \t]*#[ \t]*include")
@@ -73,6 +73,11 @@ foreach(file IN LISTS files)
             OR line MATCHES "\"" AND NOT line MATCHES "\"tbScripts/")
             string(APPEND problems "  ${file}: ${line}\n")
         endif()
+    endforeach()
+    file(STRINGS ${root}/${file} lines
+        REGEX "(^|[^A-Za-z0-9_])lua[ \t]*::|namespace[ \t]+([A-Za-z0-9_]+[ \t]*::[ \t]*)*lua([^A-Za-z0-9_]|$)")
+    foreach(line IN LISTS lines)
+        string(APPEND problems "  ${file}: ${line} (names the interpreter's side)\n")
     endforeach()
 endforeach()
 
@@ -96,5 +101,5 @@ foreach(file IN LISTS files)
 endforeach()
 
 if(NOT problems STREQUAL "")
-    message(FATAL_ERROR "Includes against the layers:\n${problems}")
+    message(FATAL_ERROR "Against the layers:\n${problems}")
 endif()

@@ -78,6 +78,14 @@ file(WRITE ${tree}/include/tbScripts/Leak.h "#include <lua.hpp>\n")
 expect_failure(checkLayers "include/tbScripts/Leak.h" -D root=${tree})
 
 make_tree(${tree})
+file(APPEND ${tree}/include/tbScripts/Script.h "namespace tbScripts { friend class lua::Inside; }\n")
+expect_failure(checkLayers "lua::Inside; }.*names the interpreter's side" -D root=${tree})
+
+make_tree(${tree})
+file(APPEND ${tree}/include/tbScripts/Script.h "namespace tbScripts::lua { class Declared; }\n")
+expect_failure(checkLayers "class Declared; }.*names the interpreter's side" -D root=${tree})
+
+make_tree(${tree})
 file(WRITE ${tree}/tools/tbscripts/Inside.cpp "#include \"scripts/ScriptStrategy.h\"\n")
 expect_failure(checkLayers "tools/tbscripts/Inside.cpp" -D root=${tree})
 

@@ -10,6 +10,7 @@
 #include "environments/lua/LuaGlobals.h"
 #include "environments/lua/bytes/LuaValueReader.h"
 #include "environments/lua/bytes/LuaValueWriter.h"
+#include "scripts/ScriptAccess.h"
 #include "scripts/lua/LuaScriptStrategy.h"
 
 #include "tbScripts/LogManager.h"
@@ -49,12 +50,13 @@ bool LuaEnvironmentStrategy::execute(const Script& script)
         return false;
     resetResult();
     // The run may destroy the script, so this holds the parts that it needs.
-    const std::shared_ptr<const tbMemory::String> scriptName = script.m_name;
+    const std::shared_ptr<const tbMemory::String> scriptName = ScriptAccess::getName(script);
     if (script.getTargetInterpreter() != INTERPRETER_LUA)
         return _fail(messages::scriptOfOtherInterpreter(*scriptName), EXECUTION_OTHER_INTERPRETER);
 
     // A disabled script still names Lua as its interpreter.
-    const auto* const compiler = dynamic_cast<const LuaScriptStrategy*>(script._getStrategy());
+    const auto* const compiler =
+        dynamic_cast<const LuaScriptStrategy*>(ScriptAccess::getStrategy(script));
     const std::shared_ptr<const LuaBytecode> bytecode =
         compiler ? compiler->getBytecode() : nullptr;
     if (!bytecode)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "bindings/CallDefinition.h"
+#include "bindings/FunctionAccess.h"
 #include "bindings/lua/LuaOwner.h"
 #include "core/lua/LuaApi.h"
 #include "core/lua/LuaStateHandle.h"
@@ -61,7 +62,7 @@ public:
 
     const LuaStateHandle& getHandle() const { return m_handle; }
 
-    FunctionDefinition& getDefinition() const { return *m_definition; }
+    FunctionDefinition& getDefinition() const { return FunctionAccess::getDefinition(*this); }
 
 private:
     void _dropAnchor();

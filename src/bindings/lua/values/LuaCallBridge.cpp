@@ -1,7 +1,6 @@
 #include "bindings/lua/values/LuaCallBridge.h"
 
 #include "bindings/BindingMessages.h"
-#include "bindings/lua/values/LuaInstanceBox.h"
 #include "core/LogSources.h"
 #include "core/lua/LuaNumber.h"
 #include "core/lua/LuaText.h"
@@ -24,6 +23,8 @@ namespace tbScripts::lua
 
 namespace
 {
+
+using Access = FunctionParameterAccess;
 
 constexpr const char* NAME_OF_INT = "int";
 constexpr const char* NAME_OF_FLOAT = "float";
@@ -70,6 +71,12 @@ bool isSameName(const tbMemory::String& left, const tbMemory::String& right)
                          one[size - 1] == other[size - 1]);
 }
 
+bool isOfUserType(const FunctionParameter& parameter)
+{
+    return parameter.getType() == PARAM_TYPE_USER_TYPE ||
+           parameter.getType() == PARAM_TYPE_USER_TYPE_OWNED;
+}
+
 const char* nameOfNumber(FUNCTION_PARAMETER_TYPE type)
 {
     if (type == PARAM_TYPE_INT)
@@ -81,7 +88,7 @@ const char* nameOfNumber(FUNCTION_PARAMETER_TYPE type)
 
 bool LuaCallBridge::accepts(const FunctionParameter& parameter, int stackIndex) const
 {
-    switch (parameter.m_type)
+    switch (parameter.getType())
     {
     case PARAM_TYPE_BOOL:
         return true;
@@ -93,7 +100,7 @@ bool LuaCallBridge::accepts(const FunctionParameter& parameter, int stackIndex) 
         return lua_isstring(m_state, stackIndex) != 0;
     case PARAM_TYPE_USER_TYPE_OWNED:
     case PARAM_TYPE_USER_TYPE:
-        return lua_isnil(m_state, stackIndex) || _acceptsInstance(parameter, stackIndex);
+        return lua_isnil(m_state, stackIndex) || _expectedInstanceAt(parameter, stackIndex).box;
     case PARAM_TYPE_SCRIPT_FUNCTION:
         return lua_isfunction(m_state, stackIndex);
     case PARAM_TYPE_SCRIPT_OBJECT:
@@ -106,12 +113,10 @@ bool LuaCallBridge::accepts(const FunctionParameter& parameter, int stackIndex) 
 
 void LuaCallBridge::_read(FunctionParameter& parameter, int stackIndex) const
 {
-    switch (parameter.m_type)
+    switch (parameter.getType())
     {
     case PARAM_TYPE_BOOL:
-        _makeRoomForPlainValue(parameter);
-        parameter.m_storage.boolean = lua_toboolean(m_state, stackIndex) != 0;
-        parameter.m_live = FunctionParameter::MEMBER::BOOL;
+        Access::storeBool(parameter, lua_toboolean(m_state, stackIndex) != 0);
         return;
     case PARAM_TYPE_INT:
     case PARAM_TYPE_FLOAT:
@@ -137,7 +142,7 @@ void LuaCallBridge::_read(FunctionParameter& parameter, int stackIndex) const
 
 int LuaCallBridge::_push(const FunctionParameter& parameter) const
 {
-    switch (parameter.m_type)
+    switch (parameter.getType())
     {
     case PARAM_TYPE_VOID:
         return 0;
@@ -171,23 +176,18 @@ int LuaCallBridge::_push(const FunctionParameter& parameter) const
 
 bool LuaCallBridge::writeObject(FunctionParameter& parameter, void* object)
 {
-    if (parameter.m_type != PARAM_TYPE_USER_TYPE && parameter.m_type != PARAM_TYPE_USER_TYPE_OWNED)
+    if (!isOfUserType(parameter))
         return false;
-    if (parameter.m_live != FunctionParameter::MEMBER::USER_TYPE)
-        parameter.prepareForUserType();
-    FunctionParameter::UserTypeValue& value = parameter.m_storage.userType;
-    value.object = object;
-    value.view.reset();
+    Access::storeObject(parameter, object);
+    Access::getView(parameter).reset();
     return true;
 }
 
 bool LuaCallBridge::writeIndex(FunctionParameter& parameter, int index)
 {
-    if (parameter.m_type != PARAM_TYPE_INT)
+    if (parameter.getType() != PARAM_TYPE_INT)
         return false;
-    _makeRoomForPlainValue(parameter);
-    parameter.m_storage.integer = index;
-    parameter.m_live = FunctionParameter::MEMBER::INT;
+    Access::storeInt(parameter, index);
     return true;
 }
 
@@ -213,118 +213,81 @@ std::string LuaCallBridge::intToDecimal(int number)
     return std::string(digits.data(), end.ptr);
 }
 
-void LuaCallBridge::_makeRoomForPlainValue(FunctionParameter& parameter)
-{
-    if (parameter._ownsSomething())
-        parameter._clear();
-}
-
 void LuaCallBridge::_readNumber(FunctionParameter& parameter, int stackIndex) const
 {
-    _makeRoomForPlainValue(parameter);
     // Not a number reads as 0, which the conversion of such a value gives anyway.
     const double number = lua_tonumber(m_state, stackIndex);
-    switch (parameter.m_type)
-    {
-    case PARAM_TYPE_INT:
-        parameter.m_storage.integer = truncateToInt(number);
-        parameter.m_live = FunctionParameter::MEMBER::INT;
-        break;
-    case PARAM_TYPE_FLOAT:
-        parameter.m_storage.single = narrowToFloat(number);
-        parameter.m_live = FunctionParameter::MEMBER::FLOAT;
-        break;
-    default:
-        parameter.m_storage.number = number;
-        parameter.m_live = FunctionParameter::MEMBER::DOUBLE;
-        break;
-    }
+    if (parameter.getType() == PARAM_TYPE_INT)
+        Access::storeInt(parameter, truncateToInt(number));
+    else if (parameter.getType() == PARAM_TYPE_FLOAT)
+        Access::storeFloat(parameter, narrowToFloat(number));
+    else
+        Access::storeDouble(parameter, number);
     if (number == 0.0 && !lua_isnumber(m_state, stackIndex))
-        _throwTypeMismatch(stackIndex, nameOfNumber(parameter.m_type));
+        _throwTypeMismatch(stackIndex, nameOfNumber(parameter.getType()));
 }
 
 void LuaCallBridge::_readText(FunctionParameter& parameter, int stackIndex) const
 {
-    if (parameter.m_live != FunctionParameter::MEMBER::TEXT)
-        parameter.prepareForString();
-    tbMemory::String& text = parameter.m_storage.text;
     const tbMemory::StringView passed = textAt(m_state, stackIndex);
+    Access::storeString(parameter, passed);
     if (passed.isNull())
-    {
-        text.clear();
         _throwTypeMismatch(stackIndex, NAME_OF_STRING);
-    }
-    text = passed;
 }
 
-bool LuaCallBridge::_acceptsInstance(const FunctionParameter& parameter, int stackIndex) const
+LuaInstance
+LuaCallBridge::_expectedInstanceAt(const FunctionParameter& parameter, int stackIndex) const
 {
     const LuaInstance instance = instanceAt(m_scope.getSlot(), m_state, stackIndex);
-    return instance.box &&
-           (parameter.m_acceptsAnyUserType || instance.typeName == parameter.getUserTypeName());
+    const bool isExpected = instance.box && (Access::acceptsAnyUserType(parameter) ||
+                                             instance.typeName == parameter.getUserTypeName());
+    return isExpected ? instance : LuaInstance{nullptr, tbMemory::StringView()};
 }
 
 bool LuaCallBridge::_readExpectedInstance(FunctionParameter& parameter, int stackIndex) const
 {
-    if (parameter.m_live != FunctionParameter::MEMBER::USER_TYPE || parameter.m_acceptsAnyUserType)
+    const tbMemory::String* const expectedName = Access::findExpectedTypeName(parameter);
+    if (!expectedName)
         return false;
     auto* const box = static_cast<const LuaInstanceBox*>(boxSizedBlockAt(m_state, stackIndex));
     const tbMemory::String* const name =
         box ? livingTypeAt(m_scope.getSlot(), m_state, stackIndex) : nullptr;
-    FunctionParameter::UserTypeValue& value = parameter.m_storage.userType;
-    if (!name || !hasFlagsOfABox(box) || box->isDestroyed || !isSameName(*name, value.typeName))
+    if (!name || !hasFlagsOfABox(box) || box->isDestroyed || !isSameName(*name, *expectedName))
         return false;
-    value.object = box->object;
-    if (parameter.m_type == PARAM_TYPE_USER_TYPE_OWNED)
+    Access::storeObject(parameter, box->object);
+    if (parameter.getType() == PARAM_TYPE_USER_TYPE_OWNED)
         _lendView(parameter, stackIndex);
     return true;
 }
 
 void LuaCallBridge::_readUserType(FunctionParameter& parameter, int stackIndex) const
 {
-    if (parameter.m_live != FunctionParameter::MEMBER::USER_TYPE)
-        parameter.prepareForUserType();
-    FunctionParameter::UserTypeValue& value = parameter.m_storage.userType;
-    value.object = nullptr;
-    if (!_readInstance(parameter, value, stackIndex))
+    Access::storeObject(parameter, nullptr);
+    const bool acceptsAny = Access::acceptsAnyUserType(parameter);
+    const LuaInstance instance = _expectedInstanceAt(parameter, stackIndex);
+    if (instance.box)
     {
-        const bool acceptsAny = parameter.m_acceptsAnyUserType;
-        if (!lua_isnil(m_state, stackIndex))
-        {
-            _throwTypeMismatch(
-                stackIndex,
-                acceptsAny ? tbMemory::StringView("") : tbMemory::StringView(value.typeName));
-        }
-        value.view.reset();
         if (acceptsAny)
-            value.typeName.clear();
+            Access::storeTypeName(parameter, instance.typeName);
+        Access::storeObject(parameter, instance.box->object);
+        if (parameter.getType() == PARAM_TYPE_USER_TYPE_OWNED)
+            _lendView(parameter, stackIndex);
+        return;
     }
-    else if (parameter.m_type == PARAM_TYPE_USER_TYPE_OWNED)
+    if (!lua_isnil(m_state, stackIndex))
     {
-        _lendView(parameter, stackIndex);
+        _throwTypeMismatch(
+            stackIndex, acceptsAny ? tbMemory::StringView("") : parameter.getUserTypeName());
     }
-}
-
-bool LuaCallBridge::_readInstance(
-    const FunctionParameter& parameter,
-    FunctionParameter::UserTypeValue& value,
-    int stackIndex) const
-{
-    const LuaInstance instance = instanceAt(m_scope.getSlot(), m_state, stackIndex);
-    if (!instance.box)
-        return false;
-    if (parameter.m_acceptsAnyUserType)
-        value.typeName = instance.typeName;
-    else if (instance.typeName != value.typeName)
-        return false;
-    value.object = instance.box->object;
-    return true;
+    Access::getView(parameter).reset();
+    if (acceptsAny)
+        Access::storeTypeName(parameter, tbMemory::StringView());
 }
 
 void LuaCallBridge::_readReference(FunctionParameter& parameter, int stackIndex) const
 {
-    parameter._clear(); // without a value it designates nothing
-    const bool isFunction = parameter.m_type == PARAM_TYPE_SCRIPT_FUNCTION;
+    Access::clear(parameter); // without a value it designates nothing
+    const bool isFunction = parameter.getType() == PARAM_TYPE_SCRIPT_FUNCTION;
     if (!accepts(parameter, stackIndex))
         _throwTypeMismatch(stackIndex, isFunction ? NAME_OF_FUNCTION : NAME_OF_OBJECT);
     LuaStateSlot& slot = m_scope.getSlot();
@@ -332,16 +295,15 @@ void LuaCallBridge::_readReference(FunctionParameter& parameter, int stackIndex)
         return; // the state is closing: what it holds cannot be kept any more
 
     const ScriptObjectReference kept =
-        LuaScriptObjectInterpreterReference::make(LuaStateHandle(&slot), parameter.m_type);
+        LuaScriptObjectInterpreterReference::make(LuaStateHandle(&slot), parameter.getType());
     lua_pushvalue(m_state, stackIndex);
     LuaScriptObjectInterpreterReference::of(kept).anchor(m_state);
-    new (&parameter.m_storage.reference) ScriptObjectReference(kept);
-    parameter.m_live = FunctionParameter::MEMBER::REFERENCE;
+    Access::storeReference(parameter, kept);
 }
 
 void LuaCallBridge::_lendView(FunctionParameter& parameter, int stackIndex) const
 {
-    std::shared_ptr<ScriptObjectInterpreterView>& view = parameter.m_storage.userType.view;
+    Access::View& view = Access::getView(parameter);
     if (view.use_count() != 1)
         view = std::make_shared<LuaScriptObjectInterpreterView>();
     // Only this bridge puts views into parameters, and only of this kind.
@@ -362,12 +324,12 @@ int LuaCallBridge::_pushUserType(const FunctionParameter& parameter) const
     void* const object = parameter.getUserTypeObject();
     if (!object)
         return 0;
-    bool becomesOwner = parameter.m_type == PARAM_TYPE_USER_TYPE_OWNED;
-    if (becomesOwner && parameter.m_storage.userType.view)
+    bool becomesOwner = parameter.getType() == PARAM_TYPE_USER_TYPE_OWNED;
+    const Access::View& lent = Access::getView(parameter);
+    if (becomesOwner && lent)
     {
         // Only this bridge puts views into parameters, and only of this kind.
-        const auto& view =
-            static_cast<const LuaScriptObjectInterpreterView&>(*parameter.m_storage.userType.view);
+        const auto& view = static_cast<const LuaScriptObjectInterpreterView&>(*lent);
         if (view.isForeignTo(m_scope.getSlot()))
             becomesOwner = false; // a script of another interpreter has it, and keeps it
         else if (_pushOriginal(view, object))

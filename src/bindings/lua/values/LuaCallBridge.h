@@ -1,5 +1,7 @@
 #pragma once
 
+#include "bindings/lua/values/LuaInstanceBox.h"
+#include "core/FunctionParameterAccess.h"
 #include "core/lua/LuaApi.h"
 #include "core/lua/LuaStateHandle.h"
 #include "core/lua/calls/LuaCallbackScope.h"
@@ -63,7 +65,7 @@ public:
     /// On failure: a kind that is no kind is logged (tag "LuaFunction") and pushes nothing.
     int pushParameter(const FunctionParameter& parameter) const
     {
-        if (parameter.m_type != PARAM_TYPE_DOUBLE)
+        if (parameter.getType() != PARAM_TYPE_DOUBLE)
             return _push(parameter);
         lua_pushnumber(m_state, parameter.getDouble());
         return 1;
@@ -89,31 +91,24 @@ public:
     static std::string intToDecimal(int number);
 
 private:
-    // Gives up a text, user type or reference that the storage was prepared for, so that a number
-    // or truth value may be written over it.
-    static void _makeRoomForPlainValue(FunctionParameter& parameter);
-
     // Reads a number that is one, or an instance of the expected type. Returns false, and leaves
     // `parameter` as it is, for all the rest.
     bool _readFrequentKind(FunctionParameter& parameter, int stackIndex) const
     {
-        if (parameter.m_type == PARAM_TYPE_DOUBLE)
+        const FUNCTION_PARAMETER_TYPE type = parameter.getType();
+        if (type == PARAM_TYPE_DOUBLE)
             return _readPlainDouble(parameter, stackIndex);
-        const bool isUserType = parameter.m_type == PARAM_TYPE_USER_TYPE ||
-                                parameter.m_type == PARAM_TYPE_USER_TYPE_OWNED;
+        const bool isUserType = type == PARAM_TYPE_USER_TYPE || type == PARAM_TYPE_USER_TYPE_OWNED;
         return isUserType && _readExpectedInstance(parameter, stackIndex);
     }
 
     // Returns false for what is or may be none.
     bool _readPlainDouble(FunctionParameter& parameter, int stackIndex) const
     {
-        if (parameter._ownsSomething())
-            return false;
         const double number = lua_tonumber(m_state, stackIndex);
         if (number == 0.0)
             return false; // anything else reads as that
-        parameter.m_storage.number = number;
-        parameter.m_live = FunctionParameter::MEMBER::DOUBLE;
+        FunctionParameterAccess::storeDouble(parameter, number);
         return true;
     }
 
@@ -125,7 +120,9 @@ private:
 
     int _push(const FunctionParameter& parameter) const;
 
-    bool _acceptsInstance(const FunctionParameter& parameter, int stackIndex) const;
+    // Returns the instance in slot `stackIndex`; without box if there is none that lives and is of
+    // the expected type.
+    LuaInstance _expectedInstanceAt(const FunctionParameter& parameter, int stackIndex) const;
 
     void _readNumber(FunctionParameter& parameter, int stackIndex) const;
 
@@ -134,12 +131,6 @@ private:
     void _readUserType(FunctionParameter& parameter, int stackIndex) const;
 
     void _readReference(FunctionParameter& parameter, int stackIndex) const;
-
-    // Returns false if there is no living instance of the expected type.
-    bool _readInstance(
-        const FunctionParameter& parameter,
-        FunctionParameter::UserTypeValue& value,
-        int stackIndex) const;
 
     // Lends the value to a view of `parameter`; one that nobody else holds is used again.
     void _lendView(FunctionParameter& parameter, int stackIndex) const;

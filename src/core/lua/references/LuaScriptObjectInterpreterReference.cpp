@@ -18,9 +18,7 @@ namespace tbScripts::lua
 ScriptObjectReference LuaScriptObjectInterpreterReference::make(
     const LuaStateHandle& handle, FUNCTION_PARAMETER_TYPE type)
 {
-    ScriptObjectReference made;
-    made.m_block->makeValue<LuaScriptObjectInterpreterReference>(handle, type, 0);
-    return made;
+    return ScriptObjectReferenceAccess::make<LuaScriptObjectInterpreterReference>(handle, type, 0);
 }
 
 LuaScriptObjectInterpreterReference::LuaScriptObjectInterpreterReference(

@@ -1,0 +1,81 @@
+#pragma once
+
+#include "tbScripts/FunctionParameter.h"
+
+#include <memory>
+
+namespace tbScripts
+{
+
+/// Lets the interpreter's side fill parameters in place: what is stored keeps the parameter's kind,
+/// and the memory that it has. Which member of the storage lives is the parameter's own affair.
+struct FunctionParameterAccess
+{
+    using View = std::shared_ptr<ScriptObjectInterpreterView>;
+
+    ///@{
+    /// Stores a value, whatever the storage held before.
+    static void storeBool(FunctionParameter& parameter, bool value) { parameter._storeBool(value); }
+
+    static void storeInt(FunctionParameter& parameter, int value) { parameter._storeInt(value); }
+
+    static void storeFloat(FunctionParameter& parameter, float value)
+    {
+        parameter._storeFloat(value);
+    }
+
+    static void storeDouble(FunctionParameter& parameter, double value)
+    {
+        parameter._storeDouble(value);
+    }
+
+    /// A null view is stored as the empty string.
+    static void storeString(FunctionParameter& parameter, const tbMemory::StringView& text)
+    {
+        parameter._storeString(text);
+    }
+
+    static void storeReference(FunctionParameter& parameter, const ScriptObjectReference& value)
+    {
+        parameter._storeReference(value);
+    }
+
+    /// Leaves type name and view of a user type as they are.
+    static void storeObject(FunctionParameter& parameter, void* object)
+    {
+        parameter._storeObject(object);
+    }
+
+    ///@}
+
+    /// Destroys the value; the kind stays.
+    static void clear(FunctionParameter& parameter) { parameter._clear(); }
+
+    ///@{
+    /// The rest of a user type's value. Requires: the storage holds one, as after `storeObject`.
+    static void storeTypeName(FunctionParameter& parameter, const tbMemory::StringView& typeName)
+    {
+        parameter._storeTypeName(typeName);
+    }
+
+    static View& getView(FunctionParameter& parameter) { return parameter._getView(); }
+
+    static const View& getView(const FunctionParameter& parameter) { return parameter._getView(); }
+
+    ///@}
+
+    /// Returns whether the parameter was declared to accept every user type.
+    static bool acceptsAnyUserType(const FunctionParameter& parameter)
+    {
+        return parameter.m_acceptsAnyUserType;
+    }
+
+    /// Returns the name of the one user type that the storage is prepared for; null if it is
+    /// prepared for every one, or for none.
+    static const tbMemory::String* findExpectedTypeName(const FunctionParameter& parameter)
+    {
+        return parameter._findExpectedTypeName();
+    }
+};
+
+} // namespace tbScripts
