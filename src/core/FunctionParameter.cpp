@@ -180,9 +180,9 @@ FunctionParameter::MEMBER FunctionParameter::_memberOf(FUNCTION_PARAMETER_TYPE t
     case PARAM_TYPE_SCRIPT_OBJECT:
         return MEMBER::REFERENCE;
     case PARAM_TYPE_VOID:
-    default: // a number outside the enumeration is a kind without value
         return MEMBER::NONE;
     }
+    return MEMBER::NONE; // a number outside the enumeration is a kind without value
 }
 
 bool FunctionParameter::_holds(MEMBER member) const

@@ -103,6 +103,17 @@ foreach(complaint IN ITEMS
 endforeach()
 
 make_tree(${tree})
+file(WRITE ${tree}/src/core/FunctionParameter.cpp "int nothing = 0;\n")
+file(WRITE ${tree}/src/bindings/lua/values/LuaCallBridge.cpp
+    "#include \"tbScripts/FunctionParameterType.h\"\n"
+    "int f(tbScripts::FUNCTION_PARAMETER_TYPE type)\n"
+    "{\n    switch (type)\n    {\n    default:\n        return 0;\n    }\n}\n")
+set(newKind -D root=${tree} -D compiler=${compiler} -D scratch=${scratch}/newKind)
+expect_failure(checkNewKind "_memberOf only 0 have to name it" ${newKind} -D options=-Wswitch-enum)
+expect_failure(checkNewKind "_push only 1 have to name it" ${newKind} -D options=-Wswitch-enum)
+expect_failure(checkNewKind "_push only 0 have to name it" ${newKind} -D options=-Wall)
+
+make_tree(${tree})
 file(WRITE ${tree}/src/core/lua/Raise.cpp "int f(lua_State* s) { return lua_error(s); }\n")
 expect_failure(checkRaiseSites "src/core/lua/Raise.cpp" -D root=${tree})
 

@@ -106,9 +106,9 @@ bool LuaCallBridge::accepts(const FunctionParameter& parameter, int stackIndex) 
     case PARAM_TYPE_SCRIPT_OBJECT:
         return lua_istable(m_state, stackIndex);
     case PARAM_TYPE_VOID:
-    default: // numbers outside the enumeration expect nothing
         return false;
     }
+    return false; // numbers outside the enumeration expect nothing
 }
 
 void LuaCallBridge::_read(FunctionParameter& parameter, int stackIndex) const
@@ -135,9 +135,10 @@ void LuaCallBridge::_read(FunctionParameter& parameter, int stackIndex) const
         _readReference(parameter, stackIndex);
         return;
     case PARAM_TYPE_VOID:
-    default: // numbers outside the enumeration cannot be read either
-        throw std::string(std::string_view(messages::parameterNotHandled(m_functionName)));
+        break;
     }
+    // Numbers outside the enumeration cannot be read either.
+    throw std::string(std::string_view(messages::parameterNotHandled(m_functionName)));
 }
 
 int LuaCallBridge::_push(const FunctionParameter& parameter) const
