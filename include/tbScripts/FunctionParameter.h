@@ -8,6 +8,7 @@
 #include <tbMemory/String.h>
 #include <tbMemory/StringView.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <memory>
@@ -96,6 +97,10 @@ public:
 
     /// Not offered: a kind would be taken for an `int`. Use `ofType`.
     FunctionParameter(FUNCTION_PARAMETER_TYPE type) = delete;
+
+    /// Not offered: `nullptr` would be taken for a null string and create the empty one. Use
+    /// `FunctionParameter::VOID` for no result, an empty `ScriptObjectReference` for nil.
+    FunctionParameter(std::nullptr_t) = delete;
 
     /// Not offered: a pointer would be taken for a `bool`. Use the constructor for user types.
     template <

@@ -5,6 +5,7 @@
 #include <tbScripts/Script.h>
 
 #include <cmath>
+#include <cstddef>
 #include <limits>
 #include <string>
 #include <type_traits>
@@ -196,6 +197,13 @@ TEST_F(FunctionParameterTest, IsNotMadeFromALonePointer)
     EXPECT_FALSE((std::is_constructible_v<FunctionParameter, Script*>));
     EXPECT_FALSE((std::is_constructible_v<FunctionParameter, const Script*>));
     EXPECT_FALSE((std::is_constructible_v<FunctionParameter, void (*)()>));
+}
+
+TEST_F(FunctionParameterTest, IsNotMadeFromTheNullLiteral)
+{
+    EXPECT_FALSE((std::is_constructible_v<FunctionParameter, std::nullptr_t>));
+    EXPECT_FALSE((std::is_convertible_v<std::nullptr_t, FunctionParameter>));
+    EXPECT_FALSE((std::is_assignable_v<FunctionParameter&, std::nullptr_t>));
 }
 
 TEST_F(FunctionParameterTest, IsMadeFromEveryKindOfText)
