@@ -439,6 +439,7 @@ set(TOBREL_SCRIPTS_PUBLIC_TESTS
     tests/lifetime/MethodDeclarationEndTest.cpp
     tests/lifetime/NamespaceEndTest.cpp
     tests/lifetime/OutlivingReferenceTest.cpp
+    tests/lifetime/OwnedParameterTest.cpp
     tests/lifetime/RunningScriptTest.cpp
     tests/lifetime/StorageOrderTest.cpp
     tests/lifetime/TeardownTest.cpp

@@ -41,6 +41,7 @@ public:
         , m_type(PARAM_TYPE_VOID)
         , m_live(MEMBER::NONE)
         , m_acceptsAnyUserType(false)
+        , m_grant(GRANT::NONE)
     {
     }
 
@@ -83,7 +84,9 @@ public:
     ///
     /// `typeName` is the type's full name; an empty name creates a value without methods.
     /// Ownership: `scriptOwned` transfers the object to the script that receives the value;
-    /// otherwise the host keeps it. The parameter itself never destroys the object.
+    /// otherwise the host keeps it. The parameter itself never destroys the object. If a parameter
+    /// and its copies arrive in scripts more than once, only the first script value that they
+    /// create owns the object. Copying such a parameter allocates a few bytes; moving does not.
     ///
     /// @code
     /// auto* const made = new Point{arguments[0].getDouble(), arguments[1].getDouble()};
@@ -231,11 +234,24 @@ private:
         REFERENCE
     };
 
+    // Whether a script value that is created of this one owns the object: the first one, if the
+    // host created this one for that. What was read from a script creates no owner.
+    enum class GRANT : std::uint8_t
+    {
+        NONE,
+        SOLE,  // nobody else has it: there is no copy
+        SHARED // with all copies; `view` says whether one of them has used it
+    };
+
+    class SharedGrant;
+
     struct UserTypeValue
     {
         tbMemory::String typeName;
-        void* object = nullptr;                            // never owned
-        std::shared_ptr<ScriptObjectInterpreterView> view; // null unless read from a script
+        void* object = nullptr; // never owned
+
+        // Shared by copies: a look at the value that was read from a script, or a `SharedGrant`.
+        mutable std::shared_ptr<ScriptObjectInterpreterView> view;
     };
 
     union Storage
@@ -263,6 +279,7 @@ private:
         : m_type(type)
         , m_live(member)
         , m_acceptsAnyUserType(false)
+        , m_grant(GRANT::NONE)
     {
     }
 
@@ -304,6 +321,8 @@ private:
     {
         if (m_live != MEMBER::USER_TYPE)
             prepareForUserType();
+        else if (m_grant != GRANT::NONE)
+            _dropGrant();
         m_storage.userType.object = object;
     }
 
@@ -312,18 +331,30 @@ private:
     ///@}
 
     ///@{
-    // The rest of a user type's value. Requires: the storage holds one.
+    // The rest of a user type's value. Requires: the storage holds one; to store a view, that
+    // `_storeObject` came before.
     void _storeTypeName(const tbMemory::StringView& typeName)
     {
         m_storage.userType.typeName = typeName;
     }
 
-    std::shared_ptr<ScriptObjectInterpreterView>& _getView() { return m_storage.userType.view; }
+    std::shared_ptr<ScriptObjectInterpreterView>& _editView() { return m_storage.userType.view; }
 
-    const std::shared_ptr<ScriptObjectInterpreterView>& _getView() const
+    // Null unless it was read from a script.
+    ScriptObjectInterpreterView* _getView() const
     {
-        return m_storage.userType.view;
+        return m_grant == GRANT::SHARED ? nullptr : m_storage.userType.view.get();
     }
+
+    bool _hasGrant() const
+    {
+        return m_grant == GRANT::SOLE || (m_grant == GRANT::SHARED && !_isSharedGrantUsed());
+    }
+
+    void _useGrant() const;
+    void _shareGrant() const;
+    void _dropGrant();
+    bool _isSharedGrantUsed() const;
 
     ///@}
 
@@ -371,6 +402,7 @@ private:
     FUNCTION_PARAMETER_TYPE m_type;
     MEMBER m_live;
     bool m_acceptsAnyUserType; // declared without type name; the name held is that of the value
+    mutable GRANT m_grant;     // only for user types; using it is no change that a host can see
 };
 
 } // namespace tbScripts

@@ -1,10 +1,23 @@
 #include "tbScripts/FunctionParameter.h"
 
+#include "tbScripts/ScriptObjectInterpreterView.h"
+
 #include <new>
 #include <utility>
 
 namespace tbScripts
 {
+
+// What copies share of a value that the host created for a script to own: the first script value
+// that one of them creates owns the object (docs/decisions/0020-one-owner-for-each-parameter.md).
+// It takes the place of the view, which only values read from a script have.
+class FunctionParameter::SharedGrant final : public ScriptObjectInterpreterView
+{
+public:
+    ScriptObjectInterpreterReference* createReference() override { return nullptr; }
+
+    bool isUsed = false;
+};
 
 const FunctionParameter FunctionParameter::VOID;
 
@@ -17,6 +30,7 @@ FunctionParameter::FunctionParameter(const tbMemory::StringView& text)
     : m_type(PARAM_TYPE_STRING)
     , m_live(MEMBER::TEXT)
     , m_acceptsAnyUserType(false)
+    , m_grant(GRANT::NONE)
 {
     new (&m_storage.text) tbMemory::String(text);
 }
@@ -26,6 +40,7 @@ FunctionParameter::FunctionParameter(
     : m_type(scriptOwned ? PARAM_TYPE_USER_TYPE_OWNED : PARAM_TYPE_USER_TYPE)
     , m_live(MEMBER::USER_TYPE)
     , m_acceptsAnyUserType(typeName.empty())
+    , m_grant(scriptOwned && object ? GRANT::SOLE : GRANT::NONE)
 {
     new (&m_storage.userType) UserTypeValue{tbMemory::String(typeName), object, nullptr};
 }
@@ -36,6 +51,7 @@ FunctionParameter::FunctionParameter(const ScriptObjectReference& reference)
                                                             : PARAM_TYPE_SCRIPT_OBJECT)
     , m_live(MEMBER::REFERENCE)
     , m_acceptsAnyUserType(false)
+    , m_grant(GRANT::NONE)
 {
     new (&m_storage.reference) ScriptObjectReference(reference);
 }
@@ -99,8 +115,8 @@ tbMemory::StringView FunctionParameter::getUserTypeName() const
 
 ScriptObjectView FunctionParameter::getUserTypeView() const
 {
-    return _holds(MEMBER::USER_TYPE) ? ScriptObjectView(m_storage.userType.view)
-                                     : ScriptObjectView();
+    return _holds(MEMBER::USER_TYPE) && _getView() ? ScriptObjectView(m_storage.userType.view)
+                                                   : ScriptObjectView();
 }
 
 const ScriptObjectReference& FunctionParameter::getScriptObject() const
@@ -159,6 +175,32 @@ void FunctionParameter::_storeReference(const ScriptObjectReference& reference)
     m_live = MEMBER::REFERENCE;
 }
 
+void FunctionParameter::_useGrant() const
+{
+    if (m_grant == GRANT::SHARED)
+        static_cast<SharedGrant&>(*m_storage.userType.view).isUsed = true;
+    else
+        m_grant = GRANT::NONE;
+}
+
+void FunctionParameter::_shareGrant() const
+{
+    m_storage.userType.view = std::make_shared<SharedGrant>();
+    m_grant = GRANT::SHARED;
+}
+
+void FunctionParameter::_dropGrant()
+{
+    if (m_grant == GRANT::SHARED)
+        m_storage.userType.view.reset();
+    m_grant = GRANT::NONE;
+}
+
+bool FunctionParameter::_isSharedGrantUsed() const
+{
+    return static_cast<const SharedGrant&>(*m_storage.userType.view).isUsed;
+}
+
 FunctionParameter::MEMBER FunctionParameter::_memberOf(FUNCTION_PARAMETER_TYPE type)
 {
     switch (type)
@@ -212,6 +254,7 @@ void FunctionParameter::_clear() noexcept
     }
     m_live = MEMBER::NONE;
     m_acceptsAnyUserType = false;
+    m_grant = GRANT::NONE;
     m_storage.firstWord = 0;
 }
 
@@ -226,6 +269,8 @@ void FunctionParameter::_copyFrom(const FunctionParameter& other)
     m_type = other.m_type;
     if (!other._holds(other.m_live))
         return; // storage that was prepared for another kind is not a value
+    if (other.m_grant == GRANT::SOLE)
+        other._shareGrant();
     if (other.m_live == MEMBER::TEXT)
         new (&m_storage.text) tbMemory::String(other.m_storage.text);
     else if (other.m_live == MEMBER::USER_TYPE)
@@ -234,6 +279,7 @@ void FunctionParameter::_copyFrom(const FunctionParameter& other)
         new (&m_storage.reference) ScriptObjectReference(other.m_storage.reference);
     m_live = other.m_live;
     m_acceptsAnyUserType = other.m_acceptsAnyUserType;
+    m_grant = other.m_grant;
 }
 
 void FunctionParameter::_takeOwnedFrom(FunctionParameter& other) noexcept
@@ -249,6 +295,7 @@ void FunctionParameter::_takeOwnedFrom(FunctionParameter& other) noexcept
         new (&m_storage.reference) ScriptObjectReference(std::move(other.m_storage.reference));
     m_live = other.m_live;
     m_acceptsAnyUserType = other.m_acceptsAnyUserType;
+    m_grant = other.m_grant;
     if (m_live == MEMBER::REFERENCE)
         return; // moving a reference shares it
     other._clear();

@@ -11,8 +11,6 @@ namespace tbScripts
 /// and the memory that it has. Which member of the storage lives is the parameter's own affair.
 struct FunctionParameterAccess
 {
-    using View = std::shared_ptr<ScriptObjectInterpreterView>;
-
     ///@{
     /// Stores a value, whatever the storage held before.
     static void storeBool(FunctionParameter& parameter, bool value) { parameter._storeBool(value); }
@@ -40,7 +38,8 @@ struct FunctionParameterAccess
         parameter._storeReference(value);
     }
 
-    /// Leaves type name and view of a user type as they are.
+    /// Leaves type name and view as they are. From here on no instance that is created of the
+    /// value owns the object: a script knows it already.
     static void storeObject(FunctionParameter& parameter, void* object)
     {
         parameter._storeObject(object);
@@ -58,9 +57,23 @@ struct FunctionParameterAccess
         parameter._storeTypeName(typeName);
     }
 
-    static View& getView(FunctionParameter& parameter) { return parameter._getView(); }
+    static std::shared_ptr<ScriptObjectInterpreterView>& editView(FunctionParameter& parameter)
+    {
+        return parameter._editView();
+    }
 
-    static const View& getView(const FunctionParameter& parameter) { return parameter._getView(); }
+    /// Returns what looks at the script value that this was read from; null if it was not.
+    static const ScriptObjectInterpreterView* getView(const FunctionParameter& parameter)
+    {
+        return parameter._getView();
+    }
+
+    /// Returns whether an instance that is created of it is to own the object.
+    static bool mayCreateOwner(const FunctionParameter& parameter) { return parameter._hasGrant(); }
+
+    /// Notes that one was created: for this parameter and its copies it was the only one. Requires:
+    /// `mayCreateOwner`.
+    static void noteOwner(const FunctionParameter& parameter) { parameter._useGrant(); }
 
     ///@}
 

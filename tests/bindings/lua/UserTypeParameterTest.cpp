@@ -434,7 +434,7 @@ TEST_F(UserTypeParameterTest, OwnedValueOfTheOuterCallReturnedByAnInnerOneIsTheS
     EXPECT_EQ(global("isSame"), "true");
 }
 
-TEST_F(UserTypeParameterTest, OwnedValueReturnedWithItsFlagOffIsANewOwner)
+TEST_F(UserTypeParameterTest, OwnedValueReturnedWithItsFlagOffIsAnotherBoxThatOwnsNothing)
 {
     declarePass(PARAM_TYPE_USER_TYPE_OWNED);
     setInstance("kept", "Enemy", &m_enemy, false);
@@ -443,11 +443,12 @@ TEST_F(UserTypeParameterTest, OwnedValueReturnedWithItsFlagOffIsANewOwner)
 
     EXPECT_EQ(global("isSame"), "false");
     EXPECT_EQ(boxIn("passed").object, &m_enemy);
-    EXPECT_TRUE(boxIn("passed").gcEnabled);
+    EXPECT_FALSE(boxIn("passed").gcEnabled);
     EXPECT_FALSE(boxIn("kept").gcEnabled);
 }
 
-TEST_F(UserTypeParameterTest, OwnedValueReturnedAfterItsBoxGotAnotherObjectIsANewOwner)
+TEST_F(
+    UserTypeParameterTest, OwnedValueReturnedAfterItsBoxGotAnotherObjectIsAnotherBoxThatOwnsNothing)
 {
     lua::LuaInstanceBox& box = setInstance("kept", "Enemy", &m_enemy, true);
     declare(
@@ -463,9 +464,10 @@ TEST_F(UserTypeParameterTest, OwnedValueReturnedAfterItsBoxGotAnotherObjectIsANe
 
     EXPECT_EQ(global("isSame"), "false");
     EXPECT_EQ(boxIn("passed").object, &m_enemy);
+    EXPECT_FALSE(boxIn("passed").gcEnabled);
 }
 
-TEST_F(UserTypeParameterTest, OwnedValueKeptAfterItsCallIsPushedAsANewOwner)
+TEST_F(UserTypeParameterTest, OwnedValueKeptAfterItsCallIsPushedAsAnotherBoxThatOwnsNothing)
 {
     FunctionParameter kept;
     declare(
@@ -482,6 +484,7 @@ TEST_F(UserTypeParameterTest, OwnedValueKeptAfterItsCallIsPushedAsANewOwner)
 
     EXPECT_EQ(global("isSame"), "false");
     EXPECT_EQ(boxIn("given").object, &m_enemy);
+    EXPECT_FALSE(boxIn("given").gcEnabled);
 }
 
 TEST_F(UserTypeParameterTest, KeptValueReturnedIsAnotherBoxThatOwnsNothing)

@@ -180,7 +180,7 @@ bool LuaCallBridge::writeObject(FunctionParameter& parameter, void* object)
     if (!isOfUserType(parameter))
         return false;
     Access::storeObject(parameter, object);
-    Access::getView(parameter).reset();
+    Access::editView(parameter).reset();
     return true;
 }
 
@@ -280,7 +280,7 @@ void LuaCallBridge::_readUserType(FunctionParameter& parameter, int stackIndex) 
         _throwTypeMismatch(
             stackIndex, acceptsAny ? tbMemory::StringView("") : parameter.getUserTypeName());
     }
-    Access::getView(parameter).reset();
+    Access::editView(parameter).reset();
     if (acceptsAny)
         Access::storeTypeName(parameter, tbMemory::StringView());
 }
@@ -304,7 +304,7 @@ void LuaCallBridge::_readReference(FunctionParameter& parameter, int stackIndex)
 
 void LuaCallBridge::_lendView(FunctionParameter& parameter, int stackIndex) const
 {
-    Access::View& view = Access::getView(parameter);
+    std::shared_ptr<ScriptObjectInterpreterView>& view = Access::editView(parameter);
     if (view.use_count() != 1)
         view = std::make_shared<LuaScriptObjectInterpreterView>();
     // Only this bridge puts views into parameters, and only of this kind.
@@ -325,28 +325,25 @@ int LuaCallBridge::_pushUserType(const FunctionParameter& parameter) const
     void* const object = parameter.getUserTypeObject();
     if (!object)
         return 0;
-    bool becomesOwner = parameter.getType() == PARAM_TYPE_USER_TYPE_OWNED;
-    const Access::View& lent = Access::getView(parameter);
-    if (becomesOwner && lent)
-    {
-        // Only this bridge puts views into parameters, and only of this kind.
-        const auto& view = static_cast<const LuaScriptObjectInterpreterView&>(*lent);
-        if (view.isForeignTo(m_scope.getSlot()))
-            becomesOwner = false; // a script of another interpreter has it, and keeps it
-        else if (_pushOriginal(view, object))
-            return 1;
-    }
-    pushInstance(m_scope.getSlot(), m_state, object, becomesOwner, parameter.getUserTypeName());
+    if (_pushOriginal(parameter, object))
+        return 1;
+    const bool isOwner = Access::mayCreateOwner(parameter);
+    const tbMemory::StringView typeName = parameter.getUserTypeName();
+    const bool isTyped = pushInstance(m_scope.getSlot(), m_state, object, isOwner, typeName);
+    if (isTyped && isOwner) // one without type destroys nothing
+        Access::noteOwner(parameter);
     return 1;
 }
 
-bool LuaCallBridge::_pushOriginal(
-    const LuaScriptObjectInterpreterView& view, const void* object) const
+bool LuaCallBridge::_pushOriginal(const FunctionParameter& parameter, const void* object) const
 {
-    if (!view.pushValue(m_state))
+    // Only this bridge puts views into parameters, and only of this kind.
+    const auto* const view =
+        static_cast<const LuaScriptObjectInterpreterView*>(Access::getView(parameter));
+    if (!view || view->isForeignTo(m_scope.getSlot()) || !view->pushValue(m_state))
         return false;
     const LuaInstance instance = boxAt(m_scope.getSlot(), m_state, -1);
-    // A dead one too: its object was destroyed meanwhile, and a new box would do that again.
+    // A dead one too: its object was destroyed during the call.
     if (instance.box &&
         (instance.box->isDestroyed || (instance.box->gcEnabled && instance.box->object == object)))
         return true;

@@ -140,9 +140,9 @@ private:
 
     int _pushUserType(const FunctionParameter& parameter) const;
 
-    // Pushes the very script value that `view` looks at, if the script still owns `object` through
-    // it: a second owning box would destroy the object twice.
-    bool _pushOriginal(const LuaScriptObjectInterpreterView& view, const void* object) const;
+    // Pushes the very script value that `parameter` was read from, if its view still looks at it
+    // and the script owns `object` through it. Returns false, and pushes nothing, if not.
+    bool _pushOriginal(const FunctionParameter& parameter, const void* object) const;
 
     LuaCallbackScope& m_scope;
     lua_State* m_state;

@@ -26,15 +26,16 @@ bool isTypeTable(const LuaStateSlot& slot, lua_State* state)
     return isType;
 }
 
-// Stack: +1, the table of the user type `typeName`, or nil if there is no such type.
-void pushTypeTable(const LuaStateSlot& slot, lua_State* state, const tbMemory::StringView& typeName)
+// Stack: +1, the table of the user type `typeName`, or nil and false if there is no such type.
+bool pushTypeTable(const LuaStateSlot& slot, lua_State* state, const tbMemory::StringView& typeName)
 {
     pushName(state, typeName);
     lua_rawget(state, LUA_REGISTRYINDEX);
     if (isTypeTable(slot, state))
-        return;
+        return true;
     lua_pop(state, 1);
     lua_pushnil(state);
+    return false;
 }
 
 } // namespace
@@ -66,7 +67,7 @@ LuaInstance boxOfAnyType(const LuaStateSlot& slot, lua_State* state, int index, 
     return instance;
 }
 
-void pushInstance(
+bool pushInstance(
     const LuaStateSlot& slot,
     lua_State* state,
     void* object,
@@ -77,8 +78,9 @@ void pushInstance(
     const LuaInstanceBox box{object, gcEnabled, false, {}};
     std::memset(block, 0, INSTANCE_BOX_SIZE);
     std::memcpy(block, &box, sizeof(box));
-    pushTypeTable(slot, state, typeName);
+    const bool isTyped = pushTypeTable(slot, state, typeName);
     lua_setmetatable(state, -2);
+    return isTyped;
 }
 
 void pushHostObject(

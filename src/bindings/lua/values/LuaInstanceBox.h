@@ -99,9 +99,9 @@ inline LuaInstance instanceAt(const LuaStateSlot& slot, lua_State* state, int in
     return instance;
 }
 
-/// Stack: +1, a new box for `object`. A `typeName` that names no user type gives one without
-/// metatable.
-void pushInstance(
+/// Stack: +1, a new box for `object`. Returns false if `typeName` names no user type; the box is
+/// then one without metatable.
+bool pushInstance(
     const LuaStateSlot& slot,
     lua_State* state,
     void* object,
