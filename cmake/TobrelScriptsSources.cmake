@@ -81,6 +81,7 @@ set(TOBREL_SCRIPTS_SOURCES
     src/core/lua/LuaErrorText.h
     src/core/lua/LuaNumber.h
     src/core/lua/LuaPrivateState.h
+    src/core/lua/LuaReportedNames.h
     src/core/lua/LuaStateHandle.cpp
     src/core/lua/LuaStateHandle.h
     src/core/lua/LuaTables.cpp
@@ -357,6 +358,7 @@ set(TOBREL_SCRIPTS_PUBLIC_TESTS
     tests/bindings/NamespaceReleaseTest.cpp
     tests/bindings/NamespaceTest.cpp
     tests/bindings/NamespaceVariablesTest.cpp
+    tests/bindings/UndeclaredUserTypeTest.cpp
     tests/bindings/UserTypeAllocationTest.cpp
     tests/bindings/UserTypeArrayAccessTest.cpp
     tests/bindings/UserTypeClearTest.cpp

@@ -82,7 +82,8 @@ public:
 
     /// Creates a value of a user type from `object`, which may be null.
     ///
-    /// `typeName` is the type's full name; an empty name creates a value without methods.
+    /// `typeName` is the type's full name; an empty name creates a value without methods. So does a
+    /// name that is not declared, which is logged once (tag "LuaFunction").
     /// Ownership: `scriptOwned` transfers the object to the script that receives the value;
     /// otherwise the host keeps it. The parameter itself never destroys the object. If a parameter
     /// and its copies arrive in scripts more than once, only the first script value that they

@@ -78,6 +78,12 @@ functionAlreadyRegistered(const tbMemory::StringView& name, const tbMemory::Stri
            "hold unexpected results";
 }
 
+inline tbMemory::String userTypeNotDeclared(const tbMemory::StringView& typeName)
+{
+    return "User type '" + tbMemory::String(typeName) +
+           "' is not declared. Its instances have no methods, and scripts will not destroy them.";
+}
+
 inline tbMemory::String userTypeIsGone(const tbMemory::StringView& typeName)
 {
     return "User type '" + tbMemory::String(typeName) + "' does not exist anymore.";

@@ -157,11 +157,6 @@ INSTANTIATE_TEST_SUITE_P(
             1,
             "type(v) == 'userdata' and debug.getmetatable(v) == nil"},
         InputRow{
-            "OwnedHostObjectOfUnknownType",
-            [](Environment&) { return FunctionParameter(&hostObject, "T", true); },
-            1,
-            "type(v) == 'userdata' and debug.getmetatable(v) == nil"},
-        InputRow{
             "NullHostObject",
             [](Environment&) { return FunctionParameter(nullptr, "T", false); },
             0,
@@ -181,6 +176,18 @@ INSTANTIATE_TEST_SUITE_P(
             1,
             "v == nil"}),
     RowName());
+
+TEST_F(ScriptFunctionCallTest, OwnedHostObjectOfUnknownTypeArrivesWithoutMetatable)
+{
+    run("function f(...) v = ...  count = select('#', ...) end");
+
+    callGlobal("f", {FunctionParameter(&hostObject, "T", true)});
+
+    EXPECT_EQ(environment().getVar("count", -1), 1);
+    run("assert(type(v) == 'userdata' and debug.getmetatable(v) == nil)");
+    EXPECT_THAT(
+        m_log.takeEntries(), ElementsAre(::testing::Field(&LogEntry::source, "LuaFunction")));
+}
 
 TEST_F(ScriptFunctionCallTest, HostObjectArrivesWithItsPointer)
 {

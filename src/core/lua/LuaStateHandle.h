@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/lua/LuaApi.h"
+#include "core/lua/LuaReportedNames.h"
 #include "core/lua/LuaTypeDirectory.h"
 
 #include <array>
@@ -59,6 +60,8 @@ struct LuaStateSlot
     int typeKey = LUA_NOREF;   // registry slot of the interpreter's own type
 
     LuaTypeDirectory types; // those of the weak set whose types live
+
+    LuaReportedNames reportedTypes; // names of no user type that values were pushed with
 
     LuaSpareKeys spareKeys;
 

@@ -3,6 +3,7 @@
 #include "core/lua/references/LuaScriptObjectInterpreterReference.h"
 #include "support/LuaCallBridgeFixture.h"
 
+#include <cstddef>
 #include <ostream>
 
 namespace tbScripts::test
@@ -159,6 +160,7 @@ struct NameOfNoType
 {
     const char* name;
     tbMemory::StringView typeName;
+    std::size_t reports;
 };
 
 std::ostream& operator<<(std::ostream& stream, const NameOfNoType& row)
@@ -182,17 +184,18 @@ TEST_P(LuaCallBridgeNameOfNoTypeTest, GivesABoxWithoutMetatable)
     EXPECT_EQ(topBox().object, &m_object);
     EXPECT_TRUE(topBox().gcEnabled);
     EXPECT_FALSE(hasMetatable());
+    EXPECT_EQ(m_log.takeEntries().size(), GetParam().reports);
 }
 
 INSTANTIATE_TEST_SUITE_P(
     Names,
     LuaCallBridgeNameOfNoTypeTest,
     ::testing::Values(
-        NameOfNoType{"Null", tbMemory::StringView()},
-        NameOfNoType{"Empty", ""},
-        NameOfNoType{"Unknown", "Nobody"},
-        NameOfNoType{"MetatableOfFiles", "FILE*"},
-        NameOfNoType{"TableOfModules", "_LOADED"}),
+        NameOfNoType{"Null", tbMemory::StringView(), 0},
+        NameOfNoType{"Empty", "", 0},
+        NameOfNoType{"Unknown", "Nobody", 1},
+        NameOfNoType{"MetatableOfFiles", "FILE*", 1},
+        NameOfNoType{"TableOfModules", "_LOADED", 1}),
     [](const auto& row) { return std::string(row.param.name); });
 
 TEST_F(LuaCallBridgePushTest, RegistryEntryThatIsNoTableGivesABoxWithoutMetatable)
@@ -204,6 +207,7 @@ TEST_F(LuaCallBridgePushTest, RegistryEntryThatIsNoTableGivesABoxWithoutMetatabl
 
     EXPECT_EQ(count, 1);
     EXPECT_FALSE(hasMetatable());
+    EXPECT_EQ(m_log.takeEntries().size(), 1U); // that it is not a user type
 }
 
 TEST_F(LuaCallBridgePushTest, ReferenceIsTheVeryValue)

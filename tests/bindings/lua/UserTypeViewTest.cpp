@@ -417,6 +417,7 @@ TEST_F(UserTypeViewTest, InputToAnotherInterpreterIsABoxThatDoesNotOwn)
     ASSERT_NE(box, nullptr);
     EXPECT_EQ(box->object, &m_first);
     EXPECT_FALSE(box->gcEnabled);
+    EXPECT_EQ(m_log.takeEntries().size(), 1U); // the other interpreter does not know the type
     other.close();
 }
 

@@ -118,6 +118,7 @@ protected:
         m_prepared = std::make_unique<Prepared>();
         m_prepared->environment.setEnvironmentFor(INTERPRETER_LUA);
         m_state = InterpreterCalls::lastOpenedState();
+        m_prepared->environment.setUserType("Type");
         Function* const host = m_prepared->environment.setFunc("host");
         host->addParameter(PARAM_TYPE_SCRIPT_OBJECT);
         host->addParameter(PARAM_TYPE_SCRIPT_FUNCTION);

@@ -1,6 +1,7 @@
 #include "bindings/lua/values/LuaCallBridge.h"
 
 #include "bindings/BindingMessages.h"
+#include "core/ExceptionContainment.h"
 #include "core/LogSources.h"
 #include "core/lua/LuaNumber.h"
 #include "core/lua/LuaText.h"
@@ -332,6 +333,8 @@ int LuaCallBridge::_pushUserType(const FunctionParameter& parameter) const
     const bool isTyped = pushInstance(m_scope.getSlot(), m_state, object, isOwner, typeName);
     if (isTyped && isOwner) // one without type destroys nothing
         Access::noteOwner(parameter);
+    if (!isTyped && !typeName.empty())
+        _reportUnknownType(typeName);
     return 1;
 }
 
@@ -349,6 +352,18 @@ bool LuaCallBridge::_pushOriginal(const FunctionParameter& parameter, const void
         return true;
     lua_pop(m_state, 1);
     return false;
+}
+
+void LuaCallBridge::_reportUnknownType(const tbMemory::StringView& typeName) const
+{
+    if (!m_scope.getSlot().reportedTypes.add(typeName))
+        return;
+    const auto report = [&]
+    {
+        LogManager::getInstance()->log(
+            messages::userTypeNotDeclared(typeName), LOG_SOURCE_LUA_FUNCTION);
+    };
+    contain(report, [] {}); // the value arrives, also where there is no memory for the message
 }
 
 } // namespace tbScripts::lua

@@ -144,6 +144,9 @@ private:
     // and the script owns `object` through it. Returns false, and pushes nothing, if not.
     bool _pushOriginal(const FunctionParameter& parameter, const void* object) const;
 
+    // Logs once that nobody declared the type of a value that was pushed.
+    void _reportUnknownType(const tbMemory::StringView& typeName) const;
+
     LuaCallbackScope& m_scope;
     lua_State* m_state;
     const tbMemory::String& m_functionName;
