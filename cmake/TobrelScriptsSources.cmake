@@ -64,6 +64,7 @@ set(TOBREL_SCRIPTS_SOURCES
     src/bindings/lua/values/LuaCallBridge.h
     src/bindings/lua/values/LuaInstanceBox.cpp
     src/bindings/lua/values/LuaInstanceBox.h
+    src/core/Counted.h
     src/core/ExceptionContainment.h
     src/core/FunctionParameter.cpp
     src/core/FunctionParameterAccess.h
@@ -491,6 +492,7 @@ set(TOBREL_SCRIPTS_INTERNAL_TESTS
     tests/bindings/lua/UserTypeCallAllocationTest.cpp
     tests/bindings/lua/UserTypeParameterTest.cpp
     tests/bindings/lua/UserTypeViewTest.cpp
+    tests/core/CountedTest.cpp
     tests/core/StaticLifeTest.cpp
     tests/core/lua/FunctionParameterViewTest.cpp
     tests/core/lua/LuaRegistryTest.cpp

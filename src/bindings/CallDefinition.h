@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/Counted.h"
+
 #include "tbScripts/Function.h"
 #include "tbScripts/FunctionParameter.h"
 
@@ -17,7 +19,7 @@ namespace tbScripts
 /// each running call.
 ///
 /// Invariant: while a call runs, only that call and the calls inside it touch the definition.
-class CallDeclaration
+class CallDeclaration : public HolderCount
 {
 public:
     explicit CallDeclaration(std::shared_ptr<const tbMemory::String> name);
@@ -47,7 +49,13 @@ public:
     /// Copies the declarations of `other`, without the values of its calls. Requires: no call runs.
     void copyDeclarations(const CallDeclaration& other);
 
-    std::uint32_t holders = 1;
+    /// Out of the way of calls, which hardly ever destroy one.
+    template <typename Definition>
+    [[gnu::noinline]] static void destroy(Definition* definition) noexcept
+    {
+        delete definition;
+    }
+
     std::uint32_t runningCalls = 0;
 
 protected:
@@ -78,85 +86,25 @@ struct FunctionDefinition final : CallDefinition<Function::Callable>
     using CallDefinition::CallDefinition;
 };
 
-/// Returns a new definition that declares the same, held once.
+/// Returns a new definition that declares the same.
 template <typename Definition>
-std::unique_ptr<Definition> cloneDefinition(const Definition& definition)
+Counted<Definition> cloneDefinition(const Definition& definition)
 {
-    auto copy = std::make_unique<Definition>(definition.getSharedName());
+    auto copy = makeCounted<Definition>(definition.getSharedName());
     copy->copyDeclarations(definition);
     copy->callable = definition.callable;
     return copy;
 }
 
-/// Ends `definition`, which nobody holds any more. Out of the way of calls, which hardly ever do.
+/// Returns `definition` as one that may be changed: one that runs or is shared is left to the
+/// others, and `definition` becomes a copy. Requires: there is one.
 template <typename Definition>
-[[gnu::noinline]] void endDefinition(Definition* definition)
+Definition& editDefinition(Counted<Definition>& definition)
 {
-    delete definition;
+    if (definition->isShared())
+        definition = cloneDefinition(*definition);
+    return *definition;
 }
-
-/// Gives up one hold on `definition`.
-template <typename Definition>
-void releaseDefinition(Definition* definition)
-{
-    if (--definition->holders == 0)
-        endDefinition(definition);
-}
-
-/// One hold on a definition, or none.
-template <typename Definition>
-class DefinitionHolder
-{
-public:
-    DefinitionHolder() = default;
-
-    explicit DefinitionHolder(std::unique_ptr<Definition> definition)
-        : m_definition(definition.release())
-    {
-    }
-
-    DefinitionHolder(DefinitionHolder&& other) noexcept
-        : m_definition(std::exchange(other.m_definition, nullptr))
-    {
-    }
-
-    DefinitionHolder& operator=(DefinitionHolder&& other) noexcept
-    {
-        std::swap(m_definition, other.m_definition);
-        return *this;
-    }
-
-    ~DefinitionHolder()
-    {
-        if (m_definition)
-            releaseDefinition(m_definition);
-    }
-
-    explicit operator bool() const { return m_definition != nullptr; }
-
-    Definition& operator*() const { return *m_definition; }
-
-    /// Returns one more hold on the same definition. Requires: it holds one.
-    DefinitionHolder share() const
-    {
-        DefinitionHolder other;
-        other.m_definition = m_definition;
-        ++m_definition->holders;
-        return other;
-    }
-
-    /// Returns the definition as one that may be changed: one that runs or is shared is left to the
-    /// others, and this holder goes on with a copy. Requires: it holds one.
-    Definition& edit()
-    {
-        if (m_definition->holders > 1)
-            *this = DefinitionHolder(cloneDefinition(*m_definition));
-        return *m_definition;
-    }
-
-private:
-    Definition* m_definition = nullptr; // counted
-};
 
 /// One call of a definition: holds it, and the parameters that are this call's own.
 template <typename Definition>
@@ -167,7 +115,7 @@ public:
         : m_definition(definition)
         , m_parameters(definition.parametersOfNextCall())
     {
-        ++m_definition.holders;
+        Counted<Definition>::hold(m_definition);
         ++m_definition.runningCalls;
     }
 
@@ -177,7 +125,7 @@ public:
     ~DefinitionCall()
     {
         --m_definition.runningCalls;
-        releaseDefinition(&m_definition);
+        Counted<Definition>::letGo(m_definition);
     }
 
     std::vector<FunctionParameter>& getParameters() const { return m_parameters; }

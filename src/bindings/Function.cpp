@@ -33,27 +33,27 @@ Function::Function(const Function& other)
     : m_name(std::make_shared<tbMemory::String>(*other.m_name))
     , m_definition(nullptr)
 {
-    auto definition = std::make_unique<FunctionDefinition>(m_name);
+    auto definition = makeCounted<FunctionDefinition>(m_name);
     definition->setParameters(other.m_definition->getParameters());
     definition->callable = other.m_definition->callable;
-    m_definition = definition.release();
+    m_definition = definition.detach();
 }
 
 Function& Function::operator=(const Function& other)
 {
     if (this == &other)
         return *this;
-    auto definition = std::make_unique<FunctionDefinition>(m_name);
+    auto definition = makeCounted<FunctionDefinition>(m_name);
     definition->setParameters(other.m_definition->getParameters());
     definition->callable = other.m_definition->callable;
     *m_name = *other.m_name;
-    _adopt(definition.release());
+    _adopt(definition.detach());
     return *this;
 }
 
 Function::~Function()
 {
-    releaseDefinition(m_definition);
+    Counted<FunctionDefinition>::letGo(*m_definition);
 }
 
 tbMemory::StringView Function::getName() const
@@ -74,9 +74,9 @@ void Function::setFunction(Callable callable)
 
 void Function::reset()
 {
-    auto definition = std::make_unique<FunctionDefinition>(m_name);
+    auto definition = makeCounted<FunctionDefinition>(m_name);
     definition->callable = _defaultCallable();
-    _adopt(definition.release());
+    _adopt(definition.detach());
 }
 
 FunctionParameter
@@ -88,7 +88,7 @@ Function::defaultFunction(const tbMemory::BufferView<FunctionParameter>& /*param
 FunctionDefinition& Function::_editDefinition()
 {
     if (m_definition->runningCalls > 0)
-        _adopt(cloneDefinition(*m_definition).release());
+        _adopt(cloneDefinition(*m_definition).detach());
     return *m_definition;
 }
 
@@ -96,7 +96,7 @@ void Function::_adopt(FunctionDefinition* definition)
 {
     // Null during the construction of this function.
     if (FunctionDefinition* const earlier = std::exchange(m_definition, definition))
-        releaseDefinition(earlier);
+        Counted<FunctionDefinition>::letGo(*earlier);
 }
 
 Function::Callable Function::_defaultCallable() const

@@ -33,7 +33,7 @@ constexpr ScriptObjectReference::ScriptObjectReference(SharedBlock* block) noexc
 const ScriptObjectReference ScriptObjectReference::EMPTY(&PERMANENT_BLOCK);
 
 ScriptObjectReference::ScriptObjectReference()
-    : m_block(new SharedBlock)
+    : m_block(makeCounted<SharedBlock>().detach())
 {
 }
 
@@ -41,7 +41,7 @@ ScriptObjectReference::ScriptObjectReference(ScriptObjectInterpreterReference* r
 {
     // Owned until the block is there: no memory for the block must not leak the value.
     std::unique_ptr<ScriptObjectInterpreterReference> owned(reference);
-    m_block = new SharedBlock;
+    m_block = makeCounted<SharedBlock>().detach();
     m_block->value = owned.release();
 }
 
@@ -51,20 +51,23 @@ ScriptObjectReference::ScriptObjectReference(const ScriptObjectView& view)
 }
 
 ScriptObjectReference::ScriptObjectReference(const ScriptObjectReference& other)
-    // A shared permanent block would be filled by the first view that is assigned to a copy.
-    : m_block(other.m_block == &PERMANENT_BLOCK ? new SharedBlock : other.m_block)
+    : m_block(other.m_block)
 {
-    if (m_block != other.m_block)
+    if (m_block == &PERMANENT_BLOCK)
+    {
+        // Shared, it would be filled by the first view that is assigned to a copy.
+        m_block = makeCounted<SharedBlock>().detach();
         return;
+    }
     ++m_block->useCount;
-    ++m_block->holders;
+    Counted<SharedBlock>::hold(*m_block);
 }
 
 ScriptObjectReference::ScriptObjectReference(ScriptObjectReference&& other) noexcept
     : m_block(other.m_block)
 {
     ++m_block->useCount;
-    ++m_block->holders;
+    Counted<SharedBlock>::hold(*m_block);
 }
 
 ScriptObjectReference& ScriptObjectReference::operator=(const ScriptObjectReference& other)
@@ -86,7 +89,7 @@ ScriptObjectReference& ScriptObjectReference::operator=(const ScriptObjectView& 
 {
     // Kept: the only holder gives up its value before the new one is anchored; a shared block keeps
     // its value until then, and for good if there is nothing to look at.
-    if (m_block->holders == 1)
+    if (!m_block->isShared())
         m_block->replaceValue(nullptr);
     m_block->useCount = 1;
     if (view.getInterpreterView())
@@ -120,10 +123,7 @@ void ScriptObjectReference::_release() noexcept
         return;
     if (m_block->useCount > 1)
         --m_block->useCount;
-    if (--m_block->holders > 0)
-        return;
-    m_block->replaceValue(nullptr);
-    delete m_block;
+    Counted<SharedBlock>::letGo(*m_block);
     m_block = nullptr;
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/Counted.h"
+
 #include "tbScripts/ScriptObjectInterpreterReference.h"
 #include "tbScripts/ScriptObjectReference.h"
 
@@ -15,9 +17,9 @@ namespace tbScripts
 /// What all handles on one value share (decision 0016). The library's own values live in it, so
 /// that a reference is one piece of memory; those that a host makes are pointed at.
 ///
-/// `useCount` starts again at 1 when a view is assigned, whoever shares the block; `holders` is the
-/// true number, and it alone decides when the block goes.
-struct ScriptObjectReference::SharedBlock
+/// `useCount` starts again at 1 when a view is assigned, whoever shares the block; the count of
+/// holders is the true number, and it alone decides when the block is destroyed.
+struct ScriptObjectReference::SharedBlock : HolderCount
 {
     // Such a value has a callable, which differs in size from one standard library to the next.
     static constexpr std::size_t ROOM_SIZE = sizeof(std::function<void()>) + 4 * sizeof(void*);
@@ -54,9 +56,16 @@ struct ScriptObjectReference::SharedBlock
             delete ended;
     }
 
+    /// Not by a destructor of the block: the permanent one would then be destroyed before the last
+    /// static objects that use it.
+    static void destroy(SharedBlock* block) noexcept
+    {
+        block->replaceValue(nullptr);
+        delete block;
+    }
+
     ScriptObjectInterpreterReference* value = nullptr; // owned, may be null
     std::uint32_t useCount = 1;
-    std::uint32_t holders = 1;
     bool isValueInside = false;
     Room room;
 };

@@ -25,11 +25,11 @@ using SetterDefinition = CallDefinition<decltype(UserTypeFieldDescriptor::setter
 using ConstructorDefinition = CallDefinition<UserType::Constructor>;
 using DestructorDefinition = CallDefinition<UserType::Destructor>;
 
-/// What the host says about one field. The holders are empty where it says nothing.
+/// What the host says about one field. Empty where it says nothing.
 struct LuaTypeField
 {
-    DefinitionHolder<GetterDefinition> getter;
-    DefinitionHolder<SetterDefinition> setter; // prepared parameters: instance, value, ...
+    Counted<GetterDefinition> getter;
+    Counted<SetterDefinition> setter; // prepared parameters: instance, value, ...
 };
 
 /// What the closures of a user type work with. It outlives its type as long as instances do, since
@@ -62,9 +62,9 @@ struct LuaTypeCore : LuaKeptObject
     tbMemory::String fullName;
     bool isAlive = true;         // false once the type is gone
     const void* table = nullptr; // identity of the type's table; null once it is gone
-    DefinitionHolder<ConstructorDefinition> constructor;
-    DefinitionHolder<DestructorDefinition> destructor; // never empty
-    bool hasOwnDestructor = false;                     // the host has set one
+    Counted<ConstructorDefinition> constructor;
+    Counted<DestructorDefinition> destructor; // never empty
+    bool hasOwnDestructor = false;            // the host has set one
 
     // Entries stay where they are and are never removed: closures point at them. By name.
     std::unordered_map<std::string, LuaTypeField> fields;

@@ -158,7 +158,7 @@ void inheritDestructor(lua_State* state, int tableIndex, LuaTypeCore& core)
 {
     const LuaTypeAnchor* const former = anchorOfFinaliser(state, tableIndex);
     if (former && former->core && !core.hasOwnDestructor)
-        core.destructor = former->core->destructor.share();
+        core.destructor = former->core->destructor;
 }
 
 void forgetIn(lua_State* state, int part)

@@ -48,23 +48,16 @@ constexpr std::array<Operator, 12> OPERATORS{
      {"__lt", true},
      {"__le", true}}};
 
-template <typename Definition>
-DefinitionHolder<Definition> makeDefinition(const tbMemory::StringView& name)
-{
-    return DefinitionHolder<Definition>(
-        std::make_unique<Definition>(std::make_shared<const tbMemory::String>(name)));
-}
-
 // Swapped, so that the old callable goes last: its end may run code of the host.
 template <typename Definition>
 void setCallable(
-    DefinitionHolder<Definition>& holder,
+    Counted<Definition>& definition,
     const tbMemory::StringView& name,
     typename Definition::Callable& callable)
 {
-    if (!holder)
-        holder = makeDefinition<Definition>(name);
-    std::swap(holder.edit().callable, callable);
+    if (!definition)
+        definition = makeCounted<Definition>(std::make_shared<const tbMemory::String>(name));
+    std::swap(editDefinition(definition).callable, callable);
 }
 
 void dropMethods(LuaTypeCore& core)
@@ -83,8 +76,8 @@ void dropMethods(LuaTypeCore& core)
 
 void dropFields(LuaTypeCore& core)
 {
-    std::vector<DefinitionHolder<GetterDefinition>> getters;
-    std::vector<DefinitionHolder<SetterDefinition>> setters;
+    std::vector<Counted<GetterDefinition>> getters;
+    std::vector<Counted<SetterDefinition>> setters;
     for (auto& [name, field] : core.fields)
     {
         getters.push_back(std::move(field.getter));
