@@ -80,11 +80,14 @@ set(TOBREL_SCRIPTS_SOURCES
     src/core/lua/LuaApi.h
     src/core/lua/LuaErrorText.cpp
     src/core/lua/LuaErrorText.h
+    src/core/lua/LuaKeptObject.h
     src/core/lua/LuaNumber.h
     src/core/lua/LuaPrivateState.h
     src/core/lua/LuaReportedNames.h
     src/core/lua/LuaStateHandle.cpp
     src/core/lua/LuaStateHandle.h
+    src/core/lua/LuaStateSlot.cpp
+    src/core/lua/LuaStateSlot.h
     src/core/lua/LuaTables.cpp
     src/core/lua/LuaTables.h
     src/core/lua/LuaText.h

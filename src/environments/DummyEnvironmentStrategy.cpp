@@ -208,7 +208,7 @@ void DummyEnvironmentStrategy::beginTeardown()
 
 void DummyEnvironmentStrategy::shutDown() {}
 
-void DummyEnvironmentStrategy::putOff(std::function<void()> /*action*/) {}
+void DummyEnvironmentStrategy::defer(std::function<void()> /*action*/) {}
 
 void DummyEnvironmentStrategy::_warn(const char* request, const char* suffix) const
 {

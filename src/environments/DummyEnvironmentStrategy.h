@@ -56,7 +56,7 @@ public:
     bool isTearingDown() const override;
     void beginTeardown() override;
     void shutDown() override;
-    void putOff(std::function<void()> action) override;
+    void defer(std::function<void()> action) override;
 
 private:
     // Logs `request`, the environment's name and `suffix`.

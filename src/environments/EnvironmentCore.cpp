@@ -158,7 +158,7 @@ void EnvironmentCore::_giveUpOnce()
     }
     try
     {
-        strategy->putOff(
+        strategy->defer(
             [held = strategy, bindings]() mutable
             {
                 releaseShares(*held, std::move(bindings));

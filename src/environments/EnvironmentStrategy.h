@@ -56,7 +56,7 @@ public:
     virtual void shutDown() = 0;
 
     /// Defers `action` until the outermost call returns. Requires: `isRunning()`.
-    virtual void putOff(std::function<void()> action) = 0;
+    virtual void defer(std::function<void()> action) = 0;
 
     const ExecutionResult& getLastExecutionResult() const;
 

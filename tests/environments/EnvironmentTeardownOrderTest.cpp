@@ -80,7 +80,7 @@ public:
     MOCK_METHOD(void, installNamespace, (Namespace&), (override));
     MOCK_METHOD(bool, isRunning, (), (const, override));
     MOCK_METHOD(bool, isTearingDown, (), (const, override));
-    MOCK_METHOD(void, putOff, (std::function<void()>), (override));
+    MOCK_METHOD(void, defer, (std::function<void()>), (override));
 
 private:
     Steps& m_steps;

@@ -13,7 +13,7 @@ namespace
 // of user types, `false` for others.
 NAMED_TABLE kindOfTable(const LuaStateSlot& slot, lua_State* state)
 {
-    lua_rawgeti(state, LUA_REGISTRYINDEX, slot.typeTablesKey);
+    slot.pushTypeTables(state);
     lua_pushvalue(state, -2);
     lua_rawget(state, -2);
     const int noted = lua_type(state, -1);
@@ -52,7 +52,7 @@ void registerNamespaceTable(const LuaStateSlot& slot, lua_State* state)
 {
     if (kindOfTable(slot, state) != NAMED_TABLE::FOREIGN)
         return;
-    lua_rawgeti(state, LUA_REGISTRYINDEX, slot.typeTablesKey);
+    slot.pushTypeTables(state);
     lua_pushvalue(state, -2);
     lua_pushboolean(state, 0);
     lua_rawset(state, -3);

@@ -25,7 +25,7 @@ void LuaOwner::publish(
     const LuaStateSlot& slot, lua_State* state, const tbMemory::StringView& name) const
 {
     if (m_isGlobals)
-        pushGlobals(slot, state);
+        slot.pushGlobals(state);
     else
         pushNamedTable(state, m_fullName);
     lua_insert(state, -2);

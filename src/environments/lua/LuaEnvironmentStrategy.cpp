@@ -151,18 +151,18 @@ LuaEnvironmentStrategy::deserializeScriptObject(const tbMemory::BufferView<unsig
 bool LuaEnvironmentStrategy::isRunning() const
 {
     const LuaStateSlot* const slot = m_handle.getSlot();
-    return slot && (slot->hostCalls > 0 || slot->isClosing);
+    return slot && slot->isRunning();
 }
 
 bool LuaEnvironmentStrategy::isTearingDown() const
 {
-    return !m_handle.get() || m_handle.getSlot()->isTearingDown;
+    return !m_handle.get() || m_handle.getSlot()->isTearingDown();
 }
 
 void LuaEnvironmentStrategy::beginTeardown()
 {
     if (m_handle.getSlot())
-        m_handle.getSlot()->isTearingDown = true;
+        m_handle.getSlot()->beginTeardown();
 }
 
 void LuaEnvironmentStrategy::shutDown()
@@ -170,9 +170,9 @@ void LuaEnvironmentStrategy::shutDown()
     m_handle.close();
 }
 
-void LuaEnvironmentStrategy::putOff(std::function<void()> action)
+void LuaEnvironmentStrategy::defer(std::function<void()> action)
 {
-    m_handle.getSlot()->putOff.push_back(std::move(action));
+    m_handle.getSlot()->defer(std::move(action));
 }
 
 bool LuaEnvironmentStrategy::_fail(const tbMemory::StringView& message, std::int32_t code)

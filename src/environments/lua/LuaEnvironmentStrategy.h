@@ -74,7 +74,7 @@ public:
     bool isTearingDown() const override;
     void beginTeardown() override;
     void shutDown() override;
-    void putOff(std::function<void()> action) override;
+    void defer(std::function<void()> action) override;
 
 private:
     // Sets the result and logs its message. Returns false, the outcome of a failure.

@@ -59,7 +59,7 @@ void clearAllGlobals(const LuaStateSlot& slot, lua_State* state)
 {
     // Without the collector no finaliser can interrupt this half-way.
     lua_gc(state, LUA_GCSTOP, 0);
-    pushGlobals(slot, state);
+    slot.pushGlobals(state);
     clearTable(state);
     lua_pop(state, 1);
     clearRegistryTable(state, LOADED_MODULES);

@@ -12,14 +12,14 @@ namespace tbScripts::lua
 /// Stack: +1, global `name`. May raise anything, because metamethods of the global table run.
 inline void pushGlobal(const LuaStateSlot& slot, lua_State* state, const tbMemory::StringView& name)
 {
-    if (state == slot.main)
+    if (slot.isMainThread(state))
     {
         pushName(state, name);
         lua_gettable(state, LUA_GLOBALSINDEX);
         return;
     }
     // A coroutine may have a global table of its own; the host's globals are the main thread's.
-    pushGlobals(slot, state);
+    slot.pushGlobals(state);
     pushName(state, name);
     lua_gettable(state, -2);
     lua_remove(state, -2);
@@ -34,14 +34,14 @@ void setGlobal(
     const tbMemory::StringView& name,
     PushValue&& pushValue)
 {
-    if (state == slot.main)
+    if (slot.isMainThread(state))
     {
         pushName(state, name);
         pushValue(state);
         lua_settable(state, LUA_GLOBALSINDEX);
         return;
     }
-    pushGlobals(slot, state);
+    slot.pushGlobals(state);
     pushName(state, name);
     pushValue(state);
     lua_settable(state, -3);

@@ -75,7 +75,7 @@ LuaCallOutcome LuaScriptCalls::runChunk(
             {
                 // The main thread's: a coroutine may have another global table, which is not the
                 // script's.
-                pushGlobals(*m_handle.getSlot(), state);
+                m_handle.getSlot()->pushGlobals(state);
                 lua_setfenv(state, -2);
             }
             if (const int status = lua_pcall(state, 0, LUA_MULTRET, 0))

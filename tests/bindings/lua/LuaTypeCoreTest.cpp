@@ -14,7 +14,7 @@ protected:
 
     ~LuaTypeCoreTest() override { m_handle.close(); }
 
-    const tbMemory::String* find() const { return m_handle.getSlot()->types.find(&m_table); }
+    const tbMemory::String* find() const { return m_handle.getSlot()->findType(&m_table); }
 
     const char m_table = 0; // only its address counts
     lua::LuaStateHandle m_handle = lua::LuaStateHandle::open();

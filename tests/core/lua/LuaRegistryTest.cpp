@@ -115,7 +115,7 @@ TEST_F(LuaRegistryTest, KeysThatAreNoneAreIgnored)
         freeRegistrySlot(slot(), key);
     }
 
-    EXPECT_EQ(slot().spareKeys.count, 0U);
+    EXPECT_EQ(slot().countSpareKeys(), 0U);
     EXPECT_EQ(lua_gettop(state()), 0);
 }
 
@@ -126,7 +126,7 @@ TEST_F(LuaRegistryTest, MoreThanFitGoBackToTheInterpreter)
     const std::vector<int> keys = take(COUNT);
     giveBack(keys);
 
-    EXPECT_EQ(slot().spareKeys.count, LuaSpareKeys::CAPACITY);
+    EXPECT_EQ(slot().countSpareKeys(), LuaSpareKeys::CAPACITY);
     EXPECT_EQ(countRegistrySlots(), before);
 
     const std::vector<int> again = take(COUNT);
@@ -140,7 +140,7 @@ TEST_F(LuaRegistryTest, NothingIsFreedInAClosedState)
 
     freeRegistrySlot(slot(), key);
 
-    EXPECT_EQ(slot().spareKeys.count, 0U);
+    EXPECT_EQ(slot().countSpareKeys(), 0U);
 }
 
 } // namespace tbScripts::test

@@ -194,56 +194,56 @@ TEST_F(LuaStateHandleTest, WhatFinalisersRaiseWhileClosingIsLost)
     EXPECT_THAT(m_log.takeEntries(), IsEmpty());
 }
 
-TEST_F(LuaStateHandleTest, ClosingRunsWhatWasPutOff)
+TEST_F(LuaStateHandleTest, ClosingRunsWhatWasDeferred)
 {
     bool wasOpen = true;
-    slot().putOff.emplace_back([&] { wasOpen = handle().get() != nullptr; });
+    slot().defer([&] { wasOpen = handle().get() != nullptr; });
 
     closeState();
 
     EXPECT_FALSE(wasOpen);
 }
 
-TEST_F(LuaStateHandleTest, PutOffActionsRunOnceInTheirOrder)
+TEST_F(LuaStateHandleTest, DeferredActionsRunOnceInTheirOrder)
 {
     std::vector<std::string> journal;
-    slot().putOff.emplace_back([&] { journal.emplace_back("first"); });
-    slot().putOff.emplace_back([&] { journal.emplace_back("second"); });
+    slot().defer([&] { journal.emplace_back("first"); });
+    slot().defer([&] { journal.emplace_back("second"); });
 
-    lua::runPutOff(slot());
-    lua::runPutOff(slot());
+    slot().runDeferred();
+    slot().runDeferred();
 
     EXPECT_THAT(journal, ElementsAre("first", "second"));
 }
 
-TEST_F(LuaStateHandleTest, PutOffActionMayPutOffAnother)
+TEST_F(LuaStateHandleTest, DeferredActionMayDeferAnother)
 {
     std::vector<std::string> journal;
-    slot().putOff.emplace_back(
+    slot().defer(
         [&]
         {
             journal.emplace_back("first");
-            slot().putOff.emplace_back([&] { journal.emplace_back("later"); });
+            slot().defer([&] { journal.emplace_back("later"); });
         });
-    slot().putOff.emplace_back([&] { journal.emplace_back("second"); });
+    slot().defer([&] { journal.emplace_back("second"); });
 
-    lua::runPutOff(slot());
+    slot().runDeferred();
 
     EXPECT_THAT(journal, ElementsAre("first", "second", "later"));
 }
 
-TEST_F(LuaStateHandleTest, PutOffActionMayBeTheLastHolder)
+TEST_F(LuaStateHandleTest, DeferredActionMayBeTheLastHolder)
 {
     auto opened = std::make_unique<LuaStateHandle>(LuaStateHandle::open());
     lua::LuaStateSlot& openedSlot = *opened->getSlot();
-    openedSlot.putOff.emplace_back(
+    openedSlot.defer(
         [&]
         {
             opened->close();
             opened.reset();
         });
 
-    lua::runPutOff(openedSlot);
+    openedSlot.runDeferred();
 
     EXPECT_EQ(opened, nullptr);
 }
@@ -252,7 +252,7 @@ TEST_F(LuaStateHandleTest, GlobalsAreThoseOfTheMainThread)
 {
     push("shared = 'of all' return nil");
 
-    lua::pushGlobals(slot(), state());
+    slot().pushGlobals(state());
 
     lua_getfield(state(), -1, "shared");
     EXPECT_STREQ(lua_tostring(state(), -1), "of all");
@@ -266,7 +266,7 @@ TEST_F(LuaStateHandleTest, GlobalsAreThoseOfTheMainThreadForACoroutineWithItsOwn
     lua_createtable(coroutine, 0, 0);
     lua_replace(coroutine, LUA_GLOBALSINDEX);
 
-    lua::pushGlobals(slot(), coroutine);
+    slot().pushGlobals(coroutine);
 
     ASSERT_EQ(lua_gettop(coroutine), 1);
     lua_getfield(coroutine, 1, "shared");

@@ -17,9 +17,9 @@ int releaseTypeAnchor(lua_State* state)
         return 0;
     const std::shared_ptr<LuaTypeCore> core = std::move(anchor->hold);
     LuaStateSlot& slot = *core->handle.getSlot();
-    if (slot.isClosing)
+    if (slot.isClosing())
         slot.keepUntilClosed(core); // instances may still be made and finalised
-    else if (!core->isKeptUntilClosed)
+    else if (!core->isKeptUntilClosed())
         anchor->core = nullptr; // whoever else holds the core may let it go before the closures
     return 0;
 }
@@ -39,14 +39,14 @@ LuaTypeCore::~LuaTypeCore()
 
 void LuaTypeCore::setTable(const void* typeTable)
 {
-    handle.getSlot()->types.add(typeTable, fullName);
+    handle.getSlot()->addType(typeTable, fullName);
     table = typeTable;
 }
 
 void LuaTypeCore::forgetTable()
 {
     if (const void* const forgotten = std::exchange(table, nullptr))
-        handle.getSlot()->types.remove(forgotten, fullName);
+        handle.getSlot()->removeType(forgotten, fullName);
 }
 
 LuaInstanceBox* LuaTypeCore::boxAt(lua_State* state, int index) const

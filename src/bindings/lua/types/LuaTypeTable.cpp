@@ -73,8 +73,8 @@ void setDispatchers(const LuaStateSlot& slot, lua_State* state, int partsIndex, 
     pushPart(state, partsIndex, PART_READERS);
     pushPart(state, partsIndex, PART_WRITERS);
     lua_pushvalue(state, tableIndex);
-    lua_rawgeti(state, LUA_REGISTRYINDEX, slot.rawgetKey);
-    lua_rawgeti(state, LUA_REGISTRYINDEX, slot.typeKey);
+    slot.pushRawget(state);
+    slot.pushType(state);
     pushPart(state, partsIndex, PART_ANCHOR);
     lua_pushvalue(state, tableIndex);
     pushPart(state, partsIndex, PART_READERS);

@@ -427,7 +427,7 @@ bool LuaUserType::_runWithParts(LuaHostCall& call, Work&& work)
         [&](lua_State* state)
         {
             lua_rawgeti(state, LUA_REGISTRYINDEX, m_partsKey);
-            hasParts = lua_istable(state, -1); // see reserveReferences in LuaStateHandle.cpp
+            hasParts = lua_istable(state, -1); // see reserveReferences in LuaStateSlot.cpp
             if (hasParts)
                 work(state);
         });

@@ -293,7 +293,7 @@ void LuaCallBridge::_readReference(FunctionParameter& parameter, int stackIndex)
     if (!accepts(parameter, stackIndex))
         _throwTypeMismatch(stackIndex, isFunction ? NAME_OF_FUNCTION : NAME_OF_OBJECT);
     LuaStateSlot& slot = m_scope.getSlot();
-    if (!slot.main)
+    if (!slot.isOpen())
         return; // the state is closing: what it holds cannot be kept any more
 
     const ScriptObjectReference kept =

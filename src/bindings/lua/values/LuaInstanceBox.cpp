@@ -14,11 +14,11 @@ namespace
 // one.
 bool isTypeTable(const LuaStateSlot& slot, lua_State* state)
 {
-    if (slot.types.find(lua_topointer(state, -1)))
+    if (slot.findType(lua_topointer(state, -1)))
         return true;
     if (!lua_istable(state, -1))
         return false;
-    lua_rawgeti(state, LUA_REGISTRYINDEX, slot.typeTablesKey);
+    slot.pushTypeTables(state);
     lua_pushvalue(state, -2);
     lua_rawget(state, -2);
     const bool isType = lua_type(state, -1) == LUA_TSTRING;
@@ -43,7 +43,7 @@ bool pushTypeTable(const LuaStateSlot& slot, lua_State* state, const tbMemory::S
 void registerTypeTable(
     const LuaStateSlot& slot, lua_State* state, const tbMemory::StringView& fullName)
 {
-    lua_rawgeti(state, LUA_REGISTRYINDEX, slot.typeTablesKey);
+    slot.pushTypeTables(state);
     lua_pushvalue(state, -2);
     lua_pushlstring(state, fullName.empty() ? "" : fullName.data(), fullName.size());
     lua_rawset(state, -3);
@@ -55,7 +55,7 @@ LuaInstance boxOfAnyType(const LuaStateSlot& slot, lua_State* state, int index, 
     LuaInstance instance{nullptr, tbMemory::StringView()};
     if (!lua_getmetatable(state, index))
         return instance;
-    lua_rawgeti(state, LUA_REGISTRYINDEX, slot.typeTablesKey);
+    slot.pushTypeTables(state);
     lua_insert(state, -2);
     lua_rawget(state, -2);
     if (lua_type(state, -1) == LUA_TSTRING)

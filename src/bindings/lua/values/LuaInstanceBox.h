@@ -74,7 +74,7 @@ inline const tbMemory::String* livingTypeAt(const LuaStateSlot& slot, lua_State*
     if (!table)
         return nullptr;
     lua_pop(state, 1);
-    return slot.types.find(table);
+    return slot.findType(table);
 }
 
 /// Returns the box at `index`, also if its object was destroyed; without box if the value is no

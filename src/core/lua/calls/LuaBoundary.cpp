@@ -48,7 +48,7 @@ bool callProtected(const LuaStateSlot& slot, lua_State* state, int arguments, Pr
     // Nothing in these lines makes an object, and the stack has room: the interpreter keeps some
     // for each C function, and every operation leaves it as it was. So nothing raises before the
     // call protects.
-    lua_rawgeti(state, LUA_REGISTRYINDEX, slot.trampolineKey);
+    slot.pushTrampoline(state);
     lua_insert(state, -1 - arguments);
     lua_pushlightuserdata(state, &work);
     return lua_pcall(state, arguments + 1, 0, 0) == 0 && !work.hasThrown;

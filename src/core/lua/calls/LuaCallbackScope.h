@@ -23,12 +23,8 @@ public:
     LuaCallbackScope(LuaStateSlot& slot, lua_State* thread)
         : m_slot(slot)
         , m_thread(thread)
-        , m_outerThread(slot.running)
-        , m_outer(slot.innermostCallback)
+        , m_outer(slot.enterCallback(*this, thread))
     {
-        m_slot.innermostCallback = this;
-        if (m_slot.running) // else the state is closing, and stays closed for the host
-            m_slot.running = thread;
     }
 
     LuaCallbackScope(const LuaCallbackScope&) = delete;
@@ -38,9 +34,7 @@ public:
     {
         if (m_firstView)
             _endViews();
-        m_slot.innermostCallback = m_outer;
-        if (m_slot.running)
-            m_slot.running = m_outerThread;
+        m_slot.leaveCallback(m_outer);
     }
 
     LuaStateSlot& getSlot() const { return m_slot; }
@@ -48,7 +42,7 @@ public:
     lua_State* getThread() const { return m_thread; }
 
     /// Returns whether stack indices count from the bottom of this scope's call.
-    bool isInnermost() const { return m_slot.innermostCallback == this; }
+    bool isInnermost() const { return m_slot.getInnermostCallback() == this; }
 
     /// Anchors the values of all views, before another call may change what stack indices mean.
     bool keepViews(std::string& errorText);
@@ -62,8 +56,7 @@ private:
 
     LuaStateSlot& m_slot;
     lua_State* m_thread;
-    lua_State* m_outerThread;
-    LuaCallbackScope* m_outer;
+    LuaOuterCallback m_outer;
     LuaScriptObjectInterpreterView* m_firstView = nullptr; // chained through the views
     bool m_hasUnkeptViews = false;
 };

@@ -38,7 +38,8 @@ bool LuaHostCall::_admitOrExplain(std::string& errorText)
         errorText = TEXT_TOO_DEEP;
         return false;
     }
-    return !m_slot->innermostCallback || m_slot->innermostCallback->keepViews(errorText);
+    LuaCallbackScope* const scope = m_slot->getInnermostCallback();
+    return !scope || scope->keepViews(errorText);
 }
 
 bool LuaHostCall::_isStackLeft()

@@ -37,8 +37,7 @@ public:
     static ENTRY entryOfCollection(const LuaStateHandle& handle)
     {
         const LuaStateSlot* const slot = handle.getSlot();
-        const bool isRunning = slot && (slot->hostCalls > 0 || slot->isClosing);
-        return isRunning ? ENTRY::HOST : ENTRY::UPKEEP;
+        return slot && slot->isRunning() ? ENTRY::HOST : ENTRY::UPKEEP;
     }
 
     explicit LuaHostCall(const LuaStateHandle& handle, ENTRY entry = ENTRY::HOST)
@@ -48,10 +47,10 @@ public:
         if (!m_slot)
             return;
         const bool isUpkeep = entry == ENTRY::UPKEEP;
-        if (m_slot->isTearingDown && !isUpkeep)
+        if (m_slot->isTearingDown() && !isUpkeep)
             m_slot = nullptr;
-        else if (_mayNest(m_slot->hostCalls++) || isUpkeep)
-            m_state = m_slot->running;
+        else if (_mayNest(m_slot->enterHostCall()) || isUpkeep)
+            m_state = m_slot->getRunning();
     }
 
     LuaHostCall(const LuaHostCall&) = delete;
@@ -59,8 +58,8 @@ public:
 
     ~LuaHostCall()
     {
-        if (m_slot && --m_slot->hostCalls == 0 && !m_slot->putOff.empty())
-            runPutOff(*m_slot);
+        if (m_slot)
+            m_slot->leaveHostCall();
     }
 
     /// Returns the thread to work on, null if the call was refused.
@@ -72,7 +71,7 @@ public:
     bool admit(std::string& errorText)
     {
         // The common case asks for nothing: no refusal, and no host function that was lent views.
-        return (m_state && !m_slot->innermostCallback) || _admitOrExplain(errorText);
+        return (m_state && !m_slot->getInnermostCallback()) || _admitOrExplain(errorText);
     }
 
     /// Returns whether there is no state to work on: it is closed, or going.

@@ -9,12 +9,13 @@ namespace tbScripts::lua
 
 bool freeRegistrySlot(LuaStateSlot& slot, int key, std::string& errorText)
 {
-    if (!slot.running || key <= 0)
+    lua_State* const thread = slot.getRunning();
+    if (!thread || key <= 0)
         return true;
     // Contained because the stack may be full, although this allocates nothing.
     return containLuaErrors<STACK_AFTER_WORK::AS_BEFORE>(
         slot,
-        slot.running,
+        thread,
         0,
         [&slot, key](lua_State* state) { giveRegistrySlotBack(slot, state, key); },
         errorText);

@@ -14,7 +14,7 @@ namespace tbScripts::lua
 /// May raise: the registry may have to grow.
 inline int takeRegistrySlot(LuaStateSlot& slot, lua_State* state)
 {
-    LuaSpareKeys& spare = slot.spareKeys;
+    LuaSpareKeys& spare = slot.m_spareKeys;
     // A nil would make the slot look free for `luaL_ref`, which has a key of its own for them.
     if (spare.count == 0 || lua_isnil(state, -1))
         return luaL_ref(state, LUA_REGISTRYINDEX);
@@ -31,7 +31,7 @@ inline void giveRegistrySlotBack(LuaStateSlot& slot, lua_State* state, int key)
 {
     if (key <= 0)
         return;
-    LuaSpareKeys& spare = slot.spareKeys;
+    LuaSpareKeys& spare = slot.m_spareKeys;
     if (spare.count == spare.keys.size())
     {
         luaL_unref(state, LUA_REGISTRYINDEX, key);

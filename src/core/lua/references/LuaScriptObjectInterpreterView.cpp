@@ -58,7 +58,7 @@ bool LuaScriptObjectInterpreterView::pushValue(lua_State* state) const
 
 ScriptObjectInterpreterReference* LuaScriptObjectInterpreterView::createReference()
 {
-    lua_State* const state = m_scope ? m_scope->getSlot().running : nullptr;
+    lua_State* const state = m_scope ? m_scope->getSlot().getRunning() : nullptr;
     if (!state)
         return nullptr;
     LuaStateSlot& slot = m_scope->getSlot();

@@ -129,10 +129,10 @@ bool LuaValueReader::_pushFunction(lua_State* state)
         return false;
     if (lua_load(state, &readChunk, &chunk, CHUNK_NAME) != 0)
         return false;
-    if (state != m_slot.main)
+    if (!m_slot.isMainThread(state))
     {
         // A coroutine may have another global table; the host's functions use the main thread's.
-        pushGlobals(m_slot, state);
+        m_slot.pushGlobals(state);
         lua_setfenv(state, -2);
     }
     return true;

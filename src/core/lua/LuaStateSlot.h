@@ -1,0 +1,223 @@
+#pragma once
+
+// One interpreter state with everything that its users have to agree on.
+//
+// References, views, host functions, user types and namespaces can all outlive the state that they
+// belong to, so none of them stores a `lua_State*`. They hold a `LuaStateHandle`, which points to
+// the state's one slot (docs/decisions/0001-state-handle.md). The slot keeps these promises:
+//
+// - Life. A slot is created without state, opens once and closes once. From the first step of
+//   closing on, no operation returns the state any more: finalisers that run inside `lua_close`
+//   already find none. A teardown may precede the closing; then only upkeep may enter.
+// - The running thread. Inside a host function that a coroutine has called, the host works on that
+//   coroutine (docs/decisions/0004-host-calls-on-the-running-coroutine.md). `enterCallback` and
+//   `leaveCallback` set and reset the thread together with the scope that lends views.
+// - Host calls. `enterHostCall` and `leaveHostCall` count them. What must not happen while one runs
+//   is deferred, and the end of the outermost call runs it.
+// - Registry. Scripts can replace every global, and `debug.getregistry` lets them write to the
+//   registry, so what we need again is stored under integer keys that only this class knows.
+
+#include "core/lua/LuaApi.h"
+#include "core/lua/LuaKeptObject.h"
+#include "core/lua/LuaTypeDirectory.h"
+
+#include <tbMemory/String.h>
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <utility>
+#include <vector>
+
+namespace tbScripts::lua
+{
+
+class LuaCallbackScope;
+
+/// Registry slots of ours that wait for the next value: storing a value there is one call of the
+/// interpreter, and finding a slot takes six. They hold a number as all free slots do, but are on
+/// nobody else's list (docs/decisions/0016-reusing-registry-slots.md).
+struct LuaSpareKeys
+{
+    static constexpr std::size_t CAPACITY = 16;
+    static constexpr int PLACEHOLDER = 0;
+
+    std::array<int, CAPACITY> keys{};
+    std::size_t count = 0;
+};
+
+/// The thread and the scope that a callback replaces while it runs.
+struct LuaOuterCallback
+{
+    lua_State* thread;
+    LuaCallbackScope* scope;
+};
+
+class LuaStateSlot
+{
+public:
+    LuaStateSlot() = default;
+
+    LuaStateSlot(const LuaStateSlot&) = delete;
+    LuaStateSlot& operator=(const LuaStateSlot&) = delete;
+
+    ~LuaStateSlot() = default;
+
+    // Life
+
+    /// Creates a state with the standard libraries. Returns false without memory for it.
+    ///
+    /// Requires: the slot never had a state.
+    bool open();
+
+    /// Closes the state. Errors that finalisers raise are lost. Kept objects are released, then
+    /// deferred actions run. Does nothing if there is no state.
+    ///
+    /// Requires: something else holds the slot.
+    void close();
+
+    bool isOpen() const { return m_main != nullptr; }
+
+    /// Returns whether finalisers run inside the closing of the state.
+    bool isClosing() const { return m_isClosing; }
+
+    /// Returns whether blocks of the interpreter may be touched: also while the state closes.
+    bool hasMemory() const { return m_main || m_isClosing; }
+
+    /// From here on the host is refused; only upkeep may enter.
+    void beginTeardown() { m_isTearingDown = true; }
+
+    bool isTearingDown() const { return m_isTearingDown; }
+
+    /// Keeps `object` until the state has closed.
+    void keepUntilClosed(std::shared_ptr<LuaKeptObject> object) { m_kept.add(std::move(object)); }
+
+    // The thread that runs
+
+    /// Returns the thread that host calls work on; null once the state closes. The interpreter's
+    /// calls have to work on the thread that runs: its collector would not see them on another.
+    lua_State* getRunning() const { return m_running; }
+
+    bool isMainThread(const lua_State* thread) const { return thread == m_main; }
+
+    /// Returns the scope of the host function that runs, null if none does.
+    LuaCallbackScope* getInnermostCallback() const { return m_innermostCallback; }
+
+    /// Has host calls work on `thread`, on behalf of `scope`. A closing state stays closed.
+    LuaOuterCallback enterCallback(LuaCallbackScope& scope, lua_State* thread)
+    {
+        const LuaOuterCallback outer{m_running, m_innermostCallback};
+        m_innermostCallback = &scope;
+        if (m_running)
+            m_running = thread;
+        return outer;
+    }
+
+    /// Undoes the `enterCallback` that returned `outer`. Callbacks leave in the reverse order.
+    void leaveCallback(const LuaOuterCallback& outer)
+    {
+        m_innermostCallback = outer.scope;
+        if (m_running)
+            m_running = outer.thread;
+    }
+
+    // Host calls
+
+    /// Counts one more host call. Returns how many were open before.
+    unsigned enterHostCall() { return m_hostCalls++; }
+
+    /// Undoes one `enterHostCall`. The end of the outermost call runs the deferred actions, which
+    /// may release this slot.
+    void leaveHostCall()
+    {
+        if (--m_hostCalls == 0 && !m_deferred.empty())
+            runDeferred();
+    }
+
+    bool isInHostCall() const { return m_hostCalls > 0; }
+
+    /// Returns whether code of scripts or finalisers may be on the C stack.
+    bool isRunning() const { return isInHostCall() || m_isClosing; }
+
+    /// Has `action` run when the outermost host call returns, or when the state has closed.
+    void defer(std::function<void()> action) { m_deferred.push_back(std::move(action)); }
+
+    /// Runs what was deferred, in order, and what that defers. This may release the slot.
+    void runDeferred();
+
+    // What the registry holds
+
+    /// Returns how many registry slots wait for values (see LuaRegistry.h).
+    std::size_t countSpareKeys() const { return m_spareKeys.count; }
+
+    /// Stack: +1, the interpreter's own `rawget`.
+    void pushRawget(lua_State* state) const { _pushRegistered(state, m_rawgetKey); }
+
+    /// Stack: +1, the interpreter's own `type`.
+    void pushType(lua_State* state) const { _pushRegistered(state, m_typeKey); }
+
+    /// Stack: +1, the function that `LuaBoundary` calls protected.
+    void pushTrampoline(lua_State* state) const { _pushRegistered(state, m_trampolineKey); }
+
+    /// Stack: +1, the weak table of our user types' and namespaces' tables (see LuaNamedTables.h).
+    void pushTypeTables(lua_State* state) const { _pushRegistered(state, m_typeTablesKey); }
+
+    /// Stack: +1, the main thread.
+    void pushMainThread(lua_State* state) const { _pushRegistered(state, m_mainThreadKey); }
+
+    /// Stack: +1, the global table of the main thread, whichever thread runs.
+    void pushGlobals(lua_State* state) const;
+
+    // Types by their tables
+
+    /// Notes `table` as that of the living type `name`, which stays where it is until `removeType`.
+    void addType(const void* table, const tbMemory::String& name) { m_types.add(table, name); }
+
+    /// Forgets `table`, unless it has got another name than this very one. Allocates nothing.
+    void removeType(const void* table, const tbMemory::String& name)
+    {
+        m_types.remove(table, name);
+    }
+
+    /// Returns the name of the living type that `table` belongs to, null if there is none.
+    const tbMemory::String* findType(const void* table) const { return m_types.find(table); }
+
+private:
+    friend class LuaStateHandle; // counts its copies
+    friend int takeRegistrySlot(LuaStateSlot& slot, lua_State* state);
+    friend void giveRegistrySlotBack(LuaStateSlot& slot, lua_State* state, int key);
+
+    static int _furnish(lua_State* state);
+
+    static void _pushRegistered(lua_State* state, int key)
+    {
+        lua_rawgeti(state, LUA_REGISTRYINDEX, key);
+    }
+
+    // Both are null without state and as soon as it begins to close.
+    lua_State* m_main = nullptr;
+    lua_State* m_running = nullptr;
+
+    int m_mainThreadKey = LUA_NOREF;
+    int m_trampolineKey = LUA_NOREF;
+    int m_typeTablesKey = LUA_NOREF;
+    int m_rawgetKey = LUA_NOREF;
+    int m_typeKey = LUA_NOREF;
+
+    LuaTypeDirectory m_types; // those of the weak table whose types live
+
+    LuaSpareKeys m_spareKeys; // LuaRegistry.h takes them and puts them back
+
+    unsigned m_hostCalls = 0; // entered and not left
+    bool m_isClosing = false;
+    bool m_isTearingDown = false;
+    LuaCallbackScope* m_innermostCallback = nullptr;
+    std::vector<std::function<void()>> m_deferred;
+    LuaKeptObjects m_kept;
+
+    std::uint32_t m_holders = 0; // handles
+};
+
+} // namespace tbScripts::lua
