@@ -142,8 +142,8 @@ set(TOBREL_SCRIPTS_SOURCES
     src/environments/lua/chunks/LuaChunkCache.h
     src/environments/lua/chunks/LuaChunkMaker.cpp
     src/environments/lua/chunks/LuaChunkMaker.h
-    src/environments/lua/chunks/LuaDumpFrame.cpp
-    src/environments/lua/chunks/LuaDumpFrame.h
+    src/environments/lua/chunks/LuaDump.cpp
+    src/environments/lua/chunks/LuaDump.h
     src/loading/ContentLoader.cpp
     src/loading/FileReplacement.cpp
     src/loading/FileReplacement.h
@@ -507,6 +507,7 @@ set(TOBREL_SCRIPTS_INTERNAL_TESTS
     tests/environments/DummyEnvironmentStrategyTest.cpp
     tests/environments/EnvironmentTeardownOrderTest.cpp
     tests/environments/lua/LuaChunkMakerTest.cpp
+    tests/environments/lua/LuaDumpTest.cpp
     tests/environments/lua/LuaEnvironmentMemoryTest.cpp
     tests/environments/lua/LuaEnvironmentObjectsTest.cpp
     tests/environments/lua/LuaEnvironmentStrategyTest.cpp

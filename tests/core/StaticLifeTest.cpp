@@ -1,11 +1,15 @@
 // The library's static data is there before any static object of a host, and after all of them.
 // Here the library's code is part of the executable, so an object can be made before all of it.
 
+#include <tbScripts/Environment.h>
+#include <tbScripts/Function.h>
 #include <tbScripts/FunctionParameter.h>
+#include <tbScripts/Script.h>
 #include <tbScripts/ScriptObjectReference.h>
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cstdlib>
 
 namespace tbScripts::test
@@ -23,6 +27,31 @@ bool isVoidUsable()
            copy.getScriptObject().getUseCount() == 1 && !reference.getInterpreterReference();
 }
 
+// Whether scripts run right now as they should, also again and called by the host.
+bool doScriptsRun()
+{
+    Environment environment;
+    environment.setEnvironmentFor(INTERPRETER_LUA);
+    environment.setFunc("one")->setFunction([](const tbMemory::BufferView<FunctionParameter>&)
+                                            { return FunctionParameter(1); });
+    Script script;
+    script.setTargetInterpreter(INTERPRETER_LUA);
+    script.setSources("runs = (runs or 0) + one() function twice(x) return 2 * x end");
+    script.load();
+    constexpr int RUNS = 4; // from the second on the chunk is not loaded again
+    bool isDone = true;
+    for (int i = 0; i < RUNS; ++i)
+        isDone = environment.execute(script) && isDone;
+
+    std::array<FunctionParameter, 1> inputs{4};
+    std::array<FunctionParameter, 1> results{0};
+    tbMemory::BufferView<FunctionParameter> outputs = results;
+    isDone =
+        environment.callScriptFunction(environment.getScriptFunction("twice"), inputs, outputs) &&
+        isDone;
+    return isDone && environment.getVar("runs", 0) == RUNS && results[0].getInt() == 8;
+}
+
 class FirstObjectOfTheProcess
 {
 public:
@@ -38,7 +67,7 @@ public:
     ~FirstObjectOfTheProcess()
     {
         if (m_endsProcess)
-            std::_Exit(isVoidUsable() ? 42 : 1);
+            std::_Exit(isVoidUsable() && doScriptsRun() ? 42 : 1);
     }
 
     bool wasVoidUsable() const { return m_wasVoidUsable; }
@@ -61,12 +90,14 @@ TEST(StaticLifeTest, VoidIsUsableBeforeMain)
     EXPECT_TRUE(first.wasVoidUsable());
 }
 
-TEST(StaticLifeTest, VoidIsUsableAfterMain)
+TEST(StaticLifeTest, VoidIsUsableAndScriptsRunAfterMain)
 {
     ::testing::GTEST_FLAG(death_test_style) = "fast";
 
     EXPECT_EXIT(
         {
+            if (!doScriptsRun()) // what this creates is destroyed before the first object
+                std::_Exit(2);
             first.endProcess();
             std::exit(0);
         },

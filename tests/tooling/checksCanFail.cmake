@@ -242,6 +242,28 @@ if(doxygen)
     expect_failure(checkApiReference "nothing is said of" ${reference})
 endif()
 
+# expect_static_failure(<what it has to say> <source text>)
+function(expect_static_failure complaint text)
+    file(WRITE ${scratch}/Static.cpp "#include <string>\nint made();\n${text}")
+    execute_process(
+        COMMAND ${compiler} -std=c++17 -c -fPIC -o ${scratch}/Static.cpp.o ${scratch}/Static.cpp
+        COMMAND_ERROR_IS_FATAL ANY)
+    file(WRITE ${scratch}/objects.txt "${scratch}/Static.cpp.o\n")
+    expect_failure(checkStatics "${complaint}" -D nm=${nm} -D objects=${scratch}/objects.txt)
+    set(failures "${failures}" PARENT_SCOPE)
+endfunction()
+
+expect_static_failure("Static.cpp: a static object in a function is created by its first use"
+    "int f() { static const int VALUE = made(); return VALUE; }\n")
+expect_static_failure("Static.cpp: a static object in a function is created by its first use"
+    "std::string& f() { static std::string text; return text; }\n")
+expect_static_failure("Static.cpp: a static object has a destructor"
+    "std::string text(made(), 'a');\n")
+expect_static_failure("Static.cpp: a static object has a constructor that runs"
+    "int value = made();\n")
+file(WRITE ${scratch}/objects.txt "")
+expect_failure(checkStatics "has looked at nothing" -D nm=${nm} -D objects=${scratch}/objects.txt)
+
 # expect_export_failure(<what it has to say> <source text>)
 function(expect_export_failure complaint text)
     file(WRITE ${scratch}/exported.cpp "${text}")

@@ -1,6 +1,6 @@
 #include "environments/lua/chunks/LuaChunkMaker.h"
 
-#include "environments/lua/chunks/LuaDumpFrame.h"
+#include "environments/lua/chunks/LuaDump.h"
 #include "scripts/lua/LuaScriptStrategy.h"
 #include "support/LuaStateFixture.h"
 #include "support/RowName.h"
@@ -44,12 +44,14 @@ lua::LuaBytecode bytecodeOf(const std::string& bytes)
 
 class LuaChunkMakerTest : public LuaStateFixture
 {
+protected:
+    lua::LuaChunkMaker m_maker;
 };
 
 TEST_F(LuaChunkMakerTest, MakesTheChunkEachTimeItIsCalled)
 {
     const std::string bytes = compiled("return 1 + select('#', ...)");
-    ASSERT_TRUE(lua::pushChunkMaker(state(), bytecodeOf(bytes), "test"));
+    ASSERT_TRUE(m_maker.push(state(), bytecodeOf(bytes), "test"));
 
     for (int i = 0; i < 2; ++i)
     {
@@ -67,7 +69,7 @@ TEST_F(LuaChunkMakerTest, MakesChunksWithInnerFunctionsAndForeignNumbers)
 {
     const std::string bytes = compiled(
         "local function f(n) return function() return n end end return tonumber(f(2LL)())");
-    ASSERT_TRUE(lua::pushChunkMaker(state(), bytecodeOf(bytes), "test"));
+    ASSERT_TRUE(m_maker.push(state(), bytecodeOf(bytes), "test"));
 
     lua_call(state(), 0, 1);
     lua_call(state(), 0, 1);
@@ -82,7 +84,7 @@ TEST_F(LuaChunkMakerTest, MakesALongChunk)
     for (int i = 0; i < 2000; ++i)
         sources += "x" + std::to_string(i % 100) + " = 'text " + std::to_string(i) + "' ";
     const std::string bytes = compiled((sources + "return 'end'").c_str());
-    ASSERT_TRUE(lua::pushChunkMaker(state(), bytecodeOf(bytes), "test"));
+    ASSERT_TRUE(m_maker.push(state(), bytecodeOf(bytes), "test"));
 
     lua_call(state(), 0, 1);
     lua_call(state(), 0, 1);
@@ -100,7 +102,7 @@ TEST_P(LuaChunkMakerDamageTest, IsNoMaker)
 {
     const std::string bytes = GetParam().damage(compiled("x = 1"));
 
-    EXPECT_FALSE(lua::pushChunkMaker(state(), bytecodeOf(bytes), "test"));
+    EXPECT_FALSE(m_maker.push(state(), bytecodeOf(bytes), "test"));
 
     EXPECT_EQ(lua_gettop(state()), 0);
 }

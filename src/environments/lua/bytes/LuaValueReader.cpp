@@ -3,7 +3,7 @@
 #include "bindings/lua/values/LuaInstanceBox.h"
 #include "core/lua/LuaText.h"
 #include "environments/lua/bytes/LuaValueFormat.h"
-#include "environments/lua/chunks/LuaDumpFrame.h"
+#include "environments/lua/chunks/LuaDump.h"
 
 #include <algorithm>
 #include <cmath>

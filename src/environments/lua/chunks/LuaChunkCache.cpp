@@ -1,7 +1,5 @@
 #include "environments/lua/chunks/LuaChunkCache.h"
 
-#include "environments/lua/chunks/LuaChunkMaker.h"
-
 #include <utility>
 
 namespace tbScripts::lua
@@ -73,7 +71,7 @@ void LuaChunkCache::_dropMaker(lua_State* state, std::size_t index) const
 // Stack: the table of makers on top; +1, the new maker, or nil if there can be none.
 bool LuaChunkCache::_loadMaker(lua_State* state, const LuaBytecode& bytecode, const char* chunkName)
 {
-    if (!pushChunkMaker(state, bytecode, chunkName))
+    if (!m_maker.push(state, bytecode, chunkName))
     {
         lua_pushnil(state);
         return false;

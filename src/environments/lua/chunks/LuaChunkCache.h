@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/lua/LuaApi.h"
+#include "environments/lua/chunks/LuaChunkMaker.h"
 #include "scripts/lua/LuaBytecode.h"
 
 #include <array>
@@ -41,6 +42,7 @@ private:
 
     int m_makersKey = LUA_NOREF; // registry slot of the table of makers, by place
     std::array<Place, CAPACITY> m_places;
+    LuaChunkMaker m_maker;
 };
 
 } // namespace tbScripts::lua

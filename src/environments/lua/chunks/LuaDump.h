@@ -1,0 +1,45 @@
+#pragma once
+
+// What we know of the interpreter's compiled code, in one place.
+//
+// Compiled code begins with an escape, two letters and one byte of version. Then come the flags;
+// the length of the chunk's name and the name, unless a flag says that there is no debug
+// information; each function after its length, inner ones before the one that creates them; a
+// length of zero at the end. All lengths, and the flags, are numbers of 7 bits a byte, the lowest
+// first, and the last byte is below 128.
+//
+// What is in the functions is the interpreter's affair: we trust it, and never look.
+
+#include <tbMemory/StringView.h>
+
+#include <cstdint>
+
+namespace tbScripts::lua
+{
+
+/// The last function of a dump with the end behind it.
+struct LuaDumpTail
+{
+    tbMemory::StringView bytes; // empty if there is none
+    std::uint64_t flags = 0;    // of the dump
+};
+
+/// Returns whether `chunk` is compiled code of the interpreter.
+bool isDump(const tbMemory::StringView& chunk);
+
+/// Returns whether the compiled code in `chunk` is there to its end, as far as its parts say how
+/// long they are. Bytes behind the end do not matter.
+///
+/// LuaJIT 2.1.0-beta3 reads on behind code that was cut off between two functions, or in the length
+/// of one, and takes what it finds there for code (ScriptValueDamageTest).
+bool isWholeDump(const tbMemory::StringView& chunk);
+
+/// Returns the tail of `dump`, an empty one unless the dump is whole and nothing is behind it.
+LuaDumpTail tailOf(const tbMemory::StringView& dump);
+
+/// Returns `dump` without its end, so that a tail with `flagsOfTail` can be put there: the whole is
+/// compiled code again, and if the tail's function creates another, then it creates the chunk of
+/// `dump`. Empty if their flags do not go together.
+tbMemory::StringView frontForTail(const tbMemory::StringView& dump, std::uint64_t flagsOfTail);
+
+} // namespace tbScripts::lua
