@@ -64,6 +64,7 @@ set(TOBREL_SCRIPTS_SOURCES
     src/bindings/lua/values/LuaCallBridge.h
     src/bindings/lua/values/LuaInstanceBox.cpp
     src/bindings/lua/values/LuaInstanceBox.h
+    src/core/ByteWords.h
     src/core/Counted.h
     src/core/ExceptionContainment.h
     src/core/FunctionParameter.cpp
@@ -495,6 +496,7 @@ set(TOBREL_SCRIPTS_INTERNAL_TESTS
     tests/bindings/lua/UserTypeCallAllocationTest.cpp
     tests/bindings/lua/UserTypeParameterTest.cpp
     tests/bindings/lua/UserTypeViewTest.cpp
+    tests/core/ByteWordsTest.cpp
     tests/core/CountedTest.cpp
     tests/core/StaticLifeTest.cpp
     tests/core/lua/FunctionParameterViewTest.cpp

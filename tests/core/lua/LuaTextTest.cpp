@@ -44,11 +44,10 @@ TEST_F(LuaTextTest, EveryZeroOfEveryLengthIsFound)
     for (std::size_t size = 0; size < 140; ++size)
     {
         std::string text(size, '\x80'); // its top bit set, as the search for zeros looks at those
-        EXPECT_FALSE(lua::holdsNul(text.data(), size)) << size;
+        EXPECT_EQ(lua::upToFirstNul(tbMemory::StringView(text.data(), size)).size(), size);
         for (std::size_t position = 0; position < size; ++position)
         {
             text[position] = '\0';
-            EXPECT_TRUE(lua::holdsNul(text.data(), size)) << size << ", " << position;
             EXPECT_EQ(lua::upToFirstNul(tbMemory::StringView(text.data(), size)).size(), position);
             text[position] = '\x01';
         }

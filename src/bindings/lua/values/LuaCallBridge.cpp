@@ -1,6 +1,7 @@
 #include "bindings/lua/values/LuaCallBridge.h"
 
 #include "bindings/BindingMessages.h"
+#include "core/ByteWords.h"
 #include "core/ExceptionContainment.h"
 #include "core/LogSources.h"
 #include "core/lua/LuaNumber.h"
@@ -37,39 +38,9 @@ constexpr const char* NAME_OF_OBJECT = "lua object";
 constexpr int UNKNOWN_LINE = -1;
 constexpr int CALLING_LEVEL = 1; // level 0 is the host function itself
 
-// Returns whether both texts are the same, which are mostly names of types: too short to be worth a
-// call of the C library.
-bool isSameName(const tbMemory::String& left, const tbMemory::String& right)
+bool isSameName(const tbMemory::String& one, const tbMemory::String& other)
 {
-    const std::size_t size = left.size();
-    const char* const one = left.data();
-    const char* const other = right.data();
-    const auto isSamePiece = [&](auto piece, std::size_t position)
-    {
-        auto otherPiece = piece;
-        std::memcpy(&piece, one + position, sizeof(piece));
-        std::memcpy(&otherPiece, other + position, sizeof(piece));
-        return piece == otherPiece;
-    };
-
-    if (size != right.size())
-        return false;
-    // The last piece overlaps the one before, so that there is no remainder to go through.
-    constexpr std::size_t WORD = sizeof(std::uint64_t);
-    constexpr std::size_t HALF = sizeof(std::uint32_t);
-    if (size >= WORD)
-    {
-        for (std::size_t i = 0; i + WORD < size; i += WORD)
-        {
-            if (!isSamePiece(std::uint64_t(), i))
-                return false;
-        }
-        return isSamePiece(std::uint64_t(), size - WORD);
-    }
-    if (size >= HALF)
-        return isSamePiece(std::uint32_t(), 0) && isSamePiece(std::uint32_t(), size - HALF);
-    return size == 0 || (one[0] == other[0] && one[size / 2] == other[size / 2] &&
-                         one[size - 1] == other[size - 1]);
+    return one.size() == other.size() && areSameBytes(one.data(), other.data(), one.size());
 }
 
 bool isOfUserType(const FunctionParameter& parameter)

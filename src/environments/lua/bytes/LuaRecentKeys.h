@@ -1,12 +1,11 @@
 #pragma once
 
+#include "core/ByteWords.h"
 #include "core/lua/LuaApi.h"
 #include "environments/lua/bytes/LuaValueFormat.h"
 
 #include <array>
 #include <cstddef>
-#include <cstdint>
-#include <cstring>
 
 namespace tbScripts::lua
 {
@@ -68,16 +67,7 @@ private:
     // Equal records have equal strings. If only the padding differs, the reader interns the string.
     static bool _isSame(const Key& key, const unsigned char* record)
     {
-        for (std::size_t i = 0; i < key.size; i += ALIGNMENT)
-        {
-            std::uint32_t known = 0;
-            std::uint32_t met = 0;
-            std::memcpy(&known, key.record + i, sizeof(known));
-            std::memcpy(&met, record + i, sizeof(met));
-            if (known != met)
-                return false;
-        }
-        return key.size != 0;
+        return key.size != 0 && areSameQuads(key.record, record, key.size);
     }
 
     int _indexOf(std::size_t place) const { return m_base + static_cast<int>(place); }

@@ -2,12 +2,12 @@
 
 // The records of script values as bytes. Format: docs/script-value-bytes.md.
 
+#include "core/ByteWords.h"
 #include "core/lua/LuaText.h"
 
 #include <tbMemory/StringView.h>
 
 #include <cstddef>
-#include <cstdint>
 #include <cstring>
 
 namespace tbScripts::lua
@@ -47,7 +47,7 @@ constexpr std::size_t POINTER_SIZE = 8;
 constexpr std::size_t UNTYPED_INSTANCE_SIZE = UNTYPED_POINTER_OFFSET + POINTER_SIZE;
 
 /// Every record but that of a function begins at a multiple of this.
-constexpr std::size_t ALIGNMENT = 4;
+constexpr std::size_t ALIGNMENT = QUAD;
 
 /// Returns `size` rounded up to the next multiple of 4.
 constexpr std::size_t pad4(std::size_t size)
@@ -120,16 +120,8 @@ textIn(const unsigned char* data, std::size_t size, std::size_t position)
 /// The final zero is one of the last 4 bytes of the record, so the search goes 4 bytes at a time.
 inline std::size_t textRecordSizeAt(const unsigned char* record, std::size_t room)
 {
-    constexpr std::uint32_t LOWEST_BITS = 0x01010101U;
-    constexpr std::uint32_t HIGHEST_BITS = 0x80808080U;
-    for (std::size_t i = 0; room - i >= ALIGNMENT; i += ALIGNMENT)
-    {
-        std::uint32_t bytes = 0;
-        std::memcpy(&bytes, record + i, sizeof(bytes));
-        if (((bytes - LOWEST_BITS) & ~bytes & HIGHEST_BITS) != 0)
-            return i + ALIGNMENT;
-    }
-    return pad4(room + 1);
+    const std::size_t size = sizeThroughQuadWithZero(record, room);
+    return size != 0 ? size : pad4(room + 1);
 }
 
 } // namespace tbScripts::lua
