@@ -448,6 +448,7 @@ set(TOBREL_SCRIPTS_PUBLIC_TESTS
     tests/lifetime/OutlivingReferenceTest.cpp
     tests/lifetime/OwnedParameterTest.cpp
     tests/lifetime/RunningScriptTest.cpp
+    tests/lifetime/SharedTableClearTest.cpp
     tests/lifetime/StorageOrderTest.cpp
     tests/lifetime/TeardownTest.cpp
     tests/lifetime/ThreadChangeTest.cpp

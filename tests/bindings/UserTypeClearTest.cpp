@@ -256,7 +256,7 @@ TEST_F(UserTypeClearTest, EntryThatCannotBeRemovedIsLoggedAndTheMethodGone)
     EXPECT_EQ(evaluate("made.x"), "nil");
 }
 
-TEST_F(UserTypeClearTest, NamespaceOfTheSameNameTakesTheTypesEntriesToo)
+TEST_F(UserTypeClearTest, NamespaceOfTheSameNameTakesTheTypesEntriesButNotItsDestructor)
 {
     Namespace* const scope = environment().setNamespace("Vec");
 
@@ -265,7 +265,7 @@ TEST_F(UserTypeClearTest, NamespaceOfTheSameNameTakesTheTypesEntriesToo)
     collect();
 
     EXPECT_EQ(evaluate("Vec.new"), "nil");
-    EXPECT_THAT(m_destroyed, ElementsAre());
+    EXPECT_THAT(m_destroyed, ElementsAre(&m_made[0]));
 }
 
 } // namespace tbScripts::test

@@ -6,11 +6,7 @@
 namespace tbScripts::lua
 {
 
-namespace
-{
-
-// What the table on top of the stack is to us. The set of our tables holds the full name for those
-// of user types, `false` for others.
+// The set of our tables holds the full name for those of user types, `false` for others.
 NAMED_TABLE kindOfTable(const LuaStateSlot& slot, lua_State* state)
 {
     slot.pushTypeTables(state);
@@ -22,8 +18,6 @@ NAMED_TABLE kindOfTable(const LuaStateSlot& slot, lua_State* state)
         return NAMED_TABLE::OF_USER_TYPE;
     return noted == LUA_TBOOLEAN ? NAMED_TABLE::OF_NAMESPACE : NAMED_TABLE::FOREIGN;
 }
-
-} // namespace
 
 NAMED_TABLE
 makeNamedTable(const LuaStateSlot& slot, lua_State* state, const tbMemory::StringView& fullName)

@@ -52,14 +52,7 @@ void collect(lua_State* state)
 
 void clearTable(lua_State* state)
 {
-    lua_pushnil(state);
-    while (lua_next(state, -2))
-    {
-        lua_pop(state, 1);
-        lua_pushvalue(state, -1);
-        lua_pushnil(state);
-        lua_rawset(state, -4);
-    }
+    clearTableExcept(state, [](lua_State* /*state*/) { return false; });
 }
 
 void collectGarbageTwice(LuaHostCall& call)

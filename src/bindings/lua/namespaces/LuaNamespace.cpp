@@ -4,6 +4,7 @@
 #include "bindings/lua/LuaDuplicateDeclaration.h"
 #include "bindings/lua/LuaNamedTables.h"
 #include "bindings/lua/functions/LuaFunction.h"
+#include "bindings/lua/types/LuaTypeTable.h"
 #include "bindings/lua/types/LuaUserType.h"
 #include "bindings/lua/values/LuaInstanceBox.h"
 #include "core/ExceptionContainment.h"
@@ -385,7 +386,7 @@ void LuaNamespace::_clear()
         {
             pushNamedTable(state, m_fullName);
             if (lua_istable(state, -1))
-                clearTable(state);
+                LuaTypeTable::clearShared(*m_handle.getSlot(), state);
         });
     collectGarbageTwice(call);
 }

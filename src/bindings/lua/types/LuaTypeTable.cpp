@@ -48,6 +48,8 @@ return read, write
 )";
 constexpr const char* NAME_OF_DISPATCHERS = "=user type";
 
+constexpr const char* FINALISER = "__gc";
+
 // Stack: +1, part `part` of the parts at `partsIndex`.
 void pushPart(lua_State* state, int partsIndex, int part)
 {
@@ -136,12 +138,19 @@ void copyEntries(lua_State* state, int from, int to)
     }
 }
 
+// Returns whether the topmost two values are the key of finalisers and one of ours. Stack: +0.
+bool isFinaliserOnTop(lua_State* state)
+{
+    return lua_tocfunction(state, -1) == &finaliseInstance && lua_type(state, -2) == LUA_TSTRING &&
+           textAt(state, -2) == tbMemory::StringView(FINALISER);
+}
+
 // Returns the anchor of the type whose finaliser the table at `tableIndex` has, null if it has none
 // of ours. Stack: +0.
 const LuaTypeAnchor* anchorOfFinaliser(lua_State* state, int tableIndex)
 {
     const LuaTypeAnchor* anchor = nullptr;
-    lua_pushstring(state, "__gc");
+    lua_pushstring(state, FINALISER);
     lua_rawget(state, tableIndex);
     if (lua_tocfunction(state, -1) == &finaliseInstance && lua_getupvalue(state, -1, 1))
     {
@@ -238,6 +247,13 @@ void LuaTypeTable::restoreFormer(lua_State* state)
     lua_settop(state, partsIndex);
 }
 
+void LuaTypeTable::clearShared(const LuaStateSlot& slot, lua_State* state)
+{
+    const bool isOfType = kindOfTable(slot, state) == NAMED_TABLE::OF_USER_TYPE;
+    clearTableExcept(
+        state, [isOfType](lua_State* inner) { return isOfType && isFinaliserOnTop(inner); });
+}
+
 void LuaTypeTable::pushTable(lua_State* state)
 {
     pushPart(state, lua_gettop(state), PART_TABLE);
@@ -256,7 +272,7 @@ void LuaTypeTable::publishFactory(lua_State* state)
 
 void LuaTypeTable::publishFinaliser(lua_State* state)
 {
-    setAnchoredEntry(state, lua_gettop(state), "__gc", &finaliseInstance);
+    setAnchoredEntry(state, lua_gettop(state), FINALISER, &finaliseInstance);
 }
 
 void LuaTypeTable::publishGetter(

@@ -40,6 +40,12 @@ public:
     /// exists, with its former entries.
     static void restoreFormer(lua_State* state);
 
+    /// Clears the table on top of the stack, as `clearTable`. A table that a user type shares with
+    /// a namespace keeps the type's finaliser: instances that scripts own have no other way to
+    /// their destructor (docs/decisions/0021-clearing-keeps-finalisers.md). Never raises. Stack:
+    /// +0.
+    static void clearShared(const LuaStateSlot& slot, lua_State* state);
+
     /// Stack: +1, the type's table.
     static void pushTable(lua_State* state);
 
