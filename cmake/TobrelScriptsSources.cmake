@@ -516,6 +516,7 @@ set(TOBREL_SCRIPTS_INTERNAL_TESTS
     tests/environments/lua/LuaEnvironmentStrategyTest.cpp
     tests/environments/lua/LuaStringsAheadTest.cpp
     tests/environments/lua/ScriptValueUserdataTest.cpp
+    tests/environments/lua/SerializationLimitTest.cpp
     tests/faults/lua/AllocationFailureTest.cpp
     tests/faults/lua/ExhaustedMemoryTest.cpp
     tests/faults/lua/InterpreterCostTest.cpp

@@ -71,6 +71,12 @@ executionFailed(const tbMemory::StringView& scriptName, const tbMemory::StringVi
     return "Error while executing script '" + tbMemory::String(scriptName) + "' : " + reason;
 }
 
+inline tbMemory::String valueIsTooLong(const tbMemory::StringView& limit)
+{
+    return "A script value takes more than " + tbMemory::String(limit) +
+           " bytes, the limit of its environment. It is not serialized.";
+}
+
 inline tbMemory::String outputNotUnpacked(const tbMemory::StringView& outputIndex)
 {
     return "Could not unpack parameter " + tbMemory::String(outputIndex) +

@@ -9,6 +9,7 @@
 #include <tbMemory/String.h>
 #include <tbMemory/StringView.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -58,6 +59,11 @@ public:
     /// Defers `action` until the outermost call returns. Requires: `isRunning()`.
     virtual void defer(std::function<void()> action) = 0;
 
+    /// `serializeScriptObject` writes at most so many bytes.
+    void setSerializationLimit(std::size_t bytes) { m_serializationLimit = bytes; }
+
+    std::size_t getSerializationLimit() const { return m_serializationLimit; }
+
     const ExecutionResult& getLastExecutionResult() const;
 
     /// Writes the last outcome, and each further one, to `result` until `removeResult`. Every
@@ -86,7 +92,11 @@ private:
     void _forgetFailure();
     void _showResult();
 
+    // Tables that share tables make bytes that grow as 2 to the power of their depth.
+    static constexpr std::size_t USUAL_SERIALIZATION_LIMIT = std::size_t{256} * 1024 * 1024;
+
     Name m_environmentName;
+    std::size_t m_serializationLimit = USUAL_SERIALIZATION_LIMIT;
     ExecutionResult m_lastResult;
     std::vector<ExecutionResult*> m_shownIn; // not owned; one for each environment
 };

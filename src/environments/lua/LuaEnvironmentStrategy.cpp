@@ -112,7 +112,7 @@ tbMemory::Buffer LuaEnvironmentStrategy::serializeScriptObject(
     LuaHostCall call(m_handle);
     if (call.isRefused())
         return tbMemory::Buffer();
-    LuaValueWriter writer(*m_handle.getSlot(), transferOwnership);
+    LuaValueWriter writer(*m_handle.getSlot(), transferOwnership, getSerializationLimit());
     call.run(
         [&](lua_State* state)
         {

@@ -1,20 +1,34 @@
 #pragma once
 
+#include "environments/EnvironmentMessages.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <cstdlib>
 #include <memory>
 #include <new>
+#include <stdexcept>
+#include <string>
+#include <string_view>
 
 namespace tbScripts::lua
 {
 
 /// Bytes that grow at their end, in amortised constant time for each. New bytes are uninitialised:
 /// the writer sets all of them.
+///
+/// They grow up to a limit, and the allocation never exceeds it. So `extend` compares with the
+/// limit only where it allocates.
 class GrowingBytes
 {
 public:
-    /// Adds `size` bytes and returns the first of them. Throws `std::bad_alloc` without memory.
+    explicit GrowingBytes(std::size_t limit)
+        : m_limit(limit)
+    {
+    }
+
+    /// Adds `size` bytes and returns the first of them. Throws `std::bad_alloc` without memory, and
+    /// as `throwTooLong` beyond the limit.
     ///
     /// Valid until: the next call.
     unsigned char* extend(std::size_t size)
@@ -24,6 +38,13 @@ public:
         unsigned char* const added = m_bytes.get() + m_size;
         m_size += size;
         return added;
+    }
+
+    /// Throws the `std::length_error` that says what the limit is.
+    [[noreturn]] void throwTooLong() const
+    {
+        const tbMemory::String text = messages::valueIsTooLong(std::to_string(m_limit));
+        throw std::length_error(std::string(std::string_view(text)));
     }
 
     void clear() { m_size = 0; }
@@ -42,7 +63,10 @@ private:
 
     void _grow(std::size_t size)
     {
-        const std::size_t capacity = std::max({2 * m_capacity, m_size + size, SMALLEST_CAPACITY});
+        if (size > m_limit - m_size)
+            throwTooLong();
+        const std::size_t wanted = std::max({2 * m_capacity, m_size + size, SMALLEST_CAPACITY});
+        const std::size_t capacity = std::min(wanted, m_limit);
         auto* const grown = static_cast<unsigned char*>(std::realloc(m_bytes.get(), capacity));
         if (!grown)
             throw std::bad_alloc();
@@ -52,8 +76,9 @@ private:
     }
 
     std::unique_ptr<unsigned char, Freer> m_bytes;
+    std::size_t m_limit;
     std::size_t m_size = 0;
-    std::size_t m_capacity = 0;
+    std::size_t m_capacity = 0; // at most the limit
 };
 
 } // namespace tbScripts::lua

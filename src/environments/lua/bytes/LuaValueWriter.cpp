@@ -7,6 +7,7 @@
 #include <array>
 #include <cstring>
 #include <new>
+#include <stdexcept>
 #include <utility>
 
 namespace tbScripts::lua
@@ -24,7 +25,8 @@ constexpr int COMFORTABLE_SLOTS =
     static_cast<int>(RESIDENT_DEPTH) * SLOTS_PER_TABLE + SLOTS_FOR_WORK;
 
 constexpr int DUMPED = 0;
-constexpr int NO_MEMORY_FOR_DUMP = -1; // no status of the interpreter
+constexpr int NO_MEMORY_FOR_DUMP = -1; // neither is a status of the interpreter
+constexpr int DUMP_TOO_LONG = -2;
 
 // The interpreter calls this; an exception would have to pass through the interpreter's frames.
 int appendDumpedPiece(lua_State* /*state*/, const void* piece, std::size_t size, void* bytes)
@@ -37,6 +39,10 @@ int appendDumpedPiece(lua_State* /*state*/, const void* piece, std::size_t size,
     catch (const std::bad_alloc&)
     {
         return NO_MEMORY_FOR_DUMP;
+    }
+    catch (const std::length_error&)
+    {
+        return DUMP_TOO_LONG;
     }
 }
 
@@ -68,9 +74,10 @@ LuaInstanceBox* untypedBoxOnTop(lua_State* state)
 
 } // namespace
 
-LuaValueWriter::LuaValueWriter(const LuaStateSlot& slot, bool transferOwnership)
+LuaValueWriter::LuaValueWriter(const LuaStateSlot& slot, bool transferOwnership, std::size_t limit)
     : m_slot(slot)
     , m_transferOwnership(transferOwnership)
+    , m_bytes(limit)
     , m_markDepth(1)
     , m_residentDepth(0)
     , m_savedIndex(0)
@@ -145,6 +152,8 @@ bool LuaValueWriter::_writeFunction(lua_State* state)
     const int status = lua_dump(state, &appendDumpedPiece, &m_bytes);
     if (status == NO_MEMORY_FOR_DUMP)
         throw std::bad_alloc();
+    if (status == DUMP_TOO_LONG)
+        m_bytes.throwTooLong();
     return status == DUMPED; // functions of the host have no dump
 }
 

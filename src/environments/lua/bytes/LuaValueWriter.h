@@ -24,7 +24,8 @@ class LuaValueWriter
 public:
     /// With `transferOwnership`, the written instances lose the objects that the script owns; the
     /// instances that are read from the bytes will own them.
-    LuaValueWriter(const LuaStateSlot& slot, bool transferOwnership);
+    /// It writes at most `limit` bytes: `write` throws beyond, as `GrowingBytes` does.
+    LuaValueWriter(const LuaStateSlot& slot, bool transferOwnership, std::size_t limit);
 
     /// Writes the value on top of the stack. May raise. Stack: some values of the writer stay.
     void write(lua_State* state);
