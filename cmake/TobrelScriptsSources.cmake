@@ -401,6 +401,7 @@ set(TOBREL_SCRIPTS_PUBLIC_TESTS
     tests/environments/EnvironmentManagerTest.cpp
     tests/environments/EnvironmentNamespacesTest.cpp
     tests/environments/EnvironmentReferencesTest.cpp
+    tests/environments/EnvironmentSerializationLimitTest.cpp
     tests/environments/EnvironmentTeardownBindingsTest.cpp
     tests/environments/EnvironmentTeardownTest.cpp
     tests/environments/EnvironmentTest.cpp

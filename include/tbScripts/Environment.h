@@ -10,6 +10,7 @@
 #include <tbMemory/BufferView.h>
 #include <tbMemory/StringView.h>
 
+#include <cstddef>
 #include <type_traits>
 
 /// Everything that the library shows to hosts.
@@ -191,9 +192,10 @@ public:
     ///
     /// Ownership: with `transferOwnership`, instances in the value that own their objects stop
     /// owning them, and the instances that are read from the bytes will own them. On failure:
-    /// returns an empty buffer, and no ownership changes. This holds for nil, a host function, and
-    /// a table that contains itself; also for an error of the interpreter, which is logged (tag
-    /// "LuaEnvironment"). Format: docs/script-value-bytes.md.
+    /// returns an empty buffer, and no ownership changes. This holds for nil, a host function, a
+    /// table that contains itself, and a value that exceeds `setSerializationLimit`; also for an
+    /// error of the interpreter, which is logged (tag "LuaEnvironment"). Format:
+    /// docs/script-value-bytes.md.
     tbMemory::Buffer
     serializeScriptObject(const ScriptObjectReference& object, bool transferOwnership);
 
@@ -214,6 +216,18 @@ public:
     /// other.setVar("state", copy);
     /// @endcode
     ScriptObjectReference deserializeScriptObject(const tbMemory::BufferView<unsigned char>& bytes);
+
+    /// Sets how many bytes `serializeScriptObject` writes at most, 256 MiB unless a host sets
+    /// another limit. A value of more bytes is logged (tag "LuaEnvironment") and results in an
+    /// empty buffer.
+    ///
+    /// Tables that a value reaches twice are written twice, so one line of script can create a
+    /// small value that takes any number of bytes. The limit stays when the interpreter changes;
+    /// copies of an environment share it, as they share the interpreter.
+    void setSerializationLimit(std::size_t bytes);
+
+    /// Returns that limit.
+    std::size_t getSerializationLimit() const;
 
     /// Declares the host function `name` as a global and returns it, unbound.
     ///

@@ -23,8 +23,8 @@ class UserType;
 /// (tag "LuaEnvironment").
 ///
 /// Compatibility: a namespace and a user type of one full name share one table. `clear` removes the
-/// type's entries too, and instances that are collected afterwards are not destroyed (decision
-/// 0026).
+/// type's entries too, all but "__gc": objects that scripts own are still destroyed (decision 0021,
+/// decision 0026).
 ///
 /// @code
 /// Namespace* const sky = environment.setNamespace("world::sky"); // declares world as well
@@ -105,7 +105,8 @@ public:
     virtual Function* setFunction(const tbMemory::StringView& name) = 0;
 
     /// Empties the tables of this namespace and of the namespaces inside, resets the functions and
-    /// runs two full collections. Names that were declared stay declared.
+    /// runs two full collections. Names that were declared stay declared. A table that is shared
+    /// with a user type keeps the type's finaliser.
     virtual void clear() = 0;
 
     /// Empties the tables and destroys everything that was declared here. Objects that a running

@@ -174,6 +174,16 @@ Environment::deserializeScriptObject(const tbMemory::BufferView<unsigned char>& 
     return EnvironmentHold(*m_core)->getStrategy().deserializeScriptObject(bytes);
 }
 
+void Environment::setSerializationLimit(std::size_t bytes)
+{
+    m_core->getStrategy().setSerializationLimit(bytes);
+}
+
+std::size_t Environment::getSerializationLimit() const
+{
+    return m_core->getStrategy().getSerializationLimit();
+}
+
 Function* Environment::setFunc(const tbMemory::StringView& name)
 {
     return EnvironmentHold(*m_core)->setFunction(name);

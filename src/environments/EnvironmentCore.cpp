@@ -106,6 +106,8 @@ void EnvironmentCore::switchInterpreter(INTERPRETER interpreter)
         return; // this environment is being destroyed: nothing can be set any more
     // Created before the old one is destroyed: if there is no memory, nothing has changed.
     auto dummy = std::make_shared<DummyEnvironmentStrategy>(m_name);
+    const std::size_t serializationLimit = m_strategy->getSerializationLimit();
+    dummy->setSerializationLimit(serializationLimit);
     if (!m_strategy->isShared()) // else a copy still uses it
     {
         const std::shared_ptr<EnvironmentStrategy> ended = m_strategy;
@@ -118,6 +120,7 @@ void EnvironmentCore::switchInterpreter(INTERPRETER interpreter)
     {
         if (std::shared_ptr<EnvironmentStrategy> strategy = startLua(m_name))
         {
+            strategy->setSerializationLimit(serializationLimit);
             _startStrategy(std::move(strategy));
             return;
         }

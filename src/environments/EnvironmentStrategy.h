@@ -92,7 +92,7 @@ private:
     void _forgetFailure();
     void _showResult();
 
-    // Tables that share tables make bytes that grow as 2 to the power of their depth.
+    // docs/decisions/0022-limit-of-serialized-bytes.md
     static constexpr std::size_t USUAL_SERIALIZATION_LIMIT = std::size_t{256} * 1024 * 1024;
 
     Name m_environmentName;
