@@ -506,6 +506,7 @@ set(TOBREL_SCRIPTS_INTERNAL_TESTS
     tests/core/lua/LuaScriptObjectInterpreterReferenceTest.cpp
     tests/core/lua/LuaScriptObjectInterpreterViewTest.cpp
     tests/core/lua/LuaStateHandleTest.cpp
+    tests/core/lua/LuaStateSlotTest.cpp
     tests/core/lua/LuaTextTest.cpp
     tests/core/lua/LuaTypeDirectoryTest.cpp
     tests/environments/DummyEnvironmentStrategyTest.cpp
