@@ -41,11 +41,14 @@ function(tobrel_platform_package library)
     if(type STREQUAL "SHARED_LIBRARY")
         string(TOUPPER ${library} upper)
         target_compile_definitions(${target} PRIVATE TB${upper}_BUILDING)
+        if(MINGW) # its compiler overlooks inline members of exported templates
+            target_link_options(${target} PRIVATE LINKER:--export-all-symbols)
+        endif()
         set_target_properties(${target} PROPERTIES
             CXX_VISIBILITY_PRESET hidden
             VISIBILITY_INLINES_HIDDEN ON
             UNITY_BUILD OFF # whatever the host that this is a part of prefers
-            INSTALL_RPATH "$ORIGIN" # its dependencies lie beside it
+            INSTALL_RPATH $<IF:$<PLATFORM_ID:Darwin>,@loader_path,$ORIGIN> # its dependencies lie beside it
             VERSION ${PROJECT_VERSION}
             SOVERSION ${PROJECT_VERSION_MAJOR})
         if(TARGET TobrelScriptsWarnings) # not then

@@ -4,8 +4,12 @@
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
+#include <random>
 #include <stdexcept>
-#include <unistd.h>
+
+#if !defined(_WIN32)
+    #include <unistd.h>
+#endif
 
 namespace tbScripts::test
 {
@@ -13,17 +17,26 @@ namespace tbScripts::test
 namespace
 {
 
-constexpr uid_t NOBODY = 65534;
-constexpr uid_t ROOT = 0;
+// Returns a new folder that nobody else uses.
+std::filesystem::path makeFolder()
+{
+    constexpr int MOST_TRIES = 100;
+    std::random_device random;
+    for (int i = 0; i < MOST_TRIES; ++i)
+    {
+        const std::filesystem::path folder =
+            std::filesystem::temp_directory_path() / ("tbscripts-" + std::to_string(random()));
+        if (std::filesystem::create_directory(folder))
+            return folder;
+    }
+    throw std::runtime_error("no temporary folder");
+}
 
 } // namespace
 
 TemporaryFolder::TemporaryFolder()
+    : m_path(makeFolder())
 {
-    std::string path = (std::filesystem::temp_directory_path() / "tbscripts-XXXXXX").string();
-    if (!::mkdtemp(path.data()))
-        throw std::runtime_error("no temporary folder");
-    m_path = path;
     // Ordinary users look into it too, and may write.
     std::filesystem::permissions(m_path, std::filesystem::perms::all);
 }
@@ -68,6 +81,15 @@ std::vector<std::string> TemporaryFolder::list() const
     return names;
 }
 
+#if !defined(_WIN32)
+namespace
+{
+
+constexpr uid_t NOBODY = 65534;
+constexpr uid_t ROOT = 0;
+
+} // namespace
+
 OrdinaryUser::OrdinaryUser()
 {
     if (::getuid() == ROOT && ::seteuid(NOBODY) != 0)
@@ -79,5 +101,6 @@ OrdinaryUser::~OrdinaryUser()
     if (::getuid() == ROOT && ::seteuid(ROOT) != 0)
         std::abort(); // everything that follows would run with too few rights
 }
+#endif
 
 } // namespace tbScripts::test
