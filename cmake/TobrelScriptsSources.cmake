@@ -295,6 +295,8 @@ set(TOBREL_SCRIPTS_TEST_SUPPORT
     tests/support/AllocationCounter.h
     tests/support/CallContextFixture.cpp
     tests/support/CallContextFixture.h
+    tests/support/Callables.cpp
+    tests/support/Callables.h
     tests/support/ChildProcess.cpp
     tests/support/ChildProcess.h
     tests/support/CountedObject.cpp
@@ -302,6 +304,7 @@ set(TOBREL_SCRIPTS_TEST_SUPPORT
     tests/support/EnvironmentFixture.cpp
     tests/support/EnvironmentFixture.h
     tests/support/Execution.h
+    tests/support/Facts.h
     tests/support/FakeScriptObjects.cpp
     tests/support/FakeScriptObjects.h
     tests/support/Farewell.h
@@ -313,6 +316,8 @@ set(TOBREL_SCRIPTS_TEST_SUPPORT
     tests/support/LogFixture.h
     tests/support/NamespaceFixture.cpp
     tests/support/NamespaceFixture.h
+    tests/support/NamespaceSteps.cpp
+    tests/support/NamespaceSteps.h
     tests/support/ParameterKinds.cpp
     tests/support/ParameterKinds.h
     tests/support/ReactingLogger.cpp
@@ -328,12 +333,16 @@ set(TOBREL_SCRIPTS_TEST_SUPPORT
     tests/support/SmallStackThread.cpp
     tests/support/SmallStackThread.h
     tests/support/SwitchingFixture.h
+    tests/support/Steps.cpp
+    tests/support/Steps.h
     tests/support/TeardownFixture.cpp
     tests/support/TeardownFixture.h
     tests/support/TemporaryFolder.cpp
     tests/support/TemporaryFolder.h
     tests/support/UserTypeFixture.cpp
-    tests/support/UserTypeFixture.h)
+    tests/support/UserTypeFixture.h
+    tests/support/UserTypeSteps.cpp
+    tests/support/UserTypeSteps.h)
 set(TOBREL_SCRIPTS_INTERNAL_TEST_SUPPORT
     tests/support/EnvironmentStateFixture.cpp
     tests/support/EnvironmentStateFixture.h
@@ -395,6 +404,7 @@ set(TOBREL_SCRIPTS_PUBLIC_TESTS
     tests/docs/DocumentedDeclarationsTest.cpp
     tests/environments/DummyEnvironmentTest.cpp
     tests/environments/EnvironmentCopyTest.cpp
+    tests/environments/EnvironmentDeclarationsTest.cpp
     tests/environments/EnvironmentExecutionTest.cpp
     tests/environments/EnvironmentFunctionsTest.cpp
     tests/environments/EnvironmentGlobalsTest.cpp
@@ -473,6 +483,7 @@ set(TOBREL_SCRIPTS_PUBLIC_TESTS
     tests/support/CallContextFixtureTest.cpp
     tests/support/ChildProcessTest.cpp
     tests/support/ExecutionTest.cpp
+    tests/support/FactsTest.cpp
     tests/support/FakeScriptObjectsTest.cpp
     tests/support/FarewellTest.cpp
     tests/support/GlobalOperationsTest.cpp

@@ -3,7 +3,7 @@
 
 #include "support/CountedObject.h"
 #include "support/Farewell.h"
-#include "support/NamespaceFixture.h"
+#include "support/NamespaceSteps.h"
 
 #include <string>
 #include <vector>
@@ -11,22 +11,20 @@
 namespace tbScripts::test
 {
 
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
-
 class NamespaceReleaseTest : public NamespaceFixture
 {
-protected:
-    // Returns something to capture that notes `name` when it goes.
+public:
+    // Returns something to capture that notes `name` when it is destroyed.
     std::shared_ptr<const void> noteEnd(const std::string& name)
     {
         return makeFarewell([this, name] { m_ends.push_back(name); });
     }
 
-    // Declares in `owner` a function, and a user type with a method, that note their ends; and an
-    // instance, which scripts reach as field "t" of `path`.
-    void fill(Namespace& owner, const std::string& path)
+    // Declares at `path` a function, and a user type with a method, that note their ends; and an
+    // instance, which scripts reach as field "t".
+    void fill(const std::string& path)
     {
+        Namespace& owner = namespaceAt(*this, path);
         bindHolding(owner.setFunction("f"), noteEnd("function in " + path));
         UserType* const type = owner.setUserType("T");
         type->setConstructor([](const Parameters&) { return new CountedObject; });
@@ -43,240 +41,21 @@ protected:
     std::vector<std::string> m_ends;
 };
 
-TEST_F(NamespaceReleaseTest, DestroysWhatWasDeclared)
-{
-    scope().setNamespace("b");
-    scope().setUserType("T");
-
-    scope().release();
-
-    EXPECT_EQ(scope().getNamespace("b"), nullptr);
-    EXPECT_EQ(scope().getUserType("T"), nullptr);
-}
-
-TEST_F(NamespaceReleaseTest, LeavesNoField)
-{
-    scope().setVar("v", 5);
-    scope().setFunction("f");
-    scope().setNamespace("b");
-    scope().setUserType("T");
-
-    scope().release();
-
-    run("assert(next(a) == nil)");
-}
-
-TEST_F(NamespaceReleaseTest, IsSilent)
-{
-    scope().setFunction("f");
-    Namespace* const inner = scope().setNamespace("b");
-    inner->setFunction("f");
-    inner->setUserType("T")->setMethod("m", false);
-    scope().setUserType("T")->setMethod("m", false);
-
-    scope().release();
-
-    EXPECT_THAT(m_log.takeEntries(), IsEmpty());
-}
-
 TEST_F(NamespaceReleaseTest, KeepsTheTableItself)
 {
     run("before = a");
-
     scope().release();
-
-    run("assert(a == before)");
+    is("a == before", "true");
     EXPECT_EQ(environment().getNamespace("a"), &scope());
-}
-
-TEST_F(NamespaceReleaseTest, EmptyNamespaceStaysAsItIs)
-{
-    scope().release();
-
-    run("assert(type(a) == 'table' and next(a) == nil)");
-}
-
-TEST_F(NamespaceReleaseTest, MayBeRepeated)
-{
-    scope().setFunction("f");
-    scope().release();
-
-    scope().release();
-
-    run("assert(next(a) == nil)");
-    EXPECT_THAT(m_log.takeEntries(), IsEmpty());
-}
-
-TEST_F(NamespaceReleaseTest, TakesVariablesEvenIfNothingWasDeclared)
-{
-    run("a.own = 5");
-
-    scope().release();
-
-    run("assert(a.own == nil)");
 }
 
 TEST_F(NamespaceReleaseTest, OfAnInnerNamespaceKeepsItDeclared)
 {
     Namespace* const inner = scope().setNamespace("b");
     inner->setVar("v", 5);
-
     inner->release();
-
     EXPECT_EQ(scope().getNamespace("b"), inner);
-    run("assert(next(a.b) == nil)");
-}
-
-TEST_F(NamespaceReleaseTest, LeavesEverythingOutsideAlone)
-{
-    bindAnswer(environment().setFunc("f"), 1);
-    bindAnswer(scope().setFunction("f"), 2);
-    Namespace* const inner = scope().setNamespace("inner");
-    inner->setFunction("f");
-
-    inner->release();
-
-    run("assert(f() == 1 and a.f() == 2)");
-}
-
-TEST_F(NamespaceReleaseTest, EverythingMayBeDeclaredAgainInSilence)
-{
-    scope().setFunction("f");
-    scope().setNamespace("b");
-    scope().setUserType("T");
-    scope().release();
-
-    bindAnswer(scope().setFunction("f"), 42);
-    Namespace* const inner = scope().setNamespace("b");
-    makeCounted(scope().setUserType("T"));
-
-    inner->setVar("v", 5);
-    run("assert(a.f() == 42 and a.b.v == 5 and a.T.new())");
-    EXPECT_THAT(m_log.takeEntries(), IsEmpty());
-}
-
-// Scripts kept something.
-
-TEST_F(NamespaceReleaseTest, KeptFunctionIsAScriptError)
-{
-    bindAnswer(scope().setFunction("f"), 42);
-    run("kept = a.f");
-
-    scope().release();
-
-    EXPECT_EQ(
-        runExpectingError("kept()"),
-        "Error while executing script 'test' : Function 'f' does not exist anymore.");
-}
-
-TEST_F(NamespaceReleaseTest, KeptFunctionOfAnInnerNamespaceIsAScriptError)
-{
-    bindAnswer(scope().setNamespace("b")->setFunction("f"), 42);
-    run("kept = a.b.f");
-
-    scope().release();
-
-    EXPECT_EQ(
-        runExpectingError("kept()"),
-        "Error while executing script 'test' : Function 'f' does not exist anymore.");
-}
-
-TEST_F(NamespaceReleaseTest, KeptFunctionStaysDeadWhenItsNameIsDeclaredAgain)
-{
-    scope().setFunction("f");
-    run("kept = a.f");
-    scope().release();
-
-    bindAnswer(scope().setFunction("f"), 42);
-
-    EXPECT_EQ(
-        runExpectingError("assert(a.f() == 42) kept()"),
-        "Error while executing script 'test' : Function 'f' does not exist anymore.");
-}
-
-TEST_F(NamespaceReleaseTest, KeptTableOfAnInnerNamespaceIsAnEmptyTable)
-{
-    scope().setNamespace("b")->setVar("v", 5);
-    run("kept = a.b");
-
-    scope().release();
-
-    run("assert(next(kept) == nil) kept.v = 6 assert(kept.v == 6)");
-}
-
-TEST_F(NamespaceReleaseTest, InnerNamespaceDeclaredAgainHasATableOfItsOwn)
-{
-    scope().setNamespace("b");
-    run("kept = a.b");
-    scope().release();
-
-    scope().setNamespace("b")->setVar("v", 5);
-
-    run("assert(kept ~= a.b and kept.v == nil and a.b.v == 5)");
-}
-
-TEST_F(NamespaceReleaseTest, KeptUserTypeMakesNoInstances)
-{
-    makeCounted(scope().setUserType("T"));
-    run("kept = a.T");
-
-    scope().release();
-
-    EXPECT_EQ(
-        runExpectingError("kept.new()"),
-        "Error while executing script 'test' : User type 'a::T' does not exist anymore.");
-    EXPECT_EQ(CountedObject::getMade(), 0);
-}
-
-TEST_F(NamespaceReleaseTest, KeptMethodIsAScriptError)
-{
-    scope().setUserType("T")->setStaticMethod("make");
-    run("kept = a.T.make");
-
-    scope().release();
-
-    EXPECT_EQ(
-        runExpectingError("kept()"),
-        "Error while executing script 'test' : Function 'make' does not exist anymore.");
-}
-
-// Instances.
-
-TEST_F(NamespaceReleaseTest, DestroysInstancesThatOnlyTheNamespaceHeld)
-{
-    makeCounted(scope().setUserType("T"));
-    makeCounted(scope().setNamespace("b")->setUserType("T"));
-    run("a.t = a.T.new() a.b.t = a.b.T.new()");
-    ASSERT_EQ(CountedObject::getLiving(), 2);
-
-    scope().release();
-
-    EXPECT_EQ(CountedObject::getLiving(), 0);
-}
-
-TEST_F(NamespaceReleaseTest, KeptInstancesAreDestroyedOnceTheyAreLetGo)
-{
-    makeCounted(scope().setUserType("T"));
-    makeCounted(scope().setNamespace("b")->setUserType("T"));
-    run("first = a.T.new() second = a.b.T.new()");
-    scope().release();
-    ASSERT_EQ(CountedObject::getLiving(), 2);
-
-    run("first = nil second = nil collectgarbage() collectgarbage()");
-
-    EXPECT_EQ(CountedObject::getLiving(), 0);
-}
-
-TEST_F(NamespaceReleaseTest, KeptInstancesAreDestroyedWithTheInterpreterAtTheLatest)
-{
-    makeCounted(scope().setNamespace("b")->setUserType("T"));
-    run("package.loaded.kept = a.b.T.new()");
-    scope().release();
-    ASSERT_EQ(CountedObject::getLiving(), 1);
-
-    environment().setEnvironmentFor(INTERPRETER_LUA);
-
-    EXPECT_EQ(CountedObject::getLiving(), 0);
+    is("next(a.b)", "nil");
 }
 
 TEST_F(NamespaceReleaseTest, DestroysFiftyNamespacesInEachOther)
@@ -296,91 +75,176 @@ TEST_F(NamespaceReleaseTest, DestroysFiftyNamespacesInEachOther)
     EXPECT_EQ(scope().getNamespace("n"), nullptr);
 }
 
-// The order.
-
-TEST_F(NamespaceReleaseTest, GoesFromFunctionsOverInnerNamespacesToUserTypes)
-{
-    fill(*scope().setNamespace("b"), "a.b");
-    fill(scope(), "a");
-
-    scope().release();
-
-    EXPECT_THAT(
-        m_ends,
-        ElementsAre(
-            "function in a",
-            "function in a.b",
-            "method in a.b",
-            "instance in a.b",
-            "method in a",
-            "instance in a"));
-}
-
-TEST_F(NamespaceReleaseTest, EverythingGoesOnce)
-{
-    fill(*scope().setNamespace("b"), "a.b");
-    fill(scope(), "a");
-
-    scope().release();
-    destroyEnvironment();
-
-    EXPECT_EQ(m_ends.size(), 6U);
-    EXPECT_EQ(CountedObject::getLiving(), 0);
-}
-
-// Scripts are refused from here on, but what they were promised before is kept.
-TEST_F(NamespaceReleaseTest, FinalisersDoNotFindTheFunctionsAnyMore)
-{
-    scope().setFunction("f");
-    run("local f = a.f a.value = newproxy(true) "
-        "getmetatable(a.value).__gc = function() f() end");
-
-    scope().release();
-
-    EXPECT_THAT(
-        m_log.takeEntries(),
-        ElementsAre(LogEntry{"Function 'f' does not exist anymore.", "LuaEnvironment"}));
-}
-
-TEST_F(NamespaceReleaseTest, LogsARaisingFinaliserAndGoesOn)
-{
-    makeCounted(scope().setNamespace("b")->setUserType("T"));
-    run("a.b.t = a.b.T.new() a.value = newproxy(true) "
-        "getmetatable(a.value).__gc = function() error('lost', 0) end");
-
-    scope().release();
-
-    EXPECT_EQ(CountedObject::getLiving(), 0);
-    EXPECT_EQ(scope().getNamespace("b"), nullptr);
-    EXPECT_THAT(m_log.takeEntries(), ElementsAre(LogEntry{"lost", "LuaEnvironment"}));
-}
-
-// Each inner namespace takes its name out of a table that is empty already.
-TEST_F(NamespaceReleaseTest, LogsARaisingMetamethodAndGoesOn)
+TEST_F(NamespaceReleaseTest, GoesOnceFromFunctionsOverInnerNamespacesToUserTypes)
 {
     scope().setNamespace("b");
-    run("setmetatable(a, {__newindex = function() error('closed', 0) end})");
+    fill("a.b");
+    fill("a");
 
     scope().release();
 
-    EXPECT_EQ(scope().getNamespace("b"), nullptr);
-    EXPECT_THAT(m_log.takeEntries(), ElementsAre(LogEntry{"closed", "LuaEnvironment"}));
+    const std::vector<std::string> expected{
+        "function in a",
+        "function in a.b",
+        "method in a.b",
+        "instance in a.b",
+        "method in a",
+        "instance in a"};
+    EXPECT_EQ(m_ends, expected);
+    destroyEnvironment();
+    EXPECT_EQ(m_ends, expected);
+    EXPECT_EQ(CountedObject::getLiving(), 0);
 }
 
 TEST_F(NamespaceReleaseTest, WorksFromInsideAHostFunction)
 {
     scope().setFunction("f");
     declareAction("act", [this] { scope().release(); });
-
     run("local before = a.f act() assert(before and a.f == nil)");
 }
 
-TEST_F(NamespaceReleaseTest, WorksFromInsideACoroutine)
+namespace
 {
-    scope().setFunction("f");
-    declareAction("act", [this] { scope().release(); });
 
-    run("coroutine.wrap(act)() collectgarbage() assert(a.f == nil)");
-}
+const char* const NO_FUNCTION = "Function 'f' does not exist anymore.";
+
+const Facts<NamespaceReleaseTest> FACTS(
+    "NamespaceReleaseTest",
+    {
+        {"DestroysWhatWasDeclared",
+         {space("a.b"), userType("a.T"), release(), knows("b", false), knows("T", false)}},
+        {"LeavesNoField",
+         {variable("a.v", 5),
+          unboundFunction("a.f"),
+          space("a.b"),
+          userType("a.T"),
+          release(),
+          is("next(a)", "nil")}},
+        {"IsSilent",
+         {[](auto& test) { test.scope().setUserType("T")->setMethod("m", false); },
+          unboundFunction("a.f"),
+          space("a.b"),
+          unboundFunction("a.b.f"),
+          [](auto& test) { namespaceAt(test, "a.b").setUserType("T")->setMethod("m", false); },
+          release(),
+          logs({})}},
+        {"EmptyNamespaceStaysAsItIs", {release(), is("type(a)", "table"), is("next(a)", "nil")}},
+        {"MayBeRepeated",
+         {unboundFunction("a.f"), release(), release(), is("next(a)", "nil"), logs({})}},
+        {"TakesVariablesEvenIfNothingWasDeclared",
+         {run("a.own = 5"), release(), is("a.own", "nil")}},
+        {"LeavesEverythingOutsideAlone",
+         {answering("f", 1),
+          answering("a.f", 2),
+          space("a.inner"),
+          unboundFunction("a.inner.f"),
+          release("a.inner"),
+          run("assert(f() == 1 and a.f() == 2)")}},
+        {"EverythingMayBeDeclaredAgainInSilence",
+         {unboundFunction("a.f"),
+          space("a.b"),
+          userType("a.T"),
+          release(),
+          answering("a.f", 42),
+          space("a.b"),
+          countedType("a.T"),
+          variable("a.b.v", 5),
+          run("assert(a.f() == 42 and a.b.v == 5 and a.T.new())"),
+          logs({})}},
+        // Scripts kept something.
+        {"KeptFunctionIsAScriptError",
+         {answering("a.f", 42), run("kept = a.f"), release(), stops("kept()", NO_FUNCTION)}},
+        {"KeptFunctionOfAnInnerNamespaceIsAScriptError",
+         {space("a.b"),
+          answering("a.b.f", 42),
+          run("kept = a.b.f"),
+          release(),
+          stops("kept()", NO_FUNCTION)}},
+        {"KeptFunctionStaysDeadWhenItsNameIsDeclaredAgain",
+         {unboundFunction("a.f"),
+          run("kept = a.f"),
+          release(),
+          answering("a.f", 42),
+          stops("assert(a.f() == 42) kept()", NO_FUNCTION)}},
+        {"KeptTableOfAnInnerNamespaceIsAnEmptyTable",
+         {space("a.b"),
+          variable("a.b.v", 5),
+          run("kept = a.b"),
+          release(),
+          run("assert(next(kept) == nil) kept.v = 6 assert(kept.v == 6)")}},
+        {"InnerNamespaceDeclaredAgainHasATableOfItsOwn",
+         {space("a.b"),
+          run("kept = a.b"),
+          release(),
+          space("a.b"),
+          variable("a.b.v", 5),
+          run("assert(kept ~= a.b and kept.v == nil and a.b.v == 5)")}},
+        {"KeptUserTypeMakesNoInstances",
+         {countedType("a.T"),
+          run("kept = a.T"),
+          release(),
+          stops("kept.new()", "User type 'a::T' does not exist anymore."),
+          [](auto&) { EXPECT_EQ(CountedObject::getMade(), 0); }}},
+        {"KeptMethodIsAScriptError",
+         {[](auto& test) { test.scope().setUserType("T")->setStaticMethod("make"); },
+          run("kept = a.T.make"),
+          release(),
+          stops("kept()", "Function 'make' does not exist anymore.")}},
+        // Instances.
+        {"DestroysInstancesThatOnlyTheNamespaceHeld",
+         {countedType("a.T"),
+          space("a.b"),
+          countedType("a.b.T"),
+          run("a.t = a.T.new() a.b.t = a.b.T.new()"),
+          living(2),
+          release(),
+          living(0)}},
+        {"KeptInstancesAreDestroyedOnceTheyAreLetGo",
+         {countedType("a.T"),
+          space("a.b"),
+          countedType("a.b.T"),
+          run("first = a.T.new() second = a.b.T.new()"),
+          release(),
+          living(2),
+          run("first = nil second = nil collectgarbage() collectgarbage()"),
+          living(0)}},
+        {"KeptInstancesAreDestroyedWithTheInterpreterAtTheLatest",
+         {space("a.b"),
+          countedType("a.b.T"),
+          run("package.loaded.kept = a.b.T.new()"),
+          release(),
+          living(1),
+          restart(),
+          living(0)}},
+        // Scripts are refused from here on, but what they were promised before is kept.
+        {"FinalisersDoNotFindTheFunctionsAnyMore",
+         {unboundFunction("a.f"),
+          run("local f = a.f a.value = newproxy(true) "
+              "getmetatable(a.value).__gc = function() f() end"),
+          release(),
+          logs(NO_FUNCTION, "LuaEnvironment")}},
+        {"LogsARaisingFinaliserAndGoesOn",
+         {space("a.b"),
+          countedType("a.b.T"),
+          run("a.b.t = a.b.T.new() a.value = newproxy(true) "
+              "getmetatable(a.value).__gc = function() error('lost', 0) end"),
+          release(),
+          living(0),
+          knows("b", false),
+          logs("lost", "LuaEnvironment")}},
+        // Each inner namespace takes its name out of a table that is empty already.
+        {"LogsARaisingMetamethodAndGoesOn",
+         {space("a.b"),
+          run("setmetatable(a, {__newindex = function() error('closed', 0) end})"),
+          release(),
+          knows("b", false),
+          logs("closed", "LuaEnvironment")}},
+        {"WorksFromInsideACoroutine",
+         {unboundFunction("a.f"),
+          acting(release()),
+          run("coroutine.wrap(act)() collectgarbage() assert(a.f == nil)")}},
+    });
+
+} // namespace
 
 } // namespace tbScripts::test

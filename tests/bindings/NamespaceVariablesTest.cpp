@@ -13,9 +13,6 @@
 namespace tbScripts::test
 {
 
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
-
 namespace
 {
 
@@ -26,11 +23,6 @@ struct VariableRow
     void (*set)(Namespace& scope);
     const char* condition;
 };
-
-std::ostream& operator<<(std::ostream& stream, const VariableRow& row)
-{
-    return stream << row.row;
-}
 
 template <typename Value>
 constexpr Value highest = std::numeric_limits<Value>::max();
@@ -109,9 +101,10 @@ static_assert(!CanBeSet<int*>::value && !CanBeSet<const void*>::value);
 
 } // namespace
 
-class NamespaceAnyVariableTest : public NamespaceFixture,
-                                 public ::testing::WithParamInterface<VariableRow>
+class NamespaceAnyVariableTest : public OnRows<NamespaceFixture, VariableRow>
 {
+protected:
+    const std::string m_check = std::string("assert(") + GetParam().condition + ")";
 };
 
 INSTANTIATE_TEST_SUITE_P(
@@ -120,80 +113,46 @@ INSTANTIATE_TEST_SUITE_P(
 TEST_P(NamespaceAnyVariableTest, IsSeenByScripts)
 {
     run("a.v = {}"); // not nil, so that storing nil shows
-
     GetParam().set(scope());
-
-    run("assert(" + std::string(GetParam().condition) + ")");
+    run(m_check);
 }
 
 TEST_P(NamespaceAnyVariableTest, IsSeenInAnInnerNamespace)
 {
     Namespace* const inner = scope().setNamespace("inner");
     run("a.v = 'untouched' outer = a");
-
     GetParam().set(*inner);
-
-    run("a = outer.inner assert(" + std::string(GetParam().condition) +
-        ")"
-        " assert(outer.v == 'untouched')");
+    run("a = outer.inner " + m_check + " assert(outer.v == 'untouched')");
 }
 
-TEST_P(NamespaceAnyVariableTest, OverwritesAFunctionInSilence)
-{
-    scope().setFunction("v");
-
-    GetParam().set(scope());
-
-    run("assert(" + std::string(GetParam().condition) + ")");
-    EXPECT_THAT(m_log.takeEntries(), IsEmpty());
-}
-
-TEST_P(NamespaceAnyVariableTest, OverwritesANamespaceInSilence)
+TEST_P(NamespaceAnyVariableTest, OverwritesDeclarationsInSilence)
 {
     Namespace* const inner = scope().setNamespace("v");
-
-    GetParam().set(scope());
-
-    run("assert(" + std::string(GetParam().condition) + ")");
-    EXPECT_EQ(scope().getNamespace("v"), inner);
-    EXPECT_THAT(m_log.takeEntries(), IsEmpty());
-}
-
-TEST_P(NamespaceAnyVariableTest, OverwritesAUserTypeInSilence)
-{
     UserType* const type = scope().setUserType("v");
-
     GetParam().set(scope());
-
-    run("assert(" + std::string(GetParam().condition) + ")");
+    run(m_check);
+    EXPECT_EQ(scope().getNamespace("v"), inner);
     EXPECT_EQ(scope().getUserType("v"), type);
-    EXPECT_THAT(m_log.takeEntries(), IsEmpty());
+
+    scope().setFunction("v");
+    GetParam().set(scope());
+    run(m_check);
+    expectLogged({});
 }
 
 TEST_P(NamespaceAnyVariableTest, IsLoggedIfItsFieldIsRefused)
 {
     run("setmetatable(a, {__newindex = function() error('closed', 0) end})");
-
     GetParam().set(scope());
-
-    run("assert(rawget(a, 'v') == nil)");
-    EXPECT_THAT(m_log.takeEntries(), ElementsAre(LogEntry{"closed", "LuaEnvironment"}));
+    is("rawget(a, 'v')", "nil");
+    expectLogged("closed", "LuaEnvironment");
 }
 
-TEST_P(NamespaceAnyVariableTest, CanBeSetFromInsideAHostFunction)
+TEST_P(NamespaceAnyVariableTest, CanBeSetFromInsideAHostFunctionAndACoroutine)
 {
     declareAction("act", [this] { GetParam().set(scope()); });
-
-    run("a.v = {} act() assert(" + std::string(GetParam().condition) + ")");
-}
-
-TEST_P(NamespaceAnyVariableTest, CanBeSetFromInsideACoroutine)
-{
-    declareAction("act", [this] { GetParam().set(scope()); });
-
-    run("a.v = {} coroutine.wrap(act)() collectgarbage() "
-        "assert(" +
-        std::string(GetParam().condition) + ")");
+    run("a.v = {} act() " + m_check);
+    run("a.v = {} coroutine.wrap(act)() collectgarbage() " + m_check);
 }
 
 class NamespaceVariablesTest : public NamespaceFixture
@@ -203,41 +162,31 @@ protected:
     void expectStoredAsNil(const ScriptObjectReference& value)
     {
         run("a.v = 5");
-
         scope().setVar("v", value);
-
-        run("assert(a.v == nil)");
+        is("a.v", "nil");
     }
+
+    int m_object = 42;
 };
 
 TEST_F(NamespaceVariablesTest, ReferenceStoresTheVeryValue)
 {
     run("list = {1, 2}");
-    const ScriptObjectReference list = environment().getVar("list");
-
-    scope().setVar("v", list);
-
-    run("assert(a.v == list)");
+    scope().setVar("v", environment().getVar("list"));
+    is("a.v == list", "true");
 }
 
 TEST_F(NamespaceVariablesTest, ReferenceStoresAScriptFunction)
 {
     run("function give() return 42 end");
-    const ScriptObjectReference give = environment().getScriptFunction("give");
-
-    scope().setVar("v", give);
-
-    run("assert(a.v() == 42)");
+    scope().setVar("v", environment().getScriptFunction("give"));
+    is("a.v()", "42");
 }
 
 TEST_F(NamespaceVariablesTest, StoredValueOutlivesItsReference)
 {
     run("list = {42}");
-    {
-        const ScriptObjectReference list = environment().getVar("list");
-        scope().setVar("v", list);
-    }
-
+    scope().setVar("v", environment().getVar("list"));
     run("list = nil collectgarbage() assert(a.v[1] == 42)");
 }
 
@@ -245,23 +194,13 @@ TEST_F(NamespaceVariablesTest, ReferenceOfAnEarlierInterpreterStoresNil)
 {
     run("list = {}");
     const ScriptObjectReference list = environment().getVar("list");
-    environment().setEnvironmentFor(INTERPRETER_LUA);
+    restart();
     environment().setNamespace("a");
-    m_log.takeEntries();
-
+    forgetLog();
     expectStoredAsNil(list);
 }
 
 TEST_F(NamespaceVariablesTest, ReferenceOfAnotherEnvironmentStoresNil)
-{
-    Environment other;
-    other.setEnvironmentFor(INTERPRETER_LUA);
-    other.setVar("text", "foreign");
-
-    expectStoredAsNil(other.getVar("text"));
-}
-
-TEST_F(NamespaceVariablesTest, ReferenceOfADeadEnvironmentStoresNil)
 {
     ScriptObjectReference text;
     {
@@ -269,22 +208,19 @@ TEST_F(NamespaceVariablesTest, ReferenceOfADeadEnvironmentStoresNil)
         other.setEnvironmentFor(INTERPRETER_LUA);
         other.setVar("text", "foreign");
         text = other.getVar("text");
+        expectStoredAsNil(text);
     }
-
-    expectStoredAsNil(text);
+    expectStoredAsNil(text); // and none that was destroyed
 }
 
 TEST_F(NamespaceVariablesTest, ObjectIsAnInstanceOfItsType)
 {
-    UserType* const type = scope().setUserType("T");
-    type->setMethod("give", false)
-        ->setFunction(
-            [](const Parameters& parameters)
-            { return FunctionParameter(*static_cast<int*>(parameters[0].getUserTypeObject())); });
-    int object = 42;
-
-    scope().setVar("v", "a::T", &object);
-
+    scope()
+        .setUserType("T")
+        ->setMethod("give", false)
+        ->setFunction([](const Parameters& parameters)
+                      { return *static_cast<int*>(parameters[0].getUserTypeObject()); });
+    scope().setVar("v", "a::T", &m_object);
     run("assert(a.v:give() == 42 and getmetatable(a.v) == a.T)");
 }
 
@@ -292,9 +228,7 @@ TEST_F(NamespaceVariablesTest, ObjectStaysTheHosts)
 {
     makeCounted(scope().setUserType("T"));
     CountedObject object;
-
     scope().setVar("v", "a::T", &object);
-
     run("a.v = nil collectgarbage()");
     EXPECT_EQ(CountedObject::getLiving(), 1);
 }
@@ -302,10 +236,7 @@ TEST_F(NamespaceVariablesTest, ObjectStaysTheHosts)
 TEST_F(NamespaceVariablesTest, ScriptMayTakeAnObjectOver)
 {
     makeCounted(scope().setUserType("T"));
-    auto* const object = new CountedObject;
-
-    scope().setVar("v", "a::T", object);
-
+    scope().setVar("v", "a::T", new CountedObject);
     run("a.v:enableGc() a.v = nil collectgarbage()");
     EXPECT_EQ(CountedObject::getLiving(), 0);
 }
@@ -313,89 +244,41 @@ TEST_F(NamespaceVariablesTest, ScriptMayTakeAnObjectOver)
 TEST_F(NamespaceVariablesTest, NullObjectRemovesAField)
 {
     scope().setUserType("T");
-    int object = 0;
-    scope().setVar("v", "a::T", &object);
-
+    scope().setVar("v", "a::T", &m_object);
     scope().setVar("v", "a::T", nullptr);
-
     run("assert(next(a) == 'T' and next(a, 'T') == nil)");
-}
-
-TEST_F(NamespaceVariablesTest, ZeroTerminatedTextAndViewAreTheSame)
-{
-    scope().setVar("first", "text");
-
-    scope().setVar("second", tbMemory::StringView("text"));
-
-    run("assert(a.first == a.second)");
 }
 
 TEST_F(NamespaceVariablesTest, ReplacedFunctionStaysDeclared)
 {
     Function* const function = scope().setFunction("f");
-
     scope().setVar("f", 5);
-
     EXPECT_EQ(scope().setFunction("f"), function);
-    run("assert(a.f == 5)");
-    EXPECT_EQ(m_log.takeEntries().size(), 1U);
+    is("a.f", "5");
+    expectLogCount(1);
 }
 
 TEST_F(NamespaceVariablesTest, ReplacedNamespaceCanStillBeFilled)
 {
     Namespace* const inner = scope().setNamespace("b");
     run("kept = a.b");
-
     scope().setVar("b", 5);
-
     inner->setVar("v", 42);
     run("assert(a.b == 5 and kept.v == 42)");
 }
 
-namespace
-{
-
-/// A name that is not that of a user type.
-struct TypeNameRow
-{
-    const char* row;
-    const char* typeName;
-};
-
-std::ostream& operator<<(std::ostream& stream, const TypeNameRow& row)
-{
-    return stream << row.row;
-}
-
-} // namespace
-
-class NamespaceUntypedObjectTest : public NamespaceFixture,
-                                   public ::testing::WithParamInterface<TypeNameRow>
-{
-};
-
-INSTANTIATE_TEST_SUITE_P(
-    Names,
-    NamespaceUntypedObjectTest,
-    ::testing::Values(
-        TypeNameRow{"Null", nullptr},
-        TypeNameRow{"Empty", ""},
-        TypeNameRow{"Unknown", "Unknown"},
-        TypeNameRow{"ShortNameOfAType", "T"},
-        TypeNameRow{"Namespace", "a"},
-        TypeNameRow{"TableOfTheInterpreter", "_LOADED"},
-        TypeNameRow{"TypeOfALibrary", "FILE*"}),
-    RowName());
-
-TEST_P(NamespaceUntypedObjectTest, HasNoMetatable)
+// Names that are not those of a user type.
+TEST_F(NamespaceVariablesTest, ObjectOfNoTypeHasNoMetatable)
 {
     scope().setUserType("T");
-    int object = 0;
-
-    scope().setVar("v", tbMemory::StringView(GetParam().typeName), &object);
-
-    run("assert(type(a.v) == 'userdata' and debug.getmetatable(a.v) == nil)");
-    EXPECT_THAT(m_log.takeEntries(), IsEmpty());
+    for (const char* const typeName :
+         {static_cast<const char*>(nullptr), "", "Unknown", "T", "a", "_LOADED", "FILE*"})
+    {
+        SCOPED_TRACE(typeName ? typeName : "null");
+        scope().setVar("v", tbMemory::StringView(typeName), &m_object);
+        run("assert(type(a.v) == 'userdata' and debug.getmetatable(a.v) == nil) a.v = nil");
+        expectLogged({});
+    }
 }
 
 } // namespace tbScripts::test

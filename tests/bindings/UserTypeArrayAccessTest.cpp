@@ -1,7 +1,5 @@
 #include "support/RowName.h"
-#include "support/UserTypeFixture.h"
-
-#include <ostream>
+#include "support/UserTypeSteps.h"
 
 namespace tbScripts::test
 {
@@ -18,41 +16,29 @@ struct Index
     int index;
 };
 
-std::ostream& operator<<(std::ostream& stream, const Index& row)
-{
-    return stream << row.row;
-}
-
 struct WrittenElement
 {
     const char* row;
     FUNCTION_PARAMETER_TYPE type;
-    const char* expected;
     const char* expression;
-    const char* actual;
+    const char* message; // behind the line
 };
 
-std::ostream& operator<<(std::ostream& stream, const WrittenElement& row)
-{
-    return stream << row.row;
-}
+const char* const NOT_DECLARED =
+    "Array access of user type 'Vec' is not declared with an instance and an index.";
 
 } // namespace
 
 class UserTypeArrayAccessTest : public UserTypeFixture
 {
-protected:
-    UserTypeArrayAccessTest() { setHostObject("v", m_hostObject); }
-
-    /// Has `Vec` indexed; indices and values go to `m_indices` and `m_values`.
+public:
+    /// Has `Vec` indexed; indices and values go to `m_indices` and `m_values`. Reading gives the
+    /// index.
     void declareRecordingAccess()
     {
         UserTypeArrayDescriptor access;
         access.read = [this](const Parameters& parameters)
-        {
-            m_indices.push_back(parameters[1].getInt());
-            return FunctionParameter(parameters[1].getInt());
-        };
+        { return m_indices.emplace_back(parameters[1].getInt()); };
         access.write = [this](const Parameters& parameters)
         {
             m_indices.push_back(parameters[1].getInt());
@@ -62,46 +48,41 @@ protected:
         vec().setArrayAccess(access);
     }
 
-    void declareReading(decltype(UserTypeArrayDescriptor::read) read)
-    {
-        UserTypeArrayDescriptor access;
-        access.read = std::move(read);
-        vec().setArrayAccess(access);
-    }
-
-    void declareWriting(FUNCTION_PARAMETER_TYPE type, Setter write)
-    {
-        UserTypeArrayDescriptor access;
-        access.write = std::move(write);
-        access.type = type;
-        access.userTypeName = "Vec";
-        vec().setArrayAccess(access);
-    }
-
     std::vector<int> m_indices;
     std::vector<int> m_values;
+
+protected:
+    UserTypeArrayAccessTest() { setHostObject("v", m_hostObject); }
+
+    // Returns what can be called for elements: it notes the kinds of parameters and the object.
+    auto noting()
+    {
+        return [this](const Parameters& parameters)
+        {
+            for (const FunctionParameter& parameter : parameters)
+                m_types.push_back(parameter.getType());
+            m_object = parameters[0].getUserTypeObject();
+            return FunctionParameter(parameters[0].getUserTypeName());
+        };
+    }
+
+    std::vector<FUNCTION_PARAMETER_TYPE> m_types;
+    void* m_object = nullptr;
 };
 
-class UserTypeIndexTest : public UserTypeArrayAccessTest,
-                          public ::testing::WithParamInterface<Index>
-{
-};
+using UserTypeIndexTest = OnRows<UserTypeArrayAccessTest, Index>;
 
 TEST_P(UserTypeIndexTest, IsRead)
 {
     declareRecordingAccess();
-
     run(std::string("local element = v[") + GetParam().expression + "]");
-
     EXPECT_THAT(m_indices, ElementsAre(GetParam().index));
 }
 
 TEST_P(UserTypeIndexTest, IsWritten)
 {
     declareRecordingAccess();
-
     run(std::string("v[") + GetParam().expression + "] = 9");
-
     EXPECT_THAT(m_indices, ElementsAre(GetParam().index));
     EXPECT_THAT(m_values, ElementsAre(9));
 }
@@ -128,322 +109,199 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST_F(UserTypeArrayAccessTest, ReadingGetsInstanceAndIndex)
 {
-    std::vector<FUNCTION_PARAMETER_TYPE> types;
-    void* object = nullptr;
-    declareReading(
-        [&](const Parameters& parameters)
-        {
-            for (const FunctionParameter& parameter : parameters)
-                types.push_back(parameter.getType());
-            object = parameters[0].getUserTypeObject();
-            return FunctionParameter(parameters[0].getUserTypeName());
-        });
-
-    EXPECT_EQ(evaluate("v[1]"), "Vec");
-    EXPECT_EQ(object, &m_hostObject);
-    EXPECT_THAT(types, ElementsAre(PARAM_TYPE_USER_TYPE, PARAM_TYPE_INT));
+    setReading(vec(), noting());
+    is("v[1]", "Vec");
+    EXPECT_EQ(m_object, &m_hostObject);
+    EXPECT_THAT(m_types, ElementsAre(PARAM_TYPE_USER_TYPE, PARAM_TYPE_INT));
 }
 
 TEST_F(UserTypeArrayAccessTest, WritingGetsInstanceIndexAndValue)
 {
-    std::vector<FUNCTION_PARAMETER_TYPE> types;
-    void* object = nullptr;
-    declareWriting(
-        PARAM_TYPE_STRING,
-        [&](const Parameters& parameters)
-        {
-            for (const FunctionParameter& parameter : parameters)
-                types.push_back(parameter.getType());
-            object = parameters[0].getUserTypeObject();
-        });
-
+    setWriting(vec(), PARAM_TYPE_STRING, noting());
     run("v[1] = 'a'");
-
-    EXPECT_EQ(object, &m_hostObject);
-    EXPECT_THAT(types, ElementsAre(PARAM_TYPE_USER_TYPE_OWNED, PARAM_TYPE_INT, PARAM_TYPE_STRING));
-}
-
-TEST_F(UserTypeArrayAccessTest, UnboundElementReadsAsNil)
-{
-    EXPECT_EQ(evaluate("v[1]"), "nil");
-    EXPECT_EQ(evaluate("select('#', Vec.__index(v, 1))"), "0");
-}
-
-TEST_F(UserTypeArrayAccessTest, UnboundElementCanBeWrittenWithoutEffect)
-{
-    run("v[1] = 7");
-
-    EXPECT_EQ(evaluate("v[1]"), "nil");
-    EXPECT_EQ(evaluate("rawget(Vec, 1)"), "nil");
-}
-
-TEST_F(UserTypeArrayAccessTest, ReadingAloneLeavesWritingWithoutEffect)
-{
-    declareReading([](const Parameters&) { return FunctionParameter(7); });
-
-    run("v[1] = 8");
-
-    EXPECT_EQ(evaluate("v[1]"), "7");
+    EXPECT_EQ(m_object, &m_hostObject);
+    EXPECT_THAT(
+        m_types, ElementsAre(PARAM_TYPE_USER_TYPE_OWNED, PARAM_TYPE_INT, PARAM_TYPE_STRING));
 }
 
 TEST_F(UserTypeArrayAccessTest, WritingAloneLeavesElementsNil)
 {
     int calls = 0;
-    declareWriting(PARAM_TYPE_INT, [&calls](const Parameters&) { ++calls; });
-
+    setWriting(vec(), PARAM_TYPE_INT, [&calls](auto&) { ++calls; });
     run("v[1] = 8");
-
     EXPECT_EQ(calls, 1);
-    EXPECT_EQ(evaluate("v[1]"), "nil");
-}
-
-TEST_F(UserTypeArrayAccessTest, NumberKeysOfTheTypeItselfAreNotReached)
-{
-    declareRecordingAccess();
-
-    run("Vec[1] = 'mine'");
-
-    EXPECT_EQ(evaluate("v[1]"), "1");
-    EXPECT_EQ(evaluate("Vec[1]"), "mine");
+    is("v[1]", "nil");
 }
 
 TEST_F(UserTypeArrayAccessTest, ReadingIsAMethod)
 {
     declareRecordingAccess();
-
     ASSERT_NE(vec().getMethod("__arrayRead"), nullptr);
     EXPECT_EQ(vec().getMethod("__arrayRead")->getName(), "__arrayRead");
-    EXPECT_EQ(evaluate("Vec.__arrayRead(v, 5)"), "5");
+    is("Vec.__arrayRead(v, 5)", "5");
 }
 
 TEST_F(UserTypeArrayAccessTest, WritingIsNoMethod)
 {
     declareRecordingAccess();
-
     EXPECT_EQ(vec().getMethod("__arrayWrite"), nullptr);
 }
 
 TEST_F(UserTypeArrayAccessTest, ReadingSetAgainWarnsAndReplaces)
 {
-    declareReading([](const Parameters&) { return FunctionParameter(1); });
-
-    declareReading([](const Parameters& parameters)
-                   { return FunctionParameter(static_cast<int>(parameters.size())); });
-
-    EXPECT_EQ(evaluate("v[1]"), "2");
-    EXPECT_THAT(
-        m_log.takeEntries(),
-        ElementsAre(LogEntry{
-            "Setting method '__arrayRead' on user type 'Vec', but this method is already "
-            "registered. State will be changed, but this might hold unexpected results",
-            "LuaUserType"}));
+    setReading(vec(), returning(1));
+    setReading(
+        vec(), [](const Parameters& parameters) { return static_cast<int>(parameters.size()); });
+    is("v[1]", "2");
+    expectLogged(
+        "Setting method '__arrayRead' on user type 'Vec', but this method is already "
+        "registered. State will be changed, but this might hold unexpected results",
+        "LuaUserType");
 }
 
 TEST_F(UserTypeArrayAccessTest, WritingSetAgainHasSixParametersOfWhichThreeAreFilled)
 {
-    declareWriting(PARAM_TYPE_INT, [](const Parameters&) {});
-    std::vector<int> ints;
-    declareWriting(
-        PARAM_TYPE_INT,
-        [&ints](const Parameters& parameters)
-        {
-            for (const FunctionParameter& parameter : parameters)
-                ints.push_back(parameter.getInt());
-        });
-
+    setWriting(vec(), PARAM_TYPE_INT, [](auto&) {});
+    std::string values;
+    setWriting(vec(), PARAM_TYPE_INT, [&](auto& parameters) { values = valuesOf(parameters); });
     run("v[4] = 8");
-
-    EXPECT_THAT(ints, ElementsAre(0, 4, 8, 0, 0, 0));
+    EXPECT_EQ(values, "an object of Vec, 4, 8, no object of Vec, 0, 0");
 }
 
-class UserTypeElementMismatchTest : public UserTypeArrayAccessTest,
-                                    public ::testing::WithParamInterface<WrittenElement>
-{
-};
+using UserTypeElementMismatchTest = OnRows<UserTypeArrayAccessTest, WrittenElement>;
 
 TEST_P(UserTypeElementMismatchTest, IsAScriptErrorThatIsNotLogged)
 {
-    declareWriting(
-        GetParam().type, [](const Parameters&) { ADD_FAILURE() << "the callable was called"; });
-
-    const std::string message = errorOf(std::string("v[1] = ") + GetParam().expression);
-
-    EXPECT_EQ(
-        message,
-        std::string("Error l.1 while calling Vec. Expected ") + GetParam().expected + ", got " +
-            GetParam().actual + ".");
+    setWriting(vec(), GetParam().type, uncallable(), "Vec");
+    raises(
+        std::string("v[1] = ") + GetParam().expression,
+        std::string("Error l.1 while calling Vec. ") + GetParam().message);
 }
 
 INSTANTIATE_TEST_SUITE_P(
     Kinds,
     UserTypeElementMismatchTest,
     ::testing::Values(
-        WrittenElement{"Int", PARAM_TYPE_INT, "int", "'a'", "string"},
-        WrittenElement{"Float", PARAM_TYPE_FLOAT, "float", "nil", "nil"},
-        WrittenElement{"Double", PARAM_TYPE_DOUBLE, "double", "{}", "table"},
-        WrittenElement{"Text", PARAM_TYPE_STRING, "string", "true", "boolean"},
-        WrittenElement{"Owned", PARAM_TYPE_USER_TYPE_OWNED, "Vec", "1", "number"},
-        WrittenElement{"Kept", PARAM_TYPE_USER_TYPE, "Vec", "io.stdout", "userdata"},
-        WrittenElement{"Function", PARAM_TYPE_SCRIPT_FUNCTION, "lua function", "{}", "table"},
-        WrittenElement{"Table", PARAM_TYPE_SCRIPT_OBJECT, "lua object", "print", "function"}),
+        WrittenElement{"Int", PARAM_TYPE_INT, "'a'", "Expected int, got string."},
+        WrittenElement{"Float", PARAM_TYPE_FLOAT, "nil", "Expected float, got nil."},
+        WrittenElement{"Double", PARAM_TYPE_DOUBLE, "{}", "Expected double, got table."},
+        WrittenElement{"Text", PARAM_TYPE_STRING, "true", "Expected string, got boolean."},
+        WrittenElement{"Owned", PARAM_TYPE_USER_TYPE_OWNED, "1", "Expected Vec, got number."},
+        WrittenElement{"Kept", PARAM_TYPE_USER_TYPE, "io.stdout", "Expected Vec, got userdata."},
+        WrittenElement{
+            "Function", PARAM_TYPE_SCRIPT_FUNCTION, "{}", "Expected lua function, got table."},
+        WrittenElement{
+            "Table", PARAM_TYPE_SCRIPT_OBJECT, "print", "Expected lua object, got function."}),
     RowName());
 
-TEST_F(UserTypeArrayAccessTest, MismatchNamesTheFullTypeAndTheLine)
+namespace
 {
-    UserType& type = declareType("math::Vec");
-    UserTypeArrayDescriptor access;
-    access.write = [](const Parameters&) {};
-    access.type = PARAM_TYPE_INT;
-    type.setArrayAccess(access);
 
-    const std::string message = runExpectingError("local v = math.Vec.new()\n\nv[1] = 'a'");
-
-    EXPECT_EQ(
-        message,
-        "Error while executing script 'test' : Error l.3 while calling math::Vec. Expected int, "
-        "got string.");
+auto recordingAccess()
+{
+    return [](UserTypeArrayAccessTest& test) { test.declareRecordingAccess(); };
 }
 
-TEST_F(UserTypeArrayAccessTest, MissingValueIsAMismatch)
+TypeStep reading(const decltype(UserTypeArrayDescriptor::read)& read)
 {
-    declareRecordingAccess();
-
-    EXPECT_EQ(
-        errorOf("Vec.__newindex(v, 1) local x"),
-        "Error l.1 while calling Vec. Expected int, got nil.");
+    return [=](UserTypeFixture& test) { setReading(test.vec(), read); };
 }
 
-TEST_F(UserTypeArrayAccessTest, VoidCannotBeWritten)
+TypeStep writing(FUNCTION_PARAMETER_TYPE type, const Setter& write)
 {
-    declareWriting(PARAM_TYPE_VOID, [](const Parameters&) {});
-
-    EXPECT_EQ(
-        errorOf("v[1] = 1"),
-        "Error while requesting parameter for function 'Vec', parameter type not handled.");
+    return [=](UserTypeFixture& test) { setWriting(test.vec(), type, write); };
 }
 
-TEST_F(UserTypeArrayAccessTest, VoidOfReadingIsNoResult)
+// Declares a method called as reading is, with a parameter for the instance of kind `self` (none
+// for VOID) and further ones of these kinds.
+TypeStep readingByHand(FUNCTION_PARAMETER_TYPE self, std::vector<FUNCTION_PARAMETER_TYPE> types)
 {
-    declareReading([](const Parameters&) { return FunctionParameter::VOID; });
-
-    EXPECT_EQ(evaluate("select('#', Vec.__index(v, 1))"), "0");
+    return [=](UserTypeFixture& test)
+    {
+        Function* const read =
+            self == PARAM_TYPE_VOID
+                ? test.vec().setStaticMethod("__arrayRead")
+                : test.vec().setMethod("__arrayRead", self == PARAM_TYPE_USER_TYPE_OWNED);
+        for (const FUNCTION_PARAMETER_TYPE type : types)
+            read->addParameter(type);
+        read->setFunction([](const Parameters& parameters)
+                          { return parameters[1].getInt() + static_cast<int>(parameters.size()); });
+    };
 }
 
-TEST_F(UserTypeArrayAccessTest, ValueOfNoKindIsLoggedWithTheTypeName)
-{
-    declareReading(
-        [](const Parameters&)
-        { return FunctionParameter::ofType(static_cast<FUNCTION_PARAMETER_TYPE>(200)); });
+const Facts<UserTypeArrayAccessTest> FACTS(
+    "UserTypeArrayAccessTest",
+    {
+        {"UnboundElementReadsAsNil",
+         {is("v[1]", "nil"), is("select('#', Vec.__index(v, 1))", "0")}},
+        {"UnboundElementCanBeWrittenWithoutEffect",
+         {run("v[1] = 7"), is("v[1]", "nil"), is("rawget(Vec, 1)", "nil")}},
+        {"ReadingAloneLeavesWritingWithoutEffect",
+         {reading(returning(7)), run("v[1] = 8"), is("v[1]", "7")}},
+        {"NumberKeysOfTheTypeItselfAreNotReached",
+         {recordingAccess(), run("Vec[1] = 'mine'"), is("v[1]", "1"), is("Vec[1]", "mine")}},
+        {"MismatchNamesTheFullTypeAndTheLine",
+         {type("math::Vec"),
+          [](auto& test)
+          {
+              UserType& type = *test.environment().getUserType("math::Vec");
+              setWriting(type, PARAM_TYPE_INT, [](auto&) {});
+          },
+          stops(
+              "local v = math.Vec.new()\n\nv[1] = 'a'",
+              "Error l.3 while calling math::Vec. Expected int, got string.")}},
+        {"MissingValueIsAMismatch",
+         {recordingAccess(),
+          raises(
+              "Vec.__newindex(v, 1) local x",
+              "Error l.1 while calling Vec. Expected int, got nil.")}},
+        {"VoidCannotBeWritten",
+         {writing(PARAM_TYPE_VOID, [](auto&) {}),
+          raises(
+              "v[1] = 1",
+              "Error while requesting parameter for function 'Vec', parameter type not "
+              "handled.")}},
+        {"VoidOfReadingIsNoResult",
+         {reading(returning(FunctionParameter::VOID)), is("select('#', Vec.__index(v, 1))", "0")}},
+        {"ValueOfNoKindIsLoggedWithTheTypeName",
+         {reading(returning(FunctionParameter::ofType(static_cast<FUNCTION_PARAMETER_TYPE>(200)))),
+          is("v[1]", "nil"),
+          logs(
+              "Error while filling output for function 'Vec', parameter type not handled.",
+              "LuaFunction")}},
+        {"TextThatReadingThrowsIsAScriptErrorThatIsNotLogged",
+         {reading([](auto&) -> FunctionParameter { throw std::string("no such element"); }),
+          raises("local element = v[1]", "no such element")}},
+        {"TextThatWritingThrowsIsAScriptErrorThatIsNotLogged",
+         {writing(PARAM_TYPE_INT, [](auto&) { throw std::string("read only"); }),
+          raises("v[1] = 1", "read only")}},
+        {"ReadingWhoseParametersWereResetIsAScriptError",
+         {recordingAccess(),
+          [](auto& test) { test.vec().getMethod("__arrayRead")->reset(); },
+          raises("local element = v[1]", NOT_DECLARED),
+          [](auto& test) { EXPECT_THAT(test.m_indices, ElementsAre()); }}},
+        {"ReadingWithoutIndexParameterIsAScriptError",
+         {readingByHand(PARAM_TYPE_USER_TYPE, {}), raises("local element = v[1]", NOT_DECLARED)}},
+        {"ReadingWithAnIndexThatIsNoIntIsAScriptError",
+         {readingByHand(PARAM_TYPE_USER_TYPE, {PARAM_TYPE_DOUBLE}),
+          raises("local x = v[1]", NOT_DECLARED)}},
+        {"ReadingWithoutInstanceParameterIsAScriptError",
+         {readingByHand(PARAM_TYPE_VOID, {PARAM_TYPE_INT, PARAM_TYPE_INT}),
+          raises("local element = v[1]", NOT_DECLARED)}},
+        {"ReadingDeclaredAsAMethodByHandWorks", // the text stays empty
+         {readingByHand(PARAM_TYPE_USER_TYPE_OWNED, {PARAM_TYPE_INT, PARAM_TYPE_STRING}),
+          is("v[10]", "13")}},
+        {"WritingBehindAFieldOfItsNameIsAScriptError",
+         {[](auto& test)
+          { setSetter(test.vec(), "__arrayWrite", PARAM_TYPE_STRING, [](auto&) {}); },
+          writing(PARAM_TYPE_INT, uncallable()),
+          raises("v[1] = 1", NOT_DECLARED)}},
+        {"ReadingDoesNotNeedItsEntryInTheTable",
+         {recordingAccess(), run("Vec.__arrayRead = nil"), is("v[5]", "5")}},
+        {"InstancesMadeBeforeHaveIt",
+         {run("old = Vec.new() local nothing = old[1]"), recordingAccess(), is("old[5]", "5")}},
+    });
 
-    EXPECT_EQ(evaluate("v[1]"), "nil");
-    EXPECT_THAT(
-        m_log.takeEntries(),
-        ElementsAre(LogEntry{
-            "Error while filling output for function 'Vec', parameter type not handled.",
-            "LuaFunction"}));
-}
-
-TEST_F(UserTypeArrayAccessTest, TextThatReadingThrowsIsAScriptErrorThatIsNotLogged)
-{
-    declareReading(
-        [](const Parameters&) -> FunctionParameter { throw std::string("no such element"); });
-
-    EXPECT_EQ(errorOf("local element = v[1]"), "no such element");
-}
-
-TEST_F(UserTypeArrayAccessTest, TextThatWritingThrowsIsAScriptErrorThatIsNotLogged)
-{
-    declareWriting(PARAM_TYPE_INT, [](const Parameters&) { throw std::string("read only"); });
-
-    EXPECT_EQ(errorOf("v[1] = 1"), "read only");
-}
-
-TEST_F(UserTypeArrayAccessTest, ReadingWhoseParametersWereResetIsAScriptError)
-{
-    declareRecordingAccess();
-
-    vec().getMethod("__arrayRead")->reset();
-
-    EXPECT_EQ(
-        errorOf("local element = v[1]"),
-        "Array access of user type 'Vec' is not declared with an instance and an index.");
-    EXPECT_THAT(m_indices, ElementsAre());
-}
-
-TEST_F(UserTypeArrayAccessTest, ReadingWithoutIndexParameterIsAScriptError)
-{
-    vec().setMethod("__arrayRead", false)->setFunction([](const Parameters&) { return 1; });
-
-    EXPECT_EQ(
-        errorOf("local element = v[1]"),
-        "Array access of user type 'Vec' is not declared with an instance and an index.");
-}
-
-TEST_F(UserTypeArrayAccessTest, ReadingWithAnIndexThatIsNoIntIsAScriptError)
-{
-    Function* const read = vec().setMethod("__arrayRead", false);
-    read->addParameter(PARAM_TYPE_DOUBLE);
-    read->setFunction([](const Parameters&) { return 1; });
-
-    EXPECT_EQ(
-        errorOf("local element = v[1]"),
-        "Array access of user type 'Vec' is not declared with an instance and an index.");
-}
-
-TEST_F(UserTypeArrayAccessTest, ReadingWithoutInstanceParameterIsAScriptError)
-{
-    Function* const read = vec().setStaticMethod("__arrayRead");
-    read->addParameter(PARAM_TYPE_INT);
-    read->addParameter(PARAM_TYPE_INT);
-    read->setFunction([](const Parameters&) { return 1; });
-
-    EXPECT_EQ(
-        errorOf("local element = v[1]"),
-        "Array access of user type 'Vec' is not declared with an instance and an index.");
-}
-
-TEST_F(UserTypeArrayAccessTest, ReadingDeclaredAsAMethodByHandWorks)
-{
-    Function* const read = vec().setMethod("__arrayRead", true);
-    read->addParameter(PARAM_TYPE_INT);
-    read->addParameter(PARAM_TYPE_STRING); // stays empty
-    read->setFunction([](const Parameters& parameters)
-                      { return parameters[1].getInt() + static_cast<int>(parameters.size()); });
-
-    EXPECT_EQ(evaluate("v[10]"), "13");
-}
-
-TEST_F(UserTypeArrayAccessTest, WritingBehindAFieldOfItsNameIsAScriptError)
-{
-    UserTypeFieldDescriptor field;
-    field.setter = [](const Parameters&) {};
-    field.name = "__arrayWrite";
-    field.type = PARAM_TYPE_STRING;
-    vec().setField(field);
-
-    declareWriting(PARAM_TYPE_INT, [](const Parameters&) { ADD_FAILURE() << "it was called"; });
-
-    EXPECT_EQ(
-        errorOf("v[1] = 1"),
-        "Array access of user type 'Vec' is not declared with an instance and an index.");
-}
-
-TEST_F(UserTypeArrayAccessTest, ReadingDoesNotNeedItsEntryInTheTable)
-{
-    declareRecordingAccess();
-
-    run("Vec.__arrayRead = nil");
-
-    EXPECT_EQ(evaluate("v[5]"), "5");
-}
-
-TEST_F(UserTypeArrayAccessTest, InstancesMadeBeforeHaveIt)
-{
-    run("old = Vec.new() local nothing = old[1]");
-
-    declareRecordingAccess();
-
-    EXPECT_EQ(evaluate("old[5]"), "5");
-}
+} // namespace
 
 } // namespace tbScripts::test

@@ -1,7 +1,5 @@
 #include "support/RowName.h"
-#include "support/UserTypeFixture.h"
-
-#include <ostream>
+#include "support/UserTypeSteps.h"
 
 namespace tbScripts::test
 {
@@ -18,18 +16,18 @@ struct WrongSelf
     const char* actual; // as the message names it
 };
 
-std::ostream& operator<<(std::ostream& stream, const WrongSelf& row)
+struct Returned
 {
-    return stream << row.row;
-}
+    const char* row;
+    FunctionParameter value;
+    const char* shown;
+};
 
 } // namespace
 
 class UserTypeMethodsTest : public UserTypeFixture
 {
-protected:
-    UserTypeMethodsTest() { setHostObject("v", m_hostObject); }
-
+public:
     /// Declares the method `lengthen(by)`, which adds to `x` and returns it.
     void declareLengthen()
     {
@@ -37,58 +35,38 @@ protected:
             "lengthen",
             {PARAM_TYPE_DOUBLE},
             [](const Parameters& parameters)
-            {
-                vecOf(parameters[0]).x += parameters[1].getDouble();
-                return vecOf(parameters[0]).x;
-            });
+            { return vecOf(parameters[0]).x += parameters[1].getDouble(); });
     }
+
+    /// Declares the method `itself`.
+    void declareItself(bool isOwned)
+    {
+        vec()
+            .setMethod("itself", isOwned)
+            ->setFunction([](const Parameters& parameters) { return parameters[0]; });
+    }
+
+    std::vector<std::string> m_calls;
+
+protected:
+    UserTypeMethodsTest() { setHostObject("v", m_hostObject); }
 };
-
-TEST_F(UserTypeMethodsTest, MethodGetsTheInstanceFirst)
-{
-    declareLengthen();
-
-    EXPECT_EQ(evaluate("v:lengthen(3)"), "3");
-    EXPECT_EQ(m_hostObject.x, 3.0);
-}
-
-TEST_F(UserTypeMethodsTest, MethodIsAFieldOfTheTypeToo)
-{
-    declareLengthen();
-
-    EXPECT_EQ(evaluate("Vec.lengthen(v, 3)"), "3");
-}
 
 TEST_F(UserTypeMethodsTest, SelfCarriesTheFullNameOfItsType)
 {
-    UserType& type = declareType("math::Vec");
-    std::string name;
-    type.setMethod("test", false)
-        ->setFunction(
-            [&name](const Parameters& parameters)
-            {
-                name = std::string_view(parameters[0].getUserTypeName());
-                return FunctionParameter::VOID;
-            });
-
+    declareType("math::Vec").setMethod("test", false)->setFunction(recording(m_calls));
     run("math.Vec.new():test()");
-
-    EXPECT_EQ(name, "math::Vec");
+    EXPECT_THAT(m_calls, ElementsAre("an object of math::Vec"));
 }
 
 TEST_F(UserTypeMethodsTest, SelfIsOfTheKindThatWasAskedFor)
 {
     std::vector<FUNCTION_PARAMETER_TYPE> types;
-    const auto note = [&types](const Parameters& parameters)
-    {
-        types.push_back(parameters[0].getType());
-        return FunctionParameter::VOID;
-    };
+    const auto note =
+        doing([&types](auto& parameters) { types.push_back(parameters[0].getType()); });
     vec().setMethod("kept", false)->setFunction(note);
     vec().setMethod("owned", true)->setFunction(note);
-
     run("v:kept() v:owned()");
-
     EXPECT_THAT(types, ElementsAre(PARAM_TYPE_USER_TYPE, PARAM_TYPE_USER_TYPE_OWNED));
 }
 
@@ -97,32 +75,18 @@ TEST_F(UserTypeMethodsTest, OwnedSelfCanBeKeptAsAReference)
     ScriptObjectReference kept;
     vec()
         .setMethod("keep", true)
-        ->setFunction(
-            [&kept](const Parameters& parameters)
-            {
-                kept = ScriptObjectReference(parameters[0].getUserTypeView());
-                return FunctionParameter::VOID;
-            });
+        ->setFunction(doing([&kept](const Parameters& parameters)
+                            { kept = ScriptObjectReference(parameters[0].getUserTypeView()); }));
     run("owned = Vec.new() owned:keep()");
-
     environment().setVar("again", kept);
-
-    EXPECT_EQ(evaluate("rawequal(again, owned)"), "true");
+    is("rawequal(again, owned)", "true");
 }
 
 TEST_F(UserTypeMethodsTest, StaticMethodGetsNoInstance)
 {
-    std::size_t size = 99;
-    vec().setStaticMethod("origin")->setFunction(
-        [&size](const Parameters& parameters)
-        {
-            size = parameters.size();
-            return FunctionParameter::VOID;
-        });
-
+    vec().setStaticMethod("origin")->setFunction(recording(m_calls));
     run("Vec.origin()");
-
-    EXPECT_EQ(size, 0U);
+    EXPECT_THAT(m_calls, ElementsAre(""));
 }
 
 TEST_F(UserTypeMethodsTest, StaticMethodCanMakeInstances)
@@ -137,10 +101,9 @@ TEST_F(UserTypeMethodsTest, StaticMethodCanMakeInstances)
         });
     declareField("x", &Vec::x);
 
-    EXPECT_EQ(evaluate("Vec.at(3).x"), "3");
+    is("Vec.at(3).x", "3");
     collect();
-
-    EXPECT_THAT(m_destroyed, ElementsAre(&m_made[0]));
+    isDestroyed({0});
 }
 
 TEST_F(UserTypeMethodsTest, BothLookupsFindBothKinds)
@@ -173,145 +136,66 @@ TEST_F(UserTypeMethodsTest, MethodKnowsItsName)
 TEST_F(UserTypeMethodsTest, NullNameIsTheEmptyName)
 {
     Function* const method = vec().setStaticMethod(tbMemory::StringView());
-
     EXPECT_EQ(vec().getMethod(""), method);
-    EXPECT_EQ(evaluate("type(Vec[''])"), "function");
+    is("type(Vec[''])", "function");
 }
 
 TEST_F(UserTypeMethodsTest, NameEndsForScriptsAtItsFirstNul)
 {
     const tbMemory::StringView name("a\0b", 3);
     Function* const method = vec().setStaticMethod(name);
-
     EXPECT_EQ(vec().getMethod(name), method);
     EXPECT_EQ(vec().getMethod("a"), nullptr);
-    EXPECT_EQ(evaluate("type(Vec.a)"), "function");
+    is("type(Vec.a)", "function");
 }
 
 TEST_F(UserTypeMethodsTest, SetTwiceIsTheSameFunctionWithOneWarning)
 {
     Function* const first = vec().setMethod("length", false);
-
-    Function* const second = vec().setMethod("length", false);
-
-    EXPECT_EQ(second, first);
-    EXPECT_THAT(
-        m_log.takeEntries(),
-        ElementsAre(LogEntry{
-            "Setting method 'length' on user type 'Vec', but this method is already registered. "
-            "State will be changed, but this might hold unexpected results",
-            "LuaUserType"}));
+    EXPECT_EQ(vec().setMethod("length", false), first);
+    expectLogged(
+        "Setting method 'length' on user type 'Vec', but this method is already registered. State "
+        "will be changed, but this might hold unexpected results",
+        "LuaUserType");
 }
 
 TEST_F(UserTypeMethodsTest, WarningNamesTheShortTypeName)
 {
     UserType& type = declareType("math::Vec");
     type.setStaticMethod("origin");
-
     type.setStaticMethod("origin");
-
-    EXPECT_THAT(
-        m_log.takeEntries(),
-        ElementsAre(LogEntry{
-            "Setting method 'origin' on user type 'Vec', but this method is already registered. "
-            "State will be changed, but this might hold unexpected results",
-            "LuaUserType"}));
+    expectLogged(
+        "Setting method 'origin' on user type 'Vec', but this method is already registered. State "
+        "will be changed, but this might hold unexpected results",
+        "LuaUserType");
 }
 
 TEST_F(UserTypeMethodsTest, SetTwiceHasNoParametersOfTheFirst)
 {
     declareLengthen();
-    std::size_t size = 99;
-
-    vec()
-        .setStaticMethod("lengthen")
-        ->setFunction(
-            [&size](const Parameters& parameters)
-            {
-                size = parameters.size();
-                return FunctionParameter::VOID;
-            });
-    m_log.takeEntries(); // that it is registered already
+    vec().setStaticMethod("lengthen")->setFunction(recording(m_calls));
+    forgetLog(); // that it is registered already
     run("Vec.lengthen('no number')");
-
-    EXPECT_EQ(size, 0U);
-}
-
-TEST_F(UserTypeMethodsTest, SetTwiceIsUnbound)
-{
-    declareLengthen();
-    vec().setMethod("lengthen", false);
-    m_log.takeEntries(); // that it is registered already
-
-    run("v:lengthen()");
-
-    EXPECT_THAT(
-        m_log.takeEntries(),
-        ElementsAre(LogEntry{
-            "Function 'lengthen' called but no user function is bound. Call having no effect.",
-            "Function"}));
-}
-
-TEST_F(UserTypeMethodsTest, ClosuresThatScriptsKeptCallTheNewOne)
-{
-    declareLengthen();
-    run("kept = v.lengthen");
-
-    declareMethod("lengthen", {}, [](const Parameters&) { return "new"; });
-    m_log.takeEntries(); // that it is registered already
-
-    EXPECT_EQ(evaluate("kept(v)"), "new");
-}
-
-TEST_F(UserTypeMethodsTest, InstancesMadeBeforeHaveIt)
-{
-    run("old = Vec.new() local nothing = old.lengthen");
-
-    declareLengthen();
-
-    EXPECT_EQ(evaluate("old:lengthen(2)"), "2");
+    EXPECT_THAT(m_calls, ElementsAre(""));
 }
 
 TEST_F(UserTypeMethodsTest, NilIsANullObject)
 {
-    bool isNull = false;
-    declareMethod(
-        "test",
-        {},
-        [&isNull](const Parameters& parameters)
-        {
-            isNull = parameters[0].getUserTypeObject() == nullptr;
-            return FunctionParameter::VOID;
-        });
-
+    declareMethod("test", {}, recording(m_calls));
     run("Vec.test(nil)");
-
-    EXPECT_TRUE(isNull);
+    EXPECT_THAT(m_calls, ElementsAre("no object of Vec"));
 }
 
-class UserTypeWrongSelfTest : public UserTypeMethodsTest,
-                              public ::testing::WithParamInterface<WrongSelf>
-{
-};
+using UserTypeWrongSelfTest = OnRows<UserTypeMethodsTest, WrongSelf>;
 
 TEST_P(UserTypeWrongSelfTest, IsAMismatchThatIsLogged)
 {
     declareType("Enemy");
-    declareMethod(
-        "length",
-        {},
-        [](const Parameters&)
-        {
-            ADD_FAILURE() << "the callable was called";
-            return FunctionParameter::VOID;
-        });
+    declareMethod("length", {}, uncallable());
     const std::string expected =
         std::string("Error l.1 while calling length. Expected Vec, got ") + GetParam().actual + ".";
-
-    const std::string message = errorOf(std::string("local x = ") + GetParam().call);
-
-    EXPECT_EQ(message, expected);
-    EXPECT_THAT(m_log.takeEntries(), ElementsAre(LogEntry{expected, "LuaFunction"}));
+    raises(std::string("local x = ") + GetParam().call, expected);
+    expectLogged(expected, "LuaFunction");
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -327,71 +211,91 @@ INSTANTIATE_TEST_SUITE_P(
         WrongSelf{"Proxy", "Vec.length(newproxy(true))", "userdata"}),
     RowName());
 
-TEST_F(UserTypeMethodsTest, ReturnsValuesOfEachKind)
+using UserTypeReturnedValueTest = OnRows<UserTypeMethodsTest, Returned>;
+
+TEST_P(UserTypeReturnedValueTest, ArrivesInTheScript)
 {
-    struct Row
-    {
-        FunctionParameter value;
-        const char* shown;
-    };
-
-    const std::vector<Row> rows{
-        {FunctionParameter::VOID, "nil"},
-        {true, "true"},
-        {-7, "-7"},
-        {0.5F, "0.5"},
-        {0.25, "0.25"},
-        {"text", "text"},
-        {FunctionParameter(nullptr, "Vec", false), "nil"}};
-    FunctionParameter result;
-    declareMethod("get", {}, [&result](const Parameters&) { return result; });
-
-    for (const Row& row : rows)
-    {
-        result = row.value;
-        EXPECT_EQ(evaluate("v:get()"), row.shown);
-    }
+    declareMethod("get", {}, returning(GetParam().value));
+    is("v:get()", GetParam().shown);
 }
 
-TEST_F(UserTypeMethodsTest, ReturnedSelfThatTheScriptOwnsIsTheSameValue)
-{
-    vec()
-        .setMethod("itself", true)
-        ->setFunction([](const Parameters& parameters) { return parameters[0]; });
+INSTANTIATE_TEST_SUITE_P(
+    Kinds,
+    UserTypeReturnedValueTest,
+    ::testing::Values(
+        Returned{"Void", FunctionParameter::VOID, "nil"},
+        Returned{"Bool", true, "true"},
+        Returned{"Int", -7, "-7"},
+        Returned{"Float", 0.5F, "0.5"},
+        Returned{"Double", 0.25, "0.25"},
+        Returned{"Text", "text", "text"},
+        Returned{"NullObject", FunctionParameter(nullptr, "Vec", false), "nil"}),
+    RowName());
 
-    EXPECT_EQ(evaluate("(function(o) return rawequal(o, o:itself()) end)(Vec.new())"), "true");
-}
-
-TEST_F(UserTypeMethodsTest, ReturnedSelfChainedAHundredTimesIsTheSameValue)
+namespace
 {
-    vec()
-        .setMethod("itself", true)
-        ->setFunction([](const Parameters& parameters) { return parameters[0]; });
+
+std::string itselfAHundredTimes()
+{
     std::string chain = "owned";
     for (int i = 0; i < 100; ++i)
         chain += ":itself()";
-    run("owned = Vec.new()");
-
-    EXPECT_EQ(evaluate("rawequal(owned, " + chain + ")"), "true");
-    run("owned = nil");
-    collect();
-
-    EXPECT_THAT(m_destroyed, ElementsAre(&m_made[0]));
+    return chain;
 }
 
-TEST_F(UserTypeMethodsTest, ReturnedSelfThatTheHostKeepsIsAnotherBoxWithoutOwner)
+auto lengthen()
 {
-    vec()
-        .setMethod("itself", false)
-        ->setFunction([](const Parameters& parameters) { return parameters[0]; });
-    run("owned = Vec.new()  other = owned:itself()");
-
-    EXPECT_EQ(evaluate("rawequal(owned, other)"), "false");
-    EXPECT_EQ(environment().getObject("other", "Vec"), &m_made[0]);
-    run("owned, other = nil, nil");
-    collect();
-
-    EXPECT_THAT(m_destroyed, ElementsAre(&m_made[0]));
+    return [](UserTypeMethodsTest& test) { test.declareLengthen(); };
 }
+
+auto itself(bool isOwned)
+{
+    return [=](UserTypeMethodsTest& test) { test.declareItself(isOwned); };
+}
+
+const Facts<UserTypeMethodsTest> FACTS(
+    "UserTypeMethodsTest",
+    {
+        {"MethodGetsTheInstanceFirst",
+         {lengthen(), is("v:lengthen(3)", "3"), hasX(HOST_OBJECT, 3.0)}},
+        {"MethodIsAFieldOfTheTypeToo", {lengthen(), is("Vec.lengthen(v, 3)", "3")}},
+        {"SetTwiceIsUnbound",
+         {lengthen(),
+          [](auto& test) { test.vec().setMethod("lengthen", false); },
+          forgetLog(), // that it is registered already
+          run("v:lengthen()"),
+          logs(
+              "Function 'lengthen' called but no user function is bound. Call having no effect.",
+              "Function")}},
+        {"ClosuresThatScriptsKeptCallTheNewOne",
+         {lengthen(),
+          run("kept = v.lengthen"),
+          method("lengthen", "new"),
+          forgetLog(), // that it is registered already
+          is("kept(v)", "new")}},
+        {"InstancesMadeBeforeHaveIt",
+         {run("old = Vec.new() local nothing = old.lengthen"),
+          lengthen(),
+          is("old:lengthen(2)", "2")}},
+        {"ReturnedSelfThatTheScriptOwnsIsTheSameValue",
+         {itself(true), is("(function(o) return rawequal(o, o:itself()) end)(Vec.new())", "true")}},
+        {"ReturnedSelfChainedAHundredTimesIsTheSameValue",
+         {itself(true),
+          run("owned = Vec.new()"),
+          is("rawequal(owned, " + itselfAHundredTimes() + ")", "true"),
+          run("owned = nil"),
+          collect(),
+          isDestroyed({0})}},
+        {"ReturnedSelfThatTheHostKeepsIsAnotherBoxWithoutOwner",
+         {itself(false),
+          run("owned = Vec.new()  other = owned:itself()"),
+          is("rawequal(owned, other)", "false"),
+          isObject("other", 0),
+          run("owned, other = nil, nil"),
+          collect(),
+          isDestroyed({0})}},
+    });
+
+} // namespace
 
 } // namespace tbScripts::test

@@ -1,7 +1,6 @@
 #include "support/RowName.h"
-#include "support/UserTypeFixture.h"
+#include "support/UserTypeSteps.h"
 
-#include <ostream>
 #include <tuple>
 
 namespace tbScripts::test
@@ -24,11 +23,6 @@ struct Operator
     const char* shown; // the result, as a script sees it
 };
 
-std::ostream& operator<<(std::ostream& stream, const Operator& row)
-{
-    return stream << row.row;
-}
-
 struct WrongOperand
 {
     const char* row;
@@ -36,11 +30,6 @@ struct WrongOperand
     const char* right;
     const char* actual;
 };
-
-std::ostream& operator<<(std::ostream& stream, const WrongOperand& row)
-{
-    return stream << row.row;
-}
 
 const Operator TOSTRING{
     "ToString", BUILT_IN_FUNCTION::TOSTRING, "__tostring", "tostring(a)", false, "text", "text"};
@@ -88,13 +77,7 @@ TEST(BuiltInFunctionTest, NumbersAreFixed)
 
 class UserTypeOperatorsTest : public UserTypeFixture
 {
-protected:
-    UserTypeOperatorsTest()
-    {
-        setHostObject("a", m_hostObject);
-        setHostObject("b", m_other);
-    }
-
+public:
     /// Declares an operator that records its operands.
     Function* declareOperator(BUILT_IN_FUNCTION number, const FunctionParameter& result)
     {
@@ -116,12 +99,16 @@ protected:
     Vec m_other;
     std::vector<void*> m_operands;
     std::vector<FUNCTION_PARAMETER_TYPE> m_types;
+
+protected:
+    UserTypeOperatorsTest()
+    {
+        setHostObject("a", m_hostObject);
+        setHostObject("b", m_other);
+    }
 };
 
-class UserTypeOperatorTest : public UserTypeOperatorsTest,
-                             public ::testing::WithParamInterface<Operator>
-{
-};
+using UserTypeOperatorTest = OnRows<UserTypeOperatorsTest, Operator>;
 
 TEST_P(UserTypeOperatorTest, IsAMethodOfItsName)
 {
@@ -130,60 +117,49 @@ TEST_P(UserTypeOperatorTest, IsAMethodOfItsName)
     ASSERT_NE(function, nullptr);
     EXPECT_EQ(function->getName(), GetParam().name);
     EXPECT_EQ(vec().getMethod(GetParam().name), function);
-    EXPECT_EQ(evaluate(std::string("type(rawget(Vec, '") + GetParam().name + "'))"), "function");
+    is(std::string("type(rawget(Vec, '") + GetParam().name + "'))", "function");
 }
 
 TEST_P(UserTypeOperatorTest, GetsItsOperandsAndGivesItsResult)
 {
+    std::vector<void*> operands{&m_hostObject, &m_other};
+    std::vector<FUNCTION_PARAMETER_TYPE> types{PARAM_TYPE_USER_TYPE, PARAM_TYPE_USER_TYPE_OWNED};
+    operands.resize(GetParam().isBinary ? 2 : 1);
+    types.resize(operands.size());
+
     declareOperator(GetParam().number, GetParam().result);
 
-    EXPECT_EQ(evaluate(GetParam().expression), GetParam().shown);
-    if (GetParam().isBinary)
-    {
-        EXPECT_THAT(m_operands, ElementsAre(&m_hostObject, &m_other));
-        EXPECT_THAT(m_types, ElementsAre(PARAM_TYPE_USER_TYPE, PARAM_TYPE_USER_TYPE_OWNED));
-    }
-    else
-    {
-        EXPECT_THAT(m_operands, ElementsAre(&m_hostObject));
-        EXPECT_THAT(m_types, ElementsAre(PARAM_TYPE_USER_TYPE));
-    }
+    is(GetParam().expression, GetParam().shown);
+    EXPECT_EQ(m_operands, operands);
+    EXPECT_EQ(m_types, types);
 }
 
 TEST_P(UserTypeOperatorTest, SetTwiceWarnsAndHasTheSameParameters)
 {
     Function* const first = declareOperator(GetParam().number, 1);
-
     Function* const second = declareOperator(GetParam().number, GetParam().result);
 
     EXPECT_EQ(second, first);
-    EXPECT_THAT(
-        m_log.takeEntries(),
-        ElementsAre(LogEntry{
-            std::string("Setting method '") + GetParam().name +
-                "' on user type 'Vec', but this method is already registered. State will be "
-                "changed, but this might hold unexpected results",
-            "LuaUserType"}));
-    EXPECT_EQ(evaluate(GetParam().expression), GetParam().shown);
+    expectLogged(
+        std::string("Setting method '") + GetParam().name +
+            "' on user type 'Vec', but this method is already registered. State will be changed, "
+            "but this might hold unexpected results",
+        "LuaUserType");
+    is(GetParam().expression, GetParam().shown);
 }
 
 TEST_P(UserTypeOperatorTest, IsGoneAfterAClear)
 {
     declareOperator(GetParam().number, GetParam().result);
-
     vec().clear();
-
     EXPECT_EQ(vec().getMethod(GetParam().name), nullptr);
-    EXPECT_EQ(evaluate(std::string("rawget(Vec, '") + GetParam().name + "')"), "nil");
+    is(std::string("rawget(Vec, '") + GetParam().name + "')", "nil");
 }
 
 INSTANTIATE_TEST_SUITE_P(All, UserTypeOperatorTest, ALL_OPERATORS, RowName());
 
-class UserTypeOperatorMismatchTest
-    : public UserTypeOperatorsTest,
-      public ::testing::WithParamInterface<std::tuple<Operator, WrongOperand>>
-{
-};
+using UserTypeOperatorMismatchTest =
+    OnRows<UserTypeOperatorsTest, std::tuple<Operator, WrongOperand>>;
 
 TEST_P(UserTypeOperatorMismatchTest, IsLoggedAndNamesTheOperator)
 {
@@ -193,13 +169,12 @@ TEST_P(UserTypeOperatorMismatchTest, IsLoggedAndNamesTheOperator)
     declareOperator(op.number, op.result);
     const std::string expected = std::string("Error l.1 while calling ") + op.name +
                                  ". Expected Vec, got " + operand.actual + ".";
-    const std::string expression =
-        replaced(replaced(op.expression, "a", operand.left), "b", operand.right);
 
-    const std::string message = errorOf("local value = " + expression);
+    raises(
+        "local value = " + replaced(replaced(op.expression, "a", operand.left), "b", operand.right),
+        expected);
 
-    EXPECT_EQ(message, expected);
-    EXPECT_THAT(m_log.takeEntries(), ElementsAre(LogEntry{expected, "LuaFunction"}));
+    expectLogged(expected, "LuaFunction");
     EXPECT_THAT(m_operands, IsEmpty());
 }
 
@@ -218,60 +193,19 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& row)
     { return std::string(std::get<0>(row.param).row) + std::get<1>(row.param).row; });
 
-class UserTypeOperatorNilTest : public UserTypeOperatorsTest,
-                                public ::testing::WithParamInterface<Operator>
-{
-};
+using UserTypeOperatorNilTest = OnRows<UserTypeOperatorsTest, Operator>;
 
-TEST_P(UserTypeOperatorNilTest, IsANullObjectOnTheRight)
+TEST_P(UserTypeOperatorNilTest, IsANullObjectOnEitherSide)
 {
     declareOperator(GetParam().number, GetParam().result);
-
     run("local value = " + replaced(GetParam().expression, "b", "nil"));
-
     EXPECT_THAT(m_operands, ElementsAre(&m_hostObject, nullptr));
-}
-
-TEST_P(UserTypeOperatorNilTest, IsANullObjectOnTheLeft)
-{
-    declareOperator(GetParam().number, GetParam().result);
-
+    m_operands.clear();
     run("local value = " + replaced(GetParam().expression, "a", "nil"));
-
     EXPECT_THAT(m_operands, ElementsAre(nullptr, &m_other));
 }
 
 INSTANTIATE_TEST_SUITE_P(Mixed, UserTypeOperatorNilTest, MIXED_OPERATORS, RowName());
-
-TEST_F(UserTypeOperatorsTest, ComparisonWithNumbersIsLeftToTheInterpreter)
-{
-    declareOperator(BUILT_IN_FUNCTION::LT, true);
-    declareOperator(BUILT_IN_FUNCTION::EQ, true);
-
-    EXPECT_EQ(
-        errorOf("return a < 1"),
-        "[string \"isDone, message = pcall(function() return a <...\"]:1: attempt to compare "
-        "userdata with number");
-    EXPECT_EQ(evaluate("a == 1"), "false");
-    EXPECT_EQ(evaluate("a ~= b"), "false");
-    EXPECT_EQ(evaluate("a == nil"), "false");
-}
-
-TEST_F(UserTypeOperatorsTest, ComparisonOfAValueWithItselfAsksNobody)
-{
-    declareOperator(BUILT_IN_FUNCTION::EQ, false);
-
-    EXPECT_EQ(evaluate("a == a"), "true");
-    EXPECT_THAT(m_operands, IsEmpty());
-}
-
-TEST_F(UserTypeOperatorsTest, GreaterIsLessWithTheOperandsExchanged)
-{
-    declareOperator(BUILT_IN_FUNCTION::LT, true);
-
-    EXPECT_EQ(evaluate("a > b"), "true");
-    EXPECT_THAT(m_operands, ElementsAre(&m_other, &m_hostObject));
-}
 
 TEST_F(UserTypeOperatorsTest, SumIsAnObjectThatTheScriptOwns)
 {
@@ -282,13 +216,12 @@ TEST_F(UserTypeOperatorsTest, SumIsAnObjectThatTheScriptOwns)
             [this](const Parameters& parameters)
             {
                 const Vec sum{vecOf(parameters[0]).x + vecOf(parameters[1]).x, 0.0};
-                m_made.push_back(sum);
-                return FunctionParameter(&m_made.back(), "Vec", true);
+                return FunctionParameter(&m_made.emplace_back(sum), "Vec", true);
             });
 
     run("a.x = 3  b.x = 4  sum = a + b + b");
 
-    EXPECT_EQ(evaluate("sum.x"), "11");
+    is("sum.x", "11");
     run("sum = nil");
     collect();
     EXPECT_THAT(m_destroyed, ::testing::UnorderedElementsAre(&m_made[0], &m_made[1]));
@@ -300,62 +233,66 @@ TEST_F(UserTypeOperatorsTest, ReturnedRightOperandThatTheScriptOwnsIsTheSameValu
         .setOperator(BUILT_IN_FUNCTION::ADD)
         ->setFunction([](const Parameters& parameters) { return parameters[1]; });
     run("owned = Vec.new()");
-
-    EXPECT_EQ(evaluate("rawequal(a + owned, owned)"), "true");
-}
-
-TEST_F(UserTypeOperatorsTest, TypeWithoutThemHasNone)
-{
-    EXPECT_EQ(
-        errorOf("return a + b"),
-        "[string \"isDone, message = pcall(function() return a +...\"]:1: attempt to perform "
-        "arithmetic on global 'a' (a userdata value)");
-    EXPECT_EQ(evaluate("a == b"), "false");
+    is("rawequal(a + owned, owned)", "true");
 }
 
 namespace
 {
 
-struct UnknownOperator
+auto op(BUILT_IN_FUNCTION number, bool result)
 {
-    const char* row;
-    int number;
-};
-
-std::ostream& operator<<(std::ostream& stream, const UnknownOperator& row)
-{
-    return stream << row.row;
+    return [=](UserTypeOperatorsTest& test) { test.declareOperator(number, result); };
 }
+
+const Facts<UserTypeOperatorsTest> FACTS(
+    "UserTypeOperatorsTest",
+    {
+        {"ComparisonWithNumbersIsLeftToTheInterpreter",
+         {op(BUILT_IN_FUNCTION::LT, true),
+          op(BUILT_IN_FUNCTION::EQ, true),
+          raises(
+              "return a < 1",
+              "[string \"isDone, message = pcall(function() return a <...\"]:1: attempt to compare "
+              "userdata with number"),
+          is("a == 1", "false"),
+          is("a ~= b", "false"),
+          is("a == nil", "false")}},
+        {"ComparisonOfAValueWithItselfAsksNobody",
+         {op(BUILT_IN_FUNCTION::EQ, false),
+          is("a == a", "true"),
+          [](auto& test) { EXPECT_THAT(test.m_operands, IsEmpty()); }}},
+        {"GreaterIsLessWithTheOperandsExchanged",
+         {op(BUILT_IN_FUNCTION::LT, true),
+          is("a > b", "true"),
+          [](auto& test)
+          { EXPECT_THAT(test.m_operands, ElementsAre(&test.m_other, &test.m_hostObject)); }}},
+        {"TypeWithoutThemHasNone",
+         {raises(
+              "return a + b",
+              "[string \"isDone, message = pcall(function() return a +...\"]:1: attempt to perform "
+              "arithmetic on global 'a' (a userdata value)"),
+          is("a == b", "false")}},
+    });
 
 } // namespace
 
 class UserTypeUnknownOperatorTest : public UserTypeFixture,
-                                    public ::testing::WithParamInterface<UnknownOperator>
+                                    public ::testing::WithParamInterface<int>
 {
 };
 
 TEST_P(UserTypeUnknownOperatorTest, IsLoggedWithTheFullNameAndNull)
 {
     UserType& type = declareType("math::Vec");
-
-    Function* const function = type.setOperator(static_cast<BUILT_IN_FUNCTION>(GetParam().number));
-
-    EXPECT_EQ(function, nullptr);
-    EXPECT_THAT(
-        m_log.takeEntries(),
-        ElementsAre(LogEntry{
-            "Unknown build in function, can't process overload for type 'math::Vec'. Aborting.",
-            "LuaUserType"}));
+    EXPECT_EQ(type.setOperator(static_cast<BUILT_IN_FUNCTION>(GetParam())), nullptr);
+    expectLogged(
+        "Unknown build in function, can't process overload for type 'math::Vec'. Aborting.",
+        "LuaUserType");
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    Numbers,
+    FirstNegativeHighestLowest,
     UserTypeUnknownOperatorTest,
-    ::testing::Values(
-        UnknownOperator{"First", 12},
-        UnknownOperator{"Negative", -1},
-        UnknownOperator{"Highest", 2147483647},
-        UnknownOperator{"Lowest", -2147483647 - 1}),
-    RowName());
+    ::testing::Values(12, -1, 2147483647, -2147483647 - 1));
 
 } // namespace tbScripts::test

@@ -1,19 +1,15 @@
-#include "support/UserTypeFixture.h"
+#include "support/UserTypeSteps.h"
 
 #include <algorithm>
 
 namespace tbScripts::test
 {
 
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
-using ::testing::UnorderedElementsAre;
-
 class UserTypeOwnershipTest : public UserTypeFixture
 {
 protected:
-    /// Declares `give(isOwned)`, which hands the host's object to the script.
-    void declareGive()
+    /// Scripts find `give(isOwned)`, which gives them the host's object.
+    UserTypeOwnershipTest()
     {
         declare(
             "give",
@@ -23,176 +19,110 @@ protected:
     }
 };
 
-TEST_F(UserTypeOwnershipTest, InstanceThatAScriptMadeIsDestroyedWithIt)
-{
-    run("local v = Vec.new()");
-
-    collect();
-
-    EXPECT_THAT(m_destroyed, ElementsAre(&m_made[0]));
-}
-
-TEST_F(UserTypeOwnershipTest, InstanceThatIsInUseIsNotDestroyed)
-{
-    run("v = Vec.new()");
-
-    collect();
-
-    EXPECT_THAT(m_destroyed, IsEmpty());
-}
-
 TEST_F(UserTypeOwnershipTest, EachInstanceIsDestroyedOnce)
 {
     run("for i = 1, 10000 do Vec.new() end");
-
     collect();
     destroyEnvironment();
-
     EXPECT_EQ(m_made.size(), 10000U);
     ASSERT_EQ(m_destroyed.size(), 10000U);
     std::sort(m_destroyed.begin(), m_destroyed.end());
     EXPECT_EQ(std::adjacent_find(m_destroyed.begin(), m_destroyed.end()), m_destroyed.end());
 }
 
-TEST_F(UserTypeOwnershipTest, InstanceLeftAtTheEndIsDestroyedThen)
+TEST_F(UserTypeOwnershipTest, DestructorThatCallsTheFinaliserAgainDestroysOnce)
 {
-    run("v = Vec.new()");
-
-    destroyEnvironment();
-
-    EXPECT_THAT(m_destroyed, ElementsAre(&m_made[0]));
-}
-
-TEST_F(UserTypeOwnershipTest, DisabledInstanceIsNotDestroyed)
-{
-    run("local v = Vec.new()  v:disableGc()");
-
-    collect();
-    destroyEnvironment();
-
-    EXPECT_THAT(m_destroyed, IsEmpty());
-}
-
-TEST_F(UserTypeOwnershipTest, InstanceEnabledAgainIsDestroyed)
-{
-    run("local v = Vec.new()  v:disableGc()  v:enableGc()");
-
-    collect();
-
-    EXPECT_THAT(m_destroyed, ElementsAre(&m_made[0]));
-}
-
-TEST_F(UserTypeOwnershipTest, HostsInstanceIsNotDestroyed)
-{
-    setHostObject("v", m_hostObject);
-
-    run("v = nil");
-    collect();
-
-    EXPECT_THAT(m_destroyed, IsEmpty());
-}
-
-TEST_F(UserTypeOwnershipTest, HostsInstanceThatAScriptEnabledIsDestroyed)
-{
-    setHostObject("v", m_hostObject);
-
-    run("v:enableGc()  v = nil");
-    collect();
-
-    EXPECT_THAT(m_destroyed, ElementsAre(&m_hostObject));
-}
-
-TEST_F(UserTypeOwnershipTest, InstanceThatTheHostHandedOverIsDestroyed)
-{
-    declareGive();
-
-    run("local v = give(true)");
-    collect();
-
-    EXPECT_THAT(m_destroyed, ElementsAre(&m_hostObject));
-}
-
-TEST_F(UserTypeOwnershipTest, InstanceThatTheHostOnlyShowedIsNotDestroyed)
-{
-    declareGive();
-
-    run("local v = give(false)");
-    collect();
-
-    EXPECT_THAT(m_destroyed, IsEmpty());
-}
-
-TEST_F(UserTypeOwnershipTest, InstanceHandedOverAndDisabledIsNotDestroyed)
-{
-    declareGive();
-
-    run("give(true):disableGc()");
-    collect();
-
-    EXPECT_THAT(m_destroyed, IsEmpty());
-}
-
-TEST_F(UserTypeOwnershipTest, SwitchesGiveNoResults)
-{
-    run("v = Vec.new()");
-
-    EXPECT_EQ(evaluate("select('#', v:disableGc())"), "0");
-    EXPECT_EQ(evaluate("select('#', v:enableGc())"), "0");
-}
-
-TEST_F(UserTypeOwnershipTest, SwitchesActOnTheLastArgument)
-{
-    run("first, last = Vec.new(), Vec.new()  Vec.disableGc(first, last)");
-
-    run("first, last = nil, nil");
-    collect();
-
-    EXPECT_THAT(m_destroyed, ElementsAre(&m_made[0]));
-}
-
-TEST_F(UserTypeOwnershipTest, SwitchesServeInstancesOfOtherTypes)
-{
-    declareType("Enemy");
-
-    run("local enemy = Enemy.new()  Vec.disableGc(enemy)");
-    collect();
-
-    EXPECT_THAT(m_destroyed, IsEmpty());
-}
-
-TEST_F(UserTypeOwnershipTest, FinaliserCalledByHandDestroysOnce)
-{
+    vec().setDestructor(
+        [this](void* object)
+        {
+            m_destroyed.push_back(&vecAt(object));
+            run("v:__gc()");
+        });
     run("v = Vec.new()  v:__gc()");
+    isDestroyed({0});
+}
 
-    EXPECT_THAT(m_destroyed, ElementsAre(&m_made[0]));
-    run("v:__gc()  v = nil");
+TEST_F(UserTypeOwnershipTest, TypeWithoutDestructorDestroysNothing)
+{
+    environment().setUserType("Bare")->setConstructor([this](auto&) { return &m_hostObject; });
+    run("Bare.new()");
+    collect();
+    isDestroyed({});
+}
+
+TEST_F(UserTypeOwnershipTest, ConstructorThatThrowsLeavesNothingToDestroy)
+{
+    vec().setConstructor([](const Parameters&) -> void* { throw std::string("no more"); });
+    raises("Vec.new()", "C++ exception");
     collect();
     destroyEnvironment();
-
-    EXPECT_THAT(m_destroyed, ElementsAre(&m_made[0]));
+    isDestroyed({});
 }
 
-TEST_F(UserTypeOwnershipTest, FinaliserCalledByHandLeavesADisabledInstance)
+namespace
 {
-    declareField("x", &Vec::x);
 
-    run("v = Vec.new()  v:disableGc()  v:__gc()  v.x = 3");
+const Facts<UserTypeOwnershipTest> FACTS(
+    "UserTypeOwnershipTest",
+    {
+        {"InstanceThatAScriptMadeIsDestroyedWithIt",
+         {run("local v = Vec.new()"), collect(), isDestroyed({0})}},
+        {"InstanceThatIsInUseIsNotDestroyed", {run("v = Vec.new()"), collect(), isDestroyed({})}},
+        {"InstanceLeftAtTheEndIsDestroyedThen",
+         {run("v = Vec.new()"), destroyEnvironment(), isDestroyed({0})}},
+        {"DisabledInstanceIsNotDestroyed",
+         {run("local v = Vec.new()  v:disableGc()"),
+          collect(),
+          destroyEnvironment(),
+          isDestroyed({})}},
+        {"InstanceEnabledAgainIsDestroyed",
+         {run("local v = Vec.new()  v:disableGc()  v:enableGc()"), collect(), isDestroyed({0})}},
+        {"HostsInstanceIsNotDestroyed",
+         {hostObject("v"), run("v = nil"), collect(), isDestroyed({})}},
+        {"HostsInstanceThatAScriptEnabledIsDestroyed",
+         {hostObject("v"), run("v:enableGc()  v = nil"), collect(), isDestroyed({HOST_OBJECT})}},
+        {"InstanceThatTheHostHandedOverIsDestroyed",
+         {run("local v = give(true)"), collect(), isDestroyed({HOST_OBJECT})}},
+        {"InstanceThatTheHostOnlyShowedIsNotDestroyed",
+         {run("local v = give(false)"), collect(), isDestroyed({})}},
+        {"InstanceHandedOverAndDisabledIsNotDestroyed",
+         {run("give(true):disableGc()"), collect(), isDestroyed({})}},
+        {"SwitchesGiveNoResults",
+         {run("v = Vec.new()"),
+          is("select('#', v:disableGc())", "0"),
+          is("select('#', v:enableGc())", "0")}},
+        {"SwitchesActOnTheLastArgument",
+         {run("first, last = Vec.new(), Vec.new()  Vec.disableGc(first, last)"),
+          run("first, last = nil, nil"),
+          collect(),
+          isDestroyed({0})}},
+        {"SwitchesServeInstancesOfOtherTypes",
+         {type("Enemy"),
+          run("local enemy = Enemy.new()  Vec.disableGc(enemy)"),
+          collect(),
+          isDestroyed({})}},
+        {"FinaliserCalledByHandDestroysOnce",
+         {run("v = Vec.new()  v:__gc()"),
+          isDestroyed({0}),
+          run("v:__gc()  v = nil"),
+          collect(),
+          destroyEnvironment(),
+          isDestroyed({0})}},
+        {"FinaliserCalledByHandLeavesADisabledInstance",
+         {field("x"),
+          run("v = Vec.new()  v:disableGc()  v:__gc()  v.x = 3"),
+          isDestroyed({}),
+          is("v.x", "3")}},
+        {"FinaliserGivesNoResults", {is("select('#', Vec.new():__gc())", "0")}},
+        {"FinaliserActsOnTheLastArgument",
+         {run("first, last = Vec.new(), Vec.new()  Vec.__gc(first, last)"), isDestroyed({1})}},
+        {"TwoBoxesOfOneObjectAreTwoOwners",
+         {run("local a, b = give(true), give(true)"),
+          collect(),
+          isDestroyed({HOST_OBJECT, HOST_OBJECT})}},
+    });
 
-    EXPECT_THAT(m_destroyed, IsEmpty());
-    EXPECT_EQ(evaluate("v.x"), "3");
-}
-
-TEST_F(UserTypeOwnershipTest, FinaliserGivesNoResults)
-{
-    EXPECT_EQ(evaluate("select('#', Vec.new():__gc())"), "0");
-}
-
-TEST_F(UserTypeOwnershipTest, FinaliserActsOnTheLastArgument)
-{
-    run("first, last = Vec.new(), Vec.new()  Vec.__gc(first, last)");
-
-    EXPECT_THAT(m_destroyed, ElementsAre(&m_made[1]));
-}
+} // namespace
 
 class UserTypeDestroyedInstanceTest : public UserTypeFixture
 {
@@ -205,130 +135,56 @@ protected:
     }
 };
 
-TEST_F(UserTypeDestroyedInstanceTest, CannotBeRead)
+namespace
 {
-    EXPECT_EQ(errorOf("local x = v.x"), "Expected an instance of user type 'Vec'.");
-    EXPECT_EQ(errorOf("local x = v[1]"), "Expected an instance of user type 'Vec'.");
-}
 
-TEST_F(UserTypeDestroyedInstanceTest, CannotBeWritten)
-{
-    EXPECT_EQ(errorOf("v.x = 1"), "Expected an instance of user type 'Vec'.");
-    EXPECT_EQ(errorOf("v[1] = 1"), "Expected an instance of user type 'Vec'.");
-    EXPECT_EQ(m_made[0].x, 0.0);
-}
+constexpr const char* NO_VEC = "Expected an instance of user type 'Vec'.";
 
-TEST_F(UserTypeDestroyedInstanceTest, IsAMismatchAsAnArgument)
-{
-    declareMethod("length", {}, [](const Parameters&) { return 1; });
+const Facts<UserTypeDestroyedInstanceTest> DESTROYED_FACTS(
+    "UserTypeDestroyedInstanceTest",
+    {
+        {"CannotBeRead", {raises("local x = v.x", NO_VEC), raises("local x = v[1]", NO_VEC)}},
+        {"CannotBeWritten", {raises("v.x = 1", NO_VEC), raises("v[1] = 1", NO_VEC), hasX(0, 0.0)}},
+        {"IsAMismatchAsAnArgument",
+         {method("length", 1),
+          raises(
+              "local x = v:length()",
+              "Error l.1 while calling length. Expected Vec, got userdata."),
+          logs("Error l.1 while calling length. Expected Vec, got userdata.", "LuaFunction")}},
+        {"IsNullForTheHost", {isObject("v", NO_OBJECT), isObject("v", NO_OBJECT, "")}},
+        {"CannotBeEnabled",
+         {run("v:disableGc()  v:enableGc()  v = nil"), collect(), isDestroyed({0})}},
+        {"StillHasRawEntriesAndUnknownNames",
+         {run("v.unknown = 1"),
+          is("v.unknown", "nil"),
+          is("v.__name", "Vec"),
+          is("v.new == Vec.new", "true")}},
+        {"IsWhatAnotherFinaliserOfTheSameCollectionSees",
+         {run("seen, proxy = {}, newproxy(true) "
+              "do local w = Vec.new() "
+              "getmetatable(proxy).__gc = function() "
+              "    seen.read, seen.message = pcall(function() return w.x end) "
+              "    seen.isEnabled = pcall(w.enableGc, w) "
+              "end end "
+              "proxy = nil"),
+          collect(),
+          is("seen.read", "false"),
+          is("seen.message", NO_VEC),
+          is("seen.isEnabled", "true"),
+          isDestroyed({0, 1})}},
+        {"RevivedByAnotherFinaliserIsNotDestroyedAgain",
+         {run("proxy = newproxy(true) "
+              "do local w = Vec.new() "
+              "getmetatable(proxy).__gc = function() revived = w end end "
+              "proxy = nil"),
+          collect(),
+          raises("local x = revived.x", NO_VEC),
+          run("revived:enableGc()  revived = nil"),
+          collect(),
+          destroyEnvironment(),
+          isDestroyed({0, 1})}},
+    });
 
-    const std::string message = errorOf("local x = v:length()");
-
-    EXPECT_EQ(message, "Error l.1 while calling length. Expected Vec, got userdata.");
-    EXPECT_THAT(m_log.takeEntries(), ElementsAre(LogEntry{message, "LuaFunction"}));
-}
-
-TEST_F(UserTypeDestroyedInstanceTest, IsNullForTheHost)
-{
-    EXPECT_EQ(environment().getObject("v", "Vec"), nullptr);
-    EXPECT_EQ(environment().getObject("v", tbMemory::StringView()), nullptr);
-}
-
-TEST_F(UserTypeDestroyedInstanceTest, CannotBeEnabled)
-{
-    run("v:disableGc()  v:enableGc()  v = nil");
-    collect();
-
-    EXPECT_THAT(m_destroyed, ElementsAre(&m_made[0]));
-}
-
-TEST_F(UserTypeDestroyedInstanceTest, StillHasRawEntriesAndUnknownNames)
-{
-    run("v.unknown = 1");
-
-    EXPECT_EQ(evaluate("v.unknown"), "nil");
-    EXPECT_EQ(evaluate("v.__name"), "Vec");
-    EXPECT_EQ(evaluate("v.new == Vec.new"), "true");
-}
-
-TEST_F(UserTypeDestroyedInstanceTest, IsWhatAnotherFinaliserOfTheSameCollectionSees)
-{
-    run("seen, proxy = {}, newproxy(true) "
-        "do local w = Vec.new() "
-        "getmetatable(proxy).__gc = function() "
-        "    seen.read, seen.message = pcall(function() return w.x end) "
-        "    seen.isEnabled = pcall(w.enableGc, w) "
-        "end end "
-        "proxy = nil");
-
-    collect();
-
-    EXPECT_EQ(evaluate("seen.read"), "false");
-    EXPECT_EQ(evaluate("seen.message"), "Expected an instance of user type 'Vec'.");
-    EXPECT_EQ(evaluate("seen.isEnabled"), "true");
-    EXPECT_THAT(m_destroyed, ElementsAre(&m_made[0], &m_made[1]));
-}
-
-TEST_F(UserTypeDestroyedInstanceTest, RevivedByAnotherFinaliserIsNotDestroyedAgain)
-{
-    run("proxy = newproxy(true) "
-        "do local w = Vec.new() "
-        "getmetatable(proxy).__gc = function() revived = w end end "
-        "proxy = nil");
-    collect();
-
-    EXPECT_EQ(errorOf("local x = revived.x"), "Expected an instance of user type 'Vec'.");
-    run("revived:enableGc()  revived = nil");
-    collect();
-    destroyEnvironment();
-
-    EXPECT_THAT(m_destroyed, ElementsAre(&m_made[0], &m_made[1]));
-}
-
-TEST_F(UserTypeOwnershipTest, DestructorThatCallsTheFinaliserAgainDestroysOnce)
-{
-    vec().setDestructor(
-        [this](void* object)
-        {
-            m_destroyed.push_back(&vecAt(object));
-            run("v:__gc()");
-        });
-
-    run("v = Vec.new()  v:__gc()");
-
-    EXPECT_THAT(m_destroyed, ElementsAre(&m_made[0]));
-}
-
-TEST_F(UserTypeOwnershipTest, TypeWithoutDestructorDestroysNothing)
-{
-    UserType* const type = environment().setUserType("Bare");
-    type->setConstructor([this](const Parameters&) { return &m_hostObject; });
-
-    run("Bare.new()");
-    collect();
-
-    EXPECT_THAT(m_destroyed, IsEmpty());
-}
-
-TEST_F(UserTypeOwnershipTest, ConstructorThatThrowsLeavesNothingToDestroy)
-{
-    vec().setConstructor([](const Parameters&) -> void* { throw std::string("no more"); });
-
-    EXPECT_EQ(errorOf("Vec.new()"), "C++ exception");
-    collect();
-    destroyEnvironment();
-
-    EXPECT_THAT(m_destroyed, IsEmpty());
-}
-
-TEST_F(UserTypeOwnershipTest, TwoBoxesOfOneObjectAreTwoOwners)
-{
-    declareGive();
-
-    run("local a, b = give(true), give(true)");
-    collect();
-
-    EXPECT_THAT(m_destroyed, UnorderedElementsAre(&m_hostObject, &m_hostObject));
-}
+} // namespace
 
 } // namespace tbScripts::test

@@ -1,12 +1,9 @@
 // What scripts do to the table of a type, which is theirs as much as the host's.
 
-#include "support/UserTypeFixture.h"
+#include "support/UserTypeSteps.h"
 
 namespace tbScripts::test
 {
-
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 class UserTypeScriptEntriesTest : public UserTypeFixture
 {
@@ -14,175 +11,10 @@ protected:
     UserTypeScriptEntriesTest()
     {
         declareField("x", &Vec::x);
-        declareMethod("length", {}, [](const Parameters&) { return "host"; });
+        declareMethod("length", {}, returning("host"));
         setHostObject("v", m_hostObject);
     }
 };
-
-TEST_F(UserTypeScriptEntriesTest, FunctionIsAMethodOfInstances)
-{
-    run("function Vec.twice(self) return 2 * self.x end");
-    m_hostObject.x = 3;
-
-    EXPECT_EQ(evaluate("v:twice()"), "6");
-    EXPECT_EQ(evaluate("Vec.new():twice()"), "0");
-}
-
-TEST_F(UserTypeScriptEntriesTest, ReplacedOneIsFoundAtOnce)
-{
-    run("Vec.ext = 1  local found = v.ext");
-
-    run("Vec.ext = 2");
-
-    EXPECT_EQ(evaluate("v.ext"), "2");
-}
-
-TEST_F(UserTypeScriptEntriesTest, RemovedOneReadsAsNil)
-{
-    run("Vec.ext = 1  local found = v.ext");
-
-    run("Vec.ext = nil");
-
-    EXPECT_EQ(evaluate("v.ext"), "nil");
-    EXPECT_EQ(evaluate("select('#', Vec.__index(v, 'ext'))"), "0");
-}
-
-TEST_F(UserTypeScriptEntriesTest, OneMadeAfterItWasMissedIsFound)
-{
-    run("local missed = v.ext");
-
-    run("Vec.ext = 1");
-
-    EXPECT_EQ(evaluate("v.ext"), "1");
-}
-
-TEST_F(UserTypeScriptEntriesTest, OneRemovedAndMadeAgainIsFound)
-{
-    run("Vec.ext = 1 local a = v.ext  Vec.ext = nil local b = v.ext");
-
-    run("Vec.ext = 2");
-
-    EXPECT_EQ(evaluate("v.ext"), "2");
-}
-
-TEST_F(UserTypeScriptEntriesTest, ChangesAreSeenByLoopsThatGotHot)
-{
-    run("Vec.ext = 1  function read() local e for i = 1, 1000 do e = v.ext end return e end");
-    EXPECT_EQ(evaluate("read()"), "1");
-
-    run("Vec.ext = 2");
-
-    EXPECT_EQ(evaluate("read()"), "2");
-    run("Vec.ext = nil");
-    EXPECT_EQ(evaluate("read()"), "nil");
-}
-
-TEST_F(UserTypeScriptEntriesTest, FalseIsAValue)
-{
-    run("Vec.flag = false");
-
-    EXPECT_EQ(evaluate("v.flag"), "false");
-    EXPECT_EQ(evaluate("v.flag"), "false");
-}
-
-TEST_F(UserTypeScriptEntriesTest, FieldComesBeforeThem)
-{
-    run("Vec.x = 'mine'");
-
-    EXPECT_EQ(evaluate("v.x"), "0");
-}
-
-TEST_F(UserTypeScriptEntriesTest, FunctionInAMethodsPlaceWins)
-{
-    run("local found = v.length  function Vec.length(self) return 'script' end");
-
-    EXPECT_EQ(evaluate("v:length()"), "script");
-    EXPECT_NE(vec().getMethod("length"), nullptr);
-}
-
-TEST_F(UserTypeScriptEntriesTest, MethodSetAgainLeavesTheFunctionInItsPlace)
-{
-    run("function Vec.length(self) return 'script' end");
-
-    declareMethod("length", {}, [](const Parameters&) { return "host again"; });
-    m_log.takeEntries(); // that it is registered already
-
-    EXPECT_EQ(evaluate("v:length()"), "script");
-}
-
-TEST_F(UserTypeScriptEntriesTest, RemovedMethodReadsAsOneNil)
-{
-    run("Vec.length = nil");
-
-    EXPECT_EQ(evaluate("v.length"), "nil");
-    EXPECT_EQ(evaluate("select('#', Vec.__index(v, 'length'))"), "1");
-}
-
-TEST_F(UserTypeScriptEntriesTest, OperatorOfAScriptWorks)
-{
-    run("function Vec.__add(a, b) return 'sum' end");
-
-    EXPECT_EQ(evaluate("v + v"), "sum");
-    EXPECT_EQ(evaluate("v + 1"), "sum");
-}
-
-TEST_F(UserTypeScriptEntriesTest, ReplacedFinaliserDestroysNothing)
-{
-    run("function Vec.__gc() end  Vec.new()");
-
-    collect();
-    destroyEnvironment();
-
-    EXPECT_THAT(m_destroyed, IsEmpty());
-}
-
-TEST_F(UserTypeScriptEntriesTest, NewDestructorBringsTheFinaliserBack)
-{
-    run("Vec.__gc = nil");
-    setMaker(vec());
-
-    run("Vec.new()");
-    collect();
-
-    EXPECT_THAT(m_destroyed, ElementsAre(&m_made[0]));
-}
-
-TEST_F(UserTypeScriptEntriesTest, ReplacedReadIsTheScripts)
-{
-    run("function Vec.__index(self, key) return 'mine ' .. key end");
-
-    EXPECT_EQ(evaluate("v.x"), "mine x");
-}
-
-TEST_F(UserTypeScriptEntriesTest, MetatableOfTheTypeMakesItCallable)
-{
-    run("setmetatable(Vec, { __call = function(class) return class.new() end })  w = Vec()");
-
-    EXPECT_EQ(evaluate("getmetatable(w) == Vec"), "true");
-    EXPECT_EQ(m_made.size(), 1U);
-}
-
-TEST_F(UserTypeScriptEntriesTest, MetatableOfTheTypeDoesNotServeInstances)
-{
-    run("setmetatable(Vec, { __index = function() return 'class' end })");
-
-    EXPECT_EQ(evaluate("Vec.unknown"), "class");
-    EXPECT_EQ(evaluate("v.unknown"), "nil");
-}
-
-TEST_F(UserTypeScriptEntriesTest, MetatableOfTheTypeSeesNewMethods)
-{
-    run("seen = {} "
-        "setmetatable(Vec, { __newindex = function(class, key, value) "
-        "    seen[#seen + 1] = key  rawset(class, key, value) end })");
-
-    declareMethod("grow", {}, [](const Parameters&) { return 1; });
-    declareField("y", &Vec::y);
-    setMaker(vec());
-
-    EXPECT_EQ(evaluate("table.concat(seen, ' ')"), "grow");
-    EXPECT_EQ(evaluate("v:grow()"), "1");
-}
 
 TEST_F(UserTypeScriptEntriesTest, MetatableThatHasTheSameMethodDeclaredLeavesItOnce)
 {
@@ -194,40 +26,11 @@ TEST_F(UserTypeScriptEntriesTest, MetatableThatHasTheSameMethodDeclaredLeavesItO
         "    declareOnce()  rawset(class, key, value) end })");
 
     Function* const outer = vec().setMethod("grow", false);
-    outer->setFunction([](const Parameters&) { return "grown"; });
+    outer->setFunction(returning("grown"));
 
     EXPECT_EQ(outer, inner);
     EXPECT_EQ(vec().getMethod("grow"), outer);
-    EXPECT_EQ(evaluate("v:grow()"), "grown");
-}
-
-TEST_F(UserTypeScriptEntriesTest, MetatableThatRaisesLeavesAMethodUndeclared)
-{
-    run("setmetatable(Vec, { __newindex = function() error('no', 0) end })");
-
-    Function* const method = vec().setMethod("grow", false);
-
-    EXPECT_EQ(method, nullptr);
-    EXPECT_EQ(vec().getMethod("grow"), nullptr);
-    EXPECT_THAT(m_log.takeEntries(), ElementsAre(LogEntry{"no", "LuaEnvironment"}));
-}
-
-TEST_F(UserTypeScriptEntriesTest, MetatableThatRaisesHindersNoField)
-{
-    run("setmetatable(Vec, { __newindex = function() error('no', 0) end })");
-
-    declareField("y", &Vec::y);
-    run("v.y = 2");
-
-    EXPECT_EQ(evaluate("v.y"), "2");
-}
-
-TEST_F(UserTypeScriptEntriesTest, TypeUnderAnotherNameWorks)
-{
-    run("Other, Vec = Vec, nil  w = Other.new()  w.x = 2");
-
-    EXPECT_EQ(evaluate("w.x"), "2");
-    EXPECT_EQ(environment().getObject("w", "Vec"), &m_made[0]);
+    is("v:grow()", "grown");
 }
 
 class UserTypeDerivedTableTest : public UserTypeScriptEntriesTest
@@ -236,74 +39,129 @@ protected:
     UserTypeDerivedTableTest() { run("Derived = setmetatable({}, Vec)"); }
 };
 
-TEST_F(UserTypeDerivedTableTest, FindsTheFactory)
+namespace
 {
-    run("w = Derived.new()");
 
-    EXPECT_EQ(environment().getObject("w", "Vec"), &m_made[0]);
+TypeStep maker()
+{
+    return [](auto& test) { test.setMaker(test.vec()); };
 }
 
-TEST_F(UserTypeDerivedTableTest, FindsMethodsAndRawEntries)
-{
-    run("Vec.ext = 'raw'");
+const char* const RAISING = "setmetatable(Vec, { __newindex = function() error('no', 0) end })";
 
-    EXPECT_EQ(evaluate("Derived.length == Vec.length"), "true");
-    EXPECT_EQ(evaluate("Derived.ext"), "raw");
-    EXPECT_EQ(evaluate("Derived.__name"), "Vec");
-    EXPECT_EQ(evaluate("Derived.unknown"), "nil");
-}
+const Facts<UserTypeScriptEntriesTest> FACTS(
+    "UserTypeScriptEntriesTest",
+    {
+        {"FunctionIsAMethodOfInstances",
+         {run("function Vec.twice(self) return 2 * self.x end  v.x = 3"),
+          is("v:twice()", "6"),
+          is("Vec.new():twice()", "0")}},
+        {"ReplacedOneIsFoundAtOnce",
+         {run("Vec.ext = 1  local found = v.ext"), run("Vec.ext = 2"), is("v.ext", "2")}},
+        {"RemovedOneReadsAsNil",
+         {run("Vec.ext = 1  local found = v.ext"),
+          run("Vec.ext = nil"),
+          is("v.ext", "nil"),
+          is("select('#', Vec.__index(v, 'ext'))", "0")}},
+        {"OneMadeAfterItWasMissedIsFound",
+         {run("local missed = v.ext"), run("Vec.ext = 1"), is("v.ext", "1")}},
+        {"OneRemovedAndMadeAgainIsFound",
+         {run("Vec.ext = 1 local a = v.ext  Vec.ext = nil local b = v.ext"),
+          run("Vec.ext = 2"),
+          is("v.ext", "2")}},
+        {"ChangesAreSeenByLoopsThatGotHot",
+         {run("Vec.ext = 1 function read() local e for i = 1, 1000 do e = v.ext end return e end"),
+          is("read()", "1"),
+          run("Vec.ext = 2"),
+          is("read()", "2"),
+          run("Vec.ext = nil"),
+          is("read()", "nil")}},
+        {"FalseIsAValue", {run("Vec.flag = false"), is("v.flag", "false"), is("v.flag", "false")}},
+        {"FieldComesBeforeThem", {run("Vec.x = 'mine'"), is("v.x", "0")}},
+        {"FunctionInAMethodsPlaceWins",
+         {run("local found = v.length  function Vec.length(self) return 'script' end"),
+          is("v:length()", "script"),
+          [](auto& test) { EXPECT_TRUE(test.vec().getMethod("length")); }}},
+        {"MethodSetAgainLeavesTheFunctionInItsPlace",
+         {run("function Vec.length(self) return 'script' end"),
+          method("length", "host again"),
+          forgetLog(), // that it is registered already
+          is("v:length()", "script")}},
+        {"RemovedMethodReadsAsOneNil",
+         {run("Vec.length = nil"),
+          is("v.length", "nil"),
+          is("select('#', Vec.__index(v, 'length'))", "1")}},
+        {"OperatorOfAScriptWorks",
+         {run("function Vec.__add(a, b) return 'sum' end"),
+          is("v + v", "sum"),
+          is("v + 1", "sum")}},
+        {"ReplacedFinaliserDestroysNothing",
+         {run("function Vec.__gc() end  Vec.new()"),
+          collect(),
+          destroyEnvironment(),
+          isDestroyed({})}},
+        {"NewDestructorBringsTheFinaliserBack",
+         {run("Vec.__gc = nil"), maker(), run("Vec.new()"), collect(), isDestroyed({0})}},
+        {"ReplacedReadIsTheScripts",
+         {run("function Vec.__index(self, key) return 'mine ' .. key end"), is("v.x", "mine x")}},
+        {"MetatableOfTheTypeMakesItCallable",
+         {run("setmetatable(Vec, { __call = function(class) return class.new() end })  w = Vec()"),
+          is("getmetatable(w) == Vec", "true"),
+          [](auto& test) { EXPECT_EQ(test.m_made.size(), 1U); }}},
+        {"MetatableOfTheTypeDoesNotServeInstances",
+         {run("setmetatable(Vec, { __index = function() return 'class' end })"),
+          is("Vec.unknown", "class"),
+          is("v.unknown", "nil")}},
+        {"MetatableOfTheTypeSeesNewMethods",
+         {run("seen = {} "
+              "setmetatable(Vec, { __newindex = function(class, key, value) "
+              "    seen[#seen + 1] = key  rawset(class, key, value) end })"),
+          method("grow", 1),
+          field("y", &Vec::y),
+          maker(),
+          is("table.concat(seen, ' ')", "grow"),
+          is("v:grow()", "1")}},
+        {"MetatableThatRaisesLeavesAMethodUndeclared",
+         {run(RAISING),
+          [](auto& test) { EXPECT_EQ(test.vec().setMethod("grow", false), nullptr); },
+          [](auto& test) { EXPECT_EQ(test.vec().getMethod("grow"), nullptr); },
+          logs("no", "LuaEnvironment")}},
+        {"MetatableThatRaisesHindersNoField",
+         {run(RAISING), field("y", &Vec::y), run("v.y = 2"), is("v.y", "2")}},
+        {"TypeUnderAnotherNameWorks",
+         {run("Other, Vec = Vec, nil  w = Other.new()  w.x = 2"),
+          is("w.x", "2"),
+          isObject("w", 0)}},
+    });
 
-TEST_F(UserTypeDerivedTableTest, HasNoFields)
-{
-    EXPECT_EQ(errorOf("local x = Derived.x"), "Expected an instance of user type 'Vec'.");
-    EXPECT_EQ(errorOf("Derived.x = 1"), "Expected an instance of user type 'Vec'.");
-}
+constexpr const char* NO_VEC = "Expected an instance of user type 'Vec'.";
 
-TEST_F(UserTypeDerivedTableTest, CannotBeGivenNewEntriesBecauseWritesAreDropped)
-{
-    run("Derived.mine = 1  function Derived.area() end");
+const Facts<UserTypeDerivedTableTest> DERIVED_FACTS(
+    "UserTypeDerivedTableTest",
+    {
+        {"FindsTheFactory", {run("w = Derived.new()"), isObject("w", 0)}},
+        {"FindsMethodsAndRawEntries",
+         {run("Vec.ext = 'raw'"),
+          is("Derived.length == Vec.length", "true"),
+          is("Derived.ext", "raw"),
+          is("Derived.__name", "Vec"),
+          is("Derived.unknown", "nil")}},
+        {"HasNoFields", {raises("local x = Derived.x", NO_VEC), raises("Derived.x = 1", NO_VEC)}},
+        {"CannotBeGivenNewEntriesBecauseWritesAreDropped",
+         {run("Derived.mine = 1  function Derived.area() end"),
+          is("rawget(Derived, 'mine')", "nil"),
+          is("Derived.area", "nil")}},
+        {"OwnEntriesComeFirst", {run("rawset(Derived, 'x', 'own')"), is("Derived.x", "own")}},
+        {"UnboundIndicesBehaveAsOnAnInstance", {run("Derived[1] = 5"), is("Derived[1]", "nil")}},
+        {"BoundIndicesNeedAnInstance",
+         {arrayAccess(), raises("local x = Derived[1]", NO_VEC), raises("Derived[1] = 1", NO_VEC)}},
+        {"IsNoInstance",
+         {isObject("Derived", NO_OBJECT),
+          raises("Vec.length(Derived)", "Error l.1 while calling length. Expected Vec, got table."),
+          forgetLog()}}, // that mismatch
+        {"IsNotFinalised", {run("Derived = nil"), collect(), isDestroyed({})}},
+    });
 
-    EXPECT_EQ(evaluate("rawget(Derived, 'mine')"), "nil");
-    EXPECT_EQ(evaluate("Derived.area"), "nil");
-}
-
-TEST_F(UserTypeDerivedTableTest, OwnEntriesComeFirst)
-{
-    run("rawset(Derived, 'x', 'own')");
-
-    EXPECT_EQ(evaluate("Derived.x"), "own");
-}
-
-TEST_F(UserTypeDerivedTableTest, UnboundIndicesBehaveAsOnAnInstance)
-{
-    run("Derived[1] = 5");
-
-    EXPECT_EQ(evaluate("Derived[1]"), "nil");
-}
-
-TEST_F(UserTypeDerivedTableTest, BoundIndicesNeedAnInstance)
-{
-    declareArrayAccess();
-
-    EXPECT_EQ(errorOf("local x = Derived[1]"), "Expected an instance of user type 'Vec'.");
-    EXPECT_EQ(errorOf("Derived[1] = 1"), "Expected an instance of user type 'Vec'.");
-}
-
-TEST_F(UserTypeDerivedTableTest, IsNoInstance)
-{
-    EXPECT_EQ(environment().getObject("Derived", "Vec"), nullptr);
-    EXPECT_EQ(
-        errorOf("Vec.length(Derived)"), "Error l.1 while calling length. Expected Vec, got table.");
-    m_log.takeEntries(); // that mismatch
-}
-
-TEST_F(UserTypeDerivedTableTest, IsNotFinalised)
-{
-    run("Derived = nil");
-
-    collect();
-
-    EXPECT_THAT(m_destroyed, IsEmpty());
-}
+} // namespace
 
 } // namespace tbScripts::test

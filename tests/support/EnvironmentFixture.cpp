@@ -39,6 +39,16 @@ void EnvironmentFixture::destroyEnvironment()
     m_environment.reset();
 }
 
+void EnvironmentFixture::restart()
+{
+    m_environment->setEnvironmentFor(INTERPRETER_LUA);
+}
+
+void EnvironmentFixture::collect()
+{
+    m_environment->requestGarbageCollection();
+}
+
 void EnvironmentFixture::run(const std::string& sources)
 {
     EXPECT_TRUE(runScript(*m_environment, sources))
@@ -60,6 +70,35 @@ std::string EnvironmentFixture::runExpectingError(const std::string& sources)
     return message;
 }
 
+void EnvironmentFixture::stops(const std::string& sources, const std::string& message, int line)
+{
+    EXPECT_EQ(runExpectingError(sources), "Error while executing script 'test' : " + message)
+        << sources << ", in line " << line;
+}
+
+std::string EnvironmentFixture::evaluate(const std::string& expression)
+{
+    run("result = tostring((" + expression + "))");
+    return std::string(std::string_view(m_environment->getVar("result", "(no result)")));
+}
+
+void EnvironmentFixture::is(const std::string& expression, const std::string& shown, int line)
+{
+    EXPECT_EQ(evaluate(expression), shown) << expression << ", in line " << line;
+}
+
+std::string EnvironmentFixture::errorOf(const std::string& code)
+{
+    run("isDone, message = pcall(function() " + code + "\nend)  message = tostring(message)");
+    EXPECT_FALSE(m_environment->getVar("isDone", true));
+    return std::string(std::string_view(m_environment->getVar("message", "(no message)")));
+}
+
+void EnvironmentFixture::raises(const std::string& code, const std::string& message, int line)
+{
+    EXPECT_EQ(errorOf(code), message) << code << ", in line " << line;
+}
+
 Function* EnvironmentFixture::declare(
     const std::string& name,
     const std::vector<FUNCTION_PARAMETER_TYPE>& types,
@@ -77,14 +116,7 @@ Function* EnvironmentFixture::declare(
 
 void EnvironmentFixture::declareAction(const std::string& name, std::function<void()> action)
 {
-    declare(
-        name,
-        {},
-        [action = std::move(action)](const Parameters&)
-        {
-            action();
-            return FunctionParameter::VOID;
-        });
+    declare(name, {}, doing(std::move(action)));
 }
 
 void EnvironmentFixture::call(

@@ -23,12 +23,22 @@ void LogFixture::TearDown()
 
 void LogFixture::expectLogged(const std::vector<LogEntry>& entries, int line)
 {
-    EXPECT_EQ(m_log.takeEntries(), entries) << "expected in line " << line;
+    EXPECT_EQ(m_log.takeEntries(), entries) << "in line " << line;
 }
 
 void LogFixture::expectLogged(const std::string& message, const std::string& source, int line)
 {
     expectLogged({{message, source}}, line);
+}
+
+void LogFixture::expectLogCount(std::size_t count, int line)
+{
+    EXPECT_EQ(m_log.takeEntries().size(), count) << "in line " << line;
+}
+
+void LogFixture::forgetLog()
+{
+    m_log.takeEntries();
 }
 
 } // namespace tbScripts::test

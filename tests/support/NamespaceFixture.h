@@ -14,9 +14,7 @@ namespace tbScripts::test
 /// A Lua environment with the empty namespace "a". Counted objects are counted from here on.
 class NamespaceFixture : public EnvironmentFixture
 {
-protected:
-    NamespaceFixture();
-
+public:
     /// Returns the namespace "a".
     ///
     /// Valid until: the environment is destroyed.
@@ -31,6 +29,9 @@ protected:
     /// Binds `function`, which has to be there, to a callable that does nothing and captures
     /// `farewell`.
     static void bindHolding(Function* function, std::shared_ptr<const void> farewell);
+
+protected:
+    NamespaceFixture();
 
 private:
     Namespace* m_scope;

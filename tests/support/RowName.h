@@ -17,6 +17,12 @@ std::ostream& operator<<(std::ostream& stream, const Row& row)
     return stream << row.row;
 }
 
+/// A fixture whose tests run once for each row of a table.
+template <typename Fixture, typename Row>
+class OnRows : public Fixture, public ::testing::WithParamInterface<Row>
+{
+};
+
 /// Names the cases of a table after the member `row` of its rows.
 struct RowName
 {

@@ -5,6 +5,49 @@
 namespace tbScripts::test
 {
 
+void setGetter(UserType& type, const std::string& name, Getter getter)
+{
+    UserTypeFieldDescriptor field;
+    field.getter = std::move(getter);
+    field.name = name;
+    type.setField(field);
+}
+
+void setSetter(
+    UserType& type,
+    const std::string& name,
+    FUNCTION_PARAMETER_TYPE valueType,
+    Setter setter,
+    const char* userTypeName)
+{
+    UserTypeFieldDescriptor field;
+    field.setter = std::move(setter);
+    field.name = name;
+    field.type = valueType;
+    field.userTypeName = userTypeName;
+    type.setField(field);
+}
+
+void setReading(UserType& type, decltype(UserTypeArrayDescriptor::read) read)
+{
+    UserTypeArrayDescriptor access;
+    access.read = std::move(read);
+    type.setArrayAccess(access);
+}
+
+void setWriting(
+    UserType& type,
+    FUNCTION_PARAMETER_TYPE valueType,
+    decltype(UserTypeArrayDescriptor::write) write,
+    const char* userTypeName)
+{
+    UserTypeArrayDescriptor access;
+    access.write = std::move(write);
+    access.type = valueType;
+    access.userTypeName = userTypeName;
+    type.setArrayAccess(access);
+}
+
 UserTypeFixture::UserTypeFixture()
 {
     declareType("Vec");
@@ -73,22 +116,26 @@ void UserTypeFixture::setHostObject(const std::string& name, Vec& object)
     environment().setObject(name, "Vec", &object);
 }
 
-std::string UserTypeFixture::evaluate(const std::string& expression)
+Vec* UserTypeFixture::objectOf(int number)
 {
-    run("result = tostring((" + expression + "))");
-    return std::string(std::string_view(environment().getVar("result", "(no result)")));
+    if (number == NO_OBJECT)
+        return nullptr;
+    return number == HOST_OBJECT ? &m_hostObject : &m_made.at(static_cast<std::size_t>(number));
 }
 
-std::string UserTypeFixture::errorOf(const std::string& code)
+void UserTypeFixture::isObject(
+    const std::string& name, int number, const std::string& typeName, int line)
 {
-    run("isDone, message = pcall(function() " + code + "\nend)  message = tostring(message)");
-    EXPECT_FALSE(environment().getVar("isDone", true));
-    return std::string(std::string_view(environment().getVar("message", "(no message)")));
+    EXPECT_EQ(environment().getObject(name, typeName), objectOf(number))
+        << name << ", in line " << line;
 }
 
-void UserTypeFixture::collect()
+void UserTypeFixture::isDestroyed(const std::vector<int>& numbers, int line)
 {
-    environment().requestGarbageCollection();
+    std::vector<Vec*> expected;
+    for (const int number : numbers)
+        expected.push_back(objectOf(number));
+    EXPECT_EQ(m_destroyed, expected) << "in line " << line;
 }
 
 } // namespace tbScripts::test

@@ -21,6 +21,28 @@ struct Vec
     double y = 0.0;
 };
 
+/// Numbers of objects beside those that `new` made, which are counted from 0.
+constexpr int HOST_OBJECT = -1;
+constexpr int NO_OBJECT = -2;
+
+///@{
+/// Declares something of `type` from a callable.
+void setGetter(UserType& type, const std::string& name, Getter getter);
+void setSetter(
+    UserType& type,
+    const std::string& name,
+    FUNCTION_PARAMETER_TYPE valueType,
+    Setter setter,
+    const char* userTypeName = "");
+void setReading(UserType& type, decltype(UserTypeArrayDescriptor::read) read);
+void setWriting(
+    UserType& type,
+    FUNCTION_PARAMETER_TYPE valueType,
+    decltype(UserTypeArrayDescriptor::write) write,
+    const char* userTypeName = "");
+
+///@}
+
 /// Returns the object that a getter or a destructor is given.
 inline Vec& vecAt(void* object)
 {
@@ -38,9 +60,7 @@ inline Vec& vecOf(const FunctionParameter& parameter)
 /// as long as the test, so that one that is destroyed twice shows as two records.
 class UserTypeFixture : public EnvironmentFixture
 {
-protected:
-    UserTypeFixture();
-
+public:
     /// Returns the type `Vec`.
     UserType& vec();
 
@@ -62,22 +82,28 @@ protected:
     /// Has `Vec` indexed: 1 is `x`, every other number is `y`.
     void declareArrayAccess();
 
-    /// Makes `object` the global `name`, an instance of `Vec` that the host keeps.
+    /// Sets global `name` to `object`, an instance of `Vec` that the host keeps.
     void setHostObject(const std::string& name, Vec& object);
 
-    /// Returns the value of `expression` as `tostring` shows it.
-    std::string evaluate(const std::string& expression);
+    /// Returns the object of that number, null for `NO_OBJECT`.
+    Vec* objectOf(int number);
 
-    /// Runs `code`, on line 1, which has to raise an error, and returns the message. Nothing is
-    /// logged by that.
-    std::string errorOf(const std::string& code);
+    /// Expects global `name` to be an instance of `typeName` with the object of that number.
+    void isObject(
+        const std::string& name,
+        int number,
+        const std::string& typeName = "Vec",
+        int line = __builtin_LINE());
 
-    /// Collects garbage as a host does.
-    void collect();
+    /// Expects the objects of these numbers to be destroyed so far, in that order.
+    void isDestroyed(const std::vector<int>& numbers, int line = __builtin_LINE());
 
     std::deque<Vec> m_made;        // by `new`
     std::vector<Vec*> m_destroyed; // by destructors, in that order
     Vec m_hostObject;
+
+protected:
+    UserTypeFixture();
 };
 
 } // namespace tbScripts::test

@@ -15,6 +15,11 @@ foreach(source IN LISTS sources)
         list(APPEND cases ${case})
         list(APPEND suites ${suite})
     endforeach()
+
+    # Suites may consist of rows alone.
+    string(REGEX MATCHALL "Facts<[A-Za-z0-9_]+>" tables "${text}")
+    list(TRANSFORM tables REPLACE "^Facts<|>$" "")
+    list(APPEND suites ${tables})
 endforeach()
 
 set(problems "")
