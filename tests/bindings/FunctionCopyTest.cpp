@@ -5,174 +5,120 @@
 namespace tbScripts::test
 {
 
-using ::testing::ElementsAre;
-
 class FunctionCopyTest : public EnvironmentFixture
 {
 protected:
     /// Assigns `function` to a declared one, which scripts see as `spawn`.
     void publish(const Function& function) { *environment().setFunc("spawn") = function; }
+
+    void expectUnbound(const std::string& name)
+    {
+        expectLogged(
+            "Function '" + name + "' called but no user function is bound. Call having no effect.",
+            "Function");
+    }
+
+    std::unique_ptr<Function> m_source = std::make_unique<Function>("source");
+    std::shared_ptr<int> m_token = std::make_shared<int>(1);
 };
 
 TEST_F(FunctionCopyTest, HasTheNameOfItsSource)
 {
-    auto source = std::make_unique<Function>("spawn");
-    const Function copy(*source);
-
-    source.reset();
-
-    EXPECT_EQ(copy.getName(), "spawn");
+    const Function copy(*m_source);
+    m_source.reset();
+    EXPECT_EQ(copy.getName(), "source");
 }
 
 TEST_F(FunctionCopyTest, HasTheParametersOfItsSource)
 {
-    Function source("spawn");
-    source.addParameter(PARAM_TYPE_INT);
-    source.addParameter(PARAM_TYPE_USER_TYPE, "Enemy");
-
-    const Function copy(source);
-
-    publish(copy);
-    EXPECT_EQ(
-        runExpectingError("spawn(1, 2)"),
-        "Error while executing script 'test' : Error l.1 while calling spawn. Expected Enemy, got "
-        "number.");
+    m_source->addParameter(PARAM_TYPE_INT);
+    m_source->addParameter(PARAM_TYPE_USER_TYPE, "Enemy");
+    publish(Function(*m_source));
+    stops("spawn(1, 2)", "Error l.1 while calling source. Expected Enemy, got number.");
 }
 
 TEST_F(FunctionCopyTest, HasTheCallableOfItsSource)
 {
-    Function source("spawn");
-    source.addParameter(PARAM_TYPE_INT);
-    source.setFunction([](const Parameters& parameters) { return parameters[0].getInt() * 2; });
-
-    const Function copy(source);
-
-    publish(copy);
-    run("result = spawn(21)");
-    EXPECT_EQ(environment().getVar("result", -1), 42);
+    m_source->addParameter(PARAM_TYPE_INT);
+    m_source->setFunction([](const Parameters& parameters) { return parameters[0].getInt() * 2; });
+    publish(Function(*m_source));
+    is("spawn(21)", "42");
 }
 
 TEST_F(FunctionCopyTest, OwnsACallableOfItsOwn)
 {
-    const auto token = std::make_shared<int>(1);
-    Function source("spawn");
-    source.setFunction([token](const Parameters&) { return FunctionParameter::VOID; });
-
-    const Function copy(source);
-
-    EXPECT_EQ(token.use_count(), 3);
+    m_source->setFunction(doing([token = m_token] {}));
+    const Function copy(*m_source);
+    EXPECT_EQ(m_token.use_count(), 3);
 }
 
 TEST_F(FunctionCopyTest, GoesItsOwnWay)
 {
-    Function source("spawn");
-    source.addParameter(PARAM_TYPE_BOOL);
-    const Function copy(source);
-
-    source.addParameter(PARAM_TYPE_INT);
-    source.setFunction([](const Parameters&) { return 1; });
-
+    m_source->addParameter(PARAM_TYPE_BOOL);
+    const Function copy(*m_source);
+    m_source->addParameter(PARAM_TYPE_INT);
+    m_source->setFunction(returning(1));
     publish(copy);
-    run("results = select('#', spawn())");
-    EXPECT_EQ(environment().getVar("results", -1), 0);
-    EXPECT_EQ(m_log.takeEntries().size(), 1U);
+    is("select('#', spawn())", "0");
+    expectLogCount(1);
 }
 
 TEST_F(FunctionCopyTest, OfAnUnboundFunctionCallsTheDefaultOfItsSource)
 {
-    Function source("source");
-    const Function copy(source);
-
-    source = Function("renamed");
-
+    const Function copy(*m_source);
+    *m_source = Function("renamed");
     publish(copy);
     run("spawn()");
-    EXPECT_THAT(
-        m_log.takeEntries(),
-        ElementsAre(LogEntry{
-            "Function 'renamed' called but no user function is bound. Call having no effect.",
-            "Function"}));
+    expectUnbound("renamed");
 }
 
-TEST_F(FunctionCopyTest, OfAnUnboundFunctionReportsTheNameThatItsGoneSourceHad)
+TEST_F(FunctionCopyTest, OfAnUnboundFunctionReportsTheNameThatItsDestroyedSourceHad)
 {
-    auto source = std::make_unique<Function>("source");
-    const Function copy(*source);
-
-    source.reset();
-
+    const Function copy(*m_source);
+    m_source.reset();
     publish(copy);
     run("spawn()");
-    EXPECT_THAT(
-        m_log.takeEntries(),
-        ElementsAre(LogEntry{
-            "Function 'source' called but no user function is bound. Call having no effect.",
-            "Function"}));
+    expectUnbound("source");
 }
 
 TEST_F(FunctionCopyTest, ResetLeavesTheDefaultOfTheSource)
 {
-    Function source("source");
     Function* const function = environment().setFunc("spawn");
-    *function = source;
-    source = Function("renamed");
-
+    *function = *m_source;
+    *m_source = Function("renamed");
     function->reset();
-
     run("spawn()");
-    EXPECT_THAT(
-        m_log.takeEntries(),
-        ElementsAre(LogEntry{
-            "Function 'source' called but no user function is bound. Call having no effect.",
-            "Function"}));
+    expectUnbound("source");
 }
 
 TEST_F(FunctionCopyTest, AssignmentTakesTheName)
 {
-    Function function("spawn");
-
-    function = Function("attack");
-
-    EXPECT_EQ(function.getName(), "attack");
+    *m_source = Function("attack");
+    EXPECT_EQ(m_source->getName(), "attack");
 }
 
 TEST_F(FunctionCopyTest, AssignmentReplacesParametersAndCallable)
 {
-    Function* const function =
-        declare("spawn", {PARAM_TYPE_INT, PARAM_TYPE_INT}, [](const Parameters&) { return 1; });
-    Function source("attack");
-    source.addParameter(PARAM_TYPE_STRING);
-    source.setFunction([](const Parameters& parameters)
-                       { return static_cast<int>(parameters.size()) * 10; });
-
-    *function = source;
-
-    run("result = spawn('x')");
-    EXPECT_EQ(environment().getVar("result", -1), 10);
+    Function* const function = declare("spawn", {PARAM_TYPE_INT, PARAM_TYPE_INT}, returning(1));
+    m_source->addParameter(PARAM_TYPE_STRING);
+    m_source->setFunction([](const Parameters& parameters)
+                          { return static_cast<int>(parameters.size()) * 10; });
+    *function = *m_source;
+    is("spawn('x')", "10");
 }
 
 TEST_F(FunctionCopyTest, AssignmentChangesTheNameInMessages)
 {
-    Function source("attack");
-    source.addParameter(PARAM_TYPE_INT);
-
-    publish(source);
-
-    EXPECT_EQ(
-        runExpectingError("spawn('x')"),
-        "Error while executing script 'test' : Error l.1 while calling attack. Expected int, got "
-        "string.");
+    m_source->addParameter(PARAM_TYPE_INT);
+    publish(*m_source);
+    stops("spawn('x')", "Error l.1 while calling source. Expected int, got string.");
 }
 
-TEST_F(FunctionCopyTest, AssignmentEndsTheEarlierCallable)
+TEST_F(FunctionCopyTest, AssignmentDestroysTheEarlierCallable)
 {
-    const auto token = std::make_shared<int>(1);
-    Function function("spawn");
-    function.setFunction([token](const Parameters&) { return FunctionParameter::VOID; });
-
-    function = Function("other");
-
-    EXPECT_EQ(token.use_count(), 1);
+    m_source->setFunction(doing([token = m_token] {}));
+    *m_source = Function("other");
+    EXPECT_EQ(m_token.use_count(), 1);
 }
 
 TEST_F(FunctionCopyTest, SelfAssignmentChangesNothing)
@@ -182,11 +128,8 @@ TEST_F(FunctionCopyTest, SelfAssignmentChangesNothing)
         {PARAM_TYPE_INT},
         [](const Parameters& parameters) { return parameters[0].getInt() + 1; });
     const Function& same = *function;
-
     *function = same;
-
-    run("result = spawn(7)");
-    EXPECT_EQ(environment().getVar("result", -1), 8);
+    is("spawn(7)", "8");
     EXPECT_EQ(function->getName(), "spawn");
 }
 
@@ -202,12 +145,7 @@ TEST_F(FunctionCopyTest, MadeInsideTheRunningCallableWorksOnItsOwn)
                 *other = Function(*function);
             return parameters[0].getInt();
         });
-
-    run("first = spawn(1) second = other(5) third = spawn(7)");
-
-    EXPECT_EQ(environment().getVar("first", -1), 1);
-    EXPECT_EQ(environment().getVar("second", -1), 5);
-    EXPECT_EQ(environment().getVar("third", -1), 7);
+    is("spawn(1) .. other(5) .. spawn(7)", "157");
 }
 
 } // namespace tbScripts::test

@@ -1,49 +1,16 @@
 #include "support/EnvironmentFixture.h"
+#include "support/RowName.h"
 
-#include <array>
 #include <cmath>
 #include <cstdint>
-#include <cstdio>
 #include <cstring>
 #include <limits>
-#include <ostream>
 
 namespace tbScripts::test
 {
 
-using ::testing::ElementsAre;
-
 namespace
 {
-
-std::string numberText(double number)
-{
-    if (std::isnan(number))
-        return "nan"; // without the sign that some libraries show
-    std::array<char, 40> text{};
-    std::snprintf(text.data(), text.size(), "%.9g", number);
-    return text.data();
-}
-
-// What the host reads out of `parameter`.
-std::string describe(const FunctionParameter& parameter)
-{
-    switch (parameter.getType())
-    {
-    case PARAM_TYPE_BOOL:
-        return parameter.getBool() ? "true" : "false";
-    case PARAM_TYPE_INT:
-        return std::to_string(parameter.getInt());
-    case PARAM_TYPE_FLOAT:
-        return numberText(static_cast<double>(parameter.getFloat()));
-    case PARAM_TYPE_DOUBLE:
-        return numberText(parameter.getDouble());
-    case PARAM_TYPE_STRING:
-        return std::string(std::string_view(parameter.getString()));
-    default:
-        return "unexpected kind";
-    }
-}
 
 // A NaN that the interpreter would take for something else than a number.
 double rawNan()
@@ -56,39 +23,22 @@ double rawNan()
 
 struct Argument
 {
-    const char* name;
+    const char* row;
     FUNCTION_PARAMETER_TYPE type;
     const char* expression;
     std::string expected;
 };
 
-std::ostream& operator<<(std::ostream& stream, const Argument& row)
-{
-    return stream << row.name;
-}
-
 } // namespace
 
-class HostFunctionArgumentTest : public EnvironmentFixture,
-                                 public ::testing::WithParamInterface<Argument>
-{
-};
+using HostFunctionArgumentTest = OnRows<EnvironmentFixture, Argument>;
 
 TEST_P(HostFunctionArgumentTest, ArrivesAsTheDeclaredKind)
 {
-    std::string received;
-    declare(
-        "take",
-        {GetParam().type},
-        [&received](const Parameters& parameters)
-        {
-            received = describe(parameters[0]);
-            return FunctionParameter::VOID;
-        });
-
+    std::vector<std::string> received;
+    declare("take", {GetParam().type}, recording(received));
     run(std::string("take(") + GetParam().expression + ")");
-
-    EXPECT_EQ(received, GetParam().expected);
+    EXPECT_THAT(received, ::testing::ElementsAre(GetParam().expected));
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -104,7 +54,7 @@ INSTANTIATE_TEST_SUITE_P(
         Argument{"EmptyText", PARAM_TYPE_BOOL, "''", "true"},
         Argument{"Table", PARAM_TYPE_BOOL, "{}", "true"},
         Argument{"Function", PARAM_TYPE_BOOL, "print", "true"}),
-    [](const auto& row) { return std::string(row.param.name); });
+    RowName());
 
 INSTANTIATE_TEST_SUITE_P(
     Int,
@@ -125,7 +75,7 @@ INSTANTIATE_TEST_SUITE_P(
         Argument{"NegativeHuge", PARAM_TYPE_INT, "-1e300", "-2147483648"},
         Argument{"Infinite", PARAM_TYPE_INT, "1/0", "2147483647"},
         Argument{"NotANumber", PARAM_TYPE_INT, "0/0", "0"}),
-    [](const auto& row) { return std::string(row.param.name); });
+    RowName());
 
 INSTANTIATE_TEST_SUITE_P(
     Float,
@@ -136,7 +86,7 @@ INSTANTIATE_TEST_SUITE_P(
         Argument{"Huge", PARAM_TYPE_FLOAT, "1e300", "inf"},
         Argument{"NegativeHuge", PARAM_TYPE_FLOAT, "-1e300", "-inf"},
         Argument{"NotANumber", PARAM_TYPE_FLOAT, "0/0", "nan"}),
-    [](const auto& row) { return std::string(row.param.name); });
+    RowName());
 
 INSTANTIATE_TEST_SUITE_P(
     Double,
@@ -146,7 +96,7 @@ INSTANTIATE_TEST_SUITE_P(
         Argument{"NumericText", PARAM_TYPE_DOUBLE, "'1e2'", "100"},
         Argument{"Huge", PARAM_TYPE_DOUBLE, "1e300", "1e+300"},
         Argument{"NotANumber", PARAM_TYPE_DOUBLE, "0/0", "nan"}),
-    [](const auto& row) { return std::string(row.param.name); });
+    RowName());
 
 INSTANTIATE_TEST_SUITE_P(
     String,
@@ -157,43 +107,32 @@ INSTANTIATE_TEST_SUITE_P(
         Argument{"WholeNumber", PARAM_TYPE_STRING, "7", "7"},
         Argument{"Fraction", PARAM_TYPE_STRING, "-0.5", "-0.5"},
         Argument{"KeepsZeroBytes", PARAM_TYPE_STRING, "'a\\0b'", std::string("a\0b", 3)}),
-    [](const auto& row) { return std::string(row.param.name); });
+    RowName());
 
 namespace
 {
 
 struct Result
 {
-    const char* name;
+    const char* row;
     FunctionParameter value;
     const char* description;
 };
 
-std::ostream& operator<<(std::ostream& stream, const Result& row)
-{
-    return stream << row.name;
-}
-
 } // namespace
 
-class HostFunctionResultTest : public EnvironmentFixture,
-                               public ::testing::WithParamInterface<Result>
-{
-};
+using HostFunctionResultTest = OnRows<EnvironmentFixture, Result>;
 
 TEST_P(HostFunctionResultTest, ArrivesInTheScript)
 {
-    declare("give", {}, [](const Parameters&) { return GetParam().value; });
+    declare("give", {}, returning(GetParam().value));
     run("function describe(...)"
         "  local value = ..."
         "  if value ~= value then value = 'not itself' end"
         "  if type(value) == 'number' then value = string.format('%.17g', value) end"
         "  return select('#', ...) .. ' ' .. type((...)) .. ' ' .. tostring(value)"
         " end");
-
-    run("result = describe(give())");
-
-    EXPECT_EQ(environment().getVar("result", ""), GetParam().description);
+    is("describe(give())", GetParam().description);
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -222,81 +161,34 @@ INSTANTIATE_TEST_SUITE_P(
             "EmptyFunctionReference",
             FunctionParameter::ofType(PARAM_TYPE_SCRIPT_FUNCTION),
             "1 nil nil"}),
-    [](const auto& row) { return std::string(row.param.name); });
-
-namespace
-{
-
-struct NumberOfKind
-{
-    const char* name;
-    std::uint32_t number;
-};
-
-std::ostream& operator<<(std::ostream& stream, const NumberOfKind& row)
-{
-    return stream << row.name;
-}
-
-} // namespace
+    RowName());
 
 class HostFunctionUnhandledKindTest : public EnvironmentFixture,
-                                      public ::testing::WithParamInterface<NumberOfKind>
+                                      public ::testing::WithParamInterface<int>
 {
-protected:
-    static FUNCTION_PARAMETER_TYPE type()
-    {
-        return static_cast<FUNCTION_PARAMETER_TYPE>(GetParam().number);
-    }
 };
 
 TEST_P(HostFunctionUnhandledKindTest, AsParameterFailsEveryCall)
 {
-    bool isCalled = false;
-    declare("spawn", {type()}, [&isCalled](const Parameters&) { return isCalled = true; });
-
-    run("isDone, message = pcall(spawn, 1)");
-
-    EXPECT_FALSE(isCalled);
-    EXPECT_EQ(
-        environment().getVar("message", ""),
-        "Error while requesting parameter for function 'spawn', parameter type not handled.");
-    EXPECT_THAT(
-        m_log.takeEntries(),
-        ElementsAre(LogEntry{
-            "Error while requesting parameter for function 'spawn', parameter type not handled.",
-            "LuaFunction"}));
+    declare("spawn", {static_cast<FUNCTION_PARAMETER_TYPE>(GetParam())}, uncallable());
+    const char* const message =
+        "Error while requesting parameter for function 'spawn', parameter type not handled.";
+    raises("spawn(1)", message);
+    expectLogged(message, "LuaFunction");
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Kinds,
-    HostFunctionUnhandledKindTest,
-    ::testing::Values(
-        NumberOfKind{"Void", 0}, NumberOfKind{"Ten", 10}, NumberOfKind{"TwoHundredFiftyFive", 255}),
-    [](const auto& row) { return std::string(row.param.name); });
-
-class HostFunctionUnhandledResultTest : public HostFunctionUnhandledKindTest
+TEST_P(HostFunctionUnhandledKindTest, AsResultIsLoggedAndGivesNone)
 {
-};
-
-TEST_P(HostFunctionUnhandledResultTest, IsLoggedAndGivesNoResult)
-{
-    declare("spawn", {}, [](const Parameters&) { return FunctionParameter::ofType(type()); });
-
-    run("results = select('#', spawn())");
-
-    EXPECT_EQ(environment().getVar("results", -1), 0);
-    EXPECT_THAT(
-        m_log.takeEntries(),
-        ElementsAre(LogEntry{
-            "Error while filling output for function 'spawn', parameter type not handled.",
-            "LuaFunction"}));
+    const auto type = static_cast<FUNCTION_PARAMETER_TYPE>(GetParam());
+    declare("spawn", {}, returning(FunctionParameter::ofType(type)));
+    is("select('#', spawn())", "0");
+    if (GetParam() == PARAM_TYPE_VOID)
+        return; // says that there is none
+    expectLogged(
+        "Error while filling output for function 'spawn', parameter type not handled.",
+        "LuaFunction");
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Kinds,
-    HostFunctionUnhandledResultTest,
-    ::testing::Values(NumberOfKind{"Ten", 10}, NumberOfKind{"TwoHundredFiftyFive", 255}),
-    [](const auto& row) { return std::string(row.param.name); });
+INSTANTIATE_TEST_SUITE_P(Kinds, HostFunctionUnhandledKindTest, ::testing::Values(0, 10, 255));
 
 } // namespace tbScripts::test
