@@ -2,9 +2,9 @@
 
 #include "support/AllocationCounter.h"
 #include "support/EnvironmentFixture.h"
+#include "support/RowName.h"
 
 #include <algorithm>
-#include <ostream>
 
 namespace tbScripts::test
 {
@@ -14,16 +14,11 @@ namespace
 
 struct CallShape
 {
-    const char* name;
+    const char* row;
     std::vector<FUNCTION_PARAMETER_TYPE> types;
     const char* arguments;
     FunctionParameter result;
 };
-
-std::ostream& operator<<(std::ostream& stream, const CallShape& row)
-{
-    return stream << row.name;
-}
 
 } // namespace
 
@@ -36,22 +31,8 @@ protected:
     {
         AllocationCounter counter;
         std::size_t count = 99;
-        declare(
-            "start",
-            {},
-            [&counter](const Parameters&)
-            {
-                counter = AllocationCounter();
-                return FunctionParameter::VOID;
-            });
-        declare(
-            "stop",
-            {},
-            [&](const Parameters&)
-            {
-                count = counter.count();
-                return FunctionParameter::VOID;
-            });
+        declareAction("start", [&counter] { counter = AllocationCounter(); });
+        declareAction("stop", [&] { count = counter.count(); });
         run(callText + " start() for i = 1, 100 do " + callText + " end stop()");
         return count;
     }
@@ -59,10 +40,7 @@ protected:
     ScriptObjectReference m_callBack; // the script function `callBack`
 };
 
-class HostFunctionAllocationTest : public CallAllocationTest,
-                                   public ::testing::WithParamInterface<CallShape>
-{
-};
+using HostFunctionAllocationTest = OnRows<CallAllocationTest, CallShape>;
 
 TEST_P(HostFunctionAllocationTest, IsZeroPerCall)
 {
@@ -104,19 +82,11 @@ INSTANTIATE_TEST_SUITE_P(
             {PARAM_TYPE_STRING},
             "'a text that is too long for the storage inside a text object, by far'",
             7}),
-    [](const auto& row) { return std::string(row.param.name); });
+    RowName());
 
 TEST_F(CallAllocationTest, CounterSeesWhatACallableAllocates)
 {
-    declare(
-        "call",
-        {},
-        [](const Parameters&)
-        {
-            return FunctionParameter(
-                "a text that is too long for the storage inside a text object, by far");
-        });
-
+    declare("call", {}, [](const Parameters&) { return FunctionParameter(std::string(70, 'x')); });
     EXPECT_GE(countWhileCalling("call()"), 100U);
 }
 
@@ -126,16 +96,10 @@ TEST_F(CallAllocationTest, ShorterTextsReuseTheStorageOfALongerOne)
     declare(
         "call",
         {PARAM_TYPE_STRING},
-        [&longest](const Parameters& parameters)
-        {
-            longest = std::max(longest, parameters[0].getString().size());
-            return FunctionParameter::VOID;
-        });
+        doing([&longest](const Parameters& parameters)
+              { longest = std::max(longest, parameters[0].getString().size()); }));
     run("call(string.rep('x', 1000))");
-
-    const std::size_t count = countWhileCalling("call(string.rep('x', 10 * (i or 1)))");
-
-    EXPECT_EQ(count, 0U);
+    EXPECT_EQ(countWhileCalling("call(string.rep('x', 10 * (i or 1)))"), 0U);
     EXPECT_EQ(longest, 1000U);
 }
 
@@ -143,10 +107,7 @@ TEST_F(CallAllocationTest, CallsFromACoroutineAreFreeToo)
 {
     declare("call", {PARAM_TYPE_INT}, [](const Parameters& parameters) { return parameters[0]; });
     run("step = coroutine.wrap(function() while true do call(7) coroutine.yield() end end)");
-
-    const std::size_t count = countWhileCalling("step()");
-
-    EXPECT_EQ(count, 0U);
+    EXPECT_EQ(countWhileCalling("step()"), 0U);
 }
 
 TEST_F(CallAllocationTest, EnteredAgainItIsFreeOnceTheDepthWasReached)
@@ -177,22 +138,14 @@ namespace
 
 struct ScriptCallShape
 {
-    const char* name;
+    const char* row;
     std::vector<FunctionParameter> inputs;
     std::vector<FunctionParameter> outputs;
 };
 
-std::ostream& operator<<(std::ostream& stream, const ScriptCallShape& row)
-{
-    return stream << row.name;
-}
-
 } // namespace
 
-class ScriptCallAllocationTest : public EnvironmentFixture,
-                                 public ::testing::WithParamInterface<ScriptCallShape>
-{
-};
+using ScriptCallAllocationTest = OnRows<EnvironmentFixture, ScriptCallShape>;
 
 TEST_P(ScriptCallAllocationTest, IsZeroPerCall)
 {
@@ -222,6 +175,6 @@ INSTANTIATE_TEST_SUITE_P(
         ScriptCallShape{"Bools", {true}, {false}},
         ScriptCallShape{"AllOfThem", {1, 0.5F, 0.5, true}, {0, 0.0F, 0.0, false}},
         ScriptCallShape{"TextThatFits", {"spear"}, {""}}),
-    [](const auto& row) { return std::string(row.param.name); });
+    RowName());
 
 } // namespace tbScripts::test

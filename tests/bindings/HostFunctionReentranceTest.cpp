@@ -1,4 +1,5 @@
 #include "support/EnvironmentFixture.h"
+#include "support/RowName.h"
 
 #include <memory>
 
@@ -18,10 +19,23 @@ protected:
             environment().callScriptFunction(parameter.getScriptObject(), Parameters(), outputs));
     }
 
-    static std::string textOf(const FunctionParameter& parameter)
+    /// Declares `enter(number, f)`, which calls `f`, then notes the number that it still sees.
+    void declareEnter()
     {
-        return std::string(std::string_view(parameter.getString()));
+        declare(
+            "enter",
+            {PARAM_TYPE_INT, PARAM_TYPE_SCRIPT_FUNCTION},
+            doing(
+                [this](const Parameters& parameters)
+                {
+                    if (parameters[0].getInt() == 8)
+                        throw 8;
+                    callBack(parameters[1]);
+                    m_seen.push_back(parameters[0].getInt());
+                }));
     }
+
+    std::vector<int> m_seen;
 };
 
 TEST_F(HostFunctionReentranceTest, EachOfFiftyLevelsSeesItsOwnValues)
@@ -33,7 +47,7 @@ TEST_F(HostFunctionReentranceTest, EachOfFiftyLevelsSeesItsOwnValues)
         [&](const Parameters& parameters)
         {
             callBack(parameters[2]);
-            seen.push_back(std::to_string(parameters[0].getInt()) + textOf(parameters[1]));
+            seen.push_back(valueOf(parameters[0]) + valueOf(parameters[1]));
             return parameters[0].getInt();
         });
 
@@ -44,12 +58,10 @@ TEST_F(HostFunctionReentranceTest, EachOfFiftyLevelsSeesItsOwnValues)
         " end"
         " level(1)");
 
-    ASSERT_EQ(seen.size(), 50U);
-    for (int i = 0; i < 50; ++i)
-    {
-        const std::string number = std::to_string(50 - i);
-        EXPECT_EQ(seen[static_cast<std::size_t>(i)], number + "level" + number);
-    }
+    std::vector<std::string> expected;
+    for (int i = 50; i > 0; --i)
+        expected.push_back(std::to_string(i) + "level" + std::to_string(i));
+    EXPECT_EQ(seen, expected);
 }
 
 TEST_F(HostFunctionReentranceTest, OuterCallSeesItsOwnTableAfterTheInnerOne)
@@ -58,71 +70,56 @@ TEST_F(HostFunctionReentranceTest, OuterCallSeesItsOwnTableAfterTheInnerOne)
     declare(
         "enter",
         {PARAM_TYPE_SCRIPT_OBJECT, PARAM_TYPE_SCRIPT_FUNCTION},
-        [&](const Parameters& parameters)
-        {
-            callBack(parameters[1]);
-            last = parameters[0].getScriptObject();
-            return FunctionParameter::VOID;
-        });
-
+        doing(
+            [&](const Parameters& parameters)
+            {
+                callBack(parameters[1]);
+                last = parameters[0].getScriptObject();
+            }));
     run("outer, inner = {}, {}"
         " enter(outer, function() enter(inner, function() end) end)");
-
     environment().setVar("last", last);
-    run("isOuter = last == outer");
-    EXPECT_TRUE(environment().getVar("isOuter", false));
+    is("last == outer", "true");
 }
 
 TEST_F(HostFunctionReentranceTest, OuterCallSeesItsOwnValuesAfterAnInnerMismatch)
 {
-    int seen = 0;
-    declare(
-        "enter",
-        {PARAM_TYPE_INT, PARAM_TYPE_SCRIPT_FUNCTION},
-        [&](const Parameters& parameters)
-        {
-            callBack(parameters[1]);
-            seen = parameters[0].getInt();
-            return FunctionParameter::VOID;
-        });
-
-    run("enter(7, function() pcall(enter, 8, 'no function') end)");
-
-    EXPECT_EQ(seen, 7);
-    EXPECT_EQ(m_log.takeEntries().size(), 1U);
+    declareEnter();
+    run("enter(7, function() pcall(enter, 9, 'no function') end)");
+    EXPECT_THAT(m_seen, ElementsAre(7));
+    expectLogCount(1);
 }
 
 TEST_F(HostFunctionReentranceTest, OuterCallSeesItsOwnValuesAfterAnInnerThrow)
 {
-    int seen = 0;
-    declare(
-        "enter",
-        {PARAM_TYPE_INT, PARAM_TYPE_SCRIPT_FUNCTION},
-        [&](const Parameters& parameters)
-        {
-            if (parameters[0].getInt() == 8)
-                throw 8;
-            callBack(parameters[1]);
-            seen = parameters[0].getInt();
-            return FunctionParameter::VOID;
-        });
-
+    declareEnter();
     run("enter(7, function() pcall(enter, 8, print) end)");
+    EXPECT_THAT(m_seen, ElementsAre(7));
+}
 
-    EXPECT_EQ(seen, 7);
+TEST_F(HostFunctionReentranceTest, CallsThroughACoroutineSeeTheirOwnValues)
+{
+    declareEnter();
+    run("enter(1, function()"
+        "  coroutine.wrap(function() enter(2, function() enter(3, function() end) end) end)()"
+        " end)");
+    EXPECT_THAT(m_seen, ElementsAre(3, 2, 1));
 }
 
 TEST_F(HostFunctionReentranceTest, FinaliserThatRunsWhileArgumentsAreReadHasValuesOfItsOwn)
 {
-    std::vector<int> seen;
+    std::vector<int> ownValues;
+    std::size_t calls = 0;
     declare(
         "take",
         {PARAM_TYPE_INT, PARAM_TYPE_STRING},
-        [&seen](const Parameters& parameters)
-        {
-            seen.push_back(parameters[0].getInt());
-            return FunctionParameter::VOID;
-        });
+        doing(
+            [&](const Parameters& parameters)
+            {
+                ++calls;
+                if (parameters[0].getInt() != -1)
+                    ownValues.push_back(parameters[0].getInt());
+            }));
 
     // Reading a number as a text allocates, and so may run the finaliser.
     run("for i = 1, 20000 do"
@@ -131,130 +128,10 @@ TEST_F(HostFunctionReentranceTest, FinaliserThatRunsWhileArgumentsAreReadHasValu
         " end"
         " collectgarbage() collectgarbage()");
 
-    std::vector<int> ownValues;
-    for (const int value : seen)
-    {
-        if (value != -1)
-            ownValues.push_back(value);
-    }
     ASSERT_EQ(ownValues.size(), 20000U);
     for (int i = 0; i < 20000; ++i)
         ASSERT_EQ(ownValues[static_cast<std::size_t>(i)], i + 1);
-    EXPECT_GT(seen.size(), 20000U);
-}
-
-TEST_F(HostFunctionReentranceTest, CallsThroughACoroutineSeeTheirOwnValues)
-{
-    std::vector<int> seen;
-    declare(
-        "enter",
-        {PARAM_TYPE_INT, PARAM_TYPE_SCRIPT_FUNCTION},
-        [&](const Parameters& parameters)
-        {
-            callBack(parameters[1]);
-            seen.push_back(parameters[0].getInt());
-            return FunctionParameter::VOID;
-        });
-
-    run("enter(1, function()"
-        "  coroutine.wrap(function() enter(2, function() enter(3, function() end) end) end)()"
-        " end)");
-
-    EXPECT_THAT(seen, ElementsAre(3, 2, 1));
-}
-
-/// What a callable does to its own function while it runs.
-class HostFunctionChangedWhileRunningTest : public HostFunctionReentranceTest
-{
-protected:
-    /// Declares `spawn`, whose callable does `change` to it and then notes what it still sees.
-    void declareChanging(void (*change)(Function& function, Environment& environment))
-    {
-        const auto token = std::make_shared<int>(5);
-        m_token = token;
-        Function* const function = declare("spawn", {PARAM_TYPE_STRING, PARAM_TYPE_INT}, nullptr);
-        function->setFunction(
-            [this, function, change, token](const Parameters& parameters)
-            {
-                change(*function, environment());
-                m_seen = textOf(parameters[0]) + std::to_string(parameters[1].getInt()) +
-                         std::to_string(*token) + (m_token.expired() ? "gone" : "kept");
-                return 9;
-            });
-    }
-
-    std::string m_seen;
-    std::weak_ptr<int> m_token; // captured by the callable
-};
-
-TEST_F(HostFunctionChangedWhileRunningTest, ResetLeavesTheRunningCallItsOwn)
-{
-    declareChanging([](Function& function, Environment&) { function.reset(); });
-
-    run("result = spawn('a text that is too long for the short form', 2)");
-
-    EXPECT_EQ(m_seen, "a text that is too long for the short form25kept");
-    EXPECT_EQ(environment().getVar("result", -1), 9);
-    EXPECT_TRUE(m_token.expired());
-}
-
-TEST_F(HostFunctionChangedWhileRunningTest, ResetCountsForTheNextCall)
-{
-    declareChanging([](Function& function, Environment&) { function.reset(); });
-
-    run("spawn('a', 2) results = select('#', spawn())");
-
-    EXPECT_EQ(environment().getVar("results", -1), 0);
-    EXPECT_THAT(
-        m_log.takeEntries(),
-        ElementsAre(LogEntry{
-            "Function 'spawn' called but no user function is bound. Call having no effect.",
-            "Function"}));
-}
-
-TEST_F(HostFunctionChangedWhileRunningTest, SetFunctionLeavesTheRunningCallItsOwn)
-{
-    declareChanging([](Function& function, Environment&)
-                    { function.setFunction([](const Parameters&) { return 10; }); });
-
-    run("first = spawn('a', 2) second = spawn('b', 3)");
-
-    EXPECT_EQ(m_seen, "a25kept");
-    EXPECT_EQ(environment().getVar("first", -1), 9);
-    EXPECT_EQ(environment().getVar("second", -1), 10);
-    EXPECT_TRUE(m_token.expired());
-}
-
-TEST_F(HostFunctionChangedWhileRunningTest, AddParameterLeavesTheRunningCallItsOwn)
-{
-    declareChanging(
-        [](Function& function, Environment&)
-        {
-            for (int i = 0; i < 100; ++i)
-                function.addParameter(PARAM_TYPE_BOOL);
-        });
-
-    run("result = spawn('a', 2)");
-
-    EXPECT_EQ(m_seen, "a25kept");
-    EXPECT_EQ(environment().getVar("result", -1), 9);
-}
-
-TEST_F(HostFunctionChangedWhileRunningTest, AddParameterCountsForTheNextCall)
-{
-    std::vector<std::size_t> sizes;
-    Function* const function = environment().setFunc("spawn");
-    function->setFunction(
-        [&sizes, function](const Parameters& parameters)
-        {
-            function->addParameter(PARAM_TYPE_INT);
-            sizes.push_back(parameters.size());
-            return FunctionParameter::VOID;
-        });
-
-    run("spawn() spawn(1) spawn(1, 2)");
-
-    EXPECT_THAT(sizes, ElementsAre(0U, 1U, 2U));
+    EXPECT_GT(calls, 20000U);
 }
 
 TEST_F(HostFunctionReentranceTest, ParameterAddedAfterNestedCallsCountsForInnerCallsToo)
@@ -263,114 +140,17 @@ TEST_F(HostFunctionReentranceTest, ParameterAddedAfterNestedCallsCountsForInnerC
     Function* const function = declare(
         "enter",
         {PARAM_TYPE_SCRIPT_FUNCTION},
-        [&](const Parameters& parameters)
-        {
-            callBack(parameters[0]);
-            sizes.push_back(parameters.size());
-            return FunctionParameter::VOID;
-        });
+        doing(
+            [&](const Parameters& parameters)
+            {
+                callBack(parameters[0]);
+                sizes.push_back(parameters.size());
+            }));
     const std::string nested = "enter(function() enter(idle, 2) end, 1)";
     run("function idle() end " + nested);
-
     function->addParameter(PARAM_TYPE_INT);
-
     run(nested);
     EXPECT_THAT(sizes, ElementsAre(1U, 1U, 2U, 2U));
-}
-
-TEST_F(HostFunctionChangedWhileRunningTest, AssignmentLeavesTheRunningCallItsOwn)
-{
-    declareChanging([](Function& function, Environment&) { function = Function("other"); });
-
-    run("result = spawn('a', 2)");
-
-    EXPECT_EQ(m_seen, "a25kept");
-    EXPECT_EQ(environment().getVar("result", -1), 9);
-    EXPECT_TRUE(m_token.expired());
-}
-
-TEST_F(HostFunctionChangedWhileRunningTest, DeclaringItAgainLeavesTheRunningCallItsOwn)
-{
-    declareChanging([](Function&, Environment& environment) { environment.setFunc("spawn"); });
-
-    run("result = spawn('a', 2)");
-
-    EXPECT_EQ(m_seen, "a25kept");
-    EXPECT_EQ(environment().getVar("result", -1), 9);
-    EXPECT_THAT(
-        m_log.takeEntries(),
-        ElementsAre(LogEntry{
-            "Function 'spawn' already existant. Resetting its state before returning it. This "
-            "might break previous usage of the function.",
-            "Environment"}));
-}
-
-TEST_F(HostFunctionChangedWhileRunningTest, InnerCallsUseWhatWasChanged)
-{
-    int innerCount = -1;
-    Function* const function = environment().setFunc("spawn");
-    function->addParameter(PARAM_TYPE_INT);
-    function->setFunction(
-        [&, function](const Parameters& parameters)
-        {
-            function->addParameter(PARAM_TYPE_INT);
-            function->setFunction(
-                [&innerCount](const Parameters& inner)
-                {
-                    innerCount = inner[0].getInt() * 10 + inner[1].getInt();
-                    return FunctionParameter::VOID;
-                });
-            EXPECT_TRUE(runScript(environment(), "spawn(4, 5)", "nested"));
-            return parameters[0].getInt();
-        });
-
-    run("result = spawn(7)");
-
-    EXPECT_EQ(innerCount, 45);
-    EXPECT_EQ(environment().getVar("result", -1), 7);
-}
-
-TEST_F(HostFunctionChangedWhileRunningTest, ChangeInsideAnInnerCallLeavesTheOuterOneItsOwn)
-{
-    std::vector<int> seen;
-    Function* const function = environment().setFunc("spawn");
-    function->addParameter(PARAM_TYPE_INT);
-    function->addParameter(PARAM_TYPE_SCRIPT_FUNCTION);
-    function->setFunction(
-        [&, function](const Parameters& parameters)
-        {
-            if (parameters[0].getInt() == 2)
-                function->reset();
-            callBack(parameters[1]);
-            seen.push_back(parameters[0].getInt());
-            return FunctionParameter::VOID;
-        });
-
-    run("spawn(1, function() spawn(2, function() spawn(3) end) end)");
-
-    EXPECT_THAT(seen, ElementsAre(2, 1));
-    EXPECT_EQ(m_log.takeEntries().size(), 1U);
-}
-
-TEST_F(HostFunctionChangedWhileRunningTest, DestroyingTheEnvironmentLeavesTheRunningCallItsOwn)
-{
-    std::string seen;
-    const auto token = std::make_shared<int>(5);
-    declare(
-        "quit",
-        {PARAM_TYPE_STRING},
-        [this, &seen, token](const Parameters& parameters)
-        {
-            destroyEnvironment();
-            seen = textOf(parameters[0]) + std::to_string(*token);
-            return FunctionParameter::VOID;
-        });
-
-    const bool isDone = runScript(environment(), "quit('a text beyond the short form of texts')");
-
-    EXPECT_TRUE(isDone);
-    EXPECT_EQ(seen, "a text beyond the short form of texts5");
-    EXPECT_EQ(token.use_count(), 1);
 }
 
 TEST_F(HostFunctionReentranceTest, ResultOfTheInnerCallIsTheInnerOne)
@@ -380,10 +160,162 @@ TEST_F(HostFunctionReentranceTest, ResultOfTheInnerCallIsTheInnerOne)
         {PARAM_TYPE_INT, PARAM_TYPE_INT},
         [](const Parameters& parameters)
         { return parameters[0].getInt() + parameters[1].getInt(); });
+    is("add(add(1, 2), add(3, add(4, 5)))", "15");
+}
 
-    run("result = add(add(1, 2), add(3, add(4, 5)))");
+namespace
+{
 
-    EXPECT_EQ(environment().getVar("result", -1), 15);
+/// What a callable does to its own function while it runs.
+struct Change
+{
+    const char* row;
+    void (*perform)(Function& function, Environment& environment);
+    const char* nextResult; // of a call afterwards
+    std::vector<LogEntry> entries;
+};
+
+const LogEntry UNBOUND{
+    "Function 'spawn' called but no user function is bound. Call having no effect.", "Function"};
+
+} // namespace
+
+class HostFunctionChangedWhileRunningTest : public OnRows<HostFunctionReentranceTest, Change>
+{
+};
+
+TEST_P(HostFunctionChangedWhileRunningTest, LeavesTheRunningCallItsOwnAndCountsForTheNextOne)
+{
+    std::string seen;
+    bool isFirst = true;
+    std::weak_ptr<int> captured;
+    {
+        const auto token = std::make_shared<int>(5);
+        captured = token;
+        Function* const function = declare("spawn", {PARAM_TYPE_STRING, PARAM_TYPE_INT}, nullptr);
+        function->setFunction(
+            [this, function, token, &seen, &isFirst, &captured](const Parameters& parameters)
+            {
+                if (isFirst)
+                    GetParam().perform(*function, environment());
+                isFirst = false;
+                seen = valuesOf(parameters) + ", " + std::to_string(*token) +
+                       (captured.expired() ? " gone" : " kept");
+                return 9;
+            });
+    }
+
+    is("spawn('a text that is too long for the short form', 2)", "9");
+    EXPECT_EQ(seen, "a text that is too long for the short form, 2, 5 kept");
+    is("spawn('b', 3)", GetParam().nextResult);
+
+    EXPECT_EQ(captured.expired(), std::string(GetParam().nextResult) != "9");
+    expectLogged(GetParam().entries);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Changes,
+    HostFunctionChangedWhileRunningTest,
+    ::testing::Values(
+        Change{
+            "Reset", [](Function& function, Environment&) { function.reset(); }, "nil", {UNBOUND}},
+        Change{
+            "SetFunction",
+            [](Function& function, Environment&) { function.setFunction(returning(10)); },
+            "10",
+            {}},
+        Change{
+            "AddParameter",
+            [](Function& function, Environment&)
+            {
+                for (int i = 0; i < 100; ++i)
+                    function.addParameter(PARAM_TYPE_BOOL);
+            },
+            "9",
+            {}},
+        Change{
+            "Assignment",
+            [](Function& function, Environment&) { function = Function("other"); },
+            "nil",
+            {{"Function 'other' called but no user function is bound. Call having no effect.",
+              "Function"}}},
+        Change{
+            "DeclaringItAgain",
+            [](Function&, Environment& environment) { environment.setFunc("spawn"); },
+            "nil",
+            {{"Function 'spawn' already existant. Resetting its state before returning it. This "
+              "might break previous usage of the function.",
+              "Environment"},
+             UNBOUND}}),
+    RowName());
+
+class HostFunctionRunningTest : public HostFunctionReentranceTest
+{
+};
+
+TEST_F(HostFunctionRunningTest, AddParameterCountsForTheNextCall)
+{
+    std::vector<std::size_t> sizes;
+    Function* const function = environment().setFunc("spawn");
+    function->setFunction(doing(
+        [&sizes, function](const Parameters& parameters)
+        {
+            function->addParameter(PARAM_TYPE_INT);
+            sizes.push_back(parameters.size());
+        }));
+    run("spawn() spawn(1) spawn(1, 2)");
+    EXPECT_THAT(sizes, ElementsAre(0U, 1U, 2U));
+}
+
+TEST_F(HostFunctionRunningTest, InnerCallsUseWhatWasChanged)
+{
+    std::vector<std::string> inner;
+    Function* const function = declare("spawn", {PARAM_TYPE_INT}, nullptr);
+    function->setFunction(
+        [&, function](const Parameters& parameters)
+        {
+            function->addParameter(PARAM_TYPE_INT);
+            function->setFunction(recording(inner));
+            EXPECT_TRUE(runScript(environment(), "spawn(4, 5)", "nested"));
+            return parameters[0].getInt();
+        });
+    is("spawn(7)", "7");
+    EXPECT_THAT(inner, ElementsAre("4, 5"));
+}
+
+TEST_F(HostFunctionRunningTest, ChangeInsideAnInnerCallLeavesTheOuterOneItsOwn)
+{
+    Function* const function =
+        declare("spawn", {PARAM_TYPE_INT, PARAM_TYPE_SCRIPT_FUNCTION}, nullptr);
+    function->setFunction(doing(
+        [&, function](const Parameters& parameters)
+        {
+            if (parameters[0].getInt() == 2)
+                function->reset();
+            callBack(parameters[1]);
+            m_seen.push_back(parameters[0].getInt());
+        }));
+    run("spawn(1, function() spawn(2, function() spawn(3) end) end)");
+    EXPECT_THAT(m_seen, ElementsAre(2, 1));
+    expectLogged({UNBOUND});
+}
+
+TEST_F(HostFunctionRunningTest, DestroyingTheEnvironmentLeavesTheRunningCallItsOwn)
+{
+    std::string seen;
+    const auto token = std::make_shared<int>(5);
+    declare(
+        "quit",
+        {PARAM_TYPE_STRING},
+        doing(
+            [this, &seen, token](const Parameters& parameters)
+            {
+                destroyEnvironment();
+                seen = valueOf(parameters[0]) + std::to_string(*token);
+            }));
+    EXPECT_TRUE(runScript(environment(), "quit('a text beyond the short form of texts')"));
+    EXPECT_EQ(seen, "a text beyond the short form of texts5");
+    EXPECT_EQ(token.use_count(), 1);
 }
 
 } // namespace tbScripts::test

@@ -1,14 +1,12 @@
-#include "support/EnvironmentFixture.h"
 #include "support/ReactingLogger.h"
+#include "support/RowName.h"
+#include "support/Steps.h"
 
-#include <ostream>
 #include <tuple>
 #include <utility>
 
 namespace tbScripts::test
 {
-
-using ::testing::ElementsAre;
 
 namespace
 {
@@ -20,11 +18,6 @@ struct Mismatch
     const char* expected;
 };
 
-std::ostream& operator<<(std::ostream& stream, const Mismatch& row)
-{
-    return stream << row.name;
-}
-
 struct WrongValue
 {
     const char* name;
@@ -32,51 +25,35 @@ struct WrongValue
     const char* typeName;
 };
 
-std::ostream& operator<<(std::ostream& stream, const WrongValue& row)
-{
-    return stream << row.name;
-}
-
 } // namespace
 
 class MismatchMessageTest : public EnvironmentFixture
 {
-protected:
+public:
     /// Declares `spawn` with a parameter of `type`; its callable must not be called.
     void declareSpawn(FUNCTION_PARAMETER_TYPE type = PARAM_TYPE_INT)
     {
         Function* const function = environment().setFunc("spawn");
         function->addParameter(type, "Enemy");
-        function->setFunction(
-            [](const Parameters&)
-            {
-                ADD_FAILURE() << "the callable was called";
-                return FunctionParameter::VOID;
-            });
+        function->setFunction(uncallable());
     }
 
     /// Expects `message` as global `message` of the script, and logged once.
     void expectMessage(const std::string& message)
     {
-        EXPECT_EQ(environment().getVar("message", ""), message);
-        EXPECT_THAT(m_log.takeEntries(), ElementsAre(LogEntry{message, "LuaFunction"}));
+        is("message", message);
+        expectLogged(message, "LuaFunction");
     }
 };
 
-class MismatchMessageTypesTest
-    : public MismatchMessageTest,
-      public ::testing::WithParamInterface<std::tuple<Mismatch, WrongValue>>
-{
-};
+using MismatchMessageTypesTest = OnRows<MismatchMessageTest, std::tuple<Mismatch, WrongValue>>;
 
 TEST_P(MismatchMessageTypesTest, NamesBothTypes)
 {
     const auto& [expected, actual] = GetParam();
     declareSpawn(expected.type);
-
     run(std::string("isDone, message = pcall(function() local x = spawn(") + actual.expression +
         ") end)");
-
     expectMessage(
         std::string("Error l.1 while calling spawn. Expected ") + expected.expected + ", got " +
         actual.typeName + ".");
@@ -154,230 +131,177 @@ INSTANTIATE_TEST_SUITE_P(
         ::testing::Values(MISSING, NIL, BOOL, NUMBER, TEXT, CLOSURE, THREAD, FILE_HANDLE, BOXED)),
     rowName);
 
-TEST_F(MismatchMessageTest, CarriesTheLineOfTheCall)
-{
-    declareSpawn();
-
-    const std::string message = runExpectingError("\n\n\n\n\n\n\n\n\n\n\nspawn('x')");
-
-    EXPECT_EQ(
-        message,
-        "Error while executing script 'test' : Error l.12 while calling spawn. Expected int, got "
-        "string.");
-}
-
-TEST_F(MismatchMessageTest, IsLoggedBeforeTheFailureOfTheScript)
-{
-    declareSpawn();
-
-    const bool isDone = runScript(environment(), "spawn('x')");
-
-    EXPECT_FALSE(isDone);
-    EXPECT_THAT(
-        m_log.takeEntries(),
-        ElementsAre(
-            LogEntry{"Error l.1 while calling spawn. Expected int, got string.", "LuaFunction"},
-            LogEntry{
-                "Error while executing script 'test' : Error l.1 while calling spawn. Expected "
-                "int, got string.",
-                "LuaEnvironment"}));
-}
-
 TEST_F(MismatchMessageTest, NamesTheFirstOfSeveralWrongArguments)
 {
     Function* const function = declare("spawn", {PARAM_TYPE_INT, PARAM_TYPE_STRING}, nullptr);
     function->addParameter(PARAM_TYPE_USER_TYPE, "Enemy");
-
     run("isDone, message = pcall(function() local x = spawn(1, {}, 7) end)");
-
     expectMessage("Error l.1 while calling spawn. Expected string, got table.");
 }
 
 TEST_F(MismatchMessageTest, KeepsAllBytesOfTheFunctionNameInTheLog)
 {
-    Function* const function = environment().setFunc(tbMemory::StringView("spawn\0er", 8));
-    function->addParameter(PARAM_TYPE_INT);
-
-    run("isDone, message = pcall(function() local x = spawn({}) end)");
-
-    EXPECT_EQ(environment().getVar("message", ""), "Error l.1 while calling spawn");
-    EXPECT_THAT(
-        m_log.takeEntries(),
-        ElementsAre(LogEntry{
-            std::string("Error l.1 while calling spawn\0er. Expected int, got table.", 58),
-            "LuaFunction"}));
+    environment().setFunc(tbMemory::StringView("spawn\0er", 8))->addParameter(PARAM_TYPE_INT);
+    raises("local x = spawn({})", "Error l.1 while calling spawn");
+    expectLogged(
+        std::string("Error l.1 while calling spawn\0er. Expected int, got table.", 58),
+        "LuaFunction");
 }
 
-TEST_F(MismatchMessageTest, CarriesTheLineInsideACoroutine)
+namespace
 {
-    declareSpawn();
 
-    run("local routine = coroutine.create(function()\n"
-        "  coroutine.yield()\n"
-        "  spawn('x')\n"
-        "end)\n"
-        "coroutine.resume(routine)\n"
-        "isDone, message = coroutine.resume(routine)");
-
-    expectMessage("Error l.3 while calling spawn. Expected int, got string.");
+// What every call of `spawn` with a string says, by the line that it names.
+std::string gotString(int line)
+{
+    return "Error l." + std::to_string(line) + " while calling spawn. Expected int, got string.";
 }
 
-TEST_F(MismatchMessageTest, CarriesTheLineThroughAProtectedCall)
+auto spawn()
 {
-    declareSpawn();
-
-    run("isDone, message = pcall(function()\n"
-        "  local value = 1\n"
-        "  value = spawn('x')\n"
-        "end)");
-
-    expectMessage("Error l.3 while calling spawn. Expected int, got string.");
+    return [](MismatchMessageTest& test) { test.declareSpawn(); };
 }
 
-TEST_F(MismatchMessageTest, CarriesTheLineThroughAMessageHandler)
+// Declares a `spawn` that takes numbers.
+Step numberSpawn()
 {
-    declareSpawn();
-
-    run("isDone, message = xpcall(function()\n"
-        "  local value = spawn('x')\n"
-        "end, function(text) return 'handled ' .. text end)");
-
-    EXPECT_EQ(
-        environment().getVar("message", ""),
-        "handled Error l.2 while calling spawn. Expected int, got string.");
-    EXPECT_EQ(m_log.takeEntries().size(), 1U);
+    return function("spawn", {PARAM_TYPE_INT}, returning(1));
 }
 
-TEST_F(MismatchMessageTest, CarriesTheLineInsideACompiledLoop)
+auto message(const std::string& text)
 {
-    declare("spawn", {PARAM_TYPE_INT}, [](const Parameters&) { return 1; });
-
-    run("local arguments = {}\n"
-        "for i = 1, 5000 do arguments[i] = i end\n"
-        "arguments[5000] = 'x'\n"
-        "require('jit').flush()\n"
-        "isDone, message = pcall(function()\n"
-        "  local sum = 0\n"
-        "  for i = 1, 5000 do\n"
-        "    local argument = arguments[i]\n"
-        "    sum = sum + spawn(argument)\n"
-        "    sum = sum + 1\n"
-        "  end\n"
-        "end)\n"
-        "isCompiled = require('jit.util').traceinfo(1) ~= nil");
-
-    EXPECT_TRUE(environment().getVar("isCompiled", false));
-    expectMessage("Error l.9 while calling spawn. Expected int, got string.");
+    return [=](MismatchMessageTest& test) { test.expectMessage(text); };
 }
 
-TEST_F(MismatchMessageTest, CarriesTheLineInsideACompiledFunctionCalledInALoop)
+// Has the host call the script function `spawn` with a string.
+Step callFromHost()
 {
-    declare("spawn", {PARAM_TYPE_INT}, [](const Parameters&) { return 1; });
-
-    run("local function once(i)\n"
-        "  local argument = i == 5000 and 'x' or i\n"
-        "  local result = spawn(argument)\n"
-        "  return result\n"
-        "end\n"
-        "require('jit').flush()\n"
-        "isDone, message = pcall(function()\n"
-        "  for i = 1, 5000 do once(i) end\n"
-        "end)\n"
-        "isCompiled = require('jit.util').traceinfo(1) ~= nil");
-
-    EXPECT_TRUE(environment().getVar("isCompiled", false));
-    expectMessage("Error l.3 while calling spawn. Expected int, got string.");
+    return [](EnvironmentFixture& test)
+    {
+        Parameters outputs;
+        Environment& environment = test.environment();
+        EXPECT_FALSE(environment.callScriptFunction(
+            environment.getScriptFunction("spawn"), {FunctionParameter("x")}, outputs));
+    };
 }
 
-TEST_F(MismatchMessageTest, CarriesTheLineOfTheAccessThatCallsAMetamethod)
+// Declares the host function `nest`, which does `step`.
+Step nesting(const Step& step)
 {
-    declareSpawn();
-
-    run("local object = setmetatable({}, { __index = spawn })\n"
-        "isDone, message = pcall(function()\n"
-        "  local value = object.health\n"
-        "end)");
-
-    expectMessage("Error l.3 while calling spawn. Expected int, got table.");
+    return [=](EnvironmentFixture& test)
+    { test.declareAction("nest", [&test, step] { step(test); }); };
 }
 
-TEST_F(MismatchMessageTest, CarriesTheLineOfTheInnermostScript)
+Step runNested(const std::string& sources)
 {
-    declareSpawn();
-    declare(
-        "nest",
-        {},
-        [this](const Parameters&) { return runScript(environment(), "\n\nspawn('x')", "nested"); });
+    return [=](EnvironmentFixture& test)
+    { EXPECT_FALSE(runScript(test.environment(), sources, "nested")); };
+}
 
-    run("nest()");
-
-    EXPECT_THAT(
-        m_log.takeEntries(),
-        ElementsAre(
-            LogEntry{"Error l.3 while calling spawn. Expected int, got string.", "LuaFunction"},
-            LogEntry{
-                "Error while executing script 'nested' : Error l.3 while calling spawn. Expected "
+const Facts<MismatchMessageTest> FACTS(
+    "MismatchMessageTest",
+    {
+        {"CarriesTheLineOfTheCallAndIsLoggedBeforeTheFailureOfTheScript",
+         {spawn(),
+          runNested("\n\n\n\n\n\n\n\n\n\n\nspawn('x')"),
+          logs(
+              {{gotString(12), "LuaFunction"},
+               {"Error while executing script 'nested' : Error l.12 while calling spawn. Expected "
                 "int, got string.",
-                "LuaEnvironment"}));
-}
+                "LuaEnvironment"}})}},
+        {"CarriesTheLineInsideACoroutine",
+         {spawn(),
+          run("local routine = coroutine.create(function()\n"
+              "  coroutine.yield()\n"
+              "  spawn('x')\n"
+              "end)\n"
+              "coroutine.resume(routine)\n"
+              "isDone, message = coroutine.resume(routine)"),
+          message(gotString(3))}},
+        {"CarriesTheLineThroughAProtectedCall",
+         {spawn(),
+          run("isDone, message = pcall(function()\n"
+              "  local value = 1\n"
+              "  value = spawn('x')\n"
+              "end)"),
+          message(gotString(3))}},
+        {"CarriesTheLineThroughAMessageHandler",
+         {spawn(),
+          run("isDone, message = xpcall(function()\n"
+              "  local value = spawn('x')\n"
+              "end, function(text) return 'handled ' .. text end)"),
+          is("message", "handled " + gotString(2)),
+          logsCount(1)}},
+        {"CarriesTheLineInsideACompiledLoop",
+         {numberSpawn(),
+          run("local arguments = {}\n"
+              "for i = 1, 5000 do arguments[i] = i end\n"
+              "arguments[5000] = 'x'\n"
+              "require('jit').flush()\n"
+              "isDone, message = pcall(function()\n"
+              "  local sum = 0\n"
+              "  for i = 1, 5000 do\n"
+              "    local argument = arguments[i]\n"
+              "    sum = sum + spawn(argument)\n"
+              "    sum = sum + 1\n"
+              "  end\n"
+              "end)\n"
+              "isCompiled = require('jit.util').traceinfo(1) ~= nil"),
+          is("isCompiled", "true"),
+          message(gotString(9))}},
+        {"CarriesTheLineInsideACompiledFunctionCalledInALoop",
+         {numberSpawn(),
+          run("local function once(i)\n"
+              "  local argument = i == 5000 and 'x' or i\n"
+              "  local result = spawn(argument)\n"
+              "  return result\n"
+              "end\n"
+              "require('jit').flush()\n"
+              "isDone, message = pcall(function()\n"
+              "  for i = 1, 5000 do once(i) end\n"
+              "end)\n"
+              "isCompiled = require('jit.util').traceinfo(1) ~= nil"),
+          is("isCompiled", "true"),
+          message(gotString(3))}},
+        {"CarriesTheLineOfTheAccessThatCallsAMetamethod",
+         {spawn(),
+          run("local object = setmetatable({}, { __index = spawn })\n"
+              "isDone, message = pcall(function()\n"
+              "  local value = object.health\n"
+              "end)"),
+          message("Error l.3 while calling spawn. Expected int, got table.")}},
+        {"CarriesTheLineOfTheInnermostScript",
+         {spawn(),
+          nesting(runNested("\n\nspawn('x')")),
+          run("nest()"),
+          logs(
+              {{gotString(3), "LuaFunction"},
+               {"Error while executing script 'nested' : Error l.3 while calling spawn. Expected "
+                "int, got string.",
+                "LuaEnvironment"}})}},
+        {"HasNoLineWhereTheCoroutineIsTheHostFunctionItself",
+         {spawn(),
+          run("isDone, message = pcall(coroutine.wrap(spawn), 'wrong type')"),
+          message(gotString(-1))}},
+        {"HasNoLineWhereTheHostCalls",
+         {spawn(),
+          callFromHost(),
+          logs({{gotString(-1), "LuaFunction"}, {gotString(-1), "LuaEnvironment"}})}},
+        {"HasNoLineWhereTheHostCallsFromAHostFunction",
+         {spawn(),
+          nesting(callFromHost()),
+          run("nest()"),
+          logs({{gotString(-1), "LuaFunction"}, {gotString(-1), "LuaEnvironment"}})}},
+        {"HasNoLineWhereALibraryFunctionCalls",
+         {spawn(),
+          run("isDone, message = pcall(string.gsub, 'x', 'x', spawn)"),
+          message(gotString(-1))}},
+    });
 
-TEST_F(MismatchMessageTest, HasNoLineWhereTheCoroutineIsTheHostFunctionItself)
-{
-    declareSpawn();
+const char* const FAIL_IN_A_COROUTINE =
+    "isDone, message = coroutine.resume(coroutine.create(function() spawn('x') end))";
 
-    run("isDone, message = pcall(coroutine.wrap(spawn), 'wrong type')");
-
-    expectMessage("Error l.-1 while calling spawn. Expected int, got string.");
-}
-
-TEST_F(MismatchMessageTest, HasNoLineWhereTheHostCalls)
-{
-    declareSpawn();
-    Parameters outputs;
-
-    const bool isDone = environment().callScriptFunction(
-        environment().getScriptFunction("spawn"), {FunctionParameter("x")}, outputs);
-
-    EXPECT_FALSE(isDone);
-    EXPECT_THAT(
-        m_log.takeEntries(),
-        ElementsAre(
-            LogEntry{"Error l.-1 while calling spawn. Expected int, got string.", "LuaFunction"},
-            LogEntry{
-                "Error l.-1 while calling spawn. Expected int, got string.", "LuaEnvironment"}));
-}
-
-TEST_F(MismatchMessageTest, HasNoLineWhereTheHostCallsFromAHostFunction)
-{
-    declareSpawn();
-    declare(
-        "nest",
-        {PARAM_TYPE_SCRIPT_FUNCTION},
-        [this](const Parameters& parameters)
-        {
-            Parameters outputs;
-            return environment().callScriptFunction(
-                parameters[0].getScriptObject(), {FunctionParameter("x")}, outputs);
-        });
-
-    run("nest(spawn)");
-
-    EXPECT_THAT(
-        m_log.takeEntries(),
-        ElementsAre(
-            LogEntry{"Error l.-1 while calling spawn. Expected int, got string.", "LuaFunction"},
-            LogEntry{
-                "Error l.-1 while calling spawn. Expected int, got string.", "LuaEnvironment"}));
-}
-
-TEST_F(MismatchMessageTest, HasNoLineWhereALibraryFunctionCalls)
-{
-    declareSpawn();
-
-    run("isDone, message = pcall(string.gsub, 'x', 'x', spawn)");
-
-    expectMessage("Error l.-1 while calling spawn. Expected int, got string.");
-}
+} // namespace
 
 TEST_F(MismatchMessageTest, ReceiverMayAskTheEnvironmentWhileACoroutineFails)
 {
@@ -392,14 +316,10 @@ TEST_F(MismatchMessageTest, ReceiverMayAskTheEnvironmentWhileACoroutineFails)
             lives = environment().getVar("lives", -1);
             call("onLog", {20}, outputs);
         });
-
-    run("isDone, message = coroutine.resume(coroutine.create(function() spawn('x') end))");
-
+    run(FAIL_IN_A_COROUTINE);
     EXPECT_EQ(lives, 3);
     EXPECT_EQ(outputs[0].getInt(), 21);
-    EXPECT_EQ(
-        environment().getVar("message", ""),
-        "Error l.1 while calling spawn. Expected int, got string.");
+    is("message", gotString(1));
 }
 
 TEST_F(MismatchMessageTest, ReceiverMayFailTheSameWayOnce)
@@ -414,29 +334,19 @@ TEST_F(MismatchMessageTest, ReceiverMayFailTheSameWayOnce)
             if (std::exchange(isFirst, false))
                 call("onLog", {}, outputs);
         });
-
-    run("isDone, message = coroutine.resume(coroutine.create(function() spawn('x') end))");
-
-    EXPECT_THAT(
-        logger.takeEntries(),
-        ElementsAre(
-            LogEntry{"Error l.1 while calling spawn. Expected int, got string.", "LuaFunction"},
-            LogEntry{"Error l.-1 while calling spawn. Expected int, got table.", "LuaFunction"}));
-    EXPECT_EQ(
-        environment().getVar("message", ""),
-        "Error l.1 while calling spawn. Expected int, got string.");
+    run(FAIL_IN_A_COROUTINE);
+    const std::vector<LogEntry> expected{
+        {gotString(1), "LuaFunction"},
+        {"Error l.-1 while calling spawn. Expected int, got table.", "LuaFunction"}};
+    EXPECT_EQ(logger.takeEntries(), expected);
+    is("message", gotString(1));
 }
 
 TEST_F(MismatchMessageTest, ReceiverMayResetTheFunctionThatFails)
 {
     declareSpawn();
     const ReactingLogger logger([this] { environment().getFunc("spawn")->reset(); });
-
-    run("isDone, message = pcall(function() local x = spawn('x') end)");
-
-    EXPECT_EQ(
-        environment().getVar("message", ""),
-        "Error l.1 while calling spawn. Expected int, got string.");
+    raises("local x = spawn('x')", gotString(1));
 }
 
 } // namespace tbScripts::test

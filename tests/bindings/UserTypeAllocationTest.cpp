@@ -5,8 +5,6 @@
 #include "support/RowName.h"
 #include "support/UserTypeFixture.h"
 
-#include <ostream>
-
 namespace tbScripts::test
 {
 
@@ -17,13 +15,8 @@ struct Use
 {
     const char* row;
     const char* script;
-    std::size_t allocations; // of a hundred uses
+    std::size_t allocations = 0; // of a hundred uses
 };
-
-std::ostream& operator<<(std::ostream& stream, const Use& use)
-{
-    return stream << use.row;
-}
 
 } // namespace
 
@@ -41,6 +34,8 @@ protected:
         vec().setDestructor([](void* object) { delete static_cast<Vec*>(object); });
         setHostObject("v", m_hostObject);
         setHostObject("w", m_other);
+        declareAction("start", [this] { m_counter = AllocationCounter(); });
+        declareAction("stop", [this] { m_count = m_counter.count(); });
     }
 
     void declareOtherFields()
@@ -52,19 +47,15 @@ protected:
         field.name = "isLong";
         field.type = PARAM_TYPE_BOOL;
         vec().setField(field);
-        declareObjectField("kept", PARAM_TYPE_USER_TYPE);
-        declareObjectField("owned", PARAM_TYPE_USER_TYPE_OWNED);
-    }
-
-    void declareObjectField(const char* name, FUNCTION_PARAMETER_TYPE type)
-    {
-        UserTypeFieldDescriptor field;
         field.getter = [](void* object) { return FunctionParameter(object, "Vec", false); };
         field.setter = [](const Parameters& parameters)
         { vecOf(parameters[0]).y = vecOf(parameters[1]).x; };
-        field.name = name;
-        field.type = type;
         field.userTypeName = "Vec";
+        field.name = "kept";
+        field.type = PARAM_TYPE_USER_TYPE;
+        vec().setField(field);
+        field.name = "owned";
+        field.type = PARAM_TYPE_USER_TYPE_OWNED;
         vec().setField(field);
     }
 
@@ -74,96 +65,86 @@ protected:
             "lengthen",
             {PARAM_TYPE_DOUBLE},
             [](const Parameters& parameters)
-            {
-                vecOf(parameters[0]).x += parameters[1].getDouble();
-                return vecOf(parameters[0]).x;
-            });
+            { return vecOf(parameters[0]).x += parameters[1].getDouble(); });
         vec()
             .setMethod("itself", true)
             ->setFunction([](const Parameters& parameters) { return parameters[0]; });
-        vec().setStaticMethod("origin")->setFunction([](const Parameters&) { return 0; });
+        vec().setStaticMethod("origin")->setFunction(returning(0));
         Function* const distance = vec().setMethod("distance", false);
         distance->addParameter(PARAM_TYPE_USER_TYPE_OWNED, "Vec");
         distance->setFunction([](const Parameters& parameters)
                               { return vecOf(parameters[0]).x - vecOf(parameters[1]).x; });
     }
 
+    // Declares an operator by what it does to the `x` of its operands.
+    template <typename Operation>
+    void declareOperator(BUILT_IN_FUNCTION number, Operation operation)
+    {
+        vec().setOperator(number)->setFunction(
+            [operation](const Parameters& parameters)
+            {
+                const Vec& last = vecOf(parameters[parameters.size() - 1]);
+                return FunctionParameter(operation(vecOf(parameters[0]).x, last.x));
+            });
+    }
+
     void declareOperators()
     {
-        vec()
-            .setOperator(BUILT_IN_FUNCTION::ADD)
-            ->setFunction(
-                [](const Parameters& parameters)
-                {
-                    Vec* const sum = new Vec;
-                    sum->x = vecOf(parameters[0]).x + vecOf(parameters[1]).x;
-                    return FunctionParameter(sum, "Vec", true);
-                });
-        vec()
-            .setOperator(BUILT_IN_FUNCTION::MUL)
-            ->setFunction([](const Parameters& parameters)
-                          { return vecOf(parameters[0]).x * vecOf(parameters[1]).x; });
-        vec()
-            .setOperator(BUILT_IN_FUNCTION::LT)
-            ->setFunction([](const Parameters& parameters)
-                          { return vecOf(parameters[0]).x < vecOf(parameters[1]).x; });
-        vec()
-            .setOperator(BUILT_IN_FUNCTION::UNM)
-            ->setFunction([](const Parameters& parameters) { return -vecOf(parameters[0]).x; });
+        declareOperator(
+            BUILT_IN_FUNCTION::ADD,
+            [](double a, double b) {
+                return FunctionParameter(new Vec{a + b, 0.0}, "Vec", true);
+            });
+        declareOperator(BUILT_IN_FUNCTION::MUL, [](double a, double b) { return a * b; });
+        declareOperator(BUILT_IN_FUNCTION::LT, [](double a, double b) { return a < b; });
+        declareOperator(BUILT_IN_FUNCTION::UNM, [](double a, double) { return -a; });
     }
 
     /// Runs `script` a hundred times, once before, and returns the allocations.
     std::size_t countWhileRunning(const std::string& script)
     {
-        AllocationCounter counter;
-        std::size_t count = 9999;
-        declareAction("start", [&counter] { counter = AllocationCounter(); });
-        declareAction("stop", [&] { count = counter.count(); });
         run("owned = Vec.new() " + script + " collectgarbage('stop') start() for i = 1, 100 do " +
             script + " end stop() collectgarbage('restart')");
-        return count;
+        return m_count;
     }
 
     Vec m_other;
+    AllocationCounter m_counter;
+    std::size_t m_count = 9999;
 };
 
-class UserTypeUseAllocationTest : public UserTypeAllocationTest,
-                                  public ::testing::WithParamInterface<Use>
-{
-};
+using UserTypeUseAllocationTest = OnRows<UserTypeAllocationTest, Use>;
 
 TEST_P(UserTypeUseAllocationTest, HappensOnlyForObjectsOfTheHost)
 {
-    const std::size_t count = countWhileRunning(GetParam().script);
-
-    EXPECT_EQ(count, GetParam().allocations);
+    EXPECT_EQ(countWhileRunning(GetParam().script), GetParam().allocations);
 }
 
 INSTANTIATE_TEST_SUITE_P(
     Uses,
     UserTypeUseAllocationTest,
     ::testing::Values(
-        Use{"ReadNumber", "local x = v.x", 0},
-        Use{"WriteNumber", "v.x = 3", 0},
-        Use{"ReadBool", "local x = v.isLong", 0},
-        Use{"WriteBool", "v.isLong = true", 0},
-        Use{"ReadObject", "local x = v.kept", 0},
-        Use{"WriteKeptObject", "v.kept = w", 0},
-        Use{"WriteOwnedObject", "v.owned = owned", 0},
-        Use{"ReadUnknown", "local x = v.unknown", 0},
-        Use{"WriteUnknown", "v.unknown = 1", 0},
-        Use{"ReadRawEntry", "local x = v.__name", 0},
-        Use{"ReadElement", "local x = v[1]", 0},
-        Use{"ReadElementByText", "local x = v['1']", 0},
-        Use{"WriteElement", "v[1] = 3", 0},
-        Use{"CallMethod", "v:lengthen(1)", 0},
-        Use{"CallStaticMethod", "Vec.origin()", 0},
-        Use{"CallMethodWithObject", "v:distance(owned)", 0},
-        Use{"ChainOwned", "owned:itself():itself()", 0},
-        Use{"NumberOperator", "local x = v * w", 0},
-        Use{"BoolOperator", "local x = v < w", 0},
-        Use{"UnaryOperator", "local x = -v", 0},
-        Use{"SwitchOwnership", "owned:disableGc() owned:enableGc()", 0},
+        Use{"ReadNumber", "local x = v.x"},
+        Use{"WriteNumber", "v.x = 3"},
+        Use{"ReadBool", "local x = v.isLong"},
+        Use{"WriteBool", "v.isLong = true"},
+        Use{"ReadObject", "local x = v.kept"},
+        Use{"WriteKeptObject", "v.kept = w"},
+        Use{"WriteOwnedObject", "v.owned = owned"},
+        Use{"ReadUnknown", "local x = v.unknown"},
+        Use{"WriteUnknown", "v.unknown = 1"},
+        Use{"ReadRawEntry", "local x = v.__name"},
+        Use{"ReadElement", "local x = v[1]"},
+        Use{"ReadElementByText", "local x = v['1']"},
+        Use{"WriteElement", "v[1] = 3"},
+        Use{"CallMethod", "v:lengthen(1)"},
+        Use{"CallStaticMethod", "Vec.origin()"},
+        Use{"CallMethodWithObject", "v:distance(owned)"},
+        Use{"ChainOwned", "owned:itself():itself()"},
+        Use{"NumberOperator", "local x = v * w"},
+        Use{"BoolOperator", "local x = v < w"},
+        Use{"UnaryOperator", "local x = -v"},
+        Use{"SwitchOwnership", "owned:disableGc() owned:enableGc()"},
         Use{"NewObject", "local x = Vec.new()", 100},
         Use{"ObjectOperator", "local x = v + w", 100}),
     RowName());
@@ -195,14 +176,8 @@ TEST_F(UserTypeAllocationTest, IsZeroWhileInstancesAreCollected)
     vec().setConstructor([this](const Parameters&) { return &m_hostObject; });
     vec().setDestructor([](void*) {});
     run("for i = 1, 100 do Vec.new() end");
-    AllocationCounter counter;
-    std::size_t count = 9999;
-    declareAction("start", [&counter] { counter = AllocationCounter(); });
-    declareAction("stop", [&] { count = counter.count(); });
-
     run("start() collectgarbage() collectgarbage() stop()");
-
-    EXPECT_EQ(count, 0U);
+    EXPECT_EQ(m_count, 0U);
 }
 
 } // namespace tbScripts::test

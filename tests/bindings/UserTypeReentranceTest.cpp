@@ -24,33 +24,18 @@ protected:
         call(name, {FunctionParameter(argument)}, outputs);
         return outputs[0].getDouble();
     }
-
-    /// Declares the field `name` with that setter for numbers.
-    void declareSetter(const std::string& name, Setter setter)
-    {
-        UserTypeFieldDescriptor field;
-        field.setter = std::move(setter);
-        field.name = name;
-        field.type = PARAM_TYPE_DOUBLE;
-        vec().setField(field);
-    }
 };
 
 TEST_F(UserTypeReentranceTest, GetterMayReadTheSameField)
 {
     int depth = 0;
-    UserTypeFieldDescriptor field;
-    field.getter = [&](void*)
-    {
-        if (++depth == 5)
-            return FunctionParameter(1.0);
-        return FunctionParameter(callScript("read", 0.0) + 1.0);
-    };
-    field.name = "depth";
-    vec().setField(field);
+    setGetter(
+        vec(),
+        "depth",
+        [&](void*)
+        { return FunctionParameter(++depth == 5 ? 1.0 : callScript("read", 0.0) + 1.0); });
     run("function read() return v.depth end");
-
-    EXPECT_EQ(evaluate("v.depth"), "5");
+    is("v.depth", "5");
 }
 
 TEST_F(UserTypeReentranceTest, SetterSeesItsOwnValueAfterAnInnerWrite)
@@ -58,8 +43,10 @@ TEST_F(UserTypeReentranceTest, SetterSeesItsOwnValueAfterAnInnerWrite)
     std::vector<double> values;
     Vec inner;
     setHostObject("w", inner);
-    declareSetter(
+    setSetter(
+        vec(),
         "x",
+        PARAM_TYPE_DOUBLE,
         [&](const Parameters& parameters)
         {
             const double value = parameters[1].getDouble();
@@ -79,32 +66,32 @@ TEST_F(UserTypeReentranceTest, SetterSeesItsOwnValueAfterAnInnerWrite)
 
 TEST_F(UserTypeReentranceTest, ArrayReadSeesItsOwnIndexAfterAnInnerRead)
 {
-    UserTypeArrayDescriptor access;
-    access.read = [&](const Parameters& parameters)
-    {
-        const int index = parameters[1].getInt();
-        const double inner = index > 0 ? callScript("read", index - 1) : 0.0;
-        EXPECT_EQ(parameters[0].getUserTypeObject(), &m_hostObject);
-        return FunctionParameter(inner * 10.0 + parameters[1].getInt());
-    };
-    vec().setArrayAccess(access);
+    setReading(
+        vec(),
+        [&](const Parameters& parameters)
+        {
+            const int index = parameters[1].getInt();
+            const double inner = index > 0 ? callScript("read", index - 1) : 0.0;
+            EXPECT_EQ(parameters[0].getUserTypeObject(), &m_hostObject);
+            return FunctionParameter(inner * 10.0 + parameters[1].getInt());
+        });
     run("function read(index) return v[index] end");
 
-    EXPECT_EQ(evaluate("v[4]"), "1234");
+    is("v[4]", "1234");
 }
 
 TEST_F(UserTypeReentranceTest, ArrayWriteSeesItsOwnValueAfterAnInnerWrite)
 {
     std::vector<double> written;
-    UserTypeArrayDescriptor access;
-    access.write = [&](const Parameters& parameters)
-    {
-        if (parameters[1].getInt() > 0)
-            callScript("write", parameters[1].getInt() - 1);
-        written.push_back(parameters[1].getInt() + parameters[2].getDouble());
-    };
-    access.type = PARAM_TYPE_DOUBLE;
-    vec().setArrayAccess(access);
+    setWriting(
+        vec(),
+        PARAM_TYPE_DOUBLE,
+        [&](const Parameters& parameters)
+        {
+            if (parameters[1].getInt() > 0)
+                callScript("write", parameters[1].getInt() - 1);
+            written.push_back(parameters[1].getInt() + parameters[2].getDouble());
+        });
     run("function write(index) v[index] = index * 10 return 0 end");
 
     run("v[3] = 30");
@@ -130,7 +117,7 @@ TEST_F(UserTypeReentranceTest, MethodSeesItsOwnArgumentsAfterAnInnerCall)
         });
     run("function sum(n) return n % 2 == 0 and v:sum(n) or w:sum(n) end");
 
-    EXPECT_EQ(evaluate("v:sum(4)"), "1234");
+    is("v:sum(4)", "1234");
 }
 
 TEST_F(UserTypeReentranceTest, OperatorMayUseTheSameOperator)
@@ -148,15 +135,17 @@ TEST_F(UserTypeReentranceTest, OperatorMayUseTheSameOperator)
             });
     run("function negate() return -v end");
 
-    EXPECT_EQ(evaluate("-v"), "4");
+    is("-v", "4");
 }
 
 TEST_F(UserTypeReentranceTest, SetterMayWriteWhatIsAMismatch)
 {
     bool isInner = false;
     std::vector<double> values;
-    declareSetter(
+    setSetter(
+        vec(),
         "x",
+        PARAM_TYPE_DOUBLE,
         [&](const Parameters& parameters)
         {
             if (!isInner)
@@ -173,46 +162,44 @@ TEST_F(UserTypeReentranceTest, SetterMayWriteWhatIsAMismatch)
     EXPECT_THAT(values, ElementsAre(7.0));
 }
 
+namespace
+{
+
+const auto NO_KIND = FunctionParameter::ofType(static_cast<FUNCTION_PARAMETER_TYPE>(200));
+
+} // namespace
+
 TEST_F(UserTypeReentranceTest, GetterThatClearsItsTypeIsStillNamedInTheLog)
 {
-    UserTypeFieldDescriptor field;
-    field.getter = [this](void*)
-    {
-        vec().clear();
-        return FunctionParameter::ofType(static_cast<FUNCTION_PARAMETER_TYPE>(200));
-    };
-    field.name = "a field with a name that has memory of its own";
-    vec().setField(field);
-
+    setGetter(
+        vec(),
+        "a field with a name that has memory of its own",
+        [this](void*)
+        {
+            vec().clear();
+            return NO_KIND;
+        });
     run("local x = v['a field with a name that has memory of its own']");
-
-    EXPECT_THAT(
-        m_log.takeEntries(),
-        ElementsAre(LogEntry{
-            "Error while filling output for function 'a field with a name that has memory of its "
-            "own', parameter type not handled.",
-            "LuaFunction"}));
+    expectLogged(
+        "Error while filling output for function 'a field with a name that has memory of its "
+        "own', parameter type not handled.",
+        "LuaFunction");
 }
 
 TEST_F(UserTypeReentranceTest, ArrayReadThatReleasesItsTypeStillNamesItInTheLog)
 {
-    UserType& type = declareType("a long name of a namespace::Vec");
-    UserTypeArrayDescriptor access;
-    access.read = [this](const Parameters&)
-    {
-        environment().getNamespace("a long name of a namespace")->release();
-        return FunctionParameter::ofType(static_cast<FUNCTION_PARAMETER_TYPE>(200));
-    };
-    type.setArrayAccess(access);
-
+    setReading(
+        declareType("a long name of a namespace::Vec"),
+        [this](const Parameters&)
+        {
+            environment().getNamespace("a long name of a namespace")->release();
+            return NO_KIND;
+        });
     run("local x = _G['a long name of a namespace'].Vec.new()[1]");
-
-    EXPECT_THAT(
-        m_log.takeEntries(),
-        ElementsAre(LogEntry{
-            "Error while filling output for function 'a long name of a namespace::Vec', parameter "
-            "type not handled.",
-            "LuaFunction"}));
+    expectLogged(
+        "Error while filling output for function 'a long name of a namespace::Vec', parameter "
+        "type not handled.",
+        "LuaFunction");
 }
 
 TEST_F(UserTypeReentranceTest, ConstructorMayMakeInstances)
@@ -248,19 +235,19 @@ TEST_F(UserTypeReentranceTest, DestructorMayMakeAndUseInstances)
 
     collect();
 
-    EXPECT_THAT(m_destroyed, ElementsAre(&m_made[0]));
-    EXPECT_EQ(evaluate("other.x"), "3");
+    isDestroyed({0});
+    is("other.x", "3");
 }
 
 TEST_F(UserTypeReentranceTest, EachWorksInACoroutineThatTheOtherLeft)
 {
     declareField("x", &Vec::x);
-    declareMethod("yieldless", {}, [](const Parameters&) { return 5; });
+    declareMethod("yieldless", {}, returning(5));
     run("step = coroutine.wrap(function() "
         "    while true do v.x = v.x + 1  coroutine.yield(v:yieldless() + v.x) end end)");
 
-    EXPECT_EQ(evaluate("step()"), "6");
-    EXPECT_EQ(evaluate("step()"), "7");
+    is("step()", "6");
+    is("step()", "7");
 }
 
 } // namespace tbScripts::test
