@@ -48,6 +48,17 @@ std::string LuaCallBridgeFixture::readExpectingError(
     return message;
 }
 
+void LuaCallBridgeFixture::expectMismatch(
+    FunctionParameter& parameter,
+    const std::string& expression,
+    const std::string& message,
+    int line)
+{
+    EXPECT_EQ(
+        readExpectingError(parameter, expression), "Error l.-1 while calling spawn. " + message)
+        << "in line " << line;
+}
+
 std::string
 LuaCallBridgeFixture::readSlotExpectingError(FunctionParameter& parameter, int stackIndex)
 {

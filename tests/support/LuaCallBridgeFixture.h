@@ -29,7 +29,14 @@ protected:
     /// Reads the value of `expression`, which must not fit, and returns the message.
     std::string readExpectingError(FunctionParameter& parameter, const std::string& expression);
 
-    /// The same with the value in slot `stackIndex`.
+    /// Expects reading the value of `expression` to fail with this, behind the line.
+    void expectMismatch(
+        FunctionParameter& parameter,
+        const std::string& expression,
+        const std::string& message,
+        int line = __builtin_LINE());
+
+    /// Reads the value in slot `stackIndex`, which must not fit, and returns the message.
     std::string readSlotExpectingError(FunctionParameter& parameter, int stackIndex);
 
     /// Returns whether the value of `expression` fits.

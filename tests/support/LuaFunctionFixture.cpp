@@ -56,6 +56,17 @@ std::string LuaFunctionFixture::runExpectingError(const std::string& sources)
     return message;
 }
 
+void LuaFunctionFixture::raises(const std::string& sources, const std::string& message, int line)
+{
+    EXPECT_EQ(runExpectingError(sources), message) << sources << ", in line " << line;
+}
+
+void LuaFunctionFixture::is(const std::string& expression, const std::string& shown, int line)
+{
+    run("shown = tostring((" + expression + "))");
+    EXPECT_EQ(global("shown"), shown) << expression << ", in line " << line;
+}
+
 void LuaFunctionFixture::callScript(
     const ScriptObjectReference& function,
     const std::vector<FunctionParameter>& inputs,

@@ -2,11 +2,10 @@
 
 #include "bindings/lua/functions/LuaFunction.h"
 #include "bindings/lua/values/LuaInstanceBox.h"
+#include "support/Callables.h"
 #include "support/LuaStateFixture.h"
 
 #include "tbScripts/ScriptObjectReference.h"
-
-#include <tbMemory/BufferView.h>
 
 #include <memory>
 #include <string>
@@ -14,8 +13,6 @@
 
 namespace tbScripts::test
 {
-
-using Parameters = tbMemory::BufferView<FunctionParameter>;
 
 /// A bare state with host functions and with instances of user types, which no environment can make
 /// without the types themselves.
@@ -42,6 +39,13 @@ protected:
 
     /// Runs a script that has to fail, and returns its message.
     std::string runExpectingError(const std::string& sources);
+
+    /// Runs a script that has to fail with `message`.
+    void
+    raises(const std::string& sources, const std::string& message, int line = __builtin_LINE());
+
+    /// Expects the value of `expression` to show as `shown`. Sets global "shown".
+    void is(const std::string& expression, const std::string& shown, int line = __builtin_LINE());
 
     /// Calls a script function as a host does; it has to succeed.
     void callScript(

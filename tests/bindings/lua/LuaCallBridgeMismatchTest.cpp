@@ -3,7 +3,6 @@
 #include "support/LuaCallBridgeFixture.h"
 
 #include <climits>
-#include <ostream>
 
 namespace tbScripts::test
 {
@@ -14,53 +13,29 @@ protected:
     int m_object = 0;
 };
 
-TEST_F(LuaCallBridgeMismatchTest, FailedIntIsZero)
+TEST_F(LuaCallBridgeMismatchTest, FailedNumbersAreZeroAndTextsEmpty)
 {
     FunctionParameter parameter(7);
-
-    const std::string message = readExpectingError(parameter, "{}");
-
-    EXPECT_EQ(message, "Error l.-1 while calling spawn. Expected int, got table.");
+    expectMismatch(parameter, "{}", "Expected int, got table.");
     EXPECT_EQ(parameter.getInt(), 0);
-}
 
-TEST_F(LuaCallBridgeMismatchTest, FailedFloatIsZero)
-{
-    FunctionParameter parameter(7.5F);
-
-    const std::string message = readExpectingError(parameter, "'x'");
-
-    EXPECT_EQ(message, "Error l.-1 while calling spawn. Expected float, got string.");
+    parameter = FunctionParameter(7.5F);
+    expectMismatch(parameter, "'x'", "Expected float, got string.");
     EXPECT_EQ(parameter.getFloat(), 0.0F);
-}
 
-TEST_F(LuaCallBridgeMismatchTest, FailedDoubleIsZero)
-{
-    FunctionParameter parameter(7.5);
-
-    const std::string message = readExpectingError(parameter, "nil");
-
-    EXPECT_EQ(message, "Error l.-1 while calling spawn. Expected double, got nil.");
+    parameter = FunctionParameter(7.5);
+    expectMismatch(parameter, "nil", "Expected double, got nil.");
     EXPECT_EQ(parameter.getDouble(), 0.0);
-}
 
-TEST_F(LuaCallBridgeMismatchTest, FailedTextIsEmpty)
-{
-    FunctionParameter parameter("earlier");
-
-    const std::string message = readExpectingError(parameter, "false");
-
-    EXPECT_EQ(message, "Error l.-1 while calling spawn. Expected string, got boolean.");
+    parameter = FunctionParameter("earlier");
+    expectMismatch(parameter, "false", "Expected string, got boolean.");
     EXPECT_EQ(parameter.getString(), "");
 }
 
 TEST_F(LuaCallBridgeMismatchTest, FailedUserTypeIsNull)
 {
     FunctionParameter parameter(&m_object, "Enemy", false);
-
-    const std::string message = readExpectingError(parameter, "7");
-
-    EXPECT_EQ(message, "Error l.-1 while calling spawn. Expected Enemy, got number.");
+    expectMismatch(parameter, "7", "Expected Enemy, got number.");
     EXPECT_EQ(parameter.getUserTypeObject(), nullptr);
 }
 
@@ -68,10 +43,7 @@ TEST_F(LuaCallBridgeMismatchTest, InstanceOfAnotherTypeIsNullAndAMismatch)
 {
     setInstance("enemy", "Enemy", &m_object);
     FunctionParameter parameter(&m_object, "Player", true);
-
-    const std::string message = readExpectingError(parameter, "enemy");
-
-    EXPECT_EQ(message, "Error l.-1 while calling spawn. Expected Player, got userdata.");
+    expectMismatch(parameter, "enemy", "Expected Player, got userdata.");
     EXPECT_EQ(parameter.getUserTypeObject(), nullptr);
 }
 
@@ -98,86 +70,47 @@ TEST_F(LuaCallBridgeMismatchTest, NamesThatDifferInOneLetterAreThoseOfTwoTypes)
     }
 }
 
-TEST_F(LuaCallBridgeMismatchTest, FailedFunctionIsAnEmptyReference)
+TEST_F(LuaCallBridgeMismatchTest, FailedReferenceIsEmptyAndGivesItsSlotBack)
 {
-    FunctionParameter parameter = FunctionParameter::ofType(PARAM_TYPE_SCRIPT_FUNCTION);
-    read(parameter, "print");
-    const int slots = countRegistrySlots();
-
-    const std::string message = readExpectingError(parameter, "{}");
-
-    EXPECT_EQ(message, "Error l.-1 while calling spawn. Expected lua function, got table.");
-    EXPECT_EQ(
-        lua::LuaScriptObjectInterpreterReference::slotOf(parameter.getScriptObject(), handle()), 0);
-    EXPECT_EQ(countRegistrySlots(), slots - 1);
-}
-
-TEST_F(LuaCallBridgeMismatchTest, FailedObjectIsAnEmptyReference)
-{
-    FunctionParameter parameter = FunctionParameter::ofType(PARAM_TYPE_SCRIPT_OBJECT);
-    read(parameter, "{}");
-    const int slots = countRegistrySlots();
-
-    const std::string message = readExpectingError(parameter, "print");
-
-    EXPECT_EQ(message, "Error l.-1 while calling spawn. Expected lua object, got function.");
-    EXPECT_EQ(
-        lua::LuaScriptObjectInterpreterReference::slotOf(parameter.getScriptObject(), handle()), 0);
-    EXPECT_EQ(countRegistrySlots(), slots - 1);
+    const auto expectEmptied = [this](
+                                   FUNCTION_PARAMETER_TYPE type,
+                                   const char* fitting,
+                                   const char* wrong,
+                                   const char* message)
+    {
+        FunctionParameter parameter = FunctionParameter::ofType(type);
+        read(parameter, fitting);
+        const int slots = countRegistrySlots();
+        expectMismatch(parameter, wrong, message);
+        const ScriptObjectReference reference = parameter.getScriptObject();
+        EXPECT_EQ(lua::LuaScriptObjectInterpreterReference::slotOf(reference, handle()), 0);
+        EXPECT_EQ(countRegistrySlots(), slots - 1);
+    };
+    expectEmptied(PARAM_TYPE_SCRIPT_FUNCTION, "print", "{}", "Expected lua function, got table.");
+    expectEmptied(PARAM_TYPE_SCRIPT_OBJECT, "{}", "print", "Expected lua object, got function.");
 }
 
 TEST_F(LuaCallBridgeMismatchTest, SlotBeyondTheStackIsMissing)
 {
     FunctionParameter parameter(7);
-
-    const std::string message = readSlotExpectingError(parameter, 3);
-
-    EXPECT_EQ(message, "Error l.-1 while calling spawn. Expected int, got no value.");
-}
-
-namespace
-{
-
-struct UnhandledKind
-{
-    const char* name;
-    unsigned number;
-};
-
-std::ostream& operator<<(std::ostream& stream, const UnhandledKind& row)
-{
-    return stream << row.name;
-}
-
-} // namespace
-
-class LuaCallBridgeUnhandledKindTest : public LuaCallBridgeMismatchTest,
-                                       public ::testing::WithParamInterface<UnhandledKind>
-{
-};
-
-TEST_P(LuaCallBridgeUnhandledKindTest, CannotBeRead)
-{
-    FunctionParameter parameter =
-        FunctionParameter::ofType(static_cast<FUNCTION_PARAMETER_TYPE>(GetParam().number));
-
-    const std::string message = readExpectingError(parameter, "7");
-
     EXPECT_EQ(
-        message,
-        "Error while requesting parameter for function 'spawn', parameter type not handled.");
-    EXPECT_EQ(parameter.getType(), GetParam().number);
-    EXPECT_FALSE(accepts(parameter, "7"));
+        readSlotExpectingError(parameter, 3),
+        "Error l.-1 while calling spawn. Expected int, got no value.");
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Kinds,
-    LuaCallBridgeUnhandledKindTest,
-    ::testing::Values(
-        UnhandledKind{"Void", 0},
-        UnhandledKind{"Ten", 10},
-        UnhandledKind{"TwoHundredFiftyFive", 255}),
-    [](const auto& row) { return std::string(row.param.name); });
+TEST_F(LuaCallBridgeMismatchTest, UnhandledKindsCannotBeRead)
+{
+    for (const unsigned number : {0U, 10U, 255U})
+    {
+        FunctionParameter parameter =
+            FunctionParameter::ofType(static_cast<FUNCTION_PARAMETER_TYPE>(number));
+        EXPECT_EQ(
+            readExpectingError(parameter, "7"),
+            "Error while requesting parameter for function 'spawn', parameter type not handled.");
+        EXPECT_EQ(parameter.getType(), number);
+        EXPECT_FALSE(accepts(parameter, "7"));
+    }
+}
 
 TEST_F(LuaCallBridgeMismatchTest, MismatchMessageOutsideOfAnyCallHasNoLine)
 {

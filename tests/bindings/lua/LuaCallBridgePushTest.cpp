@@ -2,15 +2,14 @@
 #include "bindings/lua/values/LuaInstanceBox.h"
 #include "core/lua/references/LuaScriptObjectInterpreterReference.h"
 #include "support/LuaCallBridgeFixture.h"
+#include "support/RowName.h"
 
 #include <cstddef>
-#include <ostream>
 
 namespace tbScripts::test
 {
 
 using ::testing::Each;
-using ::testing::ElementsAre;
 
 class LuaCallBridgePushTest : public LuaCallBridgeFixture
 {
@@ -51,29 +50,19 @@ namespace
 
 struct PushedKind
 {
-    const char* name;
+    const char* row;
     FUNCTION_PARAMETER_TYPE type;
     int count;
     int luaType; // of what is pushed for an empty value
 };
 
-std::ostream& operator<<(std::ostream& stream, const PushedKind& row)
-{
-    return stream << row.name;
-}
-
 } // namespace
 
-class LuaCallBridgePushedKindTest : public LuaCallBridgePushTest,
-                                    public ::testing::WithParamInterface<PushedKind>
-{
-};
+using LuaCallBridgePushedKindTest = OnRows<LuaCallBridgePushTest, PushedKind>;
 
 TEST_P(LuaCallBridgePushedKindTest, IsReportedByCount)
 {
-    const int count = pushValue(FunctionParameter::ofType(GetParam().type));
-
-    EXPECT_EQ(count, GetParam().count);
+    EXPECT_EQ(pushValue(FunctionParameter::ofType(GetParam().type)), GetParam().count);
     EXPECT_EQ(lua_type(state(), 1), GetParam().luaType);
 }
 
@@ -91,44 +80,32 @@ INSTANTIATE_TEST_SUITE_P(
         PushedKind{"UserType", PARAM_TYPE_USER_TYPE, 0, LUA_TNONE},
         PushedKind{"ScriptFunction", PARAM_TYPE_SCRIPT_FUNCTION, 1, LUA_TNIL},
         PushedKind{"ScriptObject", PARAM_TYPE_SCRIPT_OBJECT, 1, LUA_TNIL}),
-    [](const auto& row) { return std::string(row.param.name); });
+    RowName());
 
 TEST_F(LuaCallBridgePushTest, KindsAboveNineAreLoggedAndPushNothing)
 {
-    const int ten = pushValue(FunctionParameter::ofType(static_cast<FUNCTION_PARAMETER_TYPE>(10)));
-    const int big = pushValue(FunctionParameter::ofType(static_cast<FUNCTION_PARAMETER_TYPE>(255)));
-
-    EXPECT_EQ(ten, 0);
-    EXPECT_EQ(big, 0);
-    const LogEntry entry{
-        "Error while filling output for function 'spawn', parameter type not handled.",
-        "LuaFunction"};
-    EXPECT_THAT(m_log.takeEntries(), ElementsAre(entry, entry));
+    for (const int kind : {10, 255})
+    {
+        const auto type = static_cast<FUNCTION_PARAMETER_TYPE>(kind);
+        EXPECT_EQ(pushValue(FunctionParameter::ofType(type)), 0);
+        expectLogged(
+            "Error while filling output for function 'spawn', parameter type not handled.",
+            "LuaFunction");
+    }
 }
 
-TEST_F(LuaCallBridgePushTest, OwnedUserTypeIsABoxThatTheScriptCollects)
+TEST_F(LuaCallBridgePushTest, UserTypeIsABoxWithItsOwner)
 {
     declareUserType("Enemy");
-
-    const int count = pushValue(FunctionParameter(&m_object, "Enemy", true));
-
-    EXPECT_EQ(count, 1);
-    EXPECT_EQ(lua_objlen(state(), 1), 16U);
-    EXPECT_EQ(topBox().object, &m_object);
-    EXPECT_TRUE(topBox().gcEnabled);
-    EXPECT_FALSE(topBox().isDestroyed);
-    EXPECT_THAT(topBox().spare, Each(0));
-}
-
-TEST_F(LuaCallBridgePushTest, HostsUserTypeIsABoxThatTheHostKeeps)
-{
-    declareUserType("Enemy");
-
-    const int count = pushValue(FunctionParameter(&m_object, "Enemy", false));
-
-    EXPECT_EQ(count, 1);
-    EXPECT_EQ(topBox().object, &m_object);
-    EXPECT_FALSE(topBox().gcEnabled);
+    for (const bool isOwned : {true, false})
+    {
+        EXPECT_EQ(pushValue(FunctionParameter(&m_object, "Enemy", isOwned)), 1);
+        EXPECT_EQ(lua_objlen(state(), -1), 16U);
+        EXPECT_EQ(topBox().object, &m_object);
+        EXPECT_EQ(topBox().gcEnabled, isOwned);
+        EXPECT_FALSE(topBox().isDestroyed);
+        EXPECT_THAT(topBox().spare, Each(0));
+    }
 }
 
 TEST_F(LuaCallBridgePushTest, BoxHasTheMetatableOfItsType)
@@ -158,28 +135,18 @@ namespace
 
 struct NameOfNoType
 {
-    const char* name;
+    const char* row;
     tbMemory::StringView typeName;
     std::size_t reports;
 };
 
-std::ostream& operator<<(std::ostream& stream, const NameOfNoType& row)
-{
-    return stream << row.name;
-}
-
 } // namespace
 
-class LuaCallBridgeNameOfNoTypeTest : public LuaCallBridgePushTest,
-                                      public ::testing::WithParamInterface<NameOfNoType>
-{
-};
+using LuaCallBridgeNameOfNoTypeTest = OnRows<LuaCallBridgePushTest, NameOfNoType>;
 
 TEST_P(LuaCallBridgeNameOfNoTypeTest, GivesABoxWithoutMetatable)
 {
-    const int count = pushValue(FunctionParameter(&m_object, GetParam().typeName, true));
-
-    EXPECT_EQ(count, 1);
+    EXPECT_EQ(pushValue(FunctionParameter(&m_object, GetParam().typeName, true)), 1);
     EXPECT_EQ(lua_type(state(), 1), LUA_TUSERDATA);
     EXPECT_EQ(topBox().object, &m_object);
     EXPECT_TRUE(topBox().gcEnabled);
@@ -196,16 +163,14 @@ INSTANTIATE_TEST_SUITE_P(
         NameOfNoType{"Unknown", "Nobody", 1},
         NameOfNoType{"MetatableOfFiles", "FILE*", 1},
         NameOfNoType{"TableOfModules", "_LOADED", 1}),
-    [](const auto& row) { return std::string(row.param.name); });
+    RowName());
 
 TEST_F(LuaCallBridgePushTest, RegistryEntryThatIsNoTableGivesABoxWithoutMetatable)
 {
     lua_pushliteral(state(), "text");
     lua_setfield(state(), LUA_REGISTRYINDEX, "Settings");
 
-    const int count = pushValue(FunctionParameter(&m_object, "Settings", false));
-
-    EXPECT_EQ(count, 1);
+    EXPECT_EQ(pushValue(FunctionParameter(&m_object, "Settings", false)), 1);
     EXPECT_FALSE(hasMetatable());
     EXPECT_EQ(m_log.takeEntries().size(), 1U); // that it is not a user type
 }
@@ -217,9 +182,7 @@ TEST_F(LuaCallBridgePushTest, ReferenceIsTheVeryValue)
     const ScriptObjectReference reference(new lua::LuaScriptObjectInterpreterReference(
         handle(), PARAM_TYPE_SCRIPT_OBJECT, slotNumber));
 
-    const int count = pushValue(reference);
-
-    EXPECT_EQ(count, 1);
+    EXPECT_EQ(pushValue(reference), 1);
     lua_getglobal(state(), "shared");
     EXPECT_TRUE(lua_rawequal(state(), -1, -2));
 }
@@ -232,9 +195,7 @@ TEST_F(LuaCallBridgePushTest, ReferenceOfAnotherStateIsNil)
     const ScriptObjectReference reference(
         new lua::LuaScriptObjectInterpreterReference(other, PARAM_TYPE_SCRIPT_OBJECT, slotNumber));
 
-    const int count = pushValue(reference);
-
-    EXPECT_EQ(count, 1);
+    EXPECT_EQ(pushValue(reference), 1);
     EXPECT_TRUE(lua_isnil(state(), 1));
     other.close();
 }

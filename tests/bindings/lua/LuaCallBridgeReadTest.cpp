@@ -1,63 +1,83 @@
 #include "bindings/lua/values/LuaCallBridge.h"
 #include "core/lua/references/LuaScriptObjectInterpreterReference.h"
+#include "support/Callables.h"
 #include "support/LuaCallBridgeFixture.h"
+#include "support/RowName.h"
 
 #include <memory>
-#include <ostream>
 
 namespace tbScripts::test
 {
 
+namespace
+{
+
+struct ReadValue
+{
+    const char* row;
+    FunctionParameter earlier;
+    const char* expression;
+    const char* value;
+};
+
+} // namespace
+
 class LuaCallBridgeReadTest : public LuaCallBridgeFixture
 {
 protected:
+    LuaCallBridgeReadTest()
+    {
+        setInstance("enemy", "Enemy", &m_object);
+        setInstance("player", "Player", &m_object);
+    }
+
     int m_object = 0;
 };
 
-TEST_F(LuaCallBridgeReadTest, FillsBoolInPlace)
+using LuaCallBridgeReadValueTest = OnRows<LuaCallBridgeReadTest, ReadValue>;
+
+TEST_P(LuaCallBridgeReadValueTest, IsFilledInPlace)
 {
-    FunctionParameter parameter(false);
-
-    read(parameter, "{}");
-
-    EXPECT_TRUE(parameter.getBool());
+    FunctionParameter parameter = GetParam().earlier;
+    read(parameter, GetParam().expression);
+    EXPECT_EQ(valueOf(parameter), GetParam().value);
 }
 
-TEST_F(LuaCallBridgeReadTest, FillsIntInPlace)
+// What the storage was prepared for has to be given up; the leak check looks for it.
+TEST_P(LuaCallBridgeReadValueTest, IsFilledInStorageThatWasPreparedForOthers)
 {
-    FunctionParameter parameter(0);
-
-    read(parameter, "-2.9");
-
-    EXPECT_EQ(parameter.getInt(), -2);
+    for (const auto prepare :
+         {&FunctionParameter::prepareForString,
+          &FunctionParameter::prepareForUserType,
+          &FunctionParameter::prepareForScriptObjectReference})
+    {
+        FunctionParameter parameter = GetParam().earlier;
+        (parameter.*prepare)();
+        read(parameter, GetParam().expression);
+        EXPECT_EQ(valueOf(parameter), GetParam().value);
+    }
 }
 
-TEST_F(LuaCallBridgeReadTest, FillsFloatInPlace)
-{
-    FunctionParameter parameter(0.0F);
-
-    read(parameter, "0.1");
-
-    EXPECT_EQ(parameter.getFloat(), 0.1F);
-}
-
-TEST_F(LuaCallBridgeReadTest, FillsDoubleInPlace)
-{
-    FunctionParameter parameter(0.0);
-
-    read(parameter, "0.1");
-
-    EXPECT_EQ(parameter.getDouble(), 0.1);
-}
-
-TEST_F(LuaCallBridgeReadTest, FillsTextInPlace)
-{
-    FunctionParameter parameter("earlier");
-
-    read(parameter, "'spear'");
-
-    EXPECT_EQ(parameter.getString(), "spear");
-}
+INSTANTIATE_TEST_SUITE_P(
+    Kinds,
+    LuaCallBridgeReadValueTest,
+    ::testing::Values(
+        ReadValue{"Bool", false, "{}", "true"},
+        ReadValue{"Int", 0, "-2.9", "-2"},
+        ReadValue{"Float", 0.0F, "0.1", "0.100000001"},
+        ReadValue{"Double", 0.0, "0.1", "0.1"},
+        ReadValue{"Text", "earlier", "'spear'", "spear"},
+        ReadValue{
+            "UserType",
+            FunctionParameter::ofType(PARAM_TYPE_USER_TYPE),
+            "enemy",
+            "an object of Enemy"},
+        ReadValue{
+            "OwnedUserType", FunctionParameter(nullptr, "", true), "enemy", "an object of Enemy"},
+        ReadValue{
+            "Function", FunctionParameter::ofType(PARAM_TYPE_SCRIPT_FUNCTION), "print", "function"},
+        ReadValue{"Table", FunctionParameter::ofType(PARAM_TYPE_SCRIPT_OBJECT), "{}", "table"}),
+    RowName());
 
 TEST_F(LuaCallBridgeReadTest, NumberReadAsTextBecomesOneInItsSlot)
 {
@@ -71,17 +91,6 @@ TEST_F(LuaCallBridgeReadTest, NumberReadAsTextBecomesOneInItsSlot)
     lua_settop(state(), 0);
 }
 
-TEST_F(LuaCallBridgeReadTest, FillsNameAndObjectOfAUserType)
-{
-    setInstance("enemy", "Enemy", &m_object);
-    FunctionParameter parameter = FunctionParameter::ofType(PARAM_TYPE_USER_TYPE);
-
-    read(parameter, "enemy");
-
-    EXPECT_EQ(parameter.getUserTypeObject(), &m_object);
-    EXPECT_EQ(parameter.getUserTypeName(), "Enemy");
-}
-
 TEST_F(LuaCallBridgeReadTest, NilIsTheNullObject)
 {
     FunctionParameter parameter(&m_object, "Enemy", true);
@@ -92,88 +101,6 @@ TEST_F(LuaCallBridgeReadTest, NilIsTheNullObject)
     EXPECT_EQ(parameter.getUserTypeName(), "Enemy");
     EXPECT_EQ(parameter.getUserTypeView().getInterpreterView(), nullptr);
 }
-
-namespace
-{
-
-struct PreparedAsOther
-{
-    const char* name;
-    void (FunctionParameter::*prepare)();
-};
-
-std::ostream& operator<<(std::ostream& stream, const PreparedAsOther& row)
-{
-    return stream << row.name;
-}
-
-} // namespace
-
-class LuaCallBridgePreparedStorageTest : public LuaCallBridgeReadTest,
-                                         public ::testing::WithParamInterface<PreparedAsOther>
-{
-};
-
-// What the storage held has to be given up; the leak check looks for it.
-TEST_P(LuaCallBridgePreparedStorageTest, TakesATruthValue)
-{
-    FunctionParameter parameter(false);
-    (parameter.*GetParam().prepare)();
-
-    read(parameter, "true");
-
-    EXPECT_TRUE(parameter.getBool());
-}
-
-TEST_P(LuaCallBridgePreparedStorageTest, TakesANumber)
-{
-    FunctionParameter parameter(0);
-    (parameter.*GetParam().prepare)();
-
-    read(parameter, "7");
-
-    EXPECT_EQ(parameter.getInt(), 7);
-}
-
-TEST_P(LuaCallBridgePreparedStorageTest, TakesAText)
-{
-    FunctionParameter parameter("");
-    (parameter.*GetParam().prepare)();
-
-    read(parameter, "'spear'");
-
-    EXPECT_EQ(parameter.getString(), "spear");
-}
-
-TEST_P(LuaCallBridgePreparedStorageTest, TakesAnInstance)
-{
-    setInstance("enemy", "Enemy", &m_object);
-    FunctionParameter parameter(nullptr, "", true);
-    (parameter.*GetParam().prepare)();
-
-    read(parameter, "enemy");
-
-    EXPECT_EQ(parameter.getUserTypeObject(), &m_object);
-}
-
-TEST_P(LuaCallBridgePreparedStorageTest, TakesATable)
-{
-    FunctionParameter parameter = FunctionParameter::ofType(PARAM_TYPE_SCRIPT_OBJECT);
-    (parameter.*GetParam().prepare)();
-
-    read(parameter, "{}");
-
-    EXPECT_EQ(parameter.getScriptObject().getType(), 9U);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Members,
-    LuaCallBridgePreparedStorageTest,
-    ::testing::Values(
-        PreparedAsOther{"Text", &FunctionParameter::prepareForString},
-        PreparedAsOther{"UserType", &FunctionParameter::prepareForUserType},
-        PreparedAsOther{"Reference", &FunctionParameter::prepareForScriptObjectReference}),
-    [](const auto& row) { return std::string(row.param.name); });
 
 TEST_F(LuaCallBridgeReadTest, ReferenceHasTheKindThatWasDeclared)
 {
@@ -234,28 +161,18 @@ namespace
 
 struct Acceptance
 {
-    const char* name;
+    const char* row;
     FUNCTION_PARAMETER_TYPE type;
     const char* accepted;
     const char* refused; // null if nothing is
 };
 
-std::ostream& operator<<(std::ostream& stream, const Acceptance& row)
-{
-    return stream << row.name;
-}
-
 } // namespace
 
-class LuaCallBridgeAcceptanceTest : public LuaCallBridgeReadTest,
-                                    public ::testing::WithParamInterface<Acceptance>
-{
-};
+using LuaCallBridgeAcceptanceTest = OnRows<LuaCallBridgeReadTest, Acceptance>;
 
 TEST_P(LuaCallBridgeAcceptanceTest, SaysWhatReadingWouldDo)
 {
-    setInstance("enemy", "Enemy", &m_object);
-    setInstance("player", "Player", &m_object);
     const FunctionParameter parameter = FunctionParameter::ofType(GetParam().type, "Enemy");
 
     EXPECT_TRUE(accepts(parameter, GetParam().accepted));
@@ -279,13 +196,11 @@ INSTANTIATE_TEST_SUITE_P(
         Acceptance{"UserTypeByItsName", PARAM_TYPE_USER_TYPE, "enemy", "player"},
         Acceptance{"ScriptFunction", PARAM_TYPE_SCRIPT_FUNCTION, "print", "{}"},
         Acceptance{"ScriptObject", PARAM_TYPE_SCRIPT_OBJECT, "{}", "print"}),
-    [](const auto& row) { return std::string(row.param.name); });
+    RowName());
 
 TEST_F(LuaCallBridgeReadTest, UserTypeWithoutNameAcceptsEveryInstance)
 {
-    setInstance("enemy", "Enemy", &m_object);
     FunctionParameter parameter = FunctionParameter::ofType(PARAM_TYPE_USER_TYPE_OWNED);
-    setInstance("player", "Player", &m_object);
     read(parameter, "player");
 
     EXPECT_TRUE(accepts(parameter, "enemy"));

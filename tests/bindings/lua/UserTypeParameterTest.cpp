@@ -1,7 +1,7 @@
 #include "support/LuaFunctionFixture.h"
+#include "support/RowName.h"
 
 #include <cstring>
-#include <ostream>
 
 namespace tbScripts::test
 {
@@ -15,6 +15,19 @@ namespace
 struct Unit
 {
     int number = 0;
+};
+
+struct KindOfUserType
+{
+    const char* row;
+    FUNCTION_PARAMETER_TYPE type;
+};
+
+struct ForeignArgument
+{
+    const char* row;
+    const char* expression;
+    const char* typeName;
 };
 
 } // namespace
@@ -33,53 +46,56 @@ protected:
     {
         lua::LuaFunction& function = declare(
             "take",
-            [this](const Parameters& parameters)
-            {
-                ++m_calls;
-                m_object = parameters[0].getUserTypeObject();
-                m_names.push_back(std::string(std::string_view(parameters[0].getUserTypeName())));
-                return FunctionParameter::VOID;
-            });
+            doing(
+                [this](const Parameters& parameters)
+                {
+                    m_object = parameters[0].getUserTypeObject();
+                    m_names.emplace_back(std::string_view(parameters[0].getUserTypeName()));
+                }));
         function.addParameter(type, typeName);
         return function;
     }
 
-    /// Declares `pass`, which returns its parameter.
-    void declarePass(FUNCTION_PARAMETER_TYPE type)
+    /// Declares `pass`, which does `action` and then returns its parameter.
+    template <typename Action>
+    lua::LuaFunction& declarePass(FUNCTION_PARAMETER_TYPE type, Action action)
     {
-        declare("pass", [](const Parameters& parameters) { return parameters[0]; })
-            .addParameter(type, "Enemy");
+        lua::LuaFunction& function = declare(
+            "pass",
+            [action](const Parameters& parameters)
+            {
+                action(parameters);
+                return parameters[0];
+            });
+        function.addParameter(type, "Enemy");
+        return function;
     }
 
-    /// Runs a failing script whose one log entry is its own message, and returns that.
-    std::string mismatchOf(const std::string& sources)
+    lua::LuaFunction& declarePass(FUNCTION_PARAMETER_TYPE type)
     {
-        const std::string message = runExpectingError(sources);
-        EXPECT_THAT(m_log.takeEntries(), ElementsAre(LogEntry{message, "LuaFunction"}));
-        return message;
+        return declarePass(type, [](const Parameters&) {});
     }
 
-    const lua::LuaInstanceBox& boxIn(const char* name)
+    /// Runs a script that fails with this message, behind its line, which is logged too.
+    void mismatches(const std::string& sources, const std::string& expected)
+    {
+        const std::string message = "Error l.1 while calling take. " + expected;
+        raises(sources, message);
+        expectLogged(message, "LuaFunction");
+    }
+
+    lua::LuaInstanceBox& boxIn(const char* name)
     {
         lua_getglobal(state(), name);
-        const auto* const box = static_cast<lua::LuaInstanceBox*>(lua_touserdata(state(), -1));
+        auto* const box = static_cast<lua::LuaInstanceBox*>(lua_touserdata(state(), -1));
         lua_pop(state(), 1);
         return *box;
     }
 
-    /// Marks the box in global `name` as the finaliser of a type does.
-    void destroyObjectOf(const char* name)
-    {
-        lua_getglobal(state(), name);
-        static_cast<lua::LuaInstanceBox*>(lua_touserdata(state(), -1))->isDestroyed = true;
-        lua_pop(state(), 1);
-    }
-
     Unit m_enemy;
     Unit m_player;
-    int m_calls = 0;
     void* m_object = nullptr;
-    std::vector<std::string> m_names;
+    std::vector<std::string> m_names; // of the types, one for each call
 };
 
 // Names are compared in pieces of several bytes.
@@ -94,92 +110,45 @@ TEST_F(UserTypeParameterTest, NamesThatDifferInAnyOneByteAreDifferentTypes)
             std::string other = name;
             other[place] = 'b';
             setInstance("other", other, &m_player, false);
-            EXPECT_EQ(
-                mismatchOf("take(other)"),
-                "Error l.1 while calling take. Expected " + name + ", got userdata.");
+            mismatches("take(other)", "Expected " + name + ", got userdata.");
         }
     }
-    EXPECT_EQ(m_calls, 0);
+    EXPECT_THAT(m_names, ElementsAre());
 }
 
-namespace
-{
-
-struct KindOfUserType
-{
-    const char* name;
-    FUNCTION_PARAMETER_TYPE type;
-};
-
-std::ostream& operator<<(std::ostream& stream, const KindOfUserType& row)
-{
-    return stream << row.name;
-}
-
-} // namespace
-
-class UserTypeParameterKindTest : public UserTypeParameterTest,
-                                  public ::testing::WithParamInterface<KindOfUserType>
-{
-};
+using UserTypeParameterKindTest = OnRows<UserTypeParameterTest, KindOfUserType>;
 
 TEST_P(UserTypeParameterKindTest, GetsObjectAndTypeName)
 {
     declareTake(GetParam().type, "Enemy");
-
     run("take(enemy)");
-
     EXPECT_EQ(m_object, &m_enemy);
     EXPECT_THAT(m_names, ElementsAre("Enemy"));
 }
 
-TEST_P(UserTypeParameterKindTest, RefusesAnInstanceOfAnotherType)
+TEST_P(UserTypeParameterKindTest, RefusesInstancesOfOtherTypesDestroyedOnesAndNothing)
 {
     declareTake(GetParam().type, "Enemy");
-
-    const std::string message = mismatchOf("take(player)");
-
-    EXPECT_EQ(message, "Error l.1 while calling take. Expected Enemy, got userdata.");
-    EXPECT_EQ(m_calls, 0);
+    mismatches("take(player)", "Expected Enemy, got userdata.");
+    mismatches("take()", "Expected Enemy, got no value.");
+    setInstance("enemy", "Enemy", &m_enemy, true).isDestroyed = true;
+    mismatches("take(enemy)", "Expected Enemy, got userdata.");
+    EXPECT_THAT(m_names, ElementsAre());
 }
 
 TEST_P(UserTypeParameterKindTest, GetsANullObjectForNil)
 {
     declareTake(GetParam().type, "Enemy");
     run("take(enemy)");
-
     run("take(nil)");
-
-    EXPECT_EQ(m_calls, 2);
     EXPECT_EQ(m_object, nullptr);
     EXPECT_THAT(m_names, ElementsAre("Enemy", "Enemy"));
-}
-
-TEST_P(UserTypeParameterKindTest, RefusesAMissingArgument)
-{
-    declareTake(GetParam().type, "Enemy");
-
-    const std::string message = mismatchOf("take()");
-
-    EXPECT_EQ(message, "Error l.1 while calling take. Expected Enemy, got no value.");
-}
-
-TEST_P(UserTypeParameterKindTest, RefusesADestroyedInstance)
-{
-    declareTake(GetParam().type, "Enemy");
-    setInstance("enemy", "Enemy", &m_enemy, true).isDestroyed = true;
-
-    const std::string message = mismatchOf("take(enemy)");
-
-    EXPECT_EQ(message, "Error l.1 while calling take. Expected Enemy, got userdata.");
 }
 
 TEST_P(UserTypeParameterKindTest, GoesByTheNameThatTheTypeWasMadeWith)
 {
     declareTake(GetParam().type, "Enemy");
-
     run("debug.getmetatable(enemy).__name = 'Player' take(enemy)");
-
     EXPECT_EQ(m_object, &m_enemy);
     EXPECT_THAT(m_names, ElementsAre("Enemy"));
 }
@@ -190,63 +159,31 @@ TEST_P(UserTypeParameterKindTest, AcceptsAnInstanceOfAnEarlierTypeOfThatName)
     lua_pushnil(state());
     lua_setfield(state(), LUA_REGISTRYINDEX, "Enemy");
     declareUserType("Enemy");
-
     run("take(enemy)");
-
     EXPECT_EQ(m_object, &m_enemy);
 }
 
 TEST_P(UserTypeParameterKindTest, WithoutNameAcceptsEveryTypeOnEveryCall)
 {
     declareTake(GetParam().type, "");
-
-    run("take(enemy) take(player) take(enemy)");
-
-    EXPECT_EQ(m_calls, 3);
+    run("take(enemy) take(player) take(nil) take(enemy)");
     EXPECT_EQ(m_object, &m_enemy);
-    EXPECT_THAT(m_names, ElementsAre("Enemy", "Player", "Enemy"));
+    EXPECT_THAT(m_names, ElementsAre("Enemy", "Player", "", "Enemy"));
+    mismatches("take()", "Expected , got no value.");
 }
 
-TEST_P(UserTypeParameterKindTest, WithoutNameShowsNoneForNil)
-{
-    declareTake(GetParam().type, "");
-
-    run("take(enemy) take(nil) take(player)");
-
-    EXPECT_THAT(m_names, ElementsAre("Enemy", "", "Player"));
-}
-
-TEST_P(UserTypeParameterKindTest, WithoutNameStaysDeclaredWithoutName)
-{
-    const lua::LuaFunction& function = declareTake(GetParam().type, "");
-
-    run("take(enemy)");
-
-    const FunctionParameter declared = function.getDefinition().getParameters()[0].getDeclaration();
-    EXPECT_EQ(declared.getType(), GetParam().type);
-    EXPECT_EQ(declared.getUserTypeName(), "");
-}
-
-TEST_P(UserTypeParameterKindTest, WithoutNameStaysSoInACopyOfTheFunction)
+TEST_P(UserTypeParameterKindTest, WithoutNameStaysSoAndInACopyOfTheFunctionToo)
 {
     lua::LuaFunction& function = declareTake(GetParam().type, "");
     run("take(enemy)");
+    const FunctionParameter declared = function.getDefinition().getParameters()[0].getDeclaration();
+    EXPECT_EQ(declared.getType(), GetParam().type);
+    EXPECT_EQ(declared.getUserTypeName(), "");
 
     lua::LuaFunction& copy = declare("other", nullptr);
     static_cast<Function&>(copy) = function;
-
     run("take(player) other(player)");
     EXPECT_THAT(m_names, ElementsAre("Enemy", "Player", "Player"));
-}
-
-TEST_P(UserTypeParameterKindTest, WithoutNameRefusesAMissingArgument)
-{
-    declareTake(GetParam().type, "");
-    run("take(enemy)");
-
-    const std::string message = mismatchOf("take()");
-
-    EXPECT_EQ(message, "Error l.1 while calling take. Expected , got no value.");
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -255,27 +192,9 @@ INSTANTIATE_TEST_SUITE_P(
     ::testing::Values(
         KindOfUserType{"Owned", PARAM_TYPE_USER_TYPE_OWNED},
         KindOfUserType{"Kept", PARAM_TYPE_USER_TYPE}),
-    [](const auto& row) { return std::string(row.param.name); });
+    RowName());
 
-namespace
-{
-
-struct ForeignArgument
-{
-    const char* name;
-    const char* expression;
-    const char* typeName;
-};
-
-std::ostream& operator<<(std::ostream& stream, const ForeignArgument& row)
-{
-    return stream << row.name;
-}
-
-} // namespace
-
-class UserTypeParameterForeignTest : public UserTypeParameterTest,
-                                     public ::testing::WithParamInterface<ForeignArgument>
+class UserTypeParameterForeignTest : public OnRows<UserTypeParameterTest, ForeignArgument>
 {
 protected:
     UserTypeParameterForeignTest()
@@ -290,29 +209,14 @@ protected:
     }
 };
 
-TEST_P(UserTypeParameterForeignTest, IsAMismatch)
+TEST_P(UserTypeParameterForeignTest, IsAMismatchWithAndWithoutDeclaredName)
 {
+    const std::string call = std::string("take(") + GetParam().expression + ")";
     declareTake(PARAM_TYPE_USER_TYPE_OWNED, "Enemy");
-
-    const std::string message = mismatchOf(std::string("take(") + GetParam().expression + ")");
-
-    EXPECT_EQ(
-        message,
-        std::string("Error l.1 while calling take. Expected Enemy, got ") + GetParam().typeName +
-            ".");
-    EXPECT_EQ(m_calls, 0);
-}
-
-TEST_P(UserTypeParameterForeignTest, IsAMismatchAlsoWithoutDeclaredName)
-{
+    mismatches(call, std::string("Expected Enemy, got ") + GetParam().typeName + ".");
     declareTake(PARAM_TYPE_USER_TYPE, "");
-
-    const std::string message = mismatchOf(std::string("take(") + GetParam().expression + ")");
-
-    EXPECT_EQ(
-        message,
-        std::string("Error l.1 while calling take. Expected , got ") + GetParam().typeName + ".");
-    EXPECT_EQ(m_calls, 0);
+    mismatches(call, std::string("Expected , got ") + GetParam().typeName + ".");
+    EXPECT_THAT(m_names, ElementsAre());
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -332,85 +236,47 @@ INSTANTIATE_TEST_SUITE_P(
         ForeignArgument{"ForgedName", "forged", "userdata"},
         ForeignArgument{"LightUserdata", "light", "userdata"},
         ForeignArgument{"BlockWithoutMetatable", "bare", "userdata"}),
-    [](const auto& row) { return std::string(row.param.name); });
+    RowName());
 
 TEST_F(UserTypeParameterTest, OwnedValueReturnedIsTheSameScriptValue)
 {
     declarePass(PARAM_TYPE_USER_TYPE_OWNED);
-
-    run("isSame = pass(enemy) == enemy");
-
-    EXPECT_EQ(global("isSame"), "true");
+    is("pass(enemy) == enemy", "true");
     EXPECT_TRUE(boxIn("enemy").gcEnabled);
-}
-
-TEST_F(UserTypeParameterTest, OwnedValueReturnedFromACoroutineIsTheSameScriptValue)
-{
-    declarePass(PARAM_TYPE_USER_TYPE_OWNED);
-
-    run("coroutine.wrap(function() isSame = pass(enemy) == enemy end)()");
-
-    EXPECT_EQ(global("isSame"), "true");
+    is("coroutine.wrap(function() return pass(enemy) == enemy end)()", "true");
 }
 
 TEST_F(UserTypeParameterTest, OwnedValueOfADeclarationWithoutNameReturnedIsTheSameScriptValue)
 {
     declare("pass", [](const Parameters& parameters) { return parameters[0]; })
         .addParameter(PARAM_TYPE_USER_TYPE_OWNED);
-
-    run("isSame = pass(enemy) == enemy");
-
-    EXPECT_EQ(global("isSame"), "true");
+    is("pass(enemy) == enemy", "true");
 }
 
 TEST_F(UserTypeParameterTest, OwnedValueThatDiedDuringTheCallIsReturnedWithoutASecondOwner)
 {
-    declare(
-        "pass",
-        [this](const Parameters& parameters)
-        {
-            destroyObjectOf("enemy");
-            return parameters[0];
-        })
-        .addParameter(PARAM_TYPE_USER_TYPE_OWNED, "Enemy");
-
-    run("isSame = pass(enemy) == enemy");
-
-    EXPECT_EQ(global("isSame"), "true");
+    // Marks the box as the finaliser of a type does.
+    declarePass(PARAM_TYPE_USER_TYPE_OWNED, [this](auto&) { boxIn("enemy").isDestroyed = true; });
+    is("pass(enemy) == enemy", "true");
 }
 
 TEST_F(UserTypeParameterTest, OwnedValueReturnedAfterANestedCallIsTheSameScriptValue)
 {
-    lua::LuaFunction& function = declare(
-        "pass",
-        [this](const Parameters& parameters)
-        {
-            callScript(parameters[1].getScriptObject());
-            return parameters[0];
-        });
-    function.addParameter(PARAM_TYPE_USER_TYPE_OWNED, "Enemy");
-    function.addParameter(PARAM_TYPE_SCRIPT_FUNCTION);
-
-    run("isSame = pass(enemy, function() collectgarbage() end) == enemy");
-
-    EXPECT_EQ(global("isSame"), "true");
+    declarePass(
+        PARAM_TYPE_USER_TYPE_OWNED,
+        [this](auto& parameters) { callScript(parameters[1].getScriptObject()); })
+        .addParameter(PARAM_TYPE_SCRIPT_FUNCTION);
+    is("pass(enemy, function() collectgarbage() end) == enemy", "true");
 }
 
 TEST_F(UserTypeParameterTest, OwnedValueGivenToANestedCallIsTheSameScriptValue)
 {
-    lua::LuaFunction& function = declare(
-        "give",
-        [this](const Parameters& parameters)
-        {
-            callScript(parameters[1].getScriptObject(), {parameters[0]});
-            return FunctionParameter::VOID;
-        });
-    function.addParameter(PARAM_TYPE_USER_TYPE_OWNED, "Enemy");
-    function.addParameter(PARAM_TYPE_SCRIPT_FUNCTION);
-
-    run("give(enemy, function(given) isSame = given == enemy end)");
-
-    EXPECT_EQ(global("isSame"), "true");
+    declarePass(
+        PARAM_TYPE_USER_TYPE_OWNED,
+        [this](auto& parameters) { callScript(parameters[1].getScriptObject(), {parameters[0]}); })
+        .addParameter(PARAM_TYPE_SCRIPT_FUNCTION);
+    run("pass(enemy, function(given) isSame = given == enemy end)");
+    is("isSame", "true");
 }
 
 TEST_F(UserTypeParameterTest, OwnedValueOfTheOuterCallReturnedByAnInnerOneIsTheSameScriptValue)
@@ -418,30 +284,24 @@ TEST_F(UserTypeParameterTest, OwnedValueOfTheOuterCallReturnedByAnInnerOneIsTheS
     FunctionParameter outerValue;
     declare("inner", [&outerValue](const Parameters&) { return outerValue; })
         .addParameter(PARAM_TYPE_USER_TYPE, "Player");
-    lua::LuaFunction& outer = declare(
-        "outer",
-        [&](const Parameters& parameters)
+    declarePass(
+        PARAM_TYPE_USER_TYPE_OWNED,
+        [&](auto& parameters)
         {
             outerValue = parameters[0];
             callScript(parameters[1].getScriptObject());
-            return FunctionParameter::VOID;
-        });
-    outer.addParameter(PARAM_TYPE_USER_TYPE_OWNED, "Enemy");
-    outer.addParameter(PARAM_TYPE_SCRIPT_FUNCTION);
-
-    run("outer(enemy, function() isSame = inner(player) == enemy end)");
-
-    EXPECT_EQ(global("isSame"), "true");
+        })
+        .addParameter(PARAM_TYPE_SCRIPT_FUNCTION);
+    run("pass(enemy, function() isSame = inner(player) == enemy end)");
+    is("isSame", "true");
 }
 
 TEST_F(UserTypeParameterTest, OwnedValueReturnedWithItsFlagOffIsAnotherBoxThatOwnsNothing)
 {
     declarePass(PARAM_TYPE_USER_TYPE_OWNED);
     setInstance("kept", "Enemy", &m_enemy, false);
-
-    run("passed = pass(kept) isSame = passed == kept");
-
-    EXPECT_EQ(global("isSame"), "false");
+    run("passed = pass(kept)");
+    is("passed == kept", "false");
     EXPECT_EQ(boxIn("passed").object, &m_enemy);
     EXPECT_FALSE(boxIn("passed").gcEnabled);
     EXPECT_FALSE(boxIn("kept").gcEnabled);
@@ -451,18 +311,9 @@ TEST_F(
     UserTypeParameterTest, OwnedValueReturnedAfterItsBoxGotAnotherObjectIsAnotherBoxThatOwnsNothing)
 {
     lua::LuaInstanceBox& box = setInstance("kept", "Enemy", &m_enemy, true);
-    declare(
-        "pass",
-        [&](const Parameters& parameters)
-        {
-            box.object = &m_player;
-            return parameters[0];
-        })
-        .addParameter(PARAM_TYPE_USER_TYPE_OWNED, "Enemy");
-
-    run("passed = pass(kept) isSame = passed == kept");
-
-    EXPECT_EQ(global("isSame"), "false");
+    declarePass(PARAM_TYPE_USER_TYPE_OWNED, [&](auto&) { box.object = &m_player; });
+    run("passed = pass(kept)");
+    is("passed == kept", "false");
     EXPECT_EQ(boxIn("passed").object, &m_enemy);
     EXPECT_FALSE(boxIn("passed").gcEnabled);
 }
@@ -470,19 +321,10 @@ TEST_F(
 TEST_F(UserTypeParameterTest, OwnedValueKeptAfterItsCallIsPushedAsAnotherBoxThatOwnsNothing)
 {
     FunctionParameter kept;
-    declare(
-        "keep",
-        [&kept](const Parameters& parameters)
-        {
-            kept = parameters[0];
-            return FunctionParameter::VOID;
-        })
-        .addParameter(PARAM_TYPE_USER_TYPE_OWNED, "Enemy");
+    declarePass(PARAM_TYPE_USER_TYPE_OWNED, [&](auto& parameters) { kept = parameters[0]; });
     declare("give", [&kept](const Parameters&) { return kept; });
-
-    run("keep(enemy) given = give() isSame = given == enemy");
-
-    EXPECT_EQ(global("isSame"), "false");
+    run("pass(enemy) given = give()");
+    is("given == enemy", "false");
     EXPECT_EQ(boxIn("given").object, &m_enemy);
     EXPECT_FALSE(boxIn("given").gcEnabled);
 }
@@ -490,10 +332,8 @@ TEST_F(UserTypeParameterTest, OwnedValueKeptAfterItsCallIsPushedAsAnotherBoxThat
 TEST_F(UserTypeParameterTest, KeptValueReturnedIsAnotherBoxThatOwnsNothing)
 {
     declarePass(PARAM_TYPE_USER_TYPE);
-
-    run("passed = pass(enemy) isSame = passed == enemy");
-
-    EXPECT_EQ(global("isSame"), "false");
+    run("passed = pass(enemy)");
+    is("passed == enemy", "false");
     EXPECT_EQ(boxIn("passed").object, &m_enemy);
     EXPECT_FALSE(boxIn("passed").gcEnabled);
 }
@@ -501,19 +341,14 @@ TEST_F(UserTypeParameterTest, KeptValueReturnedIsAnotherBoxThatOwnsNothing)
 TEST_F(UserTypeParameterTest, NullValueReturnedIsNoResult)
 {
     declarePass(PARAM_TYPE_USER_TYPE_OWNED);
-
-    run("results = select('#', pass(nil))");
-
-    EXPECT_EQ(global("results"), "0");
+    is("select('#', pass(nil))", "0");
 }
 
 TEST_F(UserTypeParameterTest, RegistryIsAsBeforeTheCalls)
 {
     declarePass(PARAM_TYPE_USER_TYPE_OWNED);
     const int slots = countRegistrySlots();
-
     run("for i = 1, 100 do pass(enemy) end");
-
     EXPECT_EQ(countRegistrySlots(), slots);
 }
 

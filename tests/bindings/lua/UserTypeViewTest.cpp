@@ -23,16 +23,51 @@ protected:
     }
 
     /// Declares a function with an owned `Enemy` and a script function as parameters.
-    void declareWithEnemy(const std::string& name, Function::Callable callable)
+    template <typename Action>
+    void declareWithEnemy(const std::string& name, Action action)
     {
-        lua::LuaFunction& function = declare(name, std::move(callable));
+        lua::LuaFunction& function = declare(name, doing(std::move(action)));
         function.addParameter(PARAM_TYPE_USER_TYPE_OWNED, "Enemy");
         function.addParameter(PARAM_TYPE_SCRIPT_FUNCTION);
+    }
+
+    /// Returns a callable's action that makes the reference.
+    auto referring()
+    {
+        return [this](const Parameters& parameters)
+        { m_reference = ScriptObjectReference(parameters[0].getUserTypeView()); };
+    }
+
+    /// Returns a callable's action that keeps the view.
+    auto keeping()
+    {
+        return [this](const Parameters& parameters) { m_view = parameters[0].getUserTypeView(); };
+    }
+
+    /// Declares `outer`, which keeps its view and calls back, and `inner`, which then makes the
+    /// reference of that.
+    void declareNested()
+    {
+        declareWithEnemy("inner", [this](auto&) { m_reference = ScriptObjectReference(m_view); });
+        declareWithEnemy(
+            "outer",
+            [this](const Parameters& parameters)
+            {
+                m_view = parameters[0].getUserTypeView();
+                callScript(parameters[1].getScriptObject());
+            });
     }
 
     static bool isEmpty(const ScriptObjectReference& reference)
     {
         return reference.getInterpreterReference() == nullptr;
+    }
+
+    bool hasEnded() const { return isEmpty(ScriptObjectReference(m_view)); }
+
+    static const ScriptObjectInterpreterView* viewOf(const Parameters& parameters)
+    {
+        return parameters[0].getUserTypeView().getInterpreterView();
     }
 
     int m_first = 0;
@@ -43,161 +78,79 @@ protected:
 
 TEST_F(UserTypeViewTest, ReferenceMadeDuringTheCallDesignatesTheArgument)
 {
-    declareWithEnemy(
-        "take",
-        [this](const Parameters& parameters)
-        {
-            m_reference = ScriptObjectReference(parameters[0].getUserTypeView());
-            return FunctionParameter::VOID;
-        });
-
+    declareWithEnemy("take", referring());
     run("take(first, print)");
-
     EXPECT_TRUE(isGlobal(*m_reference, "first"));
     EXPECT_EQ(m_reference->getType(), 9U);
 }
 
 TEST_F(UserTypeViewTest, ReferenceMadeInACoroutineOutlivesIt)
 {
-    declareWithEnemy(
-        "take",
-        [this](const Parameters& parameters)
-        {
-            m_reference = ScriptObjectReference(parameters[0].getUserTypeView());
-            return FunctionParameter::VOID;
-        });
-
+    declareWithEnemy("take", referring());
     run("coroutine.wrap(function() take(first, print) end)() collectgarbage()");
-
     EXPECT_TRUE(isGlobal(*m_reference, "first"));
 }
 
 TEST_F(UserTypeViewTest, ReferenceKeepsTheInstanceAlive)
 {
-    declareWithEnemy(
-        "take",
-        [this](const Parameters& parameters)
-        {
-            m_reference = ScriptObjectReference(parameters[0].getUserTypeView());
-            return FunctionParameter::VOID;
-        });
+    declareWithEnemy("take", referring());
     run("weak = setmetatable({ first }, { __mode = 'v' }) take(first, print)");
-
-    run("first = nil collectgarbage() collectgarbage() isAlive = weak[1] ~= nil");
-
-    EXPECT_EQ(global("isAlive"), "true");
+    run("first = nil collectgarbage() collectgarbage()");
+    is("weak[1] ~= nil", "true");
 }
 
 TEST_F(UserTypeViewTest, ReferenceMadeAfterTheCallIsEmpty)
 {
-    declareWithEnemy(
-        "take",
-        [this](const Parameters& parameters)
-        {
-            m_view = parameters[0].getUserTypeView();
-            return FunctionParameter::VOID;
-        });
-
+    declareWithEnemy("take", keeping());
     run("take(first, print)");
-
-    EXPECT_TRUE(isEmpty(ScriptObjectReference(m_view)));
+    EXPECT_TRUE(hasEnded());
 }
 
 TEST_F(UserTypeViewTest, ReferenceMadeAfterACallThatThrewIsEmpty)
 {
     declareWithEnemy(
         "take",
-        [this](const Parameters& parameters) -> FunctionParameter
+        [this](const Parameters& parameters)
         {
             m_view = parameters[0].getUserTypeView();
             throw 7;
         });
-
     run("pcall(take, first, print)");
-
-    EXPECT_TRUE(isEmpty(ScriptObjectReference(m_view)));
+    EXPECT_TRUE(hasEnded());
 }
 
 TEST_F(UserTypeViewTest, ReferenceMadeFromAParameterThatWasKeptIsEmpty)
 {
     FunctionParameter kept;
-    declareWithEnemy(
-        "take",
-        [&kept](const Parameters& parameters)
-        {
-            kept = parameters[0];
-            return FunctionParameter::VOID;
-        });
-
+    declareWithEnemy("take", [&kept](const Parameters& parameters) { kept = parameters[0]; });
     run("take(first, print)");
-
     EXPECT_TRUE(isEmpty(ScriptObjectReference(kept.getUserTypeView())));
     EXPECT_EQ(kept.getUserTypeObject(), &m_first);
 }
 
 TEST_F(UserTypeViewTest, ReferenceMadeAfterTheStateClosedIsEmpty)
 {
-    declareWithEnemy(
-        "take",
-        [this](const Parameters& parameters)
-        {
-            m_view = parameters[0].getUserTypeView();
-            return FunctionParameter::VOID;
-        });
+    declareWithEnemy("take", keeping());
     run("take(first, print)");
-
     closeState();
-
-    EXPECT_TRUE(isEmpty(ScriptObjectReference(m_view)));
+    EXPECT_TRUE(hasEnded());
 }
 
 TEST_F(UserTypeViewTest, ReferenceMadeDuringANestedCallDesignatesTheOuterArgument)
 {
-    declareWithEnemy(
-        "inner",
-        [this](const Parameters&)
-        {
-            m_reference = ScriptObjectReference(m_view);
-            return FunctionParameter::VOID;
-        });
-    declareWithEnemy(
-        "outer",
-        [this](const Parameters& parameters)
-        {
-            m_view = parameters[0].getUserTypeView();
-            callScript(parameters[1].getScriptObject());
-            return FunctionParameter::VOID;
-        });
-
+    declareNested();
     run("outer(first, function() inner(second, print) end)");
-
     EXPECT_TRUE(isGlobal(*m_reference, "first"));
 }
 
 TEST_F(UserTypeViewTest, ReferenceMadeDuringANestedCallInACoroutineDesignatesTheOuterArgument)
 {
-    declareWithEnemy(
-        "inner",
-        [this](const Parameters&)
-        {
-            m_reference = ScriptObjectReference(m_view);
-            return FunctionParameter::VOID;
-        });
-    declareWithEnemy(
-        "outer",
-        [this](const Parameters& parameters)
-        {
-            m_view = parameters[0].getUserTypeView();
-            callScript(parameters[1].getScriptObject());
-            return FunctionParameter::VOID;
-        });
-
+    declareNested();
     run("coroutine.wrap(function()"
         "  outer(first, function()"
         "    coroutine.wrap(function() inner(second, print) end)()"
         "  end)"
         " end)()");
-
     EXPECT_TRUE(isGlobal(*m_reference, "first"));
 }
 
@@ -211,39 +164,27 @@ TEST_F(UserTypeViewTest, EachOfManyNestedCallsDesignatesItsOwnArgument)
             const ScriptObjectView view = parameters[0].getUserTypeView();
             callScript(parameters[1].getScriptObject());
             seen.push_back(isGlobal(ScriptObjectReference(view), "first"));
-            return FunctionParameter::VOID;
         });
-
     run("enter(first, function()"
         "  enter(second, function() enter(first, function() end) end)"
         "  enter(second, function() end)"
         " end)");
-
     EXPECT_THAT(seen, ElementsAre(true, false, false, true));
 }
 
 TEST_F(UserTypeViewTest, InnerViewHasEndedWhenTheOuterCallGoesOn)
 {
     bool isInnerEmpty = false;
-    declareWithEnemy(
-        "inner",
-        [this](const Parameters& parameters)
-        {
-            m_view = parameters[0].getUserTypeView();
-            return FunctionParameter::VOID;
-        });
+    declareWithEnemy("inner", keeping());
     declareWithEnemy(
         "outer",
         [&](const Parameters& parameters)
         {
             callScript(parameters[1].getScriptObject());
-            isInnerEmpty = isEmpty(ScriptObjectReference(m_view));
-            m_reference = ScriptObjectReference(parameters[0].getUserTypeView());
-            return FunctionParameter::VOID;
+            isInnerEmpty = hasEnded();
+            referring()(parameters);
         });
-
     run("outer(first, function() inner(second, print) end)");
-
     EXPECT_TRUE(isInnerEmpty);
     EXPECT_TRUE(isGlobal(*m_reference, "first"));
 }
@@ -257,13 +198,10 @@ TEST_F(UserTypeViewTest, ViewKeptFromAnEarlierCallStaysEmptyDuringLaterOnes)
         {
             if (isKeptEmpty.empty())
                 m_view = parameters[0].getUserTypeView();
-            isKeptEmpty.push_back(isEmpty(ScriptObjectReference(m_view)));
-            m_reference = ScriptObjectReference(parameters[0].getUserTypeView());
-            return FunctionParameter::VOID;
+            isKeptEmpty.push_back(hasEnded());
+            referring()(parameters);
         });
-
     run("take(first, print) take(second, print) take(second, print)");
-
     EXPECT_THAT(isKeptEmpty, ElementsAre(false, true, true));
     EXPECT_TRUE(isGlobal(*m_reference, "second"));
 }
@@ -271,16 +209,8 @@ TEST_F(UserTypeViewTest, ViewKeptFromAnEarlierCallStaysEmptyDuringLaterOnes)
 TEST_F(UserTypeViewTest, ViewThatNobodyKeptIsUsedAgain)
 {
     std::vector<const ScriptObjectInterpreterView*> views;
-    declareWithEnemy(
-        "take",
-        [&views](const Parameters& parameters)
-        {
-            views.push_back(parameters[0].getUserTypeView().getInterpreterView());
-            return FunctionParameter::VOID;
-        });
-
+    declareWithEnemy("take", [&views](auto& parameters) { views.push_back(viewOf(parameters)); });
     run("take(first, print) take(second, print)");
-
     ASSERT_EQ(views.size(), 2U);
     EXPECT_NE(views[0], nullptr);
     EXPECT_EQ(views[0], views[1]);
@@ -293,14 +223,11 @@ TEST_F(UserTypeViewTest, ViewThatSomebodyKeptIsLeftAlone)
         "take",
         [this, &last](const Parameters& parameters)
         {
-            last = parameters[0].getUserTypeView().getInterpreterView();
+            last = viewOf(parameters);
             if (!m_view.getInterpreterView())
                 m_view = parameters[0].getUserTypeView();
-            return FunctionParameter::VOID;
         });
-
     run("take(first, print) take(second, print)");
-
     EXPECT_NE(last, nullptr);
     EXPECT_NE(last, m_view.getInterpreterView());
 }
@@ -313,14 +240,11 @@ TEST_F(UserTypeViewTest, CopiesOfAParameterShareItsView)
         "take",
         [&](const Parameters& parameters)
         {
-            original = parameters[0].getUserTypeView().getInterpreterView();
+            original = viewOf(parameters);
             copy = parameters[0];
             m_reference = ScriptObjectReference(copy.getUserTypeView());
-            return FunctionParameter::VOID;
         });
-
     run("take(first, print)");
-
     EXPECT_EQ(copy.getUserTypeView().getInterpreterView(), original);
     EXPECT_TRUE(isGlobal(*m_reference, "first"));
 }
@@ -328,17 +252,9 @@ TEST_F(UserTypeViewTest, CopiesOfAParameterShareItsView)
 TEST_F(UserTypeViewTest, SharedViewOutlivesTheFunctionThatItWasLentFor)
 {
     auto copy = std::make_unique<FunctionParameter>();
-    declareWithEnemy(
-        "take",
-        [&copy](const Parameters& parameters)
-        {
-            *copy = parameters[0];
-            return FunctionParameter::VOID;
-        });
+    declareWithEnemy("take", [&copy](const Parameters& parameters) { *copy = parameters[0]; });
     run("take(first, print)");
-
     destroyLastFunction();
-
     EXPECT_TRUE(isEmpty(ScriptObjectReference(copy->getUserTypeView())));
     copy.reset(); // destroys the view, once
 }
@@ -347,15 +263,8 @@ TEST_F(UserTypeViewTest, NilDropsTheViewOfTheCallBefore)
 {
     std::vector<bool> hasView;
     declareWithEnemy(
-        "take",
-        [&hasView](const Parameters& parameters)
-        {
-            hasView.push_back(parameters[0].getUserTypeView().getInterpreterView() != nullptr);
-            return FunctionParameter::VOID;
-        });
-
+        "take", [&hasView](auto& parameters) { hasView.push_back(viewOf(parameters) != nullptr); });
     run("take(first, print) take(nil, print) take(second, print)");
-
     EXPECT_THAT(hasView, ElementsAre(true, false, true));
 }
 
@@ -363,16 +272,9 @@ TEST_F(UserTypeViewTest, HostsUserTypeHasNone)
 {
     bool hasView = true;
     declare(
-        "take",
-        [&hasView](const Parameters& parameters)
-        {
-            hasView = parameters[0].getUserTypeView().getInterpreterView() != nullptr;
-            return FunctionParameter::VOID;
-        })
+        "take", doing([&hasView](auto& parameters) { hasView = viewOf(parameters) != nullptr; }))
         .addParameter(PARAM_TYPE_USER_TYPE, "Enemy");
-
     run("take(first)");
-
     EXPECT_FALSE(hasView);
 }
 
@@ -382,16 +284,14 @@ TEST_F(UserTypeViewTest, OutputOfAScriptCallHasNoneWhenTheCallReturns)
         FunctionParameter::ofType(PARAM_TYPE_USER_TYPE_OWNED, "Enemy")};
     declare(
         "ask",
-        [this, &outputs](const Parameters& parameters)
-        {
-            callScript(parameters[0].getScriptObject(), {}, outputs);
-            m_reference = ScriptObjectReference(outputs[0].getUserTypeView());
-            return FunctionParameter::VOID;
-        })
+        doing(
+            [this, &outputs](const Parameters& parameters)
+            {
+                callScript(parameters[0].getScriptObject(), {}, outputs);
+                m_reference = ScriptObjectReference(outputs[0].getUserTypeView());
+            }))
         .addParameter(PARAM_TYPE_SCRIPT_FUNCTION);
-
     run("ask(function() return second end)");
-
     EXPECT_EQ(outputs[0].getUserTypeObject(), &m_second);
     EXPECT_TRUE(isEmpty(*m_reference));
 }
@@ -407,7 +307,6 @@ TEST_F(UserTypeViewTest, InputToAnotherInterpreterIsABoxThatDoesNotOwn)
         {
             lua::LuaCallbackScope scope(*other.getSlot(), otherState);
             lua::LuaCallBridge(scope, "pass").pushParameter(parameters[0]);
-            return FunctionParameter::VOID;
         });
 
     run("pass(first, print)");
@@ -423,23 +322,14 @@ TEST_F(UserTypeViewTest, InputToAnotherInterpreterIsABoxThatDoesNotOwn)
 
 TEST_F(UserTypeViewTest, NestedCallsLeaveNoRegistrySlot)
 {
-    declareWithEnemy(
-        "enter",
-        [this](const Parameters& parameters)
-        {
-            m_view = parameters[0].getUserTypeView();
-            callScript(parameters[1].getScriptObject());
-            return FunctionParameter::VOID;
-        });
-    const std::string nested = "enter(first, function() enter(second, idle) end)";
-    run("function idle() end " +
-        nested); // from here on each level keeps the arguments of its last call
+    declareNested();
+    const std::string nested = "outer(first, function() outer(second, idle) end)";
+    // From here on each level keeps the arguments of its last call.
+    run("function idle() end " + nested);
     const int slots = countRegistrySlots();
-
-    run("for i = 1, 100 do pcall(enter, first, 7) " + nested + " end");
-
+    run("for i = 1, 100 do pcall(outer, first, 7) " + nested + " end");
     EXPECT_EQ(countRegistrySlots(), slots);
-    EXPECT_EQ(m_log.takeEntries().size(), 100U);
+    expectLogCount(100);
 }
 
 } // namespace tbScripts::test
