@@ -120,6 +120,7 @@ const Facts<EnvironmentUserTypesTest> FACTS(
           filled(),
           restart(),
           userType("T"),
+          hasNoMethod(),
           run(HAS_NOTHING),
           living(1),
           run("t = nil collectgarbage()"),

@@ -26,8 +26,7 @@ protected:
     void declareWithEnd(std::function<void()> atEnd)
     {
         const std::shared_ptr<void> guard(nullptr, [atEnd = std::move(atEnd)](void*) { atEnd(); });
-        m_environment->setFunc("f")->setFunction([guard](const Parameters&)
-                                                 { return FunctionParameter::VOID; });
+        m_environment->setFunc("f")->setFunction(doing([guard] {}));
     }
 
     std::unique_ptr<Environment> m_environment = std::make_unique<Environment>();
@@ -36,10 +35,8 @@ protected:
 TEST_F(CallableEndTest, DeclarationAnewMayEndTheEnvironment)
 {
     declareWithEnd([this] { m_environment.reset(); });
-
     Function* const function = m_environment->setFunc("f");
-    m_log.takeEntries(); // that it was declared already
-
+    forgetLog(); // that it was declared already
     EXPECT_EQ(function, nullptr);
     EXPECT_EQ(m_environment, nullptr);
 }
@@ -48,10 +45,8 @@ TEST_F(CallableEndTest, DeclarationAnewMayDeclareTheSameFunction)
 {
     Function* inner = nullptr;
     declareWithEnd([this, &inner] { inner = m_environment->setFunc("f"); });
-
     Function* const outer = m_environment->setFunc("f");
-    m_log.takeEntries(); // that it was declared already, twice
-
+    forgetLog(); // that it was declared already, twice
     EXPECT_NE(outer, nullptr);
     EXPECT_EQ(outer, inner);
 }
@@ -63,7 +58,7 @@ TEST_F(CallableEndTest, DeclarationAnewMayAssignToTheEnvironment)
     declareWithEnd([this, &other] { *m_environment = other; });
 
     Function* const function = m_environment->setFunc("f");
-    m_log.takeEntries(); // that it was declared already
+    forgetLog(); // that it was declared already
 
     EXPECT_EQ(function, nullptr);
     EXPECT_FALSE(m_environment->isFuncSet("f"));
@@ -76,11 +71,10 @@ TEST_F(CallableEndTest, DeclarationOfAUserTypeAnewMayAssignToTheEnvironment)
     std::shared_ptr<void> guard(nullptr, [this, &other](void*) { *m_environment = other; });
     m_environment->setUserType("T")
         ->setMethod("m", false)
-        ->setFunction([held = std::move(guard)](const Parameters&)
-                      { return FunctionParameter::VOID; });
+        ->setFunction(doing([held = std::move(guard)] {}));
 
     UserType* const type = m_environment->setUserType("T");
-    m_log.takeEntries(); // that it was declared already
+    forgetLog(); // that it was declared already
 
     EXPECT_EQ(type, nullptr);
     EXPECT_FALSE(m_environment->isUserTypeSet("T"));
@@ -91,9 +85,7 @@ TEST_F(CallableEndTest, AssignmentToTheEnvironmentMayEndIt)
     declareWithEnd([this] { m_environment.reset(); });
     Environment other;
     other.setEnvironmentFor(INTERPRETER_LUA);
-
     *m_environment = other;
-
     EXPECT_EQ(m_environment, nullptr);
 }
 
@@ -126,26 +118,21 @@ TEST_F(CallableEndTest, EndOfTheEnvironmentMayAssignToIt)
     other.setVar("v", 1);
     EXPECT_EQ(other.getVar("v", 0), 1);
     EXPECT_FALSE(runScript(other, "error('boom', 0)"));
-    m_log.takeEntries();
+    forgetLog();
     EXPECT_EQ(other.getLastExecutionResult().code, 5);
 }
 
 TEST_F(CallableEndTest, ChangeOfTheFunctionMayEndTheEnvironment)
 {
     declareWithEnd([this] { m_environment.reset(); });
-
-    m_environment->getFunc("f")->setFunction([](const Parameters&)
-                                             { return FunctionParameter::VOID; });
-
+    m_environment->getFunc("f")->setFunction(doing([] {}));
     EXPECT_EQ(m_environment, nullptr);
 }
 
 TEST_F(CallableEndTest, ResetOfTheFunctionMayEndTheEnvironment)
 {
     declareWithEnd([this] { m_environment.reset(); });
-
     m_environment->getFunc("f")->reset();
-
     EXPECT_EQ(m_environment, nullptr);
 }
 
@@ -153,18 +140,13 @@ TEST_F(CallableEndTest, RedeclarationInAnotherStateMayEndTheEnvironmentThroughAM
 {
     declareWithEnd([] {});
     m_environment->setEnvironmentFor(INTERPRETER_LUA);
-    m_environment->setFunc("quit")->setFunction(
-        [this](const Parameters&)
-        {
-            m_environment.reset();
-            return FunctionParameter::VOID;
-        });
+    m_environment->setFunc("quit")->setFunction(doing([this] { m_environment.reset(); }));
     ASSERT_TRUE(runScript(
         *m_environment,
         "local quit = quit; setmetatable(_G, { __newindex = function() quit() end })"));
 
     Function* const function = m_environment->setFunc("f");
-    m_log.takeEntries(); // that it was declared already
+    forgetLog(); // that it was declared already
 
     EXPECT_EQ(function, nullptr);
     EXPECT_EQ(m_environment, nullptr);

@@ -10,8 +10,6 @@
 namespace tbScripts::test
 {
 
-using ::testing::ElementsAre;
-
 class CoroutineCallTest : public EnvironmentFixture
 {
 protected:
@@ -48,7 +46,6 @@ TEST_F(CoroutineCallTest, ScriptFunctionThatTheHostCallsRunsInTheCoroutine)
 {
     run("coroutine.wrap(function() assert(hostsCurrent() == current() and current() ~= 'nil')"
         "  done = true end)()");
-
     EXPECT_TRUE(environment().getVar("done", false));
 }
 
@@ -70,7 +67,6 @@ TEST_F(CoroutineCallTest, MainThreadCountsAfterAYield)
 {
     run("kept = coroutine.create(function() hostsCurrent() coroutine.yield() end) "
         "coroutine.resume(kept) assert(hostsCurrent() == 'nil')");
-
     EXPECT_EQ(currentForHost(), "nil");
 }
 
@@ -78,28 +74,23 @@ TEST_F(CoroutineCallTest, MainThreadCountsAfterAnEnd)
 {
     run("coroutine.wrap(hostsCurrent)() collectgarbage() collectgarbage()"
         "assert(hostsCurrent() == 'nil')");
-
     EXPECT_EQ(currentForHost(), "nil");
 }
 
 TEST_F(CoroutineCallTest, MainThreadCountsAfterAScriptError)
 {
     declare("fail", {}, [](const Parameters&) -> FunctionParameter { throw std::string("lost"); });
-
     run("works = coroutine.resume(coroutine.create(fail)) collectgarbage()"
         "assert(not works and hostsCurrent() == 'nil')");
-
     EXPECT_EQ(currentForHost(), "nil");
-    EXPECT_THAT(m_log.takeEntries(), ElementsAre(LogEntry{"lost", "LuaFunction"}));
+    expectLogged("lost", "LuaFunction");
 }
 
 TEST_F(CoroutineCallTest, MainThreadCountsAfterAForeignException)
 {
     declare("fail", {}, [](const Parameters&) -> FunctionParameter { throw 7; });
-
     run("works = coroutine.resume(coroutine.create(fail)) collectgarbage()"
         "assert(not works and hostsCurrent() == 'nil')");
-
     EXPECT_EQ(currentForHost(), "nil");
 }
 
@@ -119,7 +110,7 @@ TEST_F(CoroutineCallTest, MainThreadCountsAfterAFailureThatTheHostContained)
     run("coroutine.wrap(function() assert(tryIt() == false and hostsCurrent() == current())"
         "  done = true end)() assert(done and hostsCurrent() == 'nil')");
 
-    EXPECT_THAT(m_log.takeEntries(), ElementsAre(LogEntry{"lost", "LuaEnvironment"}));
+    expectLogged("lost", "LuaEnvironment");
 }
 
 TEST_F(CoroutineCallTest, ValuesThatTheHostReadsLandInTheCoroutine)
@@ -142,9 +133,9 @@ TEST_F(CoroutineCallTest, CollectionsInsideLeaveTheCoroutinesValuesAlone)
         {PARAM_TYPE_INT},
         [this](const Parameters& parameters)
         {
-            environment().requestGarbageCollection();
+            collect();
             environment().setVar("seen", std::to_string(parameters[0].getInt()).c_str());
-            environment().requestGarbageCollection();
+            collect();
             return FunctionParameter(environment().getVar("seen", 0));
         });
 
@@ -188,7 +179,7 @@ TEST_F(CoroutineCallTest, FunctionDeclaredInsideACoroutineIsEverybodys)
         {},
         [this](const Parameters&)
         {
-            declare("late", {}, [](const Parameters&) { return FunctionParameter(42); });
+            declare("late", {}, returning(42));
             return FunctionParameter::VOID;
         });
 
@@ -204,11 +195,8 @@ TEST_F(CoroutineCallTest, CallbackOfACoroutineThatFailedIsCalledOnTheMainThread)
     declare(
         "listen",
         {PARAM_TYPE_SCRIPT_FUNCTION},
-        [&callback](const Parameters& parameters)
-        {
-            callback = parameters[0].getScriptObject();
-            return FunctionParameter::VOID;
-        });
+        doing([&callback](const Parameters& parameters)
+              { callback = parameters[0].getScriptObject(); }));
     run("coroutine.resume(coroutine.create(function() local state = 5"
         "  listen(function() return state, coroutine.running() == nil end) error('lost') end)) "
         "collectgarbage()");
@@ -267,11 +255,9 @@ TEST_F(CoroutineCallTest, ResumingTheRunningCoroutineThroughTheHostIsAScriptsOut
 TEST_F(CoroutineCallTest, ManyCoroutinesCallTheHostThatCallsBack)
 {
     environment().setVar("count", repetitions(10000));
-
     run("local seen = 0 for i = 1, count do"
         "  coroutine.wrap(function() if hostsCurrent() == current() then seen = seen + 1 end end)()"
         " end matching = seen");
-
     EXPECT_EQ(environment().getVar("matching", 0), repetitions(10000));
 }
 

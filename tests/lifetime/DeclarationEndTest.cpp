@@ -20,11 +20,6 @@ struct DeclarationRow
     bool (*declare)(Environment& environment);
 };
 
-std::ostream& operator<<(std::ostream& stream, const DeclarationRow& row)
-{
-    return stream << row.row;
-}
-
 const std::vector<DeclarationRow>& allDeclarations()
 {
     static const std::vector<DeclarationRow> rows{
@@ -41,8 +36,7 @@ const std::vector<DeclarationRow>& allDeclarations()
 
 } // namespace
 
-class DeclarationEndTest : public NamespaceFixture,
-                           public ::testing::WithParamInterface<DeclarationRow>
+class DeclarationEndTest : public OnRows<NamespaceFixture, DeclarationRow>
 {
 protected:
     DeclarationEndTest()
@@ -53,7 +47,7 @@ protected:
     void TearDown() override
     {
         destroyEnvironment();
-        m_log.takeEntries(); // of what was declared again
+        forgetLog(); // of what was declared again
         NamespaceFixture::TearDown();
     }
 
@@ -80,7 +74,6 @@ TEST_P(DeclarationEndTest, GivesNullIfAMetamethodDestroysTheEnvironment)
 {
     run("local rawset, quit = rawset, quit "
         "setmetatable(_G, {__newindex = function(t, k, v) rawset(t, k, v) quit() end})");
-
     EXPECT_FALSE(GetParam().declare(environment()));
 }
 
@@ -88,7 +81,6 @@ TEST_P(DeclarationEndTest, GivesNullIfTheLogReceiverDestroysTheEnvironment)
 {
     GetParam().declare(environment());
     ReactingLogger receiver([this] { destroyEnvironment(); });
-
     EXPECT_FALSE(GetParam().declare(environment()));
 }
 
@@ -96,18 +88,16 @@ TEST_P(DeclarationEndTest, GivesNullIfAMessageOfARefusalDestroysTheEnvironment)
 {
     run("setmetatable(_G, {__newindex = function() error('strict', 0) end})");
     ReactingLogger receiver([this] { destroyEnvironment(); });
-
     EXPECT_FALSE(GetParam().declare(environment()));
 }
 
 TEST_P(DeclarationEndTest, GivesNullIfAMetamethodOfTheNextInterpreterDestroysTheEnvironment)
 {
     GetParam().declare(environment());
-    environment().setEnvironmentFor(INTERPRETER_LUA);
+    restart();
     declareAction("quit", [this] { destroyEnvironment(); });
     run("local rawset, quit = rawset, quit "
         "setmetatable(_G, {__newindex = function(t, k, v) rawset(t, k, v) quit() end})");
-
     EXPECT_FALSE(GetParam().declare(environment()));
 }
 
@@ -117,9 +107,7 @@ TEST_P(DeclarationEndTest, GivesNullInsideAScriptThatQuitsMeanwhile)
     declareAction("declareAll", [this, &isGiven] { isGiven = GetParam().declare(environment()); });
     run("local rawset, quit = rawset, quit "
         "setmetatable(_G, {__newindex = function(t, k, v) rawset(t, k, v) quit() end})");
-
     runScript(environment(), "declareAll()");
-
     EXPECT_FALSE(isGiven);
 }
 
@@ -131,9 +119,7 @@ TEST_P(DeclarationEndTest, SurvivesThatTheWayIsReleasedMeanwhile)
     declareAction("act", [&outer] { outer->release(); });
     actWhenSetting("y");
     run("setmetatable(x, getmetatable(_G))");
-
     GetParam().declare(environment());
-
     EXPECT_EQ(environment().getNamespace("x"), outer);
 }
 
@@ -141,7 +127,7 @@ TEST_P(DeclarationEndTest, SurvivesThatAnInertWayIsReleasedMeanwhile)
 {
     Namespace* outer = environment().setNamespace("x");
     environment().setNamespace("x::y::z");
-    environment().setEnvironmentFor(INTERPRETER_LUA);
+    restart();
     declareAction("act", [&outer] { outer->release(); });
     actWhenSetting("y");
 
@@ -159,9 +145,8 @@ TEST_F(RepeatedTypeEndTest, GivesNullIfTheEndOfAMethodDestroysTheEnvironment)
     bindHolding(
         environment().setUserType("T")->setMethod("m", false),
         makeFarewell([this] { destroyEnvironment(); }));
-
     EXPECT_EQ(environment().setUserType("T"), nullptr);
-    m_log.takeEntries();
+    forgetLog();
 }
 
 TEST_F(RepeatedTypeEndTest, GivesNullIfTheEndOfAnInertMethodDestroysTheEnvironment)
@@ -169,10 +154,9 @@ TEST_F(RepeatedTypeEndTest, GivesNullIfTheEndOfAnInertMethodDestroysTheEnvironme
     UserType* const type = environment().setUserType("T");
     for (const char* const name : {"k", "l", "m", "n"})
         bindHolding(type->setMethod(name, false), makeFarewell([this] { destroyEnvironment(); }));
-    environment().setEnvironmentFor(INTERPRETER_LUA);
-
+    restart();
     EXPECT_EQ(environment().setUserType("T"), nullptr);
-    m_log.takeEntries();
+    forgetLog();
 }
 
 TEST_F(RepeatedTypeEndTest, GivesNullIfTheEndOfAMethodInANamespaceDestroysTheEnvironment)
@@ -180,9 +164,8 @@ TEST_F(RepeatedTypeEndTest, GivesNullIfTheEndOfAMethodInANamespaceDestroysTheEnv
     bindHolding(
         environment().setUserType("a::b::T")->setMethod("m", false),
         makeFarewell([this] { destroyEnvironment(); }));
-
     EXPECT_EQ(environment().setUserType("a::b::T"), nullptr);
-    m_log.takeEntries();
+    forgetLog();
 }
 
 } // namespace tbScripts::test

@@ -4,6 +4,7 @@
 #include "support/EnvironmentFixture.h"
 #include "support/Farewell.h"
 #include "support/GlobalOperations.h"
+#include "support/RowName.h"
 
 #include <tbScripts/LogManager.h>
 
@@ -55,19 +56,16 @@ protected:
         m_environment->setEnvironmentFor(INTERPRETER_LUA);
         declare(
             "quit",
-            [this](const Parameters&)
-            {
-                m_events.emplace_back("quit");
-                m_environment.reset();
-                return FunctionParameter::VOID;
-            });
+            doing(
+                [this]
+                {
+                    m_events.emplace_back("quit");
+                    m_environment.reset();
+                }));
         declare(
             "note",
-            [this](const Parameters& parameters)
-            {
-                m_events.emplace_back(std::string_view(parameters[0].getString()));
-                return FunctionParameter::VOID;
-            });
+            doing([this](const Parameters& parameters)
+                  { m_events.emplace_back(std::string_view(parameters[0].getString())); }));
         m_environment->getFunc("note")->addParameter(PARAM_TYPE_STRING);
         declareDeparting("first");
         declareDeparting("second");
@@ -117,15 +115,10 @@ namespace
 
 struct WayRow
 {
-    const char* name;
+    const char* row;
     const char* script; // prepares
     void (*go)(Environment& environment);
 };
-
-std::ostream& operator<<(std::ostream& stream, const WayRow& row)
-{
-    return stream << row.name;
-}
 
 void execute(Environment& environment, const char* sources)
 {
@@ -180,20 +173,14 @@ std::vector<WayRow> allWays()
 
 } // namespace
 
-class EnvironmentEndTest : public EnvironmentEndFixture,
-                           public ::testing::WithParamInterface<WayRow>
-{
-};
+using EnvironmentEndTest = OnRows<EnvironmentEndFixture, WayRow>;
 
-INSTANTIATE_TEST_SUITE_P(
-    Ways, EnvironmentEndTest, ::testing::ValuesIn(allWays()), ::testing::PrintToStringParamName());
+INSTANTIATE_TEST_SUITE_P(Ways, EnvironmentEndTest, ::testing::ValuesIn(allWays()), RowName());
 
 TEST_P(EnvironmentEndTest, EverythingFollowsWhenTheOutermostCallReturns)
 {
     run(GetParam().script);
-
     GetParam().go(*m_environment);
-
     EXPECT_EQ(m_environment, nullptr);
     EXPECT_THAT(m_events, isTheUsualEnd());
 }
@@ -202,13 +189,7 @@ TEST_P(EnvironmentEndTest, ScriptThatIsNestedDeepStaysAliveToo)
 {
     run(GetParam().script);
     Environment& environment = *m_environment;
-    declare(
-        "nest",
-        [&environment](const Parameters&)
-        {
-            GetParam().go(environment);
-            return FunctionParameter::VOID;
-        });
+    declare("nest", doing([&environment] { GetParam().go(environment); }));
 
     EXPECT_TRUE(runScript(environment, "local nest, note = nest, note nest() note('outer')"));
 
@@ -221,10 +202,7 @@ TEST_P(EnvironmentEndTest, ScriptThatIsNestedDeepStaysAliveToo)
 }
 
 // The metamethods of the globals are scripts that a host call runs, too.
-class EnvironmentEndByMetamethodTest : public EnvironmentEndFixture,
-                                       public ::testing::WithParamInterface<GlobalOperation>
-{
-};
+using EnvironmentEndByMetamethodTest = OnRows<EnvironmentEndFixture, GlobalOperation>;
 
 INSTANTIATE_TEST_SUITE_P(
     Operations,
@@ -236,10 +214,7 @@ TEST_P(EnvironmentEndByMetamethodTest, EverythingFollowsWhenTheOperationReturns)
 {
     run("local function leave() quit() note('script goes on') end "
         "setmetatable(_G, {__index = leave, __newindex = leave})");
-
-    const std::string answer = GetParam().perform(*m_environment, "score");
-
-    EXPECT_EQ(answer, GetParam().neutralAnswer);
+    EXPECT_EQ(GetParam().perform(*m_environment, "score"), GetParam().neutralAnswer);
     EXPECT_EQ(m_environment, nullptr);
     EXPECT_THAT(m_events, isTheUsualEnd());
 }
@@ -268,9 +243,7 @@ class EnvironmentEndDetailTest : public EnvironmentEndFixture
 
 TEST_F(EnvironmentEndDetailTest, FailureAfterwardsIsReportedUnderTheLastNames)
 {
-    const bool hasSucceeded = runScript(*m_environment, "quit() error('lost', 0)", "round");
-
-    EXPECT_FALSE(hasSucceeded);
+    EXPECT_FALSE(runScript(*m_environment, "quit() error('lost', 0)", "round"));
     EXPECT_THAT(
         m_events,
         ElementsAre(
@@ -328,13 +301,13 @@ TEST_F(EnvironmentEndDetailTest, NewEnvironmentTakesThePlaceMeanwhile)
 {
     declare(
         "reload",
-        [this](const Parameters&)
-        {
-            m_environment = std::make_unique<Environment>();
-            m_environment->setEnvironmentFor(INTERPRETER_LUA);
-            m_environment->setVar("fresh", true);
-            return FunctionParameter::VOID;
-        });
+        doing(
+            [this]
+            {
+                m_environment = std::make_unique<Environment>();
+                m_environment->setEnvironmentFor(INTERPRETER_LUA);
+                m_environment->setVar("fresh", true);
+            }));
 
     EXPECT_TRUE(runScript(*m_environment, "reload() assert(fresh == nil)"));
 
@@ -346,12 +319,12 @@ TEST_F(EnvironmentEndDetailTest, AssignmentFromInsideWaitsTheSame)
 {
     declare(
         "renew",
-        [this](const Parameters&)
-        {
-            *m_environment = Environment();
-            m_events.emplace_back("assigned");
-            return FunctionParameter::VOID;
-        });
+        doing(
+            [this]
+            {
+                *m_environment = Environment();
+                m_events.emplace_back("assigned");
+            }));
 
     EXPECT_TRUE(runScript(*m_environment, "local note = note renew() note('script goes on')"));
 
@@ -367,9 +340,7 @@ TEST_F(EnvironmentEndDetailTest, CopyKeepsEverythingUntilItGoes)
     run("quit() note('script goes on')");
     EXPECT_THAT(m_events, ElementsAre("quit", "script goes on"));
     EXPECT_TRUE(copy->isVarSet("kept"));
-
     copy.reset();
-
     EXPECT_THAT(m_events, isTheUsualEnd());
 }
 
@@ -396,9 +367,7 @@ TEST_F(EnvironmentEndDetailTest, AnotherEnvironmentGoesOn)
 TEST_F(EnvironmentEndDetailTest, FinaliserMayEndItWhileASwitchClosesTheState)
 {
     run("kept = nil last = newproxy(true) getmetatable(last).__gc = quit");
-
     m_environment->setEnvironmentFor(INTERPRETER_LUA);
-
     EXPECT_EQ(m_environment, nullptr);
     EXPECT_THAT(
         m_events, ElementsAre("quit", "finaliser speaks", "first is gone", "second is gone"));

@@ -46,7 +46,7 @@ TEST_F(FactoryEndTest, FactoryOfATypeThatHasLeftIsAScriptError)
         "collectgarbage('setpause', 0) collectgarbage('setstepmul', 10000) "
         "for i = 1, 10000 do T.new() end"));
 
-    m_log.takeEntries();
+    forgetLog();
     EXPECT_GT(m_made, 0);
     EXPECT_LT(m_made, 10000);
     EXPECT_TRUE(runScript(*m_other, "made = T.new()"));
@@ -58,7 +58,7 @@ TEST_F(FactoryEndTest, WhatItHasMadeIsDestroyedOnce)
         environment(),
         "collectgarbage('setpause', 0) collectgarbage('setstepmul', 10000) "
         "for i = 1, 10000 do T.new() end");
-    m_log.takeEntries();
+    forgetLog();
 
     m_other.reset();
     destroyEnvironment();

@@ -9,7 +9,6 @@
 namespace tbScripts::test
 {
 
-using ::testing::ElementsAre;
 using ::testing::SizeIs;
 
 class FailedRivalTypeTest : public UserTypeFixture
@@ -24,8 +23,7 @@ protected:
         field.type = PARAM_TYPE_DOUBLE;
         field.getter = [](void* object) { return FunctionParameter(vecAt(object).x); };
         late.setField(field);
-        late.setMethod("answer", false)
-            ->setFunction([](const Parameters&) { return FunctionParameter(42); });
+        late.setMethod("answer", false)->setFunction(returning(42));
         run("late = world.Late.new()");
         m_made.back().x = 7.0;
     }
@@ -43,48 +41,42 @@ protected:
 TEST_F(FailedRivalTypeTest, ItsMembersGoOn)
 {
     refuseNames();
-
     EXPECT_EQ(m_other->setUserType("world::Late"), nullptr);
-
-    EXPECT_THAT(m_log.takeEntries(), ElementsAre(LogEntry{"no Late", "LuaEnvironment"}));
-    EXPECT_EQ(evaluate("late.x"), "7");
-    EXPECT_EQ(evaluate("late:answer()"), "42");
+    expectLogged("no Late", "LuaEnvironment");
+    is("late.x", "7");
+    is("late:answer()", "42");
 }
 
 TEST_F(FailedRivalTypeTest, ItsInstancesAreDestroyedOnce)
 {
     refuseNames();
     EXPECT_EQ(m_other->setUserType("world::Late"), nullptr);
-    m_log.takeEntries();
-
+    forgetLog();
     run("late = nil");
     collect();
-
-    EXPECT_THAT(m_destroyed, ElementsAre(&m_made[0]));
+    isDestroyed({0});
 }
 
 TEST_F(FailedRivalTypeTest, ItGoesOnWhereTheNamespaceWentToAnotherInterpreter)
 {
     m_other->setNamespace("world"); // two of them with one table
-    environment().setEnvironmentFor(INTERPRETER_LUA);
+    restart();
     environment().setNamespace("world"); // takes that table along
 
     EXPECT_EQ(m_other->setUserType("world::Late"), nullptr);
-    m_log.takeEntries();
+    forgetLog();
 
     EXPECT_TRUE(runScript(*m_other, "assert(late.x == 7 and late:answer() == 42) late = nil"));
     m_other->requestGarbageCollection();
-    EXPECT_THAT(m_destroyed, ElementsAre(&m_made[0]));
+    isDestroyed({0});
 }
 
 TEST_F(FailedRivalTypeTest, ItsInstancesAreDestroyedAsItSaidUntilTheSecondSaysMore)
 {
     ASSERT_NE(m_other->setUserType("world::Late"), nullptr);
-
     run("late = nil");
     collect();
-
-    EXPECT_THAT(m_destroyed, ElementsAre(&m_made[0]));
+    isDestroyed({0});
 }
 
 TEST_F(FailedRivalTypeTest, ADestructorOfTheSecondLeavesThatOfTheFirst)
@@ -99,7 +91,7 @@ TEST_F(FailedRivalTypeTest, ADestructorOfTheSecondLeavesThatOfTheFirst)
     collect();
 
     EXPECT_EQ(destructions, 0);
-    EXPECT_THAT(m_destroyed, ElementsAre(&m_made[0]));
+    isDestroyed({0});
 }
 
 TEST_F(FailedRivalTypeTest, ADeclarationThatWorksTakesTheTableOver)
@@ -112,7 +104,7 @@ TEST_F(FailedRivalTypeTest, ADeclarationThatWorksTakesTheTableOver)
     run("late = nil second = world.Late.new()");
     collect();
     EXPECT_THAT(m_made, SizeIs(2));
-    EXPECT_THAT(m_destroyed, ElementsAre(&m_made[0]));
+    isDestroyed({0});
 }
 
 } // namespace tbScripts::test

@@ -3,6 +3,7 @@
 
 #include "support/Farewell.h"
 #include "support/NamespaceFixture.h"
+#include "support/RowName.h"
 
 #include <string>
 #include <tuple>
@@ -24,7 +25,7 @@ struct HolderRow
 
 Function::Callable holding(std::shared_ptr<const void> farewell)
 {
-    return [held = std::move(farewell)](const Parameters&) { return FunctionParameter::VOID; };
+    return doing([held = std::move(farewell)] {});
 }
 
 const std::vector<HolderRow>& allHolders()
@@ -85,7 +86,7 @@ std::string nameOf(const Case& row)
 
 } // namespace
 
-class InertNamespaceEndTest : public NamespaceFixture, public ::testing::WithParamInterface<Case>
+class InertNamespaceEndTest : public OnRows<NamespaceFixture, Case>
 {
 protected:
     InertNamespaceEndTest()
@@ -98,7 +99,7 @@ protected:
             m_inner->setUserType(name)->setMethod("m", false);
         }
         std::get<0>(GetParam()).hold(*m_inner, makeFarewell([this] { end(); }));
-        environment().setEnvironmentFor(INTERPRETER_LUA);
+        restart();
     }
 
     void end()
@@ -137,7 +138,6 @@ INSTANTIATE_TEST_SUITE_P(
 TEST_P(InertNamespaceEndTest, ReleaseSurvivesWhatEndsInIt)
 {
     m_inner->release();
-
     EXPECT_TRUE(m_hasEnded);
 }
 
@@ -145,18 +145,14 @@ TEST_P(InertNamespaceEndTest, ReleaseOfTheParentSurvivesWhatEndsInIt)
 {
     if (std::get<1>(GetParam()) == ENDING::BY_RELEASE)
         m_inner = &scope(); // the inner one is gone by then
-
     scope().release();
-
     EXPECT_TRUE(m_hasEnded);
 }
 
 TEST_P(InertNamespaceEndTest, ReleaseFromInsideAHostFunctionSurvivesWhatEndsInIt)
 {
     declareAction("act", [this] { m_inner->release(); });
-
     runScript(environment(), "act()");
-
     EXPECT_TRUE(m_hasEnded);
 }
 
@@ -165,10 +161,9 @@ TEST_P(InertNamespaceEndTest, DeclaringItAgainSurvivesWhatEndsInIt)
     environment().setUserType("a::b::T");
     if (!m_hasEnded)
         m_inner->setFunction("held");
-
     EXPECT_EQ(m_hasEnded, std::get<0>(GetParam()).endsByDeclaration);
     m_isOver = true;
-    m_log.takeEntries();
+    forgetLog();
 }
 
 } // namespace tbScripts::test

@@ -6,14 +6,11 @@
 #include "support/ReactingLogger.h"
 #include "support/RowName.h"
 
-#include <ostream>
 #include <string>
 #include <tuple>
 
 namespace tbScripts::test
 {
-
-using ::testing::IsEmpty;
 
 namespace
 {
@@ -30,16 +27,6 @@ struct Ending
     void (*perform)(Environment& environment);
 };
 
-std::ostream& operator<<(std::ostream& stream, const MethodKind& kind)
-{
-    return stream << kind.row;
-}
-
-std::ostream& operator<<(std::ostream& stream, const Ending& ending)
-{
-    return stream << ending.row;
-}
-
 const MethodKind KINDS[] = {
     {"Method", [](UserType& type) { return type.setMethod("m", false); }},
     {"MethodOfAnOwnedInstance", [](UserType& type) { return type.setMethod("m", true); }},
@@ -55,8 +42,7 @@ const Ending ENDINGS[] = {
 
 } // namespace
 
-class MethodDeclarationEndTest : public NamespaceFixture,
-                                 public ::testing::WithParamInterface<MethodKind>
+class MethodDeclarationEndTest : public OnRows<NamespaceFixture, MethodKind>
 {
 protected:
     MethodDeclarationEndTest()
@@ -67,7 +53,7 @@ protected:
     void TearDown() override
     {
         destroyEnvironment();
-        m_log.takeEntries(); // of what was declared again
+        forgetLog(); // of what was declared again
         NamespaceFixture::TearDown();
     }
 
@@ -80,14 +66,12 @@ TEST_P(MethodDeclarationEndTest, GivesNullIfTheLogReceiverDestroysTheEnvironment
 {
     GetParam().declare(*m_type);
     ReactingLogger receiver([this] { destroyEnvironment(); });
-
     EXPECT_EQ(GetParam().declare(*m_type), nullptr);
 }
 
 TEST_P(MethodDeclarationEndTest, GivesNullIfTheEndOfTheEarlierOneDestroysTheEnvironment)
 {
     bindHolding(GetParam().declare(*m_type), makeFarewell([this] { destroyEnvironment(); }));
-
     EXPECT_EQ(GetParam().declare(*m_type), nullptr);
 }
 
@@ -96,7 +80,6 @@ TEST_P(MethodDeclarationEndTest, GivesNullIfAMetamethodDestroysTheEnvironment)
     declareAction("quit", [this] { destroyEnvironment(); });
     run("local rawset, quit = rawset, quit setmetatable(a.b.T, "
         "{__newindex = function(t, k, v) rawset(t, k, v) quit() end})");
-
     EXPECT_EQ(GetParam().declare(*m_type), nullptr);
 }
 
@@ -115,7 +98,7 @@ TEST_P(MethodDeclarationEndTest, GivesNullIfWhatWaitedReleasesTheNamespace)
             [this]
             {
                 environment().getNamespace("other")->release();
-                environment().requestGarbageCollection();
+                collect();
             }));
 
     EXPECT_EQ(GetParam().declare(*m_type), nullptr);
@@ -135,7 +118,7 @@ protected:
     void TearDown() override
     {
         destroyEnvironment();
-        m_log.takeEntries(); // of what was declared again
+        forgetLog(); // of what was declared again
         NamespaceFixture::TearDown();
     }
 
@@ -154,7 +137,6 @@ TEST_P(MethodDeclarationReleaseTest, GivesNullIfTheEndOfTheEarlierOneTakesIt)
     const auto& [kind, ending] = GetParam();
     const auto perform = ending.perform;
     bindHolding(kind.declare(*m_type), makeFarewell([this, perform] { perform(environment()); }));
-
     EXPECT_EQ(kind.declare(*m_type), nullptr);
 }
 
@@ -175,11 +157,11 @@ TEST_F(FunctionDeclarationEndTest, GivesNullIfWhatWaitedReleasesTheNamespace)
             [this]
             {
                 environment().getNamespace("other")->release();
-                environment().requestGarbageCollection();
+                collect();
             }));
 
     EXPECT_EQ(scope().setFunction("f"), nullptr);
-    m_log.takeEntries(); // that it was declared already
+    forgetLog(); // that it was declared already
 }
 
 class EndingUserTypeTest : public NamespaceFixture
@@ -199,7 +181,7 @@ TEST_F(EndingUserTypeTest, DeclaresNothingMore)
     scope().release();
 
     EXPECT_EQ(last, nullptr);
-    EXPECT_THAT(m_log.takeEntries(), IsEmpty());
+    expectLogged({});
 }
 
 /// A namespace of the interpreter of one copy, inside of one that went over to that of another.
@@ -210,9 +192,9 @@ protected:
         : m_inner(environment().setNamespace("a::b"))
         , m_copy(environment())
     {
-        environment().setEnvironmentFor(INTERPRETER_LUA);
+        restart();
         environment().setNamespace("a");
-        m_log.takeEntries(); // that it was declared already
+        forgetLog(); // that it was declared already
     }
 
     Namespace* m_inner;
@@ -221,18 +203,13 @@ protected:
 
 TEST_F(NamespaceOfTwoInterpretersTest, StaysWhileAnOperationOfItRuns)
 {
-    m_copy.setFunc("act")->setFunction(
-        [this](const Parameters&)
-        {
-            scope().release();
-            return FunctionParameter::VOID;
-        });
+    m_copy.setFunc("act")->setFunction(doing([this] { scope().release(); }));
     m_inner->setNamespace("c")->setVar("v", 1);
     ASSERT_TRUE(runScript(m_copy, "getmetatable(newproxy(true)).__gc = act"));
 
     m_inner->release();
 
-    m_log.takeEntries(); // that it cannot leave the table of the one that went over
+    forgetLog(); // that it cannot leave the table of the one that went over
     EXPECT_EQ(environment().getNamespace("a::b"), nullptr);
 }
 

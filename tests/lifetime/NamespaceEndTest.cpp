@@ -5,6 +5,7 @@
 #include "support/Farewell.h"
 #include "support/NamespaceFixture.h"
 #include "support/ReactingLogger.h"
+#include "support/RowName.h"
 
 #include <memory>
 #include <string>
@@ -155,7 +156,7 @@ protected:
         bindHolding(m_inner->setFunction("f"), makeFarewell([this] { end(); }));
         bindHolding(
             m_inner->getUserType("T")->setMethod("m", false), makeFarewell([this] { end(); }));
-        m_log.takeEntries();
+        forgetLog();
     }
 
     Namespace* m_inner; // good until it has ended
@@ -163,7 +164,7 @@ protected:
     bool m_hasEnded = false;
 };
 
-class NamespaceEndTest : public NamespaceEndFixture, public ::testing::WithParamInterface<Case>
+class NamespaceEndTest : public OnRows<NamespaceEndFixture, Case>
 {
 protected:
     NamespaceEndTest()
@@ -185,7 +186,7 @@ protected:
     void TearDown() override
     {
         destroyEnvironment();
-        m_log.takeEntries(); // of what was done on the way
+        forgetLog(); // of what was done on the way
         NamespaceEndFixture::TearDown();
     }
 
@@ -255,7 +256,6 @@ INSTANTIATE_TEST_SUITE_P(
 TEST_P(NamespaceEndTest, GivesNothingThatIsGone)
 {
     const std::string given = perform();
-
     EXPECT_TRUE(m_hasEnded);
     if (m_ending == ENDING::OF_ENVIRONMENT || m_ending == ENDING::BY_RELEASE_OF_PARENT)
     {
@@ -266,9 +266,7 @@ TEST_P(NamespaceEndTest, GivesNothingThatIsGone)
 TEST_P(NamespaceEndTest, DestroysInstancesOnce)
 {
     perform();
-
     destroyEnvironment();
-
     EXPECT_EQ(CountedObject::getLiving(), 0);
     EXPECT_EQ(CountedObject::getMade(), 1);
 }
@@ -276,9 +274,7 @@ TEST_P(NamespaceEndTest, DestroysInstancesOnce)
 TEST_P(NamespaceEndTest, MayComeFromInsideAScript)
 {
     declareAction("operate", [this] { perform(); });
-
     runScript(environment(), "operate()");
-
     EXPECT_TRUE(m_hasEnded);
 }
 

@@ -1,6 +1,7 @@
 // References that outlive what they refer to: used in every way afterwards they are empty.
 
 #include "support/EnvironmentFixture.h"
+#include "support/RowName.h"
 
 #include <tbScripts/ScriptObjectInterpreterReference.h>
 
@@ -13,7 +14,6 @@ namespace tbScripts::test
 {
 
 using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 namespace
 {
@@ -21,14 +21,9 @@ namespace
 /// How a value's interpreter ends.
 struct EndRow
 {
-    const char* name;
+    const char* row;
     void (*end)(std::unique_ptr<Environment>& environment);
 };
-
-std::ostream& operator<<(std::ostream& stream, const EndRow& row)
-{
-    return stream << row.name;
-}
 
 std::vector<EndRow> allEnds()
 {
@@ -52,8 +47,7 @@ LogEntry callOfNil()
 } // namespace
 
 // The fixture's environment is the one that goes on; `m_ending` is the one that ends.
-class OutlivingReferenceTest : public EnvironmentFixture,
-                               public ::testing::WithParamInterface<EndRow>
+class OutlivingReferenceTest : public OnRows<EnvironmentFixture, EndRow>
 {
 protected:
     OutlivingReferenceTest()
@@ -70,16 +64,16 @@ protected:
     void TearDown() override
     {
         m_list = m_text = m_give = ScriptObjectReference();
-        EXPECT_THAT(m_log.takeEntries(), IsEmpty());
+        expectLogged({});
         m_ending.reset();
-        m_log.takeEntries(); // without interpreter, its end warns
+        forgetLog(); // without interpreter, its end warns
         EnvironmentFixture::TearDown();
     }
 
     void endTheirInterpreter()
     {
         GetParam().end(m_ending);
-        m_log.takeEntries(); // that there is no interpreter, where there is none
+        forgetLog(); // that there is no interpreter, where there is none
     }
 
     bool isNilAsInput(const ScriptObjectReference& reference)
@@ -95,27 +89,20 @@ protected:
     ScriptObjectReference m_give;
 };
 
-INSTANTIATE_TEST_SUITE_P(
-    Ends,
-    OutlivingReferenceTest,
-    ::testing::ValuesIn(allEnds()),
-    ::testing::PrintToStringParamName());
+INSTANTIATE_TEST_SUITE_P(Ends, OutlivingReferenceTest, ::testing::ValuesIn(allEnds()), RowName());
 
 TEST_P(OutlivingReferenceTest, IsDestroyedWithoutEffect)
 {
     auto reference = std::make_unique<ScriptObjectReference>(m_list);
     endTheirInterpreter();
-
     reference.reset();
     m_list = ScriptObjectReference();
-
     EXPECT_EQ(m_list.getType(), PARAM_TYPE_VOID);
 }
 
 TEST_P(OutlivingReferenceTest, IsNilAsAnInput)
 {
     endTheirInterpreter();
-
     EXPECT_TRUE(isNilAsInput(m_list));
     EXPECT_TRUE(isNilAsInput(m_text));
     EXPECT_TRUE(isNilAsInput(m_give));
@@ -125,9 +112,7 @@ TEST_P(OutlivingReferenceTest, StoresNilAsAGlobal)
 {
     environment().setVar("kept", 1);
     endTheirInterpreter();
-
     environment().setVar("kept", m_list);
-
     EXPECT_FALSE(environment().isVarSet("kept"));
 }
 
@@ -135,18 +120,15 @@ TEST_P(OutlivingReferenceTest, CallingItFailsAsCallingNilDoes)
 {
     endTheirInterpreter();
     Parameters outputs;
-
     EXPECT_FALSE(environment().callScriptFunction(m_give, {}, outputs));
-
     EXPECT_EQ(environment().getLastExecutionResult().code, 5);
-    EXPECT_THAT(m_log.takeEntries(), ElementsAre(callOfNil()));
+    expectLogged({callOfNil()});
 }
 
 TEST_P(OutlivingReferenceTest, IsNilAsTheResultOfAHostFunction)
 {
     declare("give", {}, [this](const Parameters&) { return FunctionParameter(m_list); });
     endTheirInterpreter();
-
     run("assert(select('#', give()) == 1 and give() == nil)");
 }
 
@@ -182,11 +164,9 @@ TEST_P(OutlivingReferenceTest, CallbacksThatTheHostKeepsAreReportedDead)
 {
     std::vector<ScriptObjectReference> listeners(3, m_give);
     endTheirInterpreter();
-
     Parameters outputs;
     for (const ScriptObjectReference& listener : listeners)
         environment().callScriptFunction(listener, {}, outputs);
-
     EXPECT_THAT(m_log.takeEntries(), ElementsAre(callOfNil(), callOfNil(), callOfNil()));
 }
 
@@ -205,7 +185,7 @@ TEST_F(ForeignReferenceTest, ReferenceOfALivingEnvironmentDesignatesNothingInAno
     EXPECT_FALSE(environment().callScriptFunction(give, {}, outputs));
     EXPECT_TRUE(other.callScriptFunction(give, {}, outputs));
 
-    EXPECT_THAT(m_log.takeEntries(), ElementsAre(callOfNil()));
+    expectLogged({callOfNil()});
 }
 
 TEST_F(ForeignReferenceTest, InterpreterSideThatIsNotOursDesignatesNothing)
@@ -226,7 +206,7 @@ TEST_F(ForeignReferenceTest, InterpreterSideThatIsNotOursDesignatesNothing)
 
     EXPECT_FALSE(environment().isVarSet("kept"));
     EXPECT_FALSE(environment().callScriptFunction(foreign, {}, outputs));
-    EXPECT_THAT(m_log.takeEntries(), ElementsAre(callOfNil()));
+    expectLogged({callOfNil()});
 }
 
 TEST_F(ForeignReferenceTest, OldCopyNeverReadsTheValueThatTookItsSlot)
@@ -251,13 +231,13 @@ protected:
         declare(
             "give",
             {PARAM_TYPE_SCRIPT_FUNCTION, PARAM_TYPE_SCRIPT_OBJECT},
-            [this](const Parameters& parameters)
-            {
-                m_function = parameters[0].getScriptObject();
-                m_table = parameters[1].getScriptObject();
-                m_global = environment().getVar("shared");
-                return FunctionParameter::VOID;
-            });
+            doing(
+                [this](const Parameters& parameters)
+                {
+                    m_function = parameters[0].getScriptObject();
+                    m_table = parameters[1].getScriptObject();
+                    m_global = environment().getVar("shared");
+                }));
         run("shared = {7} coroutine.wrap(function()"
             "  local t = {5} give(function() return t[1] end, t) "
             "end)() "
@@ -281,9 +261,7 @@ TEST_F(CoroutineReferenceTest, FunctionIsCalledAfterItsCoroutineIsGone)
 {
     std::vector<FunctionParameter> outputs{FunctionParameter(0)};
     Parameters outputView(outputs);
-
     EXPECT_TRUE(environment().callScriptFunction(m_function, {}, outputView));
-
     EXPECT_EQ(outputs[0].getInt(), 5);
 }
 
@@ -291,7 +269,6 @@ TEST_F(CoroutineReferenceTest, TablesAreReadAfterTheirCoroutineIsGone)
 {
     environment().setVar("table", m_table);
     environment().setVar("again", m_global);
-
     run("assert(table[1] == 5 and again == shared)");
 }
 
@@ -303,7 +280,7 @@ TEST_F(CoroutineReferenceTest, ReferencesAreReleasedAfterTheirCoroutineIsGone)
     environment().getFunc("give")->reset();
 
     m_function = m_table = ScriptObjectReference();
-    environment().requestGarbageCollection();
+    collect();
 
     run("assert(released[1] == nil)");
 }
@@ -311,9 +288,7 @@ TEST_F(CoroutineReferenceTest, ReferencesAreReleasedAfterTheirCoroutineIsGone)
 TEST_F(CoroutineReferenceTest, EnvironmentMayEndBeforeThem)
 {
     destroyEnvironment();
-
     m_function = m_table = m_global = ScriptObjectReference();
-
     EXPECT_EQ(m_function.getInterpreterReference(), nullptr);
 }
 

@@ -11,22 +11,13 @@
 namespace tbScripts::test
 {
 
-using ::testing::ElementsAre;
-
 class RunningScriptTest : public EnvironmentFixture
 {
 protected:
     // Compiles `sources` as the script "round", whose global `act` performs `action`.
     void prepare(const std::string& sources, std::function<void()> action)
     {
-        declare(
-            "act",
-            {},
-            [action = std::move(action)](const Parameters&)
-            {
-                action();
-                return FunctionParameter::VOID;
-            });
+        declare("act", {}, doing([action = std::move(action)] { action(); }));
         m_script = std::make_unique<Script>();
         m_script->setName("round");
         m_script->setTargetInterpreter(INTERPRETER_LUA);
@@ -47,9 +38,7 @@ protected:
 TEST_F(RunningScriptTest, MayBeDestroyedByItsRun)
 {
     prepare("act() collectgarbage() done = true", [this] { m_script.reset(); });
-
     EXPECT_TRUE(execute());
-
     EXPECT_TRUE(environment().getVar("done", false));
 }
 
@@ -65,24 +54,20 @@ TEST_F(RunningScriptTest, FailureAfterItsDestructionIsReportedUnderTheLastName)
 
     EXPECT_FALSE(execute());
 
-    EXPECT_THAT(m_log.takeEntries(), ElementsAre(failureOf("final")));
+    expectLogged({failureOf("final")});
 }
 
 TEST_F(RunningScriptTest, FailureIsReportedUnderTheNameThatItHasAfterTheRun)
 {
     prepare("act() error('lost', 0)", [this] { m_script->setName("renamed"); });
-
     EXPECT_FALSE(execute());
-
-    EXPECT_THAT(m_log.takeEntries(), ElementsAre(failureOf("renamed")));
+    expectLogged({failureOf("renamed")});
 }
 
 TEST_F(RunningScriptTest, MayBeUnloadedByItsRun)
 {
     prepare("act() collectgarbage() done = true", [this] { m_script->unload(); });
-
     EXPECT_TRUE(execute());
-
     EXPECT_TRUE(environment().getVar("done", false));
 }
 
@@ -106,18 +91,14 @@ TEST_F(RunningScriptTest, MayBeCompiledAnewByItsRun)
 TEST_F(RunningScriptTest, MayBeGivenToAnotherInterpreterByItsRun)
 {
     prepare("act() done = true", [this] { m_script->setTargetInterpreter(INTERPRETER_LUA); });
-
     EXPECT_TRUE(execute());
-
     EXPECT_TRUE(environment().getVar("done", false));
 }
 
 TEST_F(RunningScriptTest, MayBeAssignedByItsRun)
 {
     prepare("act() done = true", [this] { *m_script = Script(); });
-
     EXPECT_TRUE(execute());
-
     EXPECT_TRUE(environment().getVar("done", false));
 }
 
@@ -125,9 +106,7 @@ TEST_F(RunningScriptTest, MayRunItself)
 {
     prepare(
         "count = (count or 0) + 1 if count < 5 then act() end", [this] { EXPECT_TRUE(execute()); });
-
     EXPECT_TRUE(execute());
-
     EXPECT_EQ(environment().getVar("count", 0), 5);
 }
 
@@ -137,7 +116,7 @@ TEST_F(RunningScriptTest, FailureInsideLeavesNoTraceInASuccessfulResult)
 
     EXPECT_TRUE(execute());
 
-    m_log.takeEntries();
+    forgetLog();
     const ExecutionResult& result = environment().getLastExecutionResult();
     EXPECT_TRUE(result.success);
     EXPECT_EQ(result.code, 0);
@@ -147,10 +126,8 @@ TEST_F(RunningScriptTest, FailureInsideLeavesNoTraceInASuccessfulResult)
 TEST_F(RunningScriptTest, SuccessInsideLeavesNoTraceInAFailedResult)
 {
     prepare("act() error('lost', 0)", [this] { runScript(environment(), "return 1", "inner"); });
-
     EXPECT_FALSE(execute());
-
-    m_log.takeEntries();
+    forgetLog();
     EXPECT_EQ(environment().getLastExecutionResult().code, 5);
 }
 

@@ -28,8 +28,7 @@ void fill(Environment& environment)
 {
     environment.setEnvironmentFor(INTERPRETER_LUA);
     runScript(environment, "list = {} function give() return list end");
-    environment.setFunc("answer")->setFunction([](const Parameters&)
-                                               { return FunctionParameter(42); });
+    environment.setFunc("answer")->setFunction(returning(42));
 }
 
 struct ReferencesLast
@@ -88,9 +87,7 @@ TYPED_TEST(MemberOrderTest, MembersDieInTheirOrder)
 {
     auto members = std::make_unique<TypeParam>();
     fillMembers(*members);
-
     members.reset();
-
     EXPECT_THAT(this->m_log.takeEntries(), ::testing::IsEmpty());
 }
 
@@ -99,9 +96,7 @@ TYPED_TEST(MemberOrderTest, MembersDieInTheirOrderAfterASwitch)
     auto members = std::make_unique<TypeParam>();
     fillMembers(*members);
     members->environment.setEnvironmentFor(INTERPRETER_LUA);
-
     members.reset();
-
     EXPECT_THAT(this->m_log.takeEntries(), ::testing::IsEmpty());
 }
 
@@ -183,7 +178,7 @@ TEST_F(StorageOrderTest, OldReferencesDieInAnyOrderAfterAReload)
             references.push_back(environment().getVar("list"));
             references.push_back(environment().getScriptFunction("give"));
         }
-        environment().setEnvironmentFor(INTERPRETER_LUA);
+        restart();
     }
 
     for (std::size_t i = 0; i < references.size(); ++i)

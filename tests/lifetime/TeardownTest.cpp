@@ -4,6 +4,7 @@
 #include "support/EnvironmentFixture.h"
 #include "support/Farewell.h"
 #include "support/GlobalOperations.h"
+#include "support/RowName.h"
 
 #include <tbScripts/Script.h>
 
@@ -17,7 +18,6 @@ namespace tbScripts::test
 {
 
 using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 class DepartureFixture : public EnvironmentFixture
 {
@@ -25,33 +25,19 @@ protected:
     // Declares a function whose end performs `action`.
     void declareDeparting(const std::string& name, std::function<void()> action)
     {
-        declare(
-            name,
-            {},
-            [farewell = makeFarewell(std::move(action))](const Parameters&)
-            { return FunctionParameter::VOID; });
+        declare(name, {}, doing([farewell = makeFarewell(std::move(action))] {}));
     }
 
     // Declares a function that performs `action`, and has the finaliser of a value that lives until
     // the state closes call it.
     void finaliseBy(std::function<void()> action)
     {
-        declare(
-            "act",
-            {},
-            [action = std::move(action)](const Parameters&)
-            {
-                action();
-                return FunctionParameter::VOID;
-            });
+        declare("act", {}, doing([action = std::move(action)] { action(); }));
         run("kept = newproxy(true) getmetatable(kept).__gc = act");
     }
 };
 
-class TeardownAccessTest : public DepartureFixture,
-                           public ::testing::WithParamInterface<GlobalOperation>
-{
-};
+using TeardownAccessTest = OnRows<DepartureFixture, GlobalOperation>;
 
 INSTANTIATE_TEST_SUITE_P(
     Accesses,
@@ -64,22 +50,18 @@ TEST_P(TeardownAccessTest, IsNeutralWhileFunctionsGo)
     std::string answer;
     Environment& dying = environment();
     declareDeparting("departing", [&] { answer = GetParam().perform(dying, "_VERSION"); });
-
     destroyEnvironment();
-
     EXPECT_EQ(answer, GetParam().neutralAnswer);
-    EXPECT_THAT(m_log.takeEntries(), IsEmpty());
+    expectLogged({});
 }
 
 TEST_P(TeardownAccessTest, IsNeutralWhileTheStateCloses)
 {
     std::string answer;
     finaliseBy([&] { answer = GetParam().perform(environment(), "_VERSION"); });
-
-    environment().setEnvironmentFor(INTERPRETER_LUA);
-
+    restart();
     EXPECT_EQ(answer, GetParam().neutralAnswer);
-    EXPECT_THAT(m_log.takeEntries(), IsEmpty());
+    expectLogged({});
 }
 
 namespace
@@ -88,14 +70,9 @@ namespace
 /// Something else that the host may ask of an environment. Returns whether it worked.
 struct RequestRow
 {
-    const char* name;
+    const char* row;
     bool (*ask)(Environment& environment, const ScriptObjectReference& function);
 };
-
-std::ostream& operator<<(std::ostream& stream, const RequestRow& row)
-{
-    return stream << row.name;
-}
 
 std::vector<RequestRow> allRequests()
 {
@@ -122,16 +99,10 @@ std::vector<RequestRow> allRequests()
 
 } // namespace
 
-class TeardownRequestTest : public DepartureFixture,
-                            public ::testing::WithParamInterface<RequestRow>
-{
-};
+using TeardownRequestTest = OnRows<DepartureFixture, RequestRow>;
 
 INSTANTIATE_TEST_SUITE_P(
-    Requests,
-    TeardownRequestTest,
-    ::testing::ValuesIn(allRequests()),
-    ::testing::PrintToStringParamName());
+    Requests, TeardownRequestTest, ::testing::ValuesIn(allRequests()), RowName());
 
 TEST_P(TeardownRequestTest, IsRefusedWhileFunctionsGo)
 {
@@ -144,7 +115,7 @@ TEST_P(TeardownRequestTest, IsRefusedWhileFunctionsGo)
     destroyEnvironment();
 
     EXPECT_FALSE(isDone);
-    EXPECT_THAT(m_log.takeEntries(), IsEmpty());
+    expectLogged({});
 }
 
 TEST_P(TeardownRequestTest, IsRefusedWhileTheStateCloses)
@@ -154,10 +125,10 @@ TEST_P(TeardownRequestTest, IsRefusedWhileTheStateCloses)
     const ScriptObjectReference give = environment().getScriptFunction("give");
     finaliseBy([&] { isDone = GetParam().ask(environment(), give); });
 
-    environment().setEnvironmentFor(INTERPRETER_LUA);
+    restart();
 
     EXPECT_FALSE(isDone);
-    EXPECT_THAT(m_log.takeEntries(), IsEmpty());
+    expectLogged({});
 }
 
 class TeardownTest : public DepartureFixture
@@ -169,9 +140,7 @@ TEST_F(TeardownTest, FunctionsGoInTheOrderOfTheirDeclaration)
     std::vector<std::string> gone;
     for (const std::string name : {"first", "second", "third"})
         declareDeparting(name, [&gone, name] { gone.push_back(name); });
-
     destroyEnvironment();
-
     EXPECT_THAT(gone, ElementsAre("first", "second", "third"));
 }
 
@@ -201,22 +170,16 @@ TEST_F(TeardownTest, LastResultCanStillBeRead)
     Environment& dying = environment();
     declareDeparting("departing", [&] { code = dying.getLastExecutionResult().code; });
     runExpectingError("error('lost')");
-
     destroyEnvironment();
-
     EXPECT_EQ(code, 5);
 }
 
 TEST_F(TeardownTest, ScriptsSeeNoFunctionsAnyMoreWhenTheirFinalisersRun)
 {
-    declare("act", {}, [](const Parameters&) { return FunctionParameter::VOID; });
+    declare("act", {}, doing([] {}));
     run("kept = newproxy(true) local act = act getmetatable(kept).__gc = function() act() end");
-
     destroyEnvironment();
-
-    EXPECT_THAT(
-        m_log.takeEntries(),
-        ElementsAre(LogEntry{"Function 'act' does not exist anymore.", "LuaEnvironment"}));
+    expectLogged("Function 'act' does not exist anymore.", "LuaEnvironment");
 }
 
 TEST_F(TeardownTest, ValuesOfLoadedModulesAreCollectedBeforeTheStateCloses)
@@ -224,10 +187,8 @@ TEST_F(TeardownTest, ValuesOfLoadedModulesAreCollectedBeforeTheStateCloses)
     // What is raised while the state closes would be lost.
     run("local kept, error = newproxy(true), error package.loaded.mine = {kept}"
         " getmetatable(kept).__gc = function() error('collected', 0) end");
-
     destroyEnvironment();
-
-    EXPECT_THAT(m_log.takeEntries(), ElementsAre(LogEntry{"collected", "LuaEnvironment"}));
+    expectLogged("collected", "LuaEnvironment");
 }
 
 TEST_F(TeardownTest, ReferencesThatBindingsHoldAreReleasedWithThem)
@@ -248,9 +209,7 @@ TEST_F(TeardownTest, ReferencesMayBeDroppedWhileTheStateCloses)
     run("list = {}");
     auto list = std::make_unique<ScriptObjectReference>(environment().getVar("list"));
     finaliseBy([&list] { list.reset(); });
-
-    environment().setEnvironmentFor(INTERPRETER_LUA);
-
+    restart();
     EXPECT_EQ(list, nullptr);
 }
 
@@ -270,7 +229,7 @@ TEST_F(TeardownTest, HostFunctionsGetTheirArgumentsWhileTheStateCloses)
     run("kept = newproxy(true) local act = act "
         "getmetatable(kept).__gc = function() act('bye', {}) end");
 
-    environment().setEnvironmentFor(INTERPRETER_LUA);
+    restart();
 
     EXPECT_EQ(text, "bye");
     EXPECT_EQ(type, PARAM_TYPE_VOID); // nothing can be kept any more
@@ -284,10 +243,10 @@ TEST_F(TeardownTest, FunctionMayBeChangedWhileTheStateCloses)
             Function* const act = environment().getFunc("act");
             act->reset();
             act->addParameter(PARAM_TYPE_INT);
-            act->setFunction([](const Parameters&) { return FunctionParameter(7); });
+            act->setFunction(returning(7));
         });
 
-    environment().setEnvironmentFor(INTERPRETER_LUA);
+    restart();
 
     EXPECT_TRUE(environment().isFuncSet("act"));
 }
@@ -322,7 +281,7 @@ TEST_F(TeardownTest, SwitchWhileFunctionsGoHasNoEffect)
     destroyEnvironment();
 
     EXPECT_EQ(late, nullptr);
-    EXPECT_THAT(m_log.takeEntries(), IsEmpty());
+    expectLogged({});
 }
 
 TEST_F(TeardownTest, SwitchWhileFunctionsGoHasNoEffectWithoutInterpreterEither)
@@ -337,17 +296,15 @@ TEST_F(TeardownTest, SwitchWhileFunctionsGoHasNoEffectWithoutInterpreterEither)
             late = dying.setFunc("late");
         });
     environment().setEnvironmentFor(INTERPRETER_UNKNOWN);
-    m_log.takeEntries();
+    forgetLog();
 
     destroyEnvironment();
 
     EXPECT_EQ(late, nullptr);
-    EXPECT_THAT(
-        m_log.takeEntries(),
-        ElementsAre(LogEntry{
-            "Requesting a garbage collection in environment 'world', which has no "
-            "InterpreterType. This will have no effect.",
-            "Environment"}));
+    expectLogged(
+        "Requesting a garbage collection in environment 'world', which has no "
+        "InterpreterType. This will have no effect.",
+        "Environment");
 }
 
 TEST_F(TeardownTest, AssignmentWhileFunctionsGoDisturbsNothing)
@@ -375,14 +332,12 @@ TEST_F(TeardownTest, CopyMadeWhileFunctionsGoHasNoInterpreter)
     destroyEnvironment();
 
     EXPECT_EQ(copy->setFunc("late"), nullptr);
-    EXPECT_THAT(
-        m_log.takeEntries(),
-        ElementsAre(LogEntry{
-            "Requesting a function in environment 'world', which has no InterpreterType. This will "
-            "have no effect, returning nullptr.",
-            "Environment"}));
+    expectLogged(
+        "Requesting a function in environment 'world', which has no InterpreterType. This will "
+        "have no effect, returning nullptr.",
+        "Environment");
     copy.reset();
-    m_log.takeEntries(); // its own teardown
+    forgetLog(); // its own teardown
 }
 
 TEST_F(TeardownTest, OtherEnvironmentsWorkWhileOneGoes)

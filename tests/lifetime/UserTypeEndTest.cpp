@@ -1,7 +1,7 @@
 // A type that is gone while scripts still hold instances of it, its table and its functions.
 
 #include "support/Farewell.h"
-#include "support/UserTypeFixture.h"
+#include "support/UserTypeSteps.h"
 
 #include <tbScripts/Namespace.h>
 
@@ -17,13 +17,14 @@ using ::testing::UnorderedElementsAre;
 namespace
 {
 
+const auto NO_OPERATOR = ::testing::HasSubstr("attempt to perform arithmetic");
 constexpr const char* TYPE_IS_GONE = "User type 'world::Vec' does not exist anymore.";
 
 } // namespace
 
 class UserTypeEndTest : public UserTypeFixture
 {
-protected:
+public:
     UserTypeEndTest()
     {
         declareMembers(declareType("world::Vec"));
@@ -34,17 +35,16 @@ protected:
 
     static void declareMembers(UserType& type)
     {
-        type.setMethod("length", false)->setFunction([](const Parameters&) { return 1; });
-        type.setOperator(BUILT_IN_FUNCTION::UNM)->setFunction([](const Parameters&) { return 2; });
-        UserTypeFieldDescriptor field;
-        field.getter = [](void* object) { return FunctionParameter(vecAt(object).x); };
-        field.setter = [](const Parameters& parameters)
-        { vecOf(parameters[0]).x = parameters[1].getDouble(); };
-        field.name = "x";
-        field.type = PARAM_TYPE_DOUBLE;
-        type.setField(field);
+        type.setMethod("length", false)->setFunction(returning(1));
+        type.setOperator(BUILT_IN_FUNCTION::UNM)->setFunction(returning(2));
+        setGetter(type, "x", [](void* object) { return vecAt(object).x; });
+        setSetter(
+            type,
+            "x",
+            PARAM_TYPE_DOUBLE,
+            [](auto& parameters) { vecOf(parameters[0]).x = parameters[1].getDouble(); });
         UserTypeArrayDescriptor access;
-        access.read = [](const Parameters&) { return FunctionParameter(3); };
+        access.read = returning(3);
         access.write = [](const Parameters&) {};
         type.setArrayAccess(access);
     }
@@ -52,113 +52,85 @@ protected:
     void release() { environment().getNamespace("world")->release(); }
 };
 
-TEST_F(UserTypeEndTest, InstancesHaveNoFields)
+namespace
 {
-    release();
 
-    EXPECT_EQ(errorOf("local x = v.x"), TYPE_IS_GONE);
-    EXPECT_EQ(errorOf("v.x = 1"), TYPE_IS_GONE);
-    EXPECT_EQ(m_made[0].x, 0.0);
+TypeStep release()
+{
+    return [](auto& test) { test.environment().getNamespace("world")->release(); };
 }
 
-TEST_F(UserTypeEndTest, InstancesHaveNoElements)
+TypeStep declareWhole()
 {
-    release();
-
-    EXPECT_EQ(errorOf("local x = v[1]"), TYPE_IS_GONE);
-    EXPECT_EQ(errorOf("v[1] = 1"), TYPE_IS_GONE);
+    return [](auto& test) { UserTypeEndTest::declareMembers(test.declareType("world::Vec")); };
 }
 
-TEST_F(UserTypeEndTest, InstancesHaveNoMethodsAndOperators)
-{
-    release();
+const Facts<UserTypeEndTest> FACTS(
+    "UserTypeEndTest",
+    {
+        {"InstancesHaveNoFields",
+         {release(),
+          raises("local x = v.x", TYPE_IS_GONE),
+          raises("v.x = 1", TYPE_IS_GONE),
+          hasX(0, 0.0)}},
+        {"InstancesHaveNoElements",
+         {release(), raises("local x = v[1]", TYPE_IS_GONE), raises("v[1] = 1", TYPE_IS_GONE)}},
+        {"InstancesHaveNoMethodsAndOperators",
+         {release(),
+          raises("v:length()", TYPE_IS_GONE),
+          [](auto& test) { EXPECT_THAT(test.errorOf("return -v"), NO_OPERATOR); }}},
+        {"InstancesKeepTheRawEntriesOfTheirTable",
+         {run("Class.ext = 'mine'"), release(), is("v.__name", "world::Vec"), is("v.ext", "mine")}},
+        {"MethodThatAScriptKeptIsAnErrorThatNamesIt",
+         {release(), raises("length(v)", "Function 'length' does not exist anymore.")}},
+        {"FactoryThatAScriptKeptIsAnErrorThatNamesTheType",
+         {release(),
+          raises("new()", TYPE_IS_GONE),
+          raises("Class.new()", TYPE_IS_GONE),
+          [](auto& test) { EXPECT_EQ(test.m_made.size(), 1U); }}},
+        {"DispatchersThatAScriptKeptAreErrors",
+         {release(),
+          raises("read(v, 'x')", TYPE_IS_GONE),
+          raises("write(v, 'x', 1)", TYPE_IS_GONE)}},
+        {"NameIsRemovedFromTheScript",
+         {release(),
+          is("world.Vec", "nil"),
+          [](auto& test) { EXPECT_FALSE(test.environment().getUserType("world::Vec")); }}},
+        {"InstanceIsDestroyedWhenItIsCollected",
+         {release(), run("v = nil"), collect(), isDestroyed({0})}},
+        {"InstanceIsDestroyedOnceWithTheEnvironment",
+         {release(), isDestroyed({}), destroyEnvironment(), isDestroyed({0})}},
+        {"SwitchesThatAScriptKeptStillDecide",
+         {run("w = Class.new()"),
+          release(),
+          run("disableGc(v)  disableGc(w)  enableGc(w)  v, w = nil, nil"),
+          collect(),
+          isDestroyed({1})}},
+        {"FinaliserThatAScriptKeptDestroysOnce",
+         {release(), run("finalise(v)  finalise(v)  v = nil"), collect(), isDestroyed({0})}},
+        {"TypeDeclaredAgainIsAnotherTable",
+         {release(),
+          declareWhole(),
+          is("world.Vec == Class", "false"),
+          is("world.Vec.new().x", "0")}},
+        {"OldInstancesStayWithoutFieldsWhenTheTypeIsDeclaredAgain",
+         {release(),
+          declareWhole(),
+          raises("local x = v.x", TYPE_IS_GONE),
+          raises("new()", TYPE_IS_GONE)}},
+        {"OldInstancesMatchAsSelfOfTheTypeDeclaredAgain",
+         {release(),
+          declareWhole(),
+          is("world.Vec.length(v)", "1"),
+          is("world.Vec.__index(v, 'x')", "0")}},
+        {"ObjectOfATypeThatIsGoneIsABoxWithoutMetatable",
+         {release(),
+          [](auto& test) { test.environment().setObject("box", "world::Vec", &test.m_hostObject); },
+          is("type(box)", "userdata"),
+          is("getmetatable(box)", "nil")}},
+    });
 
-    EXPECT_EQ(errorOf("v:length()"), TYPE_IS_GONE);
-    EXPECT_THAT(errorOf("return -v"), ::testing::HasSubstr("attempt to perform arithmetic"));
-}
-
-TEST_F(UserTypeEndTest, InstancesKeepTheRawEntriesOfTheirTable)
-{
-    run("Class.ext = 'mine'");
-
-    release();
-
-    EXPECT_EQ(evaluate("v.__name"), "world::Vec");
-    EXPECT_EQ(evaluate("v.ext"), "mine");
-}
-
-TEST_F(UserTypeEndTest, MethodThatAScriptKeptIsAnErrorThatNamesIt)
-{
-    release();
-
-    EXPECT_EQ(errorOf("length(v)"), "Function 'length' does not exist anymore.");
-}
-
-TEST_F(UserTypeEndTest, FactoryThatAScriptKeptIsAnErrorThatNamesTheType)
-{
-    release();
-
-    EXPECT_EQ(errorOf("new()"), TYPE_IS_GONE);
-    EXPECT_EQ(errorOf("Class.new()"), TYPE_IS_GONE);
-    EXPECT_EQ(m_made.size(), 1U);
-}
-
-TEST_F(UserTypeEndTest, DispatchersThatAScriptKeptAreErrors)
-{
-    release();
-
-    EXPECT_EQ(errorOf("read(v, 'x')"), TYPE_IS_GONE);
-    EXPECT_EQ(errorOf("write(v, 'x', 1)"), TYPE_IS_GONE);
-}
-
-TEST_F(UserTypeEndTest, NameIsRemovedFromTheScript)
-{
-    release();
-
-    EXPECT_EQ(evaluate("world.Vec"), "nil");
-    EXPECT_EQ(environment().getUserType("world::Vec"), nullptr);
-}
-
-TEST_F(UserTypeEndTest, InstanceIsDestroyedWhenItIsCollected)
-{
-    release();
-
-    run("v = nil");
-    collect();
-
-    EXPECT_THAT(m_destroyed, ElementsAre(&m_made[0]));
-}
-
-TEST_F(UserTypeEndTest, InstanceIsDestroyedOnceWhenTheEnvironmentEnds)
-{
-    release();
-    EXPECT_THAT(m_destroyed, IsEmpty());
-
-    destroyEnvironment();
-
-    EXPECT_THAT(m_destroyed, ElementsAre(&m_made[0]));
-}
-
-TEST_F(UserTypeEndTest, SwitchesThatAScriptKeptStillDecide)
-{
-    run("w = Class.new()");
-    release();
-
-    run("disableGc(v)  disableGc(w)  enableGc(w)  v, w = nil, nil");
-    collect();
-
-    EXPECT_THAT(m_destroyed, ElementsAre(&m_made[1]));
-}
-
-TEST_F(UserTypeEndTest, FinaliserThatAScriptKeptDestroysOnce)
-{
-    release();
-
-    run("finalise(v)  finalise(v)  v = nil");
-    collect();
-
-    EXPECT_THAT(m_destroyed, ElementsAre(&m_made[0]));
-}
+} // namespace
 
 TEST_F(UserTypeEndTest, WhatTheDestructorCapturedLivesUntilTheLastInstanceIsDestroyed)
 {
@@ -177,36 +149,6 @@ TEST_F(UserTypeEndTest, WhatTheDestructorCapturedLivesUntilTheLastInstanceIsDest
     collect();
 
     EXPECT_THAT(events, ElementsAre("destroyed", "gone"));
-}
-
-TEST_F(UserTypeEndTest, TypeDeclaredAgainIsAnotherTable)
-{
-    release();
-
-    declareMembers(declareType("world::Vec"));
-
-    EXPECT_EQ(evaluate("world.Vec == Class"), "false");
-    EXPECT_EQ(evaluate("world.Vec.new().x"), "0");
-}
-
-TEST_F(UserTypeEndTest, OldInstancesStayWithoutFieldsWhenTheTypeIsDeclaredAgain)
-{
-    release();
-
-    declareMembers(declareType("world::Vec"));
-
-    EXPECT_EQ(errorOf("local x = v.x"), TYPE_IS_GONE);
-    EXPECT_EQ(errorOf("new()"), TYPE_IS_GONE);
-}
-
-TEST_F(UserTypeEndTest, OldInstancesMatchAsSelfOfTheTypeDeclaredAgain)
-{
-    release();
-
-    declareMembers(declareType("world::Vec"));
-
-    EXPECT_EQ(evaluate("world.Vec.length(v)"), "1");
-    EXPECT_EQ(evaluate("world.Vec.__index(v, 'x')"), "0");
 }
 
 TEST_F(UserTypeEndTest, OldAndNewInstancesAreDestroyedOnceEach)
@@ -232,7 +174,7 @@ TEST_F(UserTypeEndTest, OldInstancesAreDestroyedByTheirOwnDestructor)
     run("v, w = nil, nil");
     collect();
 
-    EXPECT_THAT(m_destroyed, ElementsAre(&m_made[0]));
+    isDestroyed({0});
     EXPECT_THAT(others, ElementsAre(&m_made[1]));
 }
 
@@ -269,16 +211,6 @@ TEST_F(UserTypeEndTest, TypesThatShareATableDestroyTheirInstancesOnceEach)
     EXPECT_THAT(m_destroyed, UnorderedElementsAre(&m_made[0], &m_made[1], &m_made[2]));
 }
 
-TEST_F(UserTypeEndTest, ObjectOfATypeThatIsGoneIsABoxWithoutMetatable)
-{
-    release();
-
-    environment().setObject("box", "world::Vec", &m_hostObject);
-
-    EXPECT_EQ(evaluate("type(box)"), "userdata");
-    EXPECT_EQ(evaluate("getmetatable(box)"), "nil");
-}
-
 // The block behind the closures was finalised, its function revived, and then the type destroyed.
 TEST_F(UserTypeEndTest, FunctionRevivedByAFinaliserInTheCallThatEndedTheTypeIsAnError)
 {
@@ -292,7 +224,7 @@ TEST_F(UserTypeEndTest, FunctionRevivedByAFinaliserInTheCallThatEndedTheTypeIsAn
 
     run("release() forget() collectgarbage() collectgarbage()");
 
-    EXPECT_EQ(errorOf("revived(io.stdout)"), TYPE_IS_GONE);
+    raises("revived(io.stdout)", TYPE_IS_GONE);
 }
 
 } // namespace tbScripts::test

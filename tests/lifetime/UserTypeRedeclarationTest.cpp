@@ -10,7 +10,6 @@
 #include <algorithm>
 #include <functional>
 #include <memory>
-#include <ostream>
 #include <tuple>
 
 namespace tbScripts::test
@@ -33,16 +32,6 @@ struct Change
     const char* row;
     void (*perform)(Environment& environment);
 };
-
-std::ostream& operator<<(std::ostream& stream, const RunningKind& kind)
-{
-    return stream << kind.row;
-}
-
-std::ostream& operator<<(std::ostream& stream, const Change& change)
-{
-    return stream << change.row;
-}
 
 UserType* typeOf(Environment& environment)
 {
@@ -236,7 +225,7 @@ protected:
 
     void TearDown() override
     {
-        m_log.takeEntries(); // that some were declared already
+        forgetLog(); // that some were declared already
         UserTypeFixture::TearDown();
     }
 };
@@ -331,8 +320,8 @@ TEST_P(UserTypeReplacedCallableTest, MayChangeTheTypeWhenItIsCleared)
     }
 
     environment().getNamespace("world")->release();
-    m_log.takeEntries();
-    environment().setEnvironmentFor(INTERPRETER_LUA);
+    forgetLog();
+    restart();
 
     EXPECT_EQ(ends, 1);
 }
@@ -350,9 +339,7 @@ INSTANTIATE_TEST_SUITE_P(
     { return std::string(std::get<0>(row.param).row) + "And" + std::get<1>(row.param).row; });
 
 /// A callable that destroys the environment which runs it.
-class UserTypeQuitTest : public UserTypeFixture, public ::testing::WithParamInterface<RunningKind>
-{
-};
+using UserTypeQuitTest = OnRows<UserTypeFixture, RunningKind>;
 
 TEST_P(UserTypeQuitTest, RunningCallableStaysUntilItReturns)
 {

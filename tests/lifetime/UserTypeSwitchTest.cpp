@@ -8,20 +8,14 @@
 namespace tbScripts::test
 {
 
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
-
 class UserTypeSwitchTest : public UserTypeFixture
 {
 protected:
-    /// Throws the interpreter away and starts another one.
-    void switchInterpreter() { environment().setEnvironmentFor(INTERPRETER_LUA); }
-
     /// Declares `Vec` again, as one does after a switch.
     UserType* declareAgain()
     {
         UserType* const type = environment().setUserType("Vec");
-        m_log.takeEntries(); // that it was declared already
+        forgetLog(); // that it was declared already
         return type;
     }
 };
@@ -29,12 +23,10 @@ protected:
 TEST_F(UserTypeSwitchTest, DestroysOwnedInstancesOnce)
 {
     run("v = Vec.new()  Vec.new():disableGc()");
-
-    switchInterpreter();
-
-    EXPECT_THAT(m_destroyed, ElementsAre(&m_made[0]));
+    restart();
+    isDestroyed({0});
     destroyEnvironment();
-    EXPECT_THAT(m_destroyed, ElementsAre(&m_made[0]));
+    isDestroyed({0});
 }
 
 TEST_F(UserTypeSwitchTest, DestroysWhatIsHandedOverWhileTheInterpreterCloses)
@@ -42,35 +34,14 @@ TEST_F(UserTypeSwitchTest, DestroysWhatIsHandedOverWhileTheInterpreterCloses)
     run("older = newproxy(true)  getmetatable(older).__gc = function() Late.give() end");
     declareType("Late").setStaticMethod("give")->setFunction(
         [this](const Parameters&) { return FunctionParameter(&m_hostObject, "Late", true); });
-
-    switchInterpreter();
-
-    EXPECT_THAT(m_destroyed, ElementsAre(&m_hostObject));
-}
-
-TEST_F(UserTypeSwitchTest, TypeStaysRegisteredWithItsPointer)
-{
-    UserType* const type = &vec();
-
-    switchInterpreter();
-
-    EXPECT_EQ(environment().getUserType("Vec"), type);
-    EXPECT_TRUE(environment().isUserTypeSet("Vec"));
-}
-
-TEST_F(UserTypeSwitchTest, TypeIsUnknownToTheNewInterpreter)
-{
-    switchInterpreter();
-
-    EXPECT_EQ(evaluate("Vec"), "nil");
+    restart();
+    isDestroyed({HOST_OBJECT});
 }
 
 TEST_F(UserTypeSwitchTest, InertTypeGivesNull)
 {
-    declareMethod("length", {}, [](const Parameters&) { return 1; });
-
-    switchInterpreter();
-
+    declareMethod("length", {}, returning(1));
+    restart();
     EXPECT_EQ(vec().setMethod("length", false), nullptr);
     EXPECT_EQ(vec().setStaticMethod("origin"), nullptr);
     EXPECT_EQ(vec().setOperator(BUILT_IN_FUNCTION::ADD), nullptr);
@@ -79,7 +50,7 @@ TEST_F(UserTypeSwitchTest, InertTypeGivesNull)
 
 TEST_F(UserTypeSwitchTest, InertTypeIgnoresWhatIsSet)
 {
-    switchInterpreter();
+    restart();
 
     vec().setConstructor([this](const Parameters&) { return &m_hostObject; });
     vec().setDestructor([](void*) { ADD_FAILURE() << "the destructor was called"; });
@@ -87,63 +58,9 @@ TEST_F(UserTypeSwitchTest, InertTypeIgnoresWhatIsSet)
     vec().setArrayAccess(UserTypeArrayDescriptor());
     vec().clear();
 
-    EXPECT_EQ(evaluate("Vec"), "nil");
+    is("Vec", "nil");
     EXPECT_EQ(vec().getName(), "Vec");
     EXPECT_EQ(vec().getFullName(), "Vec");
-}
-
-TEST_F(UserTypeSwitchTest, DeclaredAgainIsTheSameObjectInstalled)
-{
-    UserType* const type = &vec();
-    switchInterpreter();
-
-    UserType* const again = environment().setUserType("Vec");
-
-    EXPECT_EQ(again, type);
-    EXPECT_EQ(evaluate("Vec.__name"), "Vec");
-    EXPECT_THAT(
-        m_log.takeEntries(),
-        ElementsAre(LogEntry{
-            "User type 'Vec' already existant. Resetting its state before returning it. This "
-            "might hold unexpected results.",
-            "Environment"}));
-}
-
-TEST_F(UserTypeSwitchTest, DeclaredAgainHasItsConstructorAndDestructor)
-{
-    switchInterpreter();
-    declareAgain();
-
-    run("Vec.new()");
-    collect();
-
-    EXPECT_THAT(m_destroyed, ElementsAre(&m_made[0]));
-}
-
-TEST_F(UserTypeSwitchTest, DeclaredAgainHasNothingElse)
-{
-    declareField("x", &Vec::x);
-    declareMethod("length", {}, [](const Parameters&) { return 1; });
-    declareArrayAccess();
-    switchInterpreter();
-    declareAgain();
-
-    EXPECT_EQ(evaluate("Vec.new().x"), "nil");
-    EXPECT_EQ(evaluate("Vec.new()[1]"), "nil");
-    EXPECT_EQ(evaluate("Vec.length"), "nil");
-    EXPECT_EQ(vec().getMethod("length"), nullptr);
-}
-
-TEST_F(UserTypeSwitchTest, DeclaredAgainTakesNewDeclarations)
-{
-    switchInterpreter();
-    declareAgain();
-
-    declareField("x", &Vec::x);
-    declareMethod("length", {}, [](const Parameters&) { return 1; });
-
-    EXPECT_EQ(evaluate("Vec.new().x"), "0");
-    EXPECT_EQ(evaluate("Vec.new():length()"), "1");
 }
 
 TEST_F(UserTypeSwitchTest, DeclaredAgainAfterEachOfManySwitches)
@@ -151,7 +68,7 @@ TEST_F(UserTypeSwitchTest, DeclaredAgainAfterEachOfManySwitches)
     for (int i = 0; i < 5; ++i)
     {
         run("v = Vec.new()");
-        switchInterpreter();
+        restart();
         declareAgain();
     }
 
@@ -162,47 +79,24 @@ TEST_F(UserTypeSwitchTest, DeclaredAgainAfterEachOfManySwitches)
 TEST_F(UserTypeSwitchTest, TypeInANamespaceIsInstalledAgainToo)
 {
     UserType* const type = &declareType("world::Vec");
-    switchInterpreter();
+    restart();
 
     UserType* const again = environment().setUserType("world::Vec");
-    m_log.takeEntries(); // that it was declared already
+    forgetLog(); // that it was declared already
     run("v = world.Vec.new()");
 
     EXPECT_EQ(again, type);
     EXPECT_EQ(environment().getObject("v", "world::Vec"), &m_made[0]);
 }
 
-TEST_F(UserTypeSwitchTest, TypeDeclaredWithoutInterpreterIsMadeWhenDeclaredAgain)
-{
-    Environment other;
-    EXPECT_EQ(other.setUserType("Vec"), nullptr);
-    m_log.takeEntries(); // that there is no interpreter
-    other.setEnvironmentFor(INTERPRETER_LUA);
-
-    UserType* const type = other.setUserType("Vec");
-    m_log.takeEntries(); // that it was declared already
-
-    EXPECT_NE(type, nullptr);
-    EXPECT_EQ(other.getUserType("Vec"), type);
-}
-
 TEST_F(UserTypeSwitchTest, ReferenceToAnInstanceDoesNotOutliveIt)
 {
     run("v = Vec.new()");
     const ScriptObjectReference reference = environment().getVar("v");
-
-    switchInterpreter();
+    restart();
     environment().setVar("again", reference);
-
-    EXPECT_EQ(evaluate("again"), "nil");
-    EXPECT_THAT(m_destroyed, ElementsAre(&m_made[0]));
-}
-
-TEST_F(UserTypeSwitchTest, CopyOfTheEnvironmentSharesTheType)
-{
-    const Environment copy(environment());
-
-    EXPECT_EQ(copy.getUserType("Vec"), &vec());
+    is("again", "nil");
+    isDestroyed({0});
 }
 
 TEST_F(UserTypeSwitchTest, TypeLivesAsLongAsTheLastCopy)
@@ -213,22 +107,20 @@ TEST_F(UserTypeSwitchTest, TypeLivesAsLongAsTheLastCopy)
 
     destroyEnvironment();
 
-    EXPECT_THAT(m_destroyed, IsEmpty());
+    isDestroyed({});
     EXPECT_TRUE(runScript(*copy, "v.x = 3  result = v.x"));
     EXPECT_EQ(copy->getVar("result", 0), 3);
     copy.reset();
-    EXPECT_THAT(m_destroyed, ElementsAre(&m_made[0]));
+    isDestroyed({0});
 }
 
 TEST_F(UserTypeSwitchTest, SwitchOfACopyLeavesTheTypeToTheOther)
 {
     Environment copy(environment());
     run("v = Vec.new()");
-
     copy.setEnvironmentFor(INTERPRETER_LUA);
-
-    EXPECT_THAT(m_destroyed, IsEmpty());
-    EXPECT_EQ(evaluate("getmetatable(v) == Vec"), "true");
+    isDestroyed({});
+    is("getmetatable(v) == Vec", "true");
     EXPECT_NE(vec().setMethod("length", false), nullptr);
 }
 
@@ -243,7 +135,7 @@ TEST_F(UserTypeSwitchTest, WhatCallablesCapturedGoesWithTheTypesMembers)
         vec().setField(field);
     }
 
-    switchInterpreter();
+    restart();
     declareAgain();
 
     EXPECT_EQ(ends, 1);

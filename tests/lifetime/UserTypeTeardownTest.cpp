@@ -4,13 +4,9 @@
 #include "support/UserTypeFixture.h"
 
 #include <algorithm>
-#include <ostream>
 
 namespace tbScripts::test
 {
-
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 namespace
 {
@@ -20,11 +16,6 @@ struct Keeper
     const char* row;
     const char* keep; // a script that keeps the values of `list`, a local
 };
-
-std::ostream& operator<<(std::ostream& stream, const Keeper& keeper)
-{
-    return stream << keeper.row;
-}
 
 const auto KEEPERS = ::testing::Values(
     Keeper{"Nobody", ""},
@@ -50,15 +41,15 @@ const auto KEEPERS = ::testing::Values(
 
 } // namespace
 
-class UserTypeTeardownTest : public UserTypeFixture, public ::testing::WithParamInterface<Keeper>
+class UserTypeTeardownTest : public OnRows<UserTypeFixture, Keeper>
 {
 protected:
     UserTypeTeardownTest()
     {
         declareField("x", &Vec::x);
         declareArrayAccess();
-        declareMethod("length", {}, [](const Parameters&) { return 1; });
-        vec().setOperator(BUILT_IN_FUNCTION::UNM)->setFunction([](const Parameters&) { return 2; });
+        declareMethod("length", {}, returning(1));
+        vec().setOperator(BUILT_IN_FUNCTION::UNM)->setFunction(returning(2));
         setHostObject("host", m_hostObject);
         declareKeep("register", PARAM_TYPE_SCRIPT_FUNCTION);
         declareKeep("keep", PARAM_TYPE_SCRIPT_OBJECT);
@@ -70,11 +61,8 @@ protected:
         declare(
             name,
             {type},
-            [this](const Parameters& parameters)
-            {
-                m_references.push_back(parameters[0].getScriptObject());
-                return FunctionParameter::VOID;
-            });
+            doing([this](const Parameters& parameters)
+                  { m_references.push_back(parameters[0].getScriptObject()); }));
     }
 
     std::vector<ScriptObjectReference> m_references;
@@ -96,19 +84,15 @@ TEST_P(UserTypeTeardownTest, DestroysEachOwnedInstanceOnce)
 TEST_P(UserTypeTeardownTest, LeavesWhatTheScriptDoesNotOwn)
 {
     run(std::string("local list = { host, Vec.new() } list[2]:disableGc() ") + GetParam().keep);
-
     destroyEnvironment();
-
-    EXPECT_THAT(m_destroyed, IsEmpty());
+    isDestroyed({});
 }
 
 TEST_P(UserTypeTeardownTest, DestroysInstancesThatWereDestroyedByHandNoMore)
 {
     run(std::string("local list = { Vec.new() } list[1]:__gc() ") + GetParam().keep);
-
     destroyEnvironment();
-
-    EXPECT_THAT(m_destroyed, ElementsAre(&m_made[0]));
+    isDestroyed({0});
 }
 
 // Whatever finalisers do to types and instances meanwhile, at any time of the end.
@@ -134,7 +118,7 @@ TEST_P(UserTypeTeardownTest, MayBeFullOfFinalisersThatUseTheType)
         GetParam().keep);
 
     destroyEnvironment();
-    m_log.takeEntries(); // that dead instances are none
+    forgetLog(); // that dead instances are none
 
     std::vector<Vec*> made{&m_hostObject}; // which the finalisers have enabled
     for (Vec& object : m_made)

@@ -1,8 +1,8 @@
 #include "support/LuaFunctionFixture.h"
+#include "support/RowName.h"
 
 #include <cstddef>
 #include <cstring>
-#include <ostream>
 
 namespace tbScripts::test
 {
@@ -51,9 +51,7 @@ TEST_F(LuaInstanceBoxTest, HoldsTheObjectThenTheFlagInSixteenBytes)
 TEST_F(LuaInstanceBoxTest, NewOneIsAnInstanceOfItsType)
 {
     setInstance("enemy", "Enemy", &m_object, true);
-
     const lua::LuaInstance instance = instanceIn("enemy");
-
     ASSERT_NE(instance.box, nullptr);
     EXPECT_EQ(instance.box->object, &m_object);
     EXPECT_TRUE(instance.box->gcEnabled);
@@ -63,9 +61,7 @@ TEST_F(LuaInstanceBoxTest, NewOneIsAnInstanceOfItsType)
 TEST_F(LuaInstanceBoxTest, InstanceWithoutObjectIsOneToo)
 {
     setInstance("enemy", "Enemy", nullptr, false);
-
     const lua::LuaInstance instance = instanceIn("enemy");
-
     ASSERT_NE(instance.box, nullptr);
     EXPECT_EQ(instance.box->object, nullptr);
 }
@@ -73,16 +69,13 @@ TEST_F(LuaInstanceBoxTest, InstanceWithoutObjectIsOneToo)
 TEST_F(LuaInstanceBoxTest, DestroyedOneIsNoInstance)
 {
     setInstance("enemy", "Enemy", &m_object, true).isDestroyed = true;
-
     EXPECT_EQ(instanceIn("enemy").box, nullptr);
 }
 
 TEST_F(LuaInstanceBoxTest, TypeNameIsTheOneThatTheTypeWasMadeWith)
 {
     setInstance("enemy", "Enemy", &m_object, false);
-
     run("debug.getmetatable(enemy).__name = 'Player'");
-
     EXPECT_EQ(instanceIn("enemy").typeName, "Enemy");
 }
 
@@ -91,9 +84,7 @@ TEST_F(LuaInstanceBoxTest, StaysAnInstanceWhenItsTypeIsDeclaredAgain)
     setInstance("old", "Enemy", &m_object, false);
     lua_pushnil(state());
     lua_setfield(state(), LUA_REGISTRYINDEX, "Enemy");
-
     setInstance("young", "Enemy", &m_object, false);
-
     run("assert(debug.getmetatable(old) ~= debug.getmetatable(young))");
     EXPECT_EQ(instanceIn("old").typeName, "Enemy");
     EXPECT_EQ(instanceIn("young").typeName, "Enemy");
@@ -102,7 +93,6 @@ TEST_F(LuaInstanceBoxTest, StaysAnInstanceWhenItsTypeIsDeclaredAgain)
 TEST_F(LuaInstanceBoxTest, TypeMayHaveAnyName)
 {
     setInstance("enemy", std::string("0"), &m_object, false);
-
     EXPECT_EQ(instanceIn("enemy").typeName, "0");
 }
 
@@ -111,19 +101,13 @@ namespace
 
 struct Foreign
 {
-    const char* name;
+    const char* row;
     const char* expression;
 };
 
-std::ostream& operator<<(std::ostream& stream, const Foreign& row)
-{
-    return stream << row.name;
-}
-
 } // namespace
 
-class LuaInstanceBoxForeignTest : public LuaInstanceBoxTest,
-                                  public ::testing::WithParamInterface<Foreign>
+class LuaInstanceBoxForeignTest : public OnRows<LuaInstanceBoxTest, Foreign>
 {
 protected:
     LuaInstanceBoxForeignTest()
@@ -174,26 +158,23 @@ INSTANTIATE_TEST_SUITE_P(
         Foreign{"LargerBlock", "large"},
         Foreign{"LightUserdata", "light"},
         Foreign{"BoxedInteger", "1LL"}),
-    [](const auto& row) { return std::string(row.param.name); });
+    RowName());
 
 TEST_F(LuaInstanceBoxTest, EmptySlotIsNoInstance)
 {
     const lua::LuaInstance instance = lua::instanceAt(slot(), state(), 3);
-
     EXPECT_EQ(instance.box, nullptr);
 }
 
 TEST_F(LuaInstanceBoxTest, UntypedObjectOfAnInstanceIsItsObject)
 {
     setInstance("enemy", "Enemy", &m_object, false);
-
     EXPECT_EQ(untypedObjectIn("enemy"), &m_object);
 }
 
 TEST_F(LuaInstanceBoxTest, UntypedObjectOfADestroyedInstanceIsNull)
 {
     setInstance("enemy", "Enemy", &m_object, true).isDestroyed = true;
-
     EXPECT_EQ(untypedObjectIn("enemy"), nullptr);
 }
 
@@ -202,7 +183,6 @@ TEST_F(LuaInstanceBoxTest, UntypedObjectOfAForeignBlockIsItsFirstPointer)
     void* const first = &m_object;
     std::memcpy(lua_newuserdata(state(), sizeof(first)), &first, sizeof(first));
     lua_setglobal(state(), "block");
-
     EXPECT_EQ(untypedObjectIn("block"), &m_object);
 }
 
@@ -210,7 +190,6 @@ TEST_F(LuaInstanceBoxTest, UntypedObjectOfABlockThatIsTooSmallIsNull)
 {
     std::memset(lua_newuserdata(state(), 4), 0xFF, 4);
     lua_setglobal(state(), "block");
-
     EXPECT_EQ(untypedObjectIn("block"), nullptr);
     EXPECT_EQ(untypedObjectIn("newproxy()"), nullptr);
 }
@@ -219,7 +198,6 @@ TEST_F(LuaInstanceBoxTest, UntypedObjectOfLightUserdataIsNull)
 {
     lua_pushlightuserdata(state(), &m_object);
     lua_setglobal(state(), "light");
-
     EXPECT_EQ(untypedObjectIn("light"), nullptr);
 }
 

@@ -11,8 +11,6 @@
 namespace tbScripts::test
 {
 
-using ::testing::ElementsAre;
-
 class LuaNamespaceTest : public LuaStateFixture
 {
 protected:
@@ -64,7 +62,6 @@ TEST_F(LuaNamespaceTest, InnerTablesAreRegisteredUnderTheirFullNames)
 TEST_F(LuaNamespaceTest, FunctionsAreNotRegisteredUnderAName)
 {
     m_namespace->setFunction("f");
-
     EXPECT_FALSE(isInRegistry("f"));
     EXPECT_FALSE(isInRegistry("a::f"));
 }
@@ -73,9 +70,7 @@ TEST_F(LuaNamespaceTest, ClearingKeepsTheRegistryEntries)
 {
     m_namespace->setNamespace("b");
     m_namespace->setUserType("T");
-
     m_namespace->clear();
-
     EXPECT_TRUE(isRegistered("a", "a"));
     EXPECT_TRUE(isInRegistry("a::b"));
     EXPECT_TRUE(isInRegistry("a::T"));
@@ -85,9 +80,7 @@ TEST_F(LuaNamespaceTest, ReleasingTakesTheEntriesOfWhatWasInside)
 {
     m_namespace->setNamespace("b")->setUserType("T");
     m_namespace->setUserType("T");
-
     m_namespace->release();
-
     EXPECT_TRUE(isRegistered("a", "a"));
     EXPECT_FALSE(isInRegistry("a::b"));
     EXPECT_FALSE(isInRegistry("a::b::T"));
@@ -97,9 +90,7 @@ TEST_F(LuaNamespaceTest, ReleasingTakesTheEntriesOfWhatWasInside)
 TEST_F(LuaNamespaceTest, EndTakesItsGlobalAndItsEntry)
 {
     m_namespace->setNamespace("b");
-
     m_namespace.reset();
-
     EXPECT_FALSE(isInRegistry("a"));
     EXPECT_FALSE(isInRegistry("a::b"));
     push("return a == nil");
@@ -111,9 +102,7 @@ TEST_F(LuaNamespaceTest, EndTakesItsGlobalWhateverItHolds)
 {
     push("a = 5 return 0");
     lua_pop(state(), 1);
-
     m_namespace.reset();
-
     push("return a == nil");
     EXPECT_TRUE(lua_toboolean(state(), -1));
     lua_pop(state(), 1);
@@ -136,9 +125,7 @@ TEST_F(LuaNamespaceTest, LeavesNoRegistrySlotsBehind)
 TEST_F(LuaNamespaceTest, SharesTheTableOfAUserTypeOfItsName)
 {
     const lua::LuaUserType type("T", handle());
-
     const lua::LuaNamespace shared("T", handle());
-
     EXPECT_TRUE(isRegistered("T", "T"));
     push("return T.__gc ~= nil");
     EXPECT_TRUE(lua_toboolean(state(), -1));
@@ -148,39 +135,31 @@ TEST_F(LuaNamespaceTest, SharesTheTableOfAUserTypeOfItsName)
 TEST_F(LuaNamespaceTest, LeavesForeignEntriesOfTheRegistryAlone)
 {
     const lua::LuaNamespace refused("_LOADED", handle());
-
     EXPECT_FALSE(refused.isInstalled());
     EXPECT_TRUE(isRegistered("_LOADED", "package.loaded"));
-    EXPECT_THAT(
-        m_log.takeEntries(),
-        ElementsAre(LogEntry{
-            "The interpreter uses the name '_LOADED' itself. It can't be declared.",
-            "LuaNamespace"}));
+    expectLogged(
+        "The interpreter uses the name '_LOADED' itself. It can't be declared.", "LuaNamespace");
 }
 
 TEST_F(LuaNamespaceTest, RefusedGlobalLeavesNoEntry)
 {
     push("setmetatable(_G, {__newindex = function() error('strict', 0) end}) return 0");
     lua_pop(state(), 1);
-
     const lua::LuaNamespace refused("b", handle());
-
     EXPECT_FALSE(refused.isInstalled());
     EXPECT_FALSE(isInRegistry("b"));
-    EXPECT_THAT(m_log.takeEntries(), ElementsAre(LogEntry{"strict", "LuaEnvironment"}));
+    expectLogged("strict", "LuaEnvironment");
 }
 
 TEST_F(LuaNamespaceTest, FieldThatIsRefusedLeavesNoEntry)
 {
     push("setmetatable(a, {__newindex = function() error('closed', 0) end}) return 0");
     lua_pop(state(), 1);
-
     m_namespace->setNamespace("b");
     m_namespace->setUserType("T");
-
     EXPECT_FALSE(isInRegistry("a::b"));
     EXPECT_FALSE(isInRegistry("a::T"));
-    EXPECT_EQ(m_log.takeEntries().size(), 2U);
+    expectLogCount(2);
 }
 
 TEST_F(LuaNamespaceTest, OperationsLeaveTheStackAsItWas)

@@ -24,14 +24,12 @@ protected:
 TEST_F(LuaTypeCoreTest, TableLeadsToTheNameOfItsType)
 {
     ASSERT_NE(find(), nullptr);
-
     EXPECT_EQ(*find(), "T");
 }
 
 TEST_F(LuaTypeCoreTest, ForgottenTableIsThatOfNoType)
 {
     m_core->forgetTable();
-
     EXPECT_EQ(find(), nullptr);
     EXPECT_EQ(m_core->table, nullptr);
 }
@@ -40,7 +38,6 @@ TEST_F(LuaTypeCoreTest, ForgottenTableIsThatOfNoType)
 TEST_F(LuaTypeCoreTest, TableIsForgottenWithTheCore)
 {
     m_core.reset();
-
     EXPECT_EQ(find(), nullptr);
 }
 
@@ -48,9 +45,7 @@ TEST_F(LuaTypeCoreTest, TableThatALaterTypeUsesIsLeftToThat)
 {
     lua::LuaTypeCore later(m_handle, "T");
     later.setTable(&m_table);
-
     m_core.reset();
-
     EXPECT_EQ(find(), &later.fullName);
 }
 

@@ -43,7 +43,7 @@ protected:
         field.type = PARAM_TYPE_SCRIPT_OBJECT;
         type.setField(field);
         UserTypeArrayDescriptor access;
-        access.read = [](const Parameters&) { return FunctionParameter(2); };
+        access.read = returning(2);
         access.write = [](const Parameters&) {};
         access.type = PARAM_TYPE_STRING;
         type.setArrayAccess(access);
@@ -88,7 +88,6 @@ protected:
 TEST_F(LuaUserTypeTest, TableIsInTheRegistryUnderTheName)
 {
     declareType("Vec");
-
     EXPECT_TRUE(isInRegistry("Vec", "Vec"));
     EXPECT_FALSE(isInRegistry("Vec", "nil"));
 }
@@ -96,7 +95,6 @@ TEST_F(LuaUserTypeTest, TableIsInTheRegistryUnderTheName)
 TEST_F(LuaUserTypeTest, TableOfANamespacesTypeIsInTheRegistryUnderTheFullName)
 {
     declareType("math::Vec");
-
     EXPECT_TRUE(isInRegistry("math::Vec", "math.Vec"));
     EXPECT_FALSE(isInRegistry("math::Vec", "nil"));
     EXPECT_TRUE(isInRegistry("Vec", "nil"));
@@ -105,9 +103,7 @@ TEST_F(LuaUserTypeTest, TableOfANamespacesTypeIsInTheRegistryUnderTheFullName)
 TEST_F(LuaUserTypeTest, TableLeavesTheRegistryWithItsNamespace)
 {
     declareType("world::Vec");
-
     environment().getNamespace("world")->release();
-
     EXPECT_TRUE(isInRegistry("world::Vec", "nil"));
 }
 
@@ -115,27 +111,21 @@ TEST_F(LuaUserTypeTest, ClearLeavesTheTableInTheRegistry)
 {
     UserType& type = declareType("Vec");
     declareMembers(type);
-
     type.clear();
-
     EXPECT_TRUE(isInRegistry("Vec", "Vec"));
 }
 
 TEST_F(LuaUserTypeTest, InstanceThatAScriptMadeHoldsObjectAndFlag)
 {
     declareType("Vec");
-
     run("v = Vec.new()");
-
     EXPECT_EQ(bytesOf("v"), expectedBytes(true));
 }
 
 TEST_F(LuaUserTypeTest, InstanceOfTheHostHoldsObjectWithoutFlag)
 {
     declareType("Vec");
-
     environment().setObject("v", "Vec", &m_object);
-
     EXPECT_EQ(bytesOf("v"), expectedBytes(false));
 }
 
@@ -144,9 +134,7 @@ TEST_F(LuaUserTypeTest, SwitchesChangeNothingButTheFlag)
     declareType("Vec");
     run("v = Vec.new()  v:disableGc()");
     EXPECT_EQ(bytesOf("v"), expectedBytes(false));
-
     run("v:enableGc()");
-
     EXPECT_EQ(bytesOf("v"), expectedBytes(true));
 }
 
@@ -154,9 +142,7 @@ TEST_F(LuaUserTypeTest, FinaliserLeavesThePointerAndMarksTheBox)
 {
     declareType("Vec");
     run("v = Vec.new()  v:__gc()");
-
     const std::vector<unsigned char> bytes = bytesOf("v");
-
     std::vector<unsigned char> expected = expectedBytes(true);
     expected[sizeof(void*) + 1] = 1;
     EXPECT_EQ(bytes, expected);
@@ -195,7 +181,7 @@ TEST_F(LuaUserTypeTest, OperationsLeaveTheStackAsItWas)
     type.clear();
     type.getMethod("length");
     environment().setUserType("FILE*");
-    m_log.takeEntries(); // that methods are registered already, and what cannot be
+    forgetLog(); // that methods are registered already, and what cannot be
 
     EXPECT_EQ(stackHeight(), height);
 }
@@ -205,11 +191,9 @@ TEST_F(LuaUserTypeTest, UsesLeaveTheStackAsItWas)
     UserType& type = declareType("Vec");
     declareMembers(type);
     const int height = stackHeight();
-
     run("local v = Vec.new() v.x = {} v[1] = 'a' local a = v.x, v[1], v:length(), v + v "
         "pcall(function() v.x = 1 end) pcall(function() v[1] = {} end) "
         "v:disableGc() v:enableGc() v:__gc()");
-
     EXPECT_EQ(stackHeight(), height);
 }
 
@@ -248,9 +232,7 @@ TEST_F(LuaUserTypeTest, UsesTakeNoRegistrySlot)
     declareMembers(declareType("Vec"));
     run("list = {}  v = Vec.new()");
     const int slots = countRegistrySlots();
-
     run("for i = 1, 50 do local w = Vec.new() w[1] = 'a' local x = w.x, w[1], w:length() end");
-
     EXPECT_EQ(countRegistrySlots(), slots);
 }
 
@@ -259,12 +241,12 @@ TEST_F(LuaUserTypeTest, TypeThatIsGoneIsCollectedWithItsLastInstance)
     declareMembers(declareType("world::Vec"));
     run("weak = setmetatable({ world.Vec }, { __mode = 'v' })  v = world.Vec.new()");
     environment().getNamespace("world")->release();
-    environment().requestGarbageCollection();
+    collect();
     run("isKept = weak[1] ~= nil");
     EXPECT_TRUE(environment().getVar("isKept", false));
 
     run("v = nil");
-    environment().requestGarbageCollection();
+    collect();
 
     run("isKept = weak[1] ~= nil");
     EXPECT_FALSE(environment().getVar("isKept", true));

@@ -2,9 +2,9 @@
 #include "environments/lua/LuaEnvironmentStrategy.h"
 #include "support/AllocationCounter.h"
 #include "support/LuaFunctionFixture.h"
+#include "support/RowName.h"
 
 #include <memory>
-#include <ostream>
 
 namespace tbScripts::test
 {
@@ -14,14 +14,9 @@ namespace
 
 struct AllocationKind
 {
-    const char* name;
+    const char* row;
     FUNCTION_PARAMETER_TYPE type;
 };
-
-std::ostream& operator<<(std::ostream& stream, const AllocationKind& row)
-{
-    return stream << row.name;
-}
 
 } // namespace
 
@@ -32,21 +27,15 @@ protected:
     int m_calls = 0;
 };
 
-class UserTypeKindAllocationTest : public UserTypeCallAllocationTest,
-                                   public ::testing::WithParamInterface<AllocationKind>
-{
-};
+using UserTypeKindAllocationTest = OnRows<UserTypeCallAllocationTest, AllocationKind>;
 
 TEST_P(UserTypeKindAllocationTest, HostFunctionWithInstancesNeedsNone)
 {
     setInstance("enemy", "Enemy", &m_object, true);
     declare(
         "take",
-        [this](const Parameters& parameters)
-        {
-            m_calls += parameters[0].getUserTypeObject() == &m_object ? 1 : 0;
-            return FunctionParameter::VOID;
-        })
+        doing([this](const Parameters& parameters)
+              { m_calls += parameters[0].getUserTypeObject() == &m_object ? 1 : 0; }))
         .addParameter(GetParam().type, "Enemy");
     run("take(enemy)");
     ASSERT_EQ(luaL_loadstring(state(), "for i = 1, 100 do take(enemy) end"), 0);
@@ -62,14 +51,7 @@ TEST_P(UserTypeKindAllocationTest, HostFunctionWithInstancesNeedsNone)
 TEST_P(UserTypeKindAllocationTest, HostFunctionWithoutDeclaredTypeNeedsNone)
 {
     setInstance("enemy", "Enemy", &m_object, true);
-    declare(
-        "take",
-        [this](const Parameters&)
-        {
-            ++m_calls;
-            return FunctionParameter::VOID;
-        })
-        .addParameter(GetParam().type);
+    declare("take", doing([this] { ++m_calls; })).addParameter(GetParam().type);
     run("take(enemy)");
     ASSERT_EQ(luaL_loadstring(state(), "for i = 1, 100 do take(enemy) end"), 0);
 
@@ -109,7 +91,7 @@ INSTANTIATE_TEST_SUITE_P(
     ::testing::Values(
         AllocationKind{"Owned", PARAM_TYPE_USER_TYPE_OWNED},
         AllocationKind{"Kept", PARAM_TYPE_USER_TYPE}),
-    [](const auto& row) { return std::string(row.param.name); });
+    RowName());
 
 TEST_F(UserTypeCallAllocationTest, ResultOfAShortTypeNameNeedsNone)
 {

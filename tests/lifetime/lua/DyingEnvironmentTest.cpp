@@ -4,15 +4,13 @@
 #include "core/lua/LuaApi.h"
 #include "support/EnvironmentStateFixture.h"
 #include "support/GlobalOperations.h"
+#include "support/RowName.h"
 
 #include <functional>
 #include <string>
 
 namespace tbScripts::test
 {
-
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 namespace
 {
@@ -45,10 +43,7 @@ protected:
     }
 };
 
-class DyingEnvironmentAccessTest : public DyingEnvironmentFixture,
-                                   public ::testing::WithParamInterface<GlobalOperation>
-{
-};
+using DyingEnvironmentAccessTest = OnRows<DyingEnvironmentFixture, GlobalOperation>;
 
 INSTANTIATE_TEST_SUITE_P(
     Accesses,
@@ -66,7 +61,7 @@ TEST_P(DyingEnvironmentAccessTest, IsNeutralAndSilent)
     destroyEnvironment();
 
     EXPECT_EQ(answer, GetParam().neutralAnswer);
-    EXPECT_THAT(m_log.takeEntries(), IsEmpty());
+    expectLogged({});
 }
 
 class DyingEnvironmentTest : public DyingEnvironmentFixture
@@ -78,11 +73,9 @@ TEST_F(DyingEnvironmentTest, ExecutionIsRefused)
     bool isDone = true;
     const Action action = [&](Environment& dying) { isDone = runScript(dying, "return 1"); };
     finaliseBy(action);
-
     destroyEnvironment();
-
     EXPECT_FALSE(isDone);
-    EXPECT_THAT(m_log.takeEntries(), IsEmpty());
+    expectLogged({});
 }
 
 TEST_F(DyingEnvironmentTest, ScriptFunctionCallIsRefused)
@@ -100,7 +93,7 @@ TEST_F(DyingEnvironmentTest, ScriptFunctionCallIsRefused)
     destroyEnvironment();
 
     EXPECT_FALSE(isDone);
-    EXPECT_THAT(m_log.takeEntries(), IsEmpty());
+    expectLogged({});
 }
 
 TEST_F(DyingEnvironmentTest, CollectionInsideTheLastCollectionDoesNothing)
@@ -116,21 +109,17 @@ TEST_F(DyingEnvironmentTest, CollectionInsideTheLastCollectionDoesNothing)
     destroyEnvironment();
 
     EXPECT_EQ(calls, 1);
-    EXPECT_THAT(m_log.takeEntries(), IsEmpty());
+    expectLogged({});
 }
 
 TEST_F(DyingEnvironmentTest, SwitchIsRefused)
 {
     const Action action = [](Environment& dying) { dying.setEnvironmentFor(INTERPRETER_LUA); };
     finaliseBy(action);
-
     destroyEnvironment();
-
-    EXPECT_THAT(
-        m_log.takeEntries(),
-        ElementsAre(LogEntry{
-            "Environment 'world' is running a script. Its type can't be changed from inside.",
-            "Environment"}));
+    expectLogged(
+        "Environment 'world' is running a script. Its type can't be changed from inside.",
+        "Environment");
 }
 
 TEST_F(DyingEnvironmentTest, ReferencesCanStillBeReleased)
@@ -139,9 +128,7 @@ TEST_F(DyingEnvironmentTest, ReferencesCanStillBeReleased)
     auto list = std::make_unique<ScriptObjectReference>(environment().getVar("list"));
     const Action action = [&list](Environment&) { list.reset(); };
     finaliseBy(action);
-
     destroyEnvironment();
-
     EXPECT_EQ(list, nullptr);
 }
 

@@ -18,8 +18,6 @@
 namespace tbScripts::test
 {
 
-using ::testing::ElementsAre;
-
 class ViewEndTest : public LogFixture
 {
 protected:
@@ -65,14 +63,13 @@ protected:
 TEST_F(ViewEndTest, ViewOfAParameterIsGoodDuringTheCall)
 {
     bool isGood = false;
-    declareTake(
+    declareTake(doing(
         [&](const Parameters& parameters)
         {
             const ScriptObjectReference kept(parameters[0].getUserTypeView());
             m_strategy->setVarObjectReference("kept", kept);
             isGood = !isEmpty(parameters[0].getUserTypeView());
-            return FunctionParameter::VOID;
-        });
+        }));
 
     EXPECT_TRUE(run("take(thing) assert(kept == thing)"));
 
@@ -82,11 +79,7 @@ TEST_F(ViewEndTest, ViewOfAParameterIsGoodDuringTheCall)
 TEST_F(ViewEndTest, ViewThatIsKeptLooksAtNothingAfterwards)
 {
     declareTake(
-        [&](const Parameters& parameters)
-        {
-            m_view = parameters[0].getUserTypeView();
-            return FunctionParameter::VOID;
-        });
+        doing([&](const Parameters& parameters) { m_view = parameters[0].getUserTypeView(); }));
 
     EXPECT_TRUE(run("take(thing)"));
 
@@ -97,13 +90,12 @@ TEST_F(ViewEndTest, ViewThatIsKeptLooksAtNothingAfterwards)
 TEST_F(ViewEndTest, ViewThatIsKeptLooksAtNothingInALaterCall)
 {
     bool isStale = false;
-    declareTake(
+    declareTake(doing(
         [&](const Parameters& parameters)
         {
             isStale = isEmpty(m_view);
             m_view = parameters[0].getUserTypeView();
-            return FunctionParameter::VOID;
-        });
+        }));
 
     EXPECT_TRUE(run("take(thing) take(thing)"));
 
@@ -112,15 +104,14 @@ TEST_F(ViewEndTest, ViewThatIsKeptLooksAtNothingInALaterCall)
 
 TEST_F(ViewEndTest, ViewStaysGoodOverOtherCallsInside)
 {
-    declareTake(
+    declareTake(doing(
         [&](const Parameters& parameters)
         {
             EXPECT_TRUE(run("local a, b, c, d = 1, 2, 3, 4 collectgarbage()"));
             m_strategy->setVarInt("number", 12);
             const ScriptObjectReference kept(parameters[0].getUserTypeView());
             m_strategy->setVarObjectReference("kept", kept);
-            return FunctionParameter::VOID;
-        });
+        }));
 
     EXPECT_TRUE(run("take(thing) assert(kept == thing)"));
 }
@@ -195,15 +186,14 @@ TEST_F(ViewEndTest, ViewOutlivesTheStateWithoutTouchingIt)
 TEST_F(ViewEndTest, CallInsideFailsIfTheViewCannotBeKept)
 {
     std::size_t refusals = 0;
-    declareTake(
-        [&](const Parameters&)
+    declareTake(doing(
+        [&]
         {
             m_memory.refuseAfter(0);
             m_strategy->isVarSet("thing");
             m_memory.allowAll();
             refusals += m_memory.hasRefused() ? 1 : 0;
-            return FunctionParameter::VOID;
-        });
+        }));
     // Fills the registry, so that a further value makes it grow.
     std::vector<ScriptObjectReference> fill;
     for (int i = 0; i < 300; ++i)
