@@ -8,26 +8,26 @@ namespace tbScripts
 {
 
 Environment::Environment()
-    : m_core(new EnvironmentCore)
+    : m_core(makeCounted<EnvironmentCore>().detach())
 {
 }
 
 Environment::Environment(const Environment& other)
-    : m_core(new EnvironmentCore(*other.m_core))
+    : m_core(makeCounted<EnvironmentCore>(*other.m_core).detach())
 {
 }
 
 Environment& Environment::operator=(const Environment& other)
 {
     if (this != &other)
-        EnvironmentHold(*m_core)->assign(*other.m_core);
+        EnvironmentHold(m_core)->assign(*other.m_core);
     return *this;
 }
 
 Environment::~Environment()
 {
     m_core->end();
-    EnvironmentHold::release(*m_core);
+    EnvironmentHold::letGo(*m_core);
 }
 
 tbMemory::StringView Environment::getName() const
@@ -47,111 +47,111 @@ const ExecutionResult& Environment::getLastExecutionResult() const
 
 void Environment::setEnvironmentFor(INTERPRETER interpreter)
 {
-    EnvironmentHold(*m_core)->switchInterpreter(interpreter);
+    EnvironmentHold(m_core)->switchInterpreter(interpreter);
 }
 
 bool Environment::execute(const Script& script)
 {
-    return EnvironmentHold(*m_core)->getStrategy().execute(script);
+    return EnvironmentHold(m_core)->getStrategy().execute(script);
 }
 
 void Environment::requestGarbageCollection()
 {
-    EnvironmentHold(*m_core)->getStrategy().requestGarbageCollection();
+    EnvironmentHold(m_core)->getStrategy().requestGarbageCollection();
 }
 
 void Environment::setVar(const tbMemory::StringView& name, bool value)
 {
-    EnvironmentHold(*m_core)->getStrategy().setVarBool(name, value);
+    EnvironmentHold(m_core)->getStrategy().setVarBool(name, value);
 }
 
 void Environment::setVar(const tbMemory::StringView& name, int value)
 {
-    EnvironmentHold(*m_core)->getStrategy().setVarInt(name, value);
+    EnvironmentHold(m_core)->getStrategy().setVarInt(name, value);
 }
 
 void Environment::setVar(const tbMemory::StringView& name, float value)
 {
-    EnvironmentHold(*m_core)->getStrategy().setVarFloat(name, value);
+    EnvironmentHold(m_core)->getStrategy().setVarFloat(name, value);
 }
 
 void Environment::setVar(const tbMemory::StringView& name, double value)
 {
-    EnvironmentHold(*m_core)->getStrategy().setVarDouble(name, value);
+    EnvironmentHold(m_core)->getStrategy().setVarDouble(name, value);
 }
 
 void Environment::setVar(const tbMemory::StringView& name, const char* value)
 {
-    EnvironmentHold(*m_core)->getStrategy().setVarString(name, value);
+    EnvironmentHold(m_core)->getStrategy().setVarString(name, value);
 }
 
 void Environment::setVar(const tbMemory::StringView& name, const tbMemory::StringView& value)
 {
-    EnvironmentHold(*m_core)->getStrategy().setVarString(name, value);
+    EnvironmentHold(m_core)->getStrategy().setVarString(name, value);
 }
 
 void Environment::setVar(const tbMemory::StringView& name, const ScriptObjectReference& value)
 {
-    EnvironmentHold(*m_core)->getStrategy().setVarObjectReference(name, value);
+    EnvironmentHold(m_core)->getStrategy().setVarObjectReference(name, value);
 }
 
 void Environment::setObject(
     const tbMemory::StringView& name, const tbMemory::StringView& userTypeName, void* object)
 {
-    EnvironmentHold(*m_core)->getStrategy().setObject(name, userTypeName, object);
+    EnvironmentHold(m_core)->getStrategy().setObject(name, userTypeName, object);
 }
 
 bool Environment::isVarSet(const tbMemory::StringView& name) const
 {
-    return EnvironmentHold(*m_core)->getStrategy().isVarSet(name);
+    return EnvironmentHold(m_core)->getStrategy().isVarSet(name);
 }
 
 bool Environment::getVar(const tbMemory::StringView& name, bool defaultValue) const
 {
-    return EnvironmentHold(*m_core)->getStrategy().getVarBool(name, defaultValue);
+    return EnvironmentHold(m_core)->getStrategy().getVarBool(name, defaultValue);
 }
 
 int Environment::getVar(const tbMemory::StringView& name, int defaultValue) const
 {
-    return EnvironmentHold(*m_core)->getStrategy().getVarInt(name, defaultValue);
+    return EnvironmentHold(m_core)->getStrategy().getVarInt(name, defaultValue);
 }
 
 float Environment::getVar(const tbMemory::StringView& name, float defaultValue) const
 {
-    return EnvironmentHold(*m_core)->getStrategy().getVarFloat(name, defaultValue);
+    return EnvironmentHold(m_core)->getStrategy().getVarFloat(name, defaultValue);
 }
 
 double Environment::getVar(const tbMemory::StringView& name, double defaultValue) const
 {
-    return EnvironmentHold(*m_core)->getStrategy().getVarDouble(name, defaultValue);
+    return EnvironmentHold(m_core)->getStrategy().getVarDouble(name, defaultValue);
 }
 
 tbMemory::StringView
 Environment::getVar(const tbMemory::StringView& name, const char* defaultValue) const
 {
-    return EnvironmentHold(*m_core)->getStrategy().getVarString(name, defaultValue);
+    return EnvironmentHold(m_core)->getStrategy().getVarString(name, defaultValue);
 }
 
 tbMemory::StringView Environment::getVar(
     const tbMemory::StringView& name, const tbMemory::StringView& defaultValue) const
 {
-    return EnvironmentHold(*m_core)->getStrategy().getVarString(name, defaultValue);
+    return EnvironmentHold(m_core)->getStrategy().getVarString(name, defaultValue);
 }
 
 ScriptObjectReference Environment::getVar(const tbMemory::StringView& name) const
 {
-    return EnvironmentHold(*m_core)->getStrategy().getVarObjectReference(name);
+    return EnvironmentHold(m_core)->getStrategy().getVarObjectReference(name);
 }
 
 void* Environment::getObject(
     const tbMemory::StringView& name, const tbMemory::StringView& userTypeName) const
 {
-    return EnvironmentHold(*m_core)->getStrategy().getObject(name, userTypeName);
+    return EnvironmentHold(m_core)->getStrategy().getObject(name, userTypeName);
 }
 
 ScriptObjectReference Environment::getScriptFunction(const tbMemory::StringView& name) const
 {
-    return EnvironmentHold(*m_core)->getStrategy().getScriptFunction(name);
+    return EnvironmentHold(m_core)->getStrategy().getScriptFunction(name);
 }
 
 bool Environment::callScriptFunction(
@@ -159,19 +159,19 @@ bool Environment::callScriptFunction(
     const tbMemory::BufferView<FunctionParameter>& inputs,
     tbMemory::BufferView<FunctionParameter>& outputs)
 {
-    return EnvironmentHold(*m_core)->getStrategy().callScriptFunction(function, inputs, outputs);
+    return EnvironmentHold(m_core)->getStrategy().callScriptFunction(function, inputs, outputs);
 }
 
 tbMemory::Buffer
 Environment::serializeScriptObject(const ScriptObjectReference& object, bool transferOwnership)
 {
-    return EnvironmentHold(*m_core)->getStrategy().serializeScriptObject(object, transferOwnership);
+    return EnvironmentHold(m_core)->getStrategy().serializeScriptObject(object, transferOwnership);
 }
 
 ScriptObjectReference
 Environment::deserializeScriptObject(const tbMemory::BufferView<unsigned char>& bytes)
 {
-    return EnvironmentHold(*m_core)->getStrategy().deserializeScriptObject(bytes);
+    return EnvironmentHold(m_core)->getStrategy().deserializeScriptObject(bytes);
 }
 
 void Environment::setSerializationLimit(std::size_t bytes)
@@ -186,7 +186,7 @@ std::size_t Environment::getSerializationLimit() const
 
 Function* Environment::setFunc(const tbMemory::StringView& name)
 {
-    return EnvironmentHold(*m_core)->setFunction(name);
+    return EnvironmentHold(m_core)->setFunction(name);
 }
 
 bool Environment::isFuncSet(const tbMemory::StringView& name) const
@@ -201,7 +201,7 @@ Function* Environment::getFunc(const tbMemory::StringView& name) const
 
 UserType* Environment::setUserType(const tbMemory::StringView& name)
 {
-    return EnvironmentHold(*m_core)->setUserType(name);
+    return EnvironmentHold(m_core)->setUserType(name);
 }
 
 bool Environment::isUserTypeSet(const tbMemory::StringView& name) const
@@ -216,7 +216,7 @@ UserType* Environment::getUserType(const tbMemory::StringView& name) const
 
 Namespace* Environment::setNamespace(const tbMemory::StringView& name)
 {
-    return EnvironmentHold(*m_core)->setNamespace(name);
+    return EnvironmentHold(m_core)->setNamespace(name);
 }
 
 bool Environment::isNamespaceSet(const tbMemory::StringView& name) const

@@ -54,7 +54,7 @@ EnvironmentCore::EnvironmentCore()
 }
 
 EnvironmentCore::EnvironmentCore(const EnvironmentCore& other)
-    : EnvironmentCore()
+    : EnvironmentCore() // a count of its own
 {
     *m_name = *other.m_name;
     if (!other.m_bindings)
@@ -177,9 +177,9 @@ void EnvironmentCore::_giveUpOnce()
     }
 }
 
-void EnvironmentHold::_delete(EnvironmentCore& core)
+void EnvironmentCore::destroy(EnvironmentCore* core) noexcept
 {
-    delete &core;
+    delete core;
 }
 
 } // namespace tbScripts

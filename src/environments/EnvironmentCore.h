@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/Counted.h"
 #include "environments/BindingRegistry.h"
 #include "environments/EnvironmentStrategy.h"
 
@@ -14,7 +15,6 @@
 #include <tbMemory/StringView.h>
 
 #include <cstddef>
-#include <cstdint>
 #include <memory>
 #include <tuple>
 
@@ -28,15 +28,15 @@ struct EnvironmentBindings;
 ///
 /// A script, a finaliser, a destructor of the host or the log receiver can destroy an environment
 /// while one of its own operations runs. `Environment` is therefore a handle, and each operation
-/// first takes a hold on the core (`EnvironmentHold`), which outlives the handle as long as an
-/// operation needs it. `end` empties the core: an operation that goes on afterwards finds nothing
-/// declared, and returns its neutral value without asking whether the environment still exists.
+/// first takes a hold on the core, which outlives the handle as long as an operation needs it.
+/// `end` empties the core: an operation that goes on afterwards finds nothing declared, and returns
+/// its neutral value without asking whether the environment still exists.
 ///
 /// Copies of an environment have a core each. The cores share bindings and interpreter, which the
 /// last of them tears down.
 ///
 /// Why: docs/decisions/0019-environment-core.md
-class EnvironmentCore
+class EnvironmentCore : public HolderCount
 {
 public:
     /// Creates the core of an environment without name and interpreter.
@@ -45,9 +45,10 @@ public:
     /// Creates the core of a copy, which shares everything that `other` has not released.
     explicit EnvironmentCore(const EnvironmentCore& other);
 
-    EnvironmentCore& operator=(const EnvironmentCore& other) = delete;
-
     ~EnvironmentCore();
+
+    /// Called when the environment and the last of its operations let go.
+    static void destroy(EnvironmentCore* core) noexcept;
 
     /// Releases the shares of this core, and takes shares in those of `other`. Requires: both are
     /// different.
@@ -80,8 +81,6 @@ public:
     Namespace* findNamespace(const tbMemory::StringView& name) const;
 
 private:
-    friend class EnvironmentHold;
-
     using NameParts = tbMemory::BufferCast<tbMemory::String>;
 
     void _giveUp();
@@ -128,37 +127,9 @@ private:
     std::shared_ptr<EnvironmentStrategy> m_strategy; // never null, shared by copies
     ExecutionResult m_result;                        // written by the present strategy
     bool m_hasEnded = false;
-    std::uint32_t m_holders = 1; // the environment, and its operations in progress
 };
 
 /// Keeps a core while an operation of its environment runs.
-class EnvironmentHold
-{
-public:
-    explicit EnvironmentHold(EnvironmentCore& core)
-        : m_core(core)
-    {
-        ++m_core.m_holders;
-    }
-
-    EnvironmentHold(const EnvironmentHold&) = delete;
-    EnvironmentHold& operator=(const EnvironmentHold&) = delete;
-
-    ~EnvironmentHold() { release(m_core); }
-
-    EnvironmentCore* operator->() const { return &m_core; }
-
-    /// Releases one hold, the environment's own one for instance.
-    static void release(EnvironmentCore& core)
-    {
-        if (--core.m_holders == 0)
-            _delete(core);
-    }
-
-private:
-    static void _delete(EnvironmentCore& core);
-
-    EnvironmentCore& m_core;
-};
+using EnvironmentHold = Counted<EnvironmentCore>;
 
 } // namespace tbScripts

@@ -1,5 +1,7 @@
 #pragma once
 
+// Why: docs/decisions/0024-libraries-of-the-tool.md
+
 #include "tbscripts/ExitStatus.h"
 
 #include <string>

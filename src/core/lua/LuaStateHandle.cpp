@@ -18,9 +18,4 @@ void LuaStateHandle::close()
         m_slot->close();
 }
 
-void LuaStateHandle::_deleteSlot()
-{
-    delete m_slot;
-}
-
 } // namespace tbScripts::lua

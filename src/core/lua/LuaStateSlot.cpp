@@ -50,6 +50,11 @@ void reserveReferences(lua_State* state)
 
 } // namespace
 
+void LuaStateSlot::destroy(LuaStateSlot* slot) noexcept
+{
+    delete slot;
+}
+
 int LuaStateSlot::_furnish(lua_State* state)
 {
     LuaStateSlot& slot = *static_cast<LuaStateSlot*>(lua_touserdata(state, 1));

@@ -17,15 +17,17 @@
 // - Registry. Scripts can replace every global, and `debug.getregistry` lets them write to the
 //   registry, so what we need again is stored under integer keys that only this class knows.
 
+#include "core/Counted.h"
 #include "core/lua/LuaApi.h"
 #include "core/lua/LuaKeptObject.h"
+#include "core/lua/LuaReportedNames.h"
 #include "core/lua/LuaTypeDirectory.h"
 
 #include <tbMemory/String.h>
+#include <tbMemory/StringView.h>
 
 #include <array>
 #include <cstddef>
-#include <cstdint>
 #include <functional>
 #include <memory>
 #include <utility>
@@ -55,15 +57,11 @@ struct LuaOuterCallback
     LuaCallbackScope* scope;
 };
 
-class LuaStateSlot
+class LuaStateSlot : public HolderCount
 {
 public:
-    LuaStateSlot() = default;
-
-    LuaStateSlot(const LuaStateSlot&) = delete;
-    LuaStateSlot& operator=(const LuaStateSlot&) = delete;
-
-    ~LuaStateSlot() = default;
+    /// Called when the last handle lets go.
+    static void destroy(LuaStateSlot* slot) noexcept;
 
     // Life
 
@@ -184,8 +182,11 @@ public:
     /// Returns the name of the living type that `table` belongs to, null if there is none.
     const tbMemory::String* findType(const void* table) const { return m_types.find(table); }
 
+    /// Notes that hosts are told of `typeName`, which nobody declared. Returns false if they have
+    /// been told already. Allocates nothing.
+    bool reportType(const tbMemory::StringView& typeName) { return m_reportedTypes.add(typeName); }
+
 private:
-    friend class LuaStateHandle; // counts its copies
     friend int takeRegistrySlot(LuaStateSlot& slot, lua_State* state);
     friend void giveRegistrySlotBack(LuaStateSlot& slot, lua_State* state, int key);
 
@@ -217,7 +218,7 @@ private:
     std::vector<std::function<void()>> m_deferred;
     LuaKeptObjects m_kept;
 
-    std::uint32_t m_holders = 0; // handles
+    LuaReportedNames m_reportedTypes; // names of user types that nobody declared
 };
 
 } // namespace tbScripts::lua

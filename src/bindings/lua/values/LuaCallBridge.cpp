@@ -327,7 +327,7 @@ bool LuaCallBridge::_pushOriginal(const FunctionParameter& parameter, const void
 
 void LuaCallBridge::_reportUnknownType(const tbMemory::StringView& typeName) const
 {
-    if (!m_scope.getSlot().reportedTypes.add(typeName))
+    if (!m_scope.getSlot().reportType(typeName))
         return;
     const auto report = [&]
     {
