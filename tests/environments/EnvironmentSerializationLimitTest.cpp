@@ -25,6 +25,7 @@ TEST_F(EnvironmentSerializationLimitTest, IsUsually256MiB)
 {
     EXPECT_EQ(environment().getSerializationLimit(), USUAL_LIMIT);
     EXPECT_EQ(Environment().getSerializationLimit(), USUAL_LIMIT);
+    m_log.takeEntries(); // of a teardown without interpreter
 }
 
 TEST_F(EnvironmentSerializationLimitTest, ValueIsWrittenUpToTheLimitAndLoggedBeyond)
@@ -62,7 +63,8 @@ TEST_F(EnvironmentSerializationLimitTest, LimitOutlivesTheInterpreter)
 
     environment().setEnvironmentFor(INTERPRETER_UNKNOWN);
     EXPECT_EQ(environment().getSerializationLimit(), 100U);
-    m_log.takeEntries(); // that this disables the environment
+    destroyEnvironment();
+    m_log.takeEntries(); // that this disables the environment, and of its teardown
 }
 
 TEST_F(EnvironmentSerializationLimitTest, CopiesShareTheLimitAsLongAsTheInterpreter)
@@ -71,6 +73,7 @@ TEST_F(EnvironmentSerializationLimitTest, CopiesShareTheLimitAsLongAsTheInterpre
     Environment copy(environment());
     Environment assigned;
     assigned = copy;
+    m_log.takeEntries(); // of the teardown of what `assigned` was, without interpreter
     EXPECT_EQ(copy.getSerializationLimit(), 100U);
     EXPECT_EQ(assigned.getSerializationLimit(), 100U);
 

@@ -277,8 +277,9 @@ TEST_F(LuaFunctionTest, LastArgumentsStayInTheDeclaredParameters)
 
 TEST_F(LuaFunctionTest, ResetAndDestructionGiveUpTheLastArguments)
 {
-    const int slots = countRegistrySlots();
+    const int slotsBefore = countRegistrySlots();
     makeGlobal();
+    const int slots = countRegistrySlots();
     m_function->addParameter(PARAM_TYPE_SCRIPT_OBJECT);
     run("spawn({})");
     ASSERT_EQ(countRegistrySlots(), slots + 1);
@@ -289,7 +290,7 @@ TEST_F(LuaFunctionTest, ResetAndDestructionGiveUpTheLastArguments)
     m_function->setFunction(returning(7));
     run("spawn(print)");
     m_function.reset();
-    EXPECT_EQ(countRegistrySlots(), slots);
+    EXPECT_EQ(countRegistrySlots(), slotsBefore);
 }
 
 TEST_F(LuaFunctionTest, MismatchStopsReadingAtTheWrongArgument)
