@@ -49,7 +49,7 @@ public:
     /// Copies the declarations of `other`, without the values of its calls. Requires: no call runs.
     void copyDeclarations(const CallDeclaration& other);
 
-    /// Out of the way of calls, which hardly ever destroy one.
+    /// Not inline: calls hardly ever destroy a definition.
     template <typename Definition>
     [[gnu::noinline]] static void destroy(Definition* definition) noexcept
     {
@@ -96,8 +96,8 @@ Counted<Definition> cloneDefinition(const Definition& definition)
     return copy;
 }
 
-/// Returns `definition` as one that may be changed: one that runs or is shared is left to the
-/// others, and `definition` becomes a copy. Requires: there is one.
+/// Returns `definition` as one that may be changed: if it runs or is shared, `definition` becomes a
+/// copy. Requires: there is one.
 template <typename Definition>
 Definition& editDefinition(Counted<Definition>& definition)
 {

@@ -6,8 +6,8 @@
 namespace tbScripts
 {
 
-/// Base of objects that several others hold. The count lies in the object itself, so that to share
-/// it costs no further memory; it is not atomic.
+/// Base of objects that several others hold. The count lies in the object itself, so sharing needs
+/// no further memory. The count is not atomic (docs/reliability.md#threads).
 ///
 /// A derived `T` says how it is destroyed: `static void T::destroy(T* object) noexcept`.
 class HolderCount
@@ -20,7 +20,7 @@ public:
     bool isShared() const { return m_holders > 1; }
 
 protected:
-    constexpr HolderCount() noexcept = default; // held by nobody yet
+    constexpr HolderCount() noexcept = default; // without hold yet
     ~HolderCount() = default;
 
 private:

@@ -10,7 +10,7 @@ namespace tbScripts
 
 // What copies share of a value that the host created for a script to own: the first script value
 // that one of them creates owns the object (docs/decisions/0020-one-owner-for-each-parameter.md).
-// It takes the place of the view, which only values read from a script have.
+// It is stored in place of the view, which only values that were read from a script have.
 class FunctionParameter::SharedGrant final : public ScriptObjectInterpreterView
 {
 public:
@@ -88,10 +88,11 @@ FunctionParameter& FunctionParameter::operator=(const FunctionParameter& other)
         return *this;
     if (_holds(MEMBER::TEXT) && other._holds(MEMBER::TEXT))
     {
-        m_storage.text = other.m_storage.text; // keeps the memory it has
+        m_storage.text = other.m_storage.text; // reuses its memory
         return *this;
     }
-    FunctionParameter copy(other); // before anything is given up: `other` may live through it
+    FunctionParameter copy(
+        other); // before anything is released: this parameter may keep `other` alive
     _clear();
     _takeFrom(copy);
     return *this;
@@ -101,7 +102,7 @@ FunctionParameter& FunctionParameter::operator=(FunctionParameter&& other) noexc
 {
     if (this == &other)
         return *this;
-    FunctionParameter taken(std::move(other)); // first: `other` may live through what goes
+    FunctionParameter taken(std::move(other)); // first: the old value may keep `other` alive
     _clear();
     _takeFrom(taken);
     return *this;
@@ -268,7 +269,7 @@ void FunctionParameter::_copyFrom(const FunctionParameter& other)
     }
     m_type = other.m_type;
     if (!other._holds(other.m_live))
-        return; // storage that was prepared for another kind is not a value
+        return; // storage that was prepared for another kind holds no value
     if (other.m_grant == GRANT::SOLE)
         other._shareGrant();
     if (other.m_live == MEMBER::TEXT)
@@ -286,7 +287,7 @@ void FunctionParameter::_takeOwnedFrom(FunctionParameter& other) noexcept
 {
     m_type = other.m_type;
     if (!other._holds(other.m_live))
-        return; // as above
+        return; // for the same reason
     if (other.m_live == MEMBER::TEXT)
         new (&m_storage.text) tbMemory::String(std::move(other.m_storage.text));
     else if (other.m_live == MEMBER::USER_TYPE)

@@ -7,12 +7,11 @@
 namespace tbScripts
 {
 
-/// Lets the interpreter's side fill parameters in place: what is stored keeps the parameter's kind,
-/// and the memory that it has. Which member of the storage lives is the parameter's own affair.
+/// Lets the interpreter's side fill parameters in place. Storing a value keeps the parameter's kind
+/// and reuses its memory.
 struct FunctionParameterAccess
 {
-    ///@{
-    /// Stores a value, whatever the storage held before.
+    /// @{ Stores a value, whatever the old value is.
     static void storeBool(FunctionParameter& parameter, bool value) { parameter._storeBool(value); }
 
     static void storeInt(FunctionParameter& parameter, int value) { parameter._storeInt(value); }
@@ -38,8 +37,8 @@ struct FunctionParameterAccess
         parameter._storeReference(value);
     }
 
-    /// Leaves type name and view as they are. From here on no instance that is created of the
-    /// value owns the object: a script knows it already.
+    /// Leaves type name and view as they are. From here on no instance that is created from the
+    /// value owns the object, because a script has an instance already.
     static void storeObject(FunctionParameter& parameter, void* object)
     {
         parameter._storeObject(object);
@@ -62,16 +61,17 @@ struct FunctionParameterAccess
         return parameter._editView();
     }
 
-    /// Returns what looks at the script value that this was read from; null if it was not.
+    /// Returns the view of the script value that this was read from; null if it was not read from a
+    /// script.
     static const ScriptObjectInterpreterView* getView(const FunctionParameter& parameter)
     {
         return parameter._getView();
     }
 
-    /// Returns whether an instance that is created of it is to own the object.
+    /// Returns whether an instance that is created from the value is to own the object.
     static bool mayCreateOwner(const FunctionParameter& parameter) { return parameter._hasGrant(); }
 
-    /// Notes that one was created: for this parameter and its copies it was the only one. Requires:
+    /// Notes that an owner was created; this parameter and its copies create no other. Requires:
     /// `mayCreateOwner`.
     static void noteOwner(const FunctionParameter& parameter) { parameter._useGrant(); }
 

@@ -39,7 +39,7 @@ ScriptObjectReference::ScriptObjectReference()
 
 ScriptObjectReference::ScriptObjectReference(ScriptObjectInterpreterReference* reference)
 {
-    // Owned until the block is there: no memory for the block must not leak the value.
+    // Owned until the block exists: a lack of memory for the block must not leak the value.
     std::unique_ptr<ScriptObjectInterpreterReference> owned(reference);
     m_block = makeCounted<SharedBlock>().detach();
     m_block->value = owned.release();
@@ -87,8 +87,8 @@ ScriptObjectReference& ScriptObjectReference::operator=(ScriptObjectReference&& 
 
 ScriptObjectReference& ScriptObjectReference::operator=(const ScriptObjectView& view)
 {
-    // Kept: the only holder gives up its value before the new one is anchored; a shared block keeps
-    // its value until then, and for good if there is nothing to look at.
+    // Compatibility: the only holder releases its value before the new one is anchored; a shared
+    // block keeps its value until then, and keeps it if the view is empty (decision 0006).
     if (!m_block->isShared())
         m_block->replaceValue(nullptr);
     m_block->useCount = 1;

@@ -17,11 +17,11 @@ namespace tbScripts
 /// What all handles on one value share (decision 0016). The library's own values live in it, so
 /// that a reference is one piece of memory; those that a host makes are pointed at.
 ///
-/// `useCount` starts again at 1 when a view is assigned, whoever shares the block; the count of
-/// holders is the true number, and it alone decides when the block is destroyed.
+/// `useCount` starts again at 1 when a view is assigned, for every handle on the block; the count
+/// of holders is the true number, and decides when the block is destroyed.
 struct ScriptObjectReference::SharedBlock : HolderCount
 {
-    // Such a value has a callable, which differs in size from one standard library to the next.
+    // Such a value has a callable, whose size depends on the standard library.
     static constexpr std::size_t ROOM_SIZE = sizeof(std::function<void()>) + 4 * sizeof(void*);
 
     union Room
@@ -37,7 +37,7 @@ struct ScriptObjectReference::SharedBlock : HolderCount
 
     constexpr SharedBlock() noexcept = default;
 
-    /// Makes a value inside of the block. Requires: it has none.
+    /// Creates a value inside of the block. Requires: the block has none.
     template <typename Value, typename... Arguments>
     void makeValue(Arguments&&... arguments)
     {
@@ -46,7 +46,7 @@ struct ScriptObjectReference::SharedBlock : HolderCount
         isValueInside = true;
     }
 
-    /// Ends the value and goes on with `next`, which may be null.
+    /// Destroys the value and replaces it by `next`, which may be null.
     void replaceValue(ScriptObjectInterpreterReference* next) noexcept
     {
         ScriptObjectInterpreterReference* const ended = std::exchange(value, next);
@@ -56,7 +56,7 @@ struct ScriptObjectReference::SharedBlock : HolderCount
             delete ended;
     }
 
-    /// Not by a destructor of the block: the permanent one would then be destroyed before the last
+    /// Not a destructor of the block: the permanent block would then be destroyed before the last
     /// static objects that use it.
     static void destroy(SharedBlock* block) noexcept
     {
@@ -73,7 +73,7 @@ struct ScriptObjectReference::SharedBlock : HolderCount
 /// Creates the library's own values inside of the blocks of references.
 struct ScriptObjectReferenceAccess
 {
-    /// Returns a handle on a new `Value`; both are one piece of memory.
+    /// Returns a handle on a new `Value`; both lie in one block of memory.
     template <typename Value, typename... Arguments>
     static ScriptObjectReference make(Arguments&&... arguments)
     {

@@ -84,7 +84,7 @@ void EnvironmentCore::assign(const EnvironmentCore& other)
     m_registries.swap(source.m_registries);
     m_bindings = std::move(source.m_bindings);
     m_strategy = source.m_strategy;
-    m_strategy->removeResult(source.m_result); // its place is free for the next result
+    m_strategy->removeResult(source.m_result); // its place is free for the next result result
     m_strategy->addResult(m_result);
 }
 

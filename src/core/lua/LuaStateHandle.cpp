@@ -5,7 +5,7 @@ namespace tbScripts::lua
 
 LuaStateHandle LuaStateHandle::open()
 {
-    LuaStateHandle handle(new LuaStateSlot); // first: a lone state would leak
+    LuaStateHandle handle(new LuaStateSlot); // first: a state without handle would leak
     if (!handle.m_slot->open())
         return LuaStateHandle();
     return handle;
@@ -13,7 +13,7 @@ LuaStateHandle LuaStateHandle::open()
 
 void LuaStateHandle::close()
 {
-    const LuaStateHandle keepsSlot(*this); // what was deferred may destroy this handle
+    const LuaStateHandle keepsSlot(*this); // deferred actions may destroy this handle
     if (m_slot)
         m_slot->close();
 }

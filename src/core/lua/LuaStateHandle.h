@@ -12,8 +12,8 @@ namespace tbScripts::lua
 
 /// Shared, revocable access to an interpreter state (docs/decisions/0001-state-handle.md).
 ///
-/// Whatever stores a state stores one of these instead. Closing empties it for all holders, so that
-/// objects that outlive the state find none. The count is not atomic.
+/// Objects store a handle instead of a `lua_State*`. Closing the state empties the handle for all
+/// holders, so an object that outlives the state finds none.
 class LuaStateHandle
 {
 public:
@@ -22,13 +22,13 @@ public:
 
     /// Creates a state with the standard libraries.
     ///
-    /// On failure (no memory): a handle without state.
+    /// On failure (no memory): returns a handle without state.
     static LuaStateHandle open();
 
     /// Empties the handle and all its copies, then closes the state (see `LuaStateSlot::close`).
     void close();
 
-    /// Returns the thread that host calls have to work on, null once the state is closed.
+    /// Returns the coroutine on which host calls have to work, null after the state was closed.
     lua_State* get() const { return m_slot ? m_slot->getRunning() : nullptr; }
 
     /// Returns whether blocks of the interpreter may be touched: also while the state closes.
@@ -37,13 +37,13 @@ public:
     /// Returns null if this handle never had a state.
     LuaStateSlot* getSlot() const { return m_slot.get(); }
 
-    /// Returns whether both are handles on one and the same open state.
+    /// Returns whether both are handles on the same open state.
     bool sharesStateWith(const LuaStateHandle& other) const
     {
         return getSlot() == other.getSlot() && get() != nullptr;
     }
 
-    /// Creates one more handle on what others share already.
+    /// Creates one more handle on a shared slot.
     explicit LuaStateHandle(LuaStateSlot* slot) noexcept
         : m_slot(slot)
     {
@@ -53,8 +53,8 @@ private:
     Counted<LuaStateSlot> m_slot;
 };
 
-/// Destroys `object`, which has left its registries already: at once, or when the outermost host
-/// call returns, which may be one of an operation of this very object.
+/// Destroys `object`, which has left its registries: at once, or when the outermost host call
+/// returns. That call may be an operation of `object` itself.
 template <typename T>
 void destroyWhenIdle(const LuaStateHandle& handle, std::unique_ptr<T> object)
 {
@@ -63,7 +63,7 @@ void destroyWhenIdle(const LuaStateHandle& handle, std::unique_ptr<T> object)
         slot->defer([held = std::shared_ptr<T>(std::move(object))] {});
 }
 
-/// The same, for an object of one state whose owner is of another: waits for both.
+/// The same for an object of one state whose owner belongs to another: waits for both states.
 template <typename T>
 void destroyWhenIdle(
     const LuaStateHandle& handle, const LuaStateHandle& ownersHandle, std::unique_ptr<T> object)

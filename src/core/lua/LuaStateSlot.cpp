@@ -14,8 +14,8 @@ namespace tbScripts::lua
 namespace
 {
 
-// Creates the weak table of our tables. Weak, so that a type's table is collected when nothing else
-// refers to it.
+// Creates the weak table of the tables of types and namespaces. It is weak, so that a type's table
+// is collected when nothing else refers to it.
 int refTypeTables(lua_State* state)
 {
     lua_createtable(state, 0, 0);
@@ -44,7 +44,7 @@ void reserveReferences(lua_State* state)
         lua_pushboolean(state, 1);
         key = luaL_ref(state, LUA_REGISTRYINDEX);
     }
-    for (auto key = keys.rbegin(); key != keys.rend(); ++key) // the lowest will be taken first
+    for (auto key = keys.rbegin(); key != keys.rend(); ++key) // the lowest is taken first
         luaL_unref(state, LUA_REGISTRYINDEX, *key);
 }
 

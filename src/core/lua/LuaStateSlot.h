@@ -15,7 +15,8 @@
 // - Host calls. `enterHostCall` and `leaveHostCall` count them. What must not happen while one runs
 //   is deferred, and the end of the outermost call runs it.
 // - Registry. Scripts can replace every global, and `debug.getregistry` lets them write to the
-//   registry, so what we need again is stored under integer keys that only this class knows.
+//   registry, so the values that the library needs later are stored under integer keys that only
+//   this class knows.
 
 #include "core/Counted.h"
 #include "core/lua/LuaApi.h"
@@ -65,7 +66,7 @@ public:
 
     // Life
 
-    /// Creates a state with the standard libraries. Returns false without memory for it.
+    /// Creates a state with the standard libraries. Returns false if there is no memory for it.
     ///
     /// Requires: the slot never had a state.
     bool open();
@@ -84,7 +85,7 @@ public:
     /// Returns whether blocks of the interpreter may be touched: also while the state closes.
     bool hasMemory() const { return m_main || m_isClosing; }
 
-    /// From here on the host is refused; only upkeep may enter.
+    /// From here on operations of the host are refused; only upkeep may enter.
     void beginTeardown() { m_isTearingDown = true; }
 
     bool isTearingDown() const { return m_isTearingDown; }
@@ -103,7 +104,7 @@ public:
     /// Returns the scope of the host function that runs, null if none does.
     LuaCallbackScope* getInnermostCallback() const { return m_innermostCallback; }
 
-    /// Has host calls work on `thread`, on behalf of `scope`. A closing state stays closed.
+    /// Makes host calls work on `thread`, on behalf of `scope`. A closing state stays closed.
     LuaOuterCallback enterCallback(LuaCallbackScope& scope, lua_State* thread)
     {
         const LuaOuterCallback outer{m_running, m_innermostCallback};
@@ -139,7 +140,7 @@ public:
     /// Returns whether code of scripts or finalisers may be on the C stack.
     bool isRunning() const { return isInHostCall() || m_isClosing; }
 
-    /// Has `action` run when the outermost host call returns, or when the state has closed.
+    /// Defers `action` until the outermost host call returns, or until the state has closed.
     void defer(std::function<void()> action) { m_deferred.push_back(std::move(action)); }
 
     /// Runs what was deferred, in order, and what that defers. This may release the slot.
@@ -147,7 +148,7 @@ public:
 
     // What the registry holds
 
-    /// Returns how many registry slots wait for values (see LuaRegistry.h).
+    /// Returns how many registry slots can be reused (see LuaRegistry.h).
     std::size_t countSpareKeys() const { return m_spareKeys.count; }
 
     /// Stack: +1, the interpreter's own `rawget`.
@@ -159,7 +160,7 @@ public:
     /// Stack: +1, the function that `LuaBoundary` calls protected.
     void pushTrampoline(lua_State* state) const { _pushRegistered(state, m_trampolineKey); }
 
-    /// Stack: +1, the weak table of our user types' and namespaces' tables (see LuaNamedTables.h).
+    /// Stack: +1, the weak table of the tables of user types and namespaces (see LuaNamedTables.h).
     void pushTypeTables(lua_State* state) const { _pushRegistered(state, m_typeTablesKey); }
 
     /// Stack: +1, the main thread.
@@ -170,16 +171,17 @@ public:
 
     // Types by their tables
 
-    /// Notes `table` as that of the living type `name`, which stays where it is until `removeType`.
+    /// Registers `table` as the table of the existing type `name`, which keeps its address until
+    /// `removeType`.
     void addType(const void* table, const tbMemory::String& name) { m_types.add(table, name); }
 
-    /// Forgets `table`, unless it has got another name than this very one. Allocates nothing.
+    /// Removes `table`, unless it is registered with another name object. Allocates nothing.
     void removeType(const void* table, const tbMemory::String& name)
     {
         m_types.remove(table, name);
     }
 
-    /// Returns the name of the living type that `table` belongs to, null if there is none.
+    /// Returns the name of the existing type that `table` belongs to, null if there is none.
     const tbMemory::String* findType(const void* table) const { return m_types.find(table); }
 
     /// Notes that hosts are told of `typeName`, which nobody declared. Returns false if they have
@@ -197,7 +199,7 @@ private:
         lua_rawgeti(state, LUA_REGISTRYINDEX, key);
     }
 
-    // Both are null without state and as soon as it begins to close.
+    // Both are null without state and from the first step of closing on.
     lua_State* m_main = nullptr;
     lua_State* m_running = nullptr;
 
@@ -207,7 +209,7 @@ private:
     int m_rawgetKey = LUA_NOREF;
     int m_typeKey = LUA_NOREF;
 
-    LuaTypeDirectory m_types; // those of the weak table whose types live
+    LuaTypeDirectory m_types; // the tables whose types exist
 
     LuaSpareKeys m_spareKeys; // LuaRegistry.h takes them and puts them back
 

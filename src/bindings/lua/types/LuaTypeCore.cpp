@@ -18,9 +18,10 @@ int releaseTypeAnchor(lua_State* state)
     const std::shared_ptr<LuaTypeCore> core = std::move(anchor->hold);
     LuaStateSlot& slot = *core->handle.getSlot();
     if (slot.isClosing())
-        slot.keepUntilClosed(core); // instances may still be made and finalised
+        slot.keepUntilClosed(core); // instances may still be created and finalised
     else if (!core->isKeptUntilClosed())
-        anchor->core = nullptr; // whoever else holds the core may let it go before the closures
+        anchor->core =
+            nullptr; // other holders may release the core before the closures are destroyed
     return 0;
 }
 
@@ -78,7 +79,7 @@ void pushTypeAnchor(lua_State* state, const std::shared_ptr<LuaTypeCore>& core)
     lua_createtable(state, 0, 1);
     lua_pushcfunction(state, &releaseTypeAnchor);
     lua_setfield(state, -2, "__gc");
-    anchor->core = core.get(); // last: from here on the block is finalised
+    anchor->core = core.get(); // last: from here on the interpreter finalises the block
     anchor->hold = core;
     lua_setmetatable(state, -2);
 }

@@ -25,15 +25,16 @@ using SetterDefinition = CallDefinition<decltype(UserTypeFieldDescriptor::setter
 using ConstructorDefinition = CallDefinition<UserType::Constructor>;
 using DestructorDefinition = CallDefinition<UserType::Destructor>;
 
-/// What the host says about one field. Empty where it says nothing.
+/// The host's declaration of one field. Either part may be empty.
 struct LuaTypeField
 {
     Counted<GetterDefinition> getter;
     Counted<SetterDefinition> setter; // prepared parameters: instance, value, ...
 };
 
-/// What the closures of a user type work with. It outlives its type as long as instances do, since
-/// the last of them still needs the destructor.
+/// The declarations of a user type, which its closures use. The core outlives its type as long as
+/// instances exist, because the last of them still needs the destructor
+/// (docs/decisions/0009-type-cores-outlive-types.md).
 struct LuaTypeCore : LuaKeptObject
 {
     LuaTypeCore(const LuaStateHandle& stateHandle, const tbMemory::StringView& name);
@@ -43,30 +44,31 @@ struct LuaTypeCore : LuaKeptObject
 
     ~LuaTypeCore();
 
-    /// Notes `typeTable` as the type's table, by which its instances are recognised.
+    /// Registers `typeTable` as the type's table, by which the library recognises its instances.
     void setTable(const void* typeTable);
 
-    /// Forgets it: it may go before the closures do, and another one lie in its place.
+    /// Unregisters the table: it may be collected before the closures, and another table may get
+    /// its address.
     void forgetTable();
 
-    /// Returns the box at `index`, counted from the bottom, if it is one of this type, whether or
-    /// not its object lives; else null. An instance of an earlier type of this name counts.
+    /// Returns the box at `index`, counted from the bottom, if it is one of this type, also if its
+    /// object was destroyed; else null. An instance of an earlier type of this name counts.
     ///
     /// Stack: may leave the metatable there, which closures leave behind their results.
     LuaInstanceBox* boxAt(lua_State* state, int index) const;
 
-    /// Returns the box at `index` if it is a living instance of this type, else null.
+    /// Returns the box at `index` if it is an instance of this type whose object exists, else null.
     LuaInstanceBox* instanceAt(lua_State* state, int index) const;
 
     LuaStateHandle handle;
     tbMemory::String fullName;
-    bool isAlive = true;         // false once the type is gone
-    const void* table = nullptr; // identity of the type's table; null once it is gone
+    bool isAlive = true;         // false after the type was destroyed
+    const void* table = nullptr; // identity of the type's table; null after `forgetTable`
     Counted<ConstructorDefinition> constructor;
     Counted<DestructorDefinition> destructor; // never empty
-    bool hasOwnDestructor = false;            // the host has set one
+    bool hasOwnDestructor = false;            // whether the host has set one
 
-    // Entries stay where they are and are never removed: closures point at them. By name.
+    // By name. Entries keep their addresses and are never removed, because closures point at them.
     std::unordered_map<std::string, LuaTypeField> fields;
 
     // By name: methods, static methods, operators and "__arrayRead".
@@ -76,13 +78,13 @@ struct LuaTypeCore : LuaKeptObject
 };
 
 /// The block of the interpreter through which the closures of a type reach its core, and which
-/// keeps the core for them. The type's name follows the block.
+/// holds the core for them. The type's name follows the block.
 ///
-/// It is older than every instance, and closures of the type's table keep it: the interpreter
-/// finalises it after the last instance.
+/// The block is older than every instance, and closures of the type's table keep it alive, so the
+/// interpreter finalises the block after the last instance.
 struct LuaTypeAnchor
 {
-    LuaTypeCore* core; // null once the core may be gone
+    LuaTypeCore* core; // null after the core may have been destroyed
     std::shared_ptr<LuaTypeCore> hold;
     std::size_t nameSize;
 
@@ -92,11 +94,12 @@ struct LuaTypeAnchor
     }
 };
 
-/// What the closures of a field get at by one upvalue. Another one keeps the anchor for them.
+/// What the closures of a field reach through one upvalue
+/// (docs/decisions/0017-checks-that-a-call-can-skip.md). A second upvalue keeps the anchor alive.
 struct LuaFieldLink
 {
     const LuaTypeAnchor* anchor;
-    const LuaTypeField* field; // part of the anchor's core, and good as long as that
+    const LuaTypeField* field; // part of the anchor's core, valid as long as the core
 };
 
 /// Stack: +1, a new anchor of `core`.

@@ -15,12 +15,12 @@ namespace tbScripts::lua
 namespace
 {
 
-// Where the parts are in their table.
+// Indices of the parts in their table.
 constexpr int PART_TABLE = 1;
 constexpr int PART_ANCHOR = 2;
 constexpr int PART_READERS = 3;
 constexpr int PART_WRITERS = 4;
-constexpr int PART_FORMER = 5; // what the table held before, until it is published
+constexpr int PART_FORMER = 5; // the former entries of the table, until the type is published
 constexpr int PARTS = 5;
 
 // Readers hold the closure of each field, and `true` for other names that the type's table has.
@@ -56,8 +56,8 @@ void pushPart(lua_State* state, int partsIndex, int part)
     lua_rawgeti(state, partsIndex, part);
 }
 
-// Sets field `name` of the type's table to the value on top of the stack, which it pops. Raw: the
-// table may have got a metatable from a script.
+// Sets field `name` of the type's table to the value on top of the stack, and pops the value. Raw,
+// because a script may have given the table a metatable.
 void setEntry(lua_State* state, int tableIndex, const char* name)
 {
     lua_pushstring(state, name);
@@ -65,11 +65,12 @@ void setEntry(lua_State* state, int tableIndex, const char* name)
     lua_rawset(state, tableIndex);
 }
 
-// Stack: +1, the two dispatchers set as entries of the table, nothing left.
+// Stack: +0; sets the two dispatchers as entries of the table.
 void setDispatchers(const LuaStateSlot& slot, lua_State* state, int partsIndex, int tableIndex)
 {
     constexpr int ARGUMENTS = 9;
-    // Compiled for each type: only then its tables are constants for the interpreter's compiler.
+    // Compiled for each type, because only then the interpreter's compiler treats the tables as
+    // constants.
     if (luaL_loadbuffer(state, DISPATCHERS, std::strlen(DISPATCHERS), NAME_OF_DISPATCHERS) != 0)
         throw std::string(std::string_view(textAt(state, -1))); // no memory
     pushPart(state, partsIndex, PART_READERS);
@@ -103,7 +104,7 @@ void setAnchoredEntry(lua_State* state, int partsIndex, const char* name, lua_CF
     lua_pop(state, 1);
 }
 
-// Has `part` show the closure of `field` under `name`.
+// Sets entry `name` of `part` to the closure of `field`.
 void publishField(
     lua_State* state,
     int part,
@@ -145,8 +146,8 @@ bool isFinaliserOnTop(lua_State* state)
            textAt(state, -2) == tbMemory::StringView(FINALISER);
 }
 
-// Returns the anchor of the type whose finaliser the table at `tableIndex` has, null if it has none
-// of ours. Stack: +0.
+// Returns the anchor of the type whose finaliser the table at `tableIndex` has, null if it has no
+// finaliser of a user type. Stack: +0.
 const LuaTypeAnchor* anchorOfFinaliser(lua_State* state, int tableIndex)
 {
     const LuaTypeAnchor* anchor = nullptr;
@@ -161,8 +162,8 @@ const LuaTypeAnchor* anchorOfFinaliser(lua_State* state, int tableIndex)
     return anchor;
 }
 
-// Instances that the former type of the table at `tableIndex` made are destroyed as it said, until
-// the host says something else.
+// Takes over the destructor of the former type of the table at `tableIndex`, which destroys that
+// type's instances until the host sets another (docs/decisions/0018-two-types-of-one-name.md).
 void inheritDestructor(lua_State* state, int tableIndex, LuaTypeCore& core)
 {
     const LuaTypeAnchor* const former = anchorOfFinaliser(state, tableIndex);
@@ -190,7 +191,8 @@ NAMED_TABLE LuaTypeTable::pushParts(
         lua_remove(state, partsIndex);
         return before;
     }
-    // Instances that are older than the new anchor need its destructor later than it lasts.
+    // Instances that are older than the new anchor are finalised after it, and still need its
+    // destructor.
     if (before == NAMED_TABLE::OF_USER_TYPE)
         slot.keepUntilClosed(core);
     const int tableIndex = lua_gettop(state);
@@ -236,7 +238,7 @@ void LuaTypeTable::restoreFormer(lua_State* state)
     pushPart(state, partsIndex, PART_TABLE);
     const int formerIndex = partsIndex + 2;
     const int tableIndex = partsIndex + 3;
-    // A third type may have taken it over meanwhile.
+    // A third type may have taken the table over since then.
     const bool isOurs =
         anchorOfFinaliser(state, tableIndex) == lua_touserdata(state, partsIndex + 1);
     if (isOurs && lua_istable(state, formerIndex))

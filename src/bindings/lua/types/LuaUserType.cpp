@@ -48,7 +48,7 @@ constexpr std::array<Operator, 12> OPERATORS{
      {"__lt", true},
      {"__le", true}}};
 
-// Swapped, so that the old callable goes last: its end may run code of the host.
+// Swapped, so that the old callable is destroyed last: its destructor may run code of the host.
 template <typename Definition>
 void setCallable(
     Counted<Definition>& definition,
@@ -62,14 +62,14 @@ void setCallable(
 
 void dropMethods(LuaTypeCore& core)
 {
-    // Each has left the registry before it goes, since the end of its callable may run code of the
-    // host.
+    // Each has left the registry before it is destroyed, because the destructor of its callable may
+    // run code of the host.
     auto methods = std::exchange(core.methods, {});
     core.arrayRead = nullptr;
     for (auto& [name, method] : methods)
     {
         method->uninstall();
-        method->reset(); // what the callable captured goes now, even if the method has to stay
+        method->reset(); // drops the captures now, even if the method has to stay
         destroyWhenIdle(core.handle, std::move(method));
     }
 }
@@ -85,16 +85,16 @@ void dropFields(LuaTypeCore& core)
     }
 }
 
-// Returns the method that `declare` makes, looked up when its host call has ended: what waited for
-// that may have ended the type, or cleared it.
+// Returns the method that `declare` creates, looked up after its host call has ended: deferred
+// actions may have destroyed or cleared the type.
 template <typename Declare>
 Function* declareMethodIn(
-    // NOLINTNEXTLINE(performance-unnecessary-value-param): keeps the core over the call
+    // NOLINTNEXTLINE(performance-unnecessary-value-param): keeps the core alive during the call
     std::shared_ptr<const LuaTypeCore> core,
     const tbMemory::StringView& name,
     Declare&& declare)
 {
-    const tbMemory::String keptName(name); // the view may be of a method that goes
+    const tbMemory::String keptName(name); // the view may be of a destroyed method
     if (!declare() || !core->isAlive || !core->handle.get())
         return nullptr;
     return findIn(core->methods, keptName);
@@ -136,19 +136,19 @@ LuaUserType::LuaUserType(
 
 LuaUserType::~LuaUserType()
 {
-    contain([this] { uninstall(); }, [] {}); // no memory for one of its steps ends nobody
+    contain([this] { uninstall(); }, [] {}); // a lack of memory must not end the process
 }
 
 bool LuaUserType::install(const LuaStateHandle& handle)
 {
     if (isInstalled() && m_core->handle.sharesStateWith(handle))
         return true;
-    LuaHostCall call(handle); // first: leaving another state may run anything
+    LuaHostCall call(handle); // first: leaving another state may run code of scripts and host
     if (call.isRefused())
         return false;
     uninstall();
 
-    // A core of its own for each state: instances of an earlier one still need theirs.
+    // A new core for each state: instances of an earlier state still need its core.
     auto core = std::make_shared<LuaTypeCore>(handle, getFullName());
     core->constructor = std::move(m_core->constructor);
     Destructor destructor = (*m_core->destructor).callable;
@@ -169,7 +169,7 @@ bool LuaUserType::install(const LuaStateHandle& handle)
             lua_pushvalue(state, -1);
             m_partsKey = takeRegistrySlot(slot, state);
             LuaTypeTable::pushTable(state);
-            m_owner.publish(slot, state, getName()); // this may change or end the type
+            m_owner.publish(slot, state, getName()); // this may change or destroy the type
             LuaTypeTable::forgetFormer(state);
         });
     if (!isDone)
@@ -185,7 +185,7 @@ bool LuaUserType::install(const LuaStateHandle& handle)
 
 void LuaUserType::uninstall()
 {
-    m_core->isAlive = false; // first: nothing is declared from here on
+    m_core->isAlive = false; // first: from here on nothing can be declared
     m_core->forgetTable();
     if (!isInstalled())
     {
@@ -196,7 +196,7 @@ void LuaUserType::uninstall()
     LuaHostCall call(m_core->handle, LuaHostCall::ENTRY::UPKEEP);
     clear();
     if (!isInstalled())
-        return; // the end of a callable has ended this type
+        return; // the destructor of a callable has destroyed this type
     LuaStateSlot& slot = *m_core->handle.getSlot();
     freeRegistrySlot(slot, std::exchange(m_partsKey, LUA_NOREF));
     call.run([&](lua_State* state) { m_owner.unpublish(slot, state, getName()); });
@@ -335,7 +335,7 @@ void LuaUserType::_abandon(LuaHostCall& call, NAMED_TABLE before)
         _runWithParts(call, &LuaTypeTable::restoreFormer);
     if (LuaStateSlot* const slot = m_core->handle.getSlot())
         freeRegistrySlot(*slot, std::exchange(m_partsKey, LUA_NOREF));
-    _dropMembers(); // which publishing may have declared
+    _dropMembers(); // which may have been declared during the publishing
     if (before == NAMED_TABLE::NONE)
         call.run([this](lua_State* state) { removeNamedTable(state, getFullName()); });
 }
@@ -363,7 +363,7 @@ LuaFunction* LuaUserType::_declareMethod(
         return nullptr;
     method->reset();
     if (_findMethod(name) != method)
-        return nullptr; // the end of the old callable has cleared this type
+        return nullptr; // the destructor of the old callable has cleared this type
     for (const FUNCTION_PARAMETER_TYPE type : parameters)
         method->addParameter(type, getFullName());
     return method;
@@ -376,8 +376,8 @@ LuaFunction* LuaUserType::_makeMethod(const tbMemory::StringView& name)
         return nullptr;
     if (_findMethod(name))
     {
-        // What publishing ran has declared it meanwhile. That one stays; the end of ours takes the
-        // entry, so that it has to be published again.
+        // A metamethod that ran during the publishing has declared the same method. That
+        // declaration wins; destroying ours removes the entry, so the winner is published again.
         made.reset();
         LuaFunction* const known = _findMethod(name);
         if (known)
@@ -436,7 +436,8 @@ bool LuaUserType::_runWithParts(LuaHostCall& call, Work&& work)
 
 void LuaUserType::_dropMembers()
 {
-    // Without interpreter no call of the host keeps this type: what ends here may destroy it.
+    // Without interpreter no host call keeps this type alive: the destructors that run here may
+    // destroy it.
     const std::shared_ptr<LuaTypeCore> core = m_core;
     dropMethods(*core);
     dropFields(*core);

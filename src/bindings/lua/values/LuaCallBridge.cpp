@@ -80,7 +80,7 @@ bool LuaCallBridge::accepts(const FunctionParameter& parameter, int stackIndex) 
     case PARAM_TYPE_VOID:
         return false;
     }
-    return false; // numbers outside the enumeration expect nothing
+    return false; // a number outside the enumeration accepts no value
 }
 
 void LuaCallBridge::_read(FunctionParameter& parameter, int stackIndex) const
@@ -109,7 +109,7 @@ void LuaCallBridge::_read(FunctionParameter& parameter, int stackIndex) const
     case PARAM_TYPE_VOID:
         break;
     }
-    // Numbers outside the enumeration cannot be read either.
+    // A number outside the enumeration cannot be read either.
     throw std::string(std::string_view(messages::parameterNotHandled(m_functionName)));
 }
 
@@ -132,7 +132,7 @@ int LuaCallBridge::_push(const FunctionParameter& parameter) const
         lua_pushnumber(m_state, parameter.getDouble());
         return 1;
     case PARAM_TYPE_STRING:
-        pushName(m_state, parameter.getString()); // texts end at their first NUL for scripts
+        pushName(m_state, parameter.getString()); // for scripts, strings end at their first NUL
         return 1;
     case PARAM_TYPE_USER_TYPE_OWNED:
     case PARAM_TYPE_USER_TYPE:
@@ -188,7 +188,7 @@ std::string LuaCallBridge::intToDecimal(int number)
 
 void LuaCallBridge::_readNumber(FunctionParameter& parameter, int stackIndex) const
 {
-    // Not a number reads as 0, which the conversion of such a value gives anyway.
+    // A value that is no number reads as 0, the result of its conversion.
     const double number = lua_tonumber(m_state, stackIndex);
     if (parameter.getType() == PARAM_TYPE_INT)
         Access::storeInt(parameter, truncateToInt(number));
@@ -259,13 +259,13 @@ void LuaCallBridge::_readUserType(FunctionParameter& parameter, int stackIndex) 
 
 void LuaCallBridge::_readReference(FunctionParameter& parameter, int stackIndex) const
 {
-    Access::clear(parameter); // without a value it designates nothing
+    Access::clear(parameter); // an empty parameter designates nothing
     const bool isFunction = parameter.getType() == PARAM_TYPE_SCRIPT_FUNCTION;
     if (!accepts(parameter, stackIndex))
         _throwTypeMismatch(stackIndex, isFunction ? NAME_OF_FUNCTION : NAME_OF_OBJECT);
     LuaStateSlot& slot = m_scope.getSlot();
     if (!slot.isOpen())
-        return; // the state is closing: what it holds cannot be kept any more
+        return; // the state is closing: its values cannot be anchored any more
 
     const ScriptObjectReference kept =
         LuaScriptObjectInterpreterReference::make(LuaStateHandle(&slot), parameter.getType());
@@ -302,7 +302,7 @@ int LuaCallBridge::_pushUserType(const FunctionParameter& parameter) const
     const bool isOwner = Access::mayCreateOwner(parameter);
     const tbMemory::StringView typeName = parameter.getUserTypeName();
     const bool isTyped = pushInstance(m_scope.getSlot(), m_state, object, isOwner, typeName);
-    if (isTyped && isOwner) // one without type destroys nothing
+    if (isTyped && isOwner) // an instance without type destroys nothing
         Access::noteOwner(parameter);
     if (!isTyped && !typeName.empty())
         _reportUnknownType(typeName);
@@ -317,7 +317,7 @@ bool LuaCallBridge::_pushOriginal(const FunctionParameter& parameter, const void
     if (!view || view->isForeignTo(m_scope.getSlot()) || !view->pushValue(m_state))
         return false;
     const LuaInstance instance = boxAt(m_scope.getSlot(), m_state, -1);
-    // A dead one too: its object was destroyed during the call.
+    // Also a destroyed instance: its object was destroyed during the call.
     if (instance.box &&
         (instance.box->isDestroyed || (instance.box->gcEnabled && instance.box->object == object)))
         return true;
@@ -334,7 +334,7 @@ void LuaCallBridge::_reportUnknownType(const tbMemory::StringView& typeName) con
         LogManager::getInstance()->log(
             messages::userTypeNotDeclared(typeName), LOG_SOURCE_LUA_FUNCTION);
     };
-    contain(report, [] {}); // the value arrives, also where there is no memory for the message
+    contain(report, [] {}); // the value is passed even if there is no memory for the message
 }
 
 } // namespace tbScripts::lua

@@ -18,12 +18,11 @@ namespace tbScripts::lua
 
 class LuaScriptObjectInterpreterView;
 
-/// Carries values between stack slots and parameters, during one callback scope.
+/// Copies values between stack slots and parameters, during one callback scope.
 ///
 /// Compatibility: an input without value is not pushed, so that later ones move up (decision 0006).
 ///
-/// Errors travel as exceptions of type `std::string` that hold the message; whoever calls the
-/// bridge decides what becomes of them.
+/// On an error it throws the message as a `std::string`, which the caller handles.
 class LuaCallBridge
 {
 public:
@@ -41,15 +40,15 @@ public:
     /// Fills `parameter` from slot `stackIndex`, as its kind says.
     ///
     /// On failure: throws the message; the parameter holds the empty value of its kind.
-    /// Stack: +0. A number that is read as a text becomes one in its slot.
+    /// Stack: +0. A number that is read as a string becomes a string in its slot.
     void readParameter(FunctionParameter& parameter, int stackIndex) const
     {
         if (!_readFrequentKind(parameter, stackIndex))
             _read(parameter, stackIndex);
     }
 
-    /// Does so if the value is of the kind that `parameter` expects. Returns false, and leaves
-    /// `parameter` as it is, if not.
+    /// The same if the value is of the kind that `parameter` expects; if not, returns false and
+    /// leaves `parameter` unchanged.
     bool readIfAccepted(FunctionParameter& parameter, int stackIndex) const
     {
         if (_readFrequentKind(parameter, stackIndex))
@@ -60,9 +59,12 @@ public:
         return true;
     }
 
-    /// Pushes the value of `parameter` and returns the number of values pushed, 0 or 1.
+    /// Pushes the value of `parameter` and returns the number of pushed values, 0 or 1.
+    /// Compatibility: a void value or a null object pushes nothing, so that later inputs move up
+    /// (decision 0006).
     ///
-    /// On failure: a kind that is no kind is logged (tag "LuaFunction") and pushes nothing.
+    /// On failure: a number outside the enumeration is logged (tag "LuaFunction") and pushes
+    /// nothing.
     int pushParameter(const FunctionParameter& parameter) const
     {
         if (parameter.getType() != PARAM_TYPE_DOUBLE)
@@ -71,15 +73,15 @@ public:
         return 1;
     }
 
-    /// Makes `parameter` designate `object`, without view, whatever type it was declared with.
-    /// Returns false if it is not of a user type.
+    /// Stores `object` in `parameter`, without view, whatever type was declared. Returns false if
+    /// `parameter` is not of a user type.
     static bool writeObject(FunctionParameter& parameter, void* object);
 
-    /// Writes `index` into `parameter`. Returns false if it is no `int`.
+    /// Stores `index` in `parameter`. Returns false if `parameter` is no `int`.
     static bool writeIndex(FunctionParameter& parameter, int index);
 
     /// Returns the message for a value of kind `actualType` where `expectedTypeName` was expected,
-    /// with the line that the calling script is at; -1 if no script is calling.
+    /// with the current line of the calling script; -1 if no script is calling.
     static tbMemory::String buildTypeMismatchMessage(
         lua_State* state,
         lua_Debug& activation,
@@ -87,12 +89,12 @@ public:
         const tbMemory::StringView& expectedTypeName,
         const tbMemory::StringView& functionName);
 
-    /// Returns the decimal text of `number`.
+    /// Returns `number` as a decimal string.
     static std::string intToDecimal(int number);
 
 private:
-    // Reads a number that is one, or an instance of the expected type. Returns false, and leaves
-    // `parameter` as it is, for all the rest.
+    // Reads a number, or an instance of the expected type. For all other values, returns false and
+    // leaves `parameter` unchanged (docs/decisions/0017-checks-that-a-call-can-skip.md).
     bool _readFrequentKind(FunctionParameter& parameter, int stackIndex) const
     {
         const FUNCTION_PARAMETER_TYPE type = parameter.getType();
@@ -102,26 +104,26 @@ private:
         return isUserType && _readExpectedInstance(parameter, stackIndex);
     }
 
-    // Returns false for what is or may be none.
+    // Returns false for a value that is or may be no number.
     bool _readPlainDouble(FunctionParameter& parameter, int stackIndex) const
     {
         const double number = lua_tonumber(m_state, stackIndex);
         if (number == 0.0)
-            return false; // anything else reads as that
+            return false; // a value that is no number reads as 0
         FunctionParameterAccess::storeDouble(parameter, number);
         return true;
     }
 
-    // Returns false for any other value than a living instance of the one type that is expected,
-    // which lives too.
+    // Returns false unless the value is an instance, not destroyed, of the one expected type, which
+    // still exists.
     bool _readExpectedInstance(FunctionParameter& parameter, int stackIndex) const;
 
     void _read(FunctionParameter& parameter, int stackIndex) const;
 
     int _push(const FunctionParameter& parameter) const;
 
-    // Returns the instance in slot `stackIndex`; without box if there is none that lives and is of
-    // the expected type.
+    // Returns the instance in slot `stackIndex`; without box if there is none of the expected type,
+    // or if its object was destroyed.
     LuaInstance _expectedInstanceAt(const FunctionParameter& parameter, int stackIndex) const;
 
     void _readNumber(FunctionParameter& parameter, int stackIndex) const;
@@ -132,7 +134,7 @@ private:
 
     void _readReference(FunctionParameter& parameter, int stackIndex) const;
 
-    // Lends the value to a view of `parameter`; one that nobody else holds is used again.
+    // Gives `parameter` a view of the value; reuses the old view if nothing else holds it.
     void _lendView(FunctionParameter& parameter, int stackIndex) const;
 
     [[noreturn]] void
@@ -140,11 +142,11 @@ private:
 
     int _pushUserType(const FunctionParameter& parameter) const;
 
-    // Pushes the very script value that `parameter` was read from, if its view still looks at it
-    // and the script owns `object` through it. Returns false, and pushes nothing, if not.
+    // Pushes the very script value that `parameter` was read from, if its view still shows that
+    // value and the instance owns `object`. If not, returns false and pushes nothing.
     bool _pushOriginal(const FunctionParameter& parameter, const void* object) const;
 
-    // Logs once that nobody declared the type of a value that was pushed.
+    // Logs once that the type of a pushed value is not declared.
     void _reportUnknownType(const tbMemory::StringView& typeName) const;
 
     LuaCallbackScope& m_scope;

@@ -99,8 +99,8 @@ inline LuaInstance instanceAt(const LuaStateSlot& slot, lua_State* state, int in
     return instance;
 }
 
-/// Stack: +1, a new box for `object`. Returns false if `typeName` names no user type; the box is
-/// then one without metatable.
+/// Stack: +1, a new box for `object`. Returns false if `typeName` names no user type; the box then
+/// has no metatable.
 bool pushInstance(
     const LuaStateSlot& slot,
     lua_State* state,

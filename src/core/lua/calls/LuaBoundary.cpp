@@ -10,10 +10,10 @@ namespace tbScripts::lua
 namespace
 {
 
-// What the interpreter says of an exception that carries no text.
+// The interpreter's message for an exception without message.
 constexpr const char* TEXT_OF_UNKNOWN_EXCEPTION = "C++ exception";
 
-// Fills `carried` from an exception of the work; only such as carry a text are caught here, all
+// Fills `carried` from an exception of the work; this catches only exceptions with a message; all
 // others belong to the interpreter.
 void runCarriedWork(ProtectedWork& carried, lua_State* state)
 {
@@ -45,9 +45,9 @@ int runProtectedWork(lua_State* state)
 
 bool callProtected(const LuaStateSlot& slot, lua_State* state, int arguments, ProtectedWork& work)
 {
-    // Nothing in these lines makes an object, and the stack has room: the interpreter keeps some
-    // for each C function, and every operation leaves it as it was. So nothing raises before the
-    // call protects.
+    // Nothing in these lines allocates, and the stack has room: the interpreter guarantees some for
+    // each C function, and every operation restores the stack. So nothing raises before the
+    // protected call begins.
     slot.pushTrampoline(state);
     lua_insert(state, -1 - arguments);
     lua_pushlightuserdata(state, &work);
@@ -56,7 +56,7 @@ bool callProtected(const LuaStateSlot& slot, lua_State* state, int arguments, Pr
 
 bool describeCurrentException(std::string& text)
 {
-    // Null for an exception that is not of this runtime: one of the interpreter's.
+    // Null for an exception of another runtime, which is the interpreter's.
     const std::exception_ptr current = std::current_exception();
     if (!current)
         return false;
@@ -84,7 +84,8 @@ bool describeCurrentException(std::string& text)
 
 void takeErrorText(lua_State* state, std::string& text)
 {
-    constexpr const char* TEXT_WITHOUT_MEMORY = "std::bad_alloc"; // short: takes none either
+    constexpr const char* TEXT_WITHOUT_MEMORY =
+        "std::bad_alloc"; // so short that it needs no memory either
     if (!contain([&] { text = errorTextAt(state, -1); }, [] {}))
         text = TEXT_WITHOUT_MEMORY;
 }

@@ -48,7 +48,7 @@ bool LuaHostCall::_isStackLeft()
     thread_local const std::uintptr_t end = port::findEndOfStack();
     const char here = 0;
     const auto place = reinterpret_cast<std::uintptr_t>(&here);
-    // Below the end it is another stack, which the host has made by itself.
+    // Below the end it is another stack, which the host has created.
     return place < end || place - end > RESERVE;
 }
 
@@ -67,7 +67,7 @@ void LuaHostCall::_reportFailure(const std::string& errorText)
 
 void LuaHostCall::logFailure(const std::string& errorText)
 {
-    // Contained: destructors log too, and the first message of all makes the manager.
+    // Contained, because destructors log too, and the first message creates the manager.
     contain([&] { LogManager::getInstance()->log(errorText, LOG_SOURCE_LUA_ENVIRONMENT); }, [] {});
 }
 

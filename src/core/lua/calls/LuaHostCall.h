@@ -13,27 +13,28 @@ bool isOutOfMemory(const std::string& errorText);
 
 /// One call of the host into an interpreter, from its beginning to its end.
 ///
-/// Made first in every operation that touches a state, so that it ends last: its end runs what had
-/// to wait for the outermost call, which may destroy the very object that the operation belongs to.
+/// Every operation that touches a state creates it first, so that it is destroyed last: the
+/// destructor of the outermost call runs the deferred actions, which may destroy the object that
+/// the operation belongs to.
 class LuaHostCall
 {
 public:
     /// Calls nest this deep at most, so that scripts and host functions that call each other
-    /// without end meet an error before the end of the C stack.
+    /// without end get an error before the C stack overflows.
     static constexpr unsigned MAX_DEPTH = 200;
 
-    /// So deep they nest without a look at how much of the stack is left, less than that on threads
-    /// with a small one.
+    /// Calls nest this deep without a check of the remaining stack; deeper ones are checked,
+    /// because threads may have a small stack.
     static constexpr unsigned SHALLOW_DEPTH = 20;
 
     enum class ENTRY
     {
-        HOST,  // on behalf of the host: refused during teardown and too deep
-        UPKEEP // releases something: always let in while the state is open
+        HOST,  // on behalf of the host: refused during teardown and if calls nest too deep
+        UPKEEP // releases something: always admitted while the state is open
     };
 
-    /// Returns how a full collection enters: outside of any call the teardown needs it; inside,
-    /// finalisers that ask for collections without end have to meet the limit of depth.
+    /// Returns how a full collection enters. Outside of any call the teardown needs it; inside, the
+    /// limit of depth has to stop finalisers that request collections without end.
     static ENTRY entryOfCollection(const LuaStateHandle& handle)
     {
         const LuaStateSlot* const slot = handle.getSlot();
@@ -62,19 +63,19 @@ public:
             m_slot->leaveHostCall();
     }
 
-    /// Returns the thread to work on, null if the call was refused.
+    /// Returns the coroutine to work on, null if the call was refused.
     lua_State* getState() const { return m_state; }
 
-    /// Returns whether the call may do something; else `errorText` says why not, and is empty if
-    /// there is no state to work on. From here on stack indices may change their meaning: what the
-    /// host looks at on the stack is kept elsewhere.
+    /// Returns whether the call is admitted; if not, `errorText` says why, and is empty if there is
+    /// no state. Stack indices may change their meaning from here on, so this anchors the values of
+    /// the host's views.
     bool admit(std::string& errorText)
     {
-        // The common case asks for nothing: no refusal, and no host function that was lent views.
+        // The common case: no refusal, and no views to anchor.
         return (m_state && !m_slot->getInnermostCallback()) || _admitOrExplain(errorText);
     }
 
-    /// Returns whether there is no state to work on: it is closed, or going.
+    /// Returns whether there is no state to work on: it is closed or closing.
     bool isRefused() const { return !m_slot; }
 
     /// Collects all garbage after the interpreter has run out of memory. What took the memory is
@@ -85,8 +86,8 @@ public:
     /// Logs what a contained work has failed with (tag "LuaEnvironment"). Throws nothing.
     static void logFailure(const std::string& errorText);
 
-    /// Runs `work(state)`, contained. Returns whether it came to its end; else `errorText` says
-    /// why, and is empty if there is no state to work on.
+    /// Runs `work(state)`, contained. Returns whether it completed; if not, `errorText` says why,
+    /// and is empty if there is no state.
     template <STACK_AFTER_WORK stackAfter = STACK_AFTER_WORK::ANYTHING, typename Work>
     bool run(Work&& work, std::string& errorText)
     {

@@ -15,7 +15,7 @@ namespace tbScripts::lua
 inline int takeRegistrySlot(LuaStateSlot& slot, lua_State* state)
 {
     LuaSpareKeys& spare = slot.m_spareKeys;
-    // A nil would make the slot look free for `luaL_ref`, which has a key of its own for them.
+    // A slot with nil would look free to `luaL_ref`, which has a special key for nil.
     if (spare.count == 0 || lua_isnil(state, -1))
         return luaL_ref(state, LUA_REGISTRYINDEX);
     const int key = spare.keys[spare.count - 1];
@@ -24,7 +24,7 @@ inline int takeRegistrySlot(LuaStateSlot& slot, lua_State* state)
     return key;
 }
 
-/// Frees registry slot `key`. Keys that are none (0, `LUA_NOREF`, `LUA_REFNIL`) are ignored.
+/// Frees registry slot `key`. Ignores 0, `LUA_NOREF` and `LUA_REFNIL`, which are no slots.
 ///
 /// May raise: the stack may be full.
 inline void giveRegistrySlotBack(LuaStateSlot& slot, lua_State* state, int key)
@@ -42,11 +42,11 @@ inline void giveRegistrySlotBack(LuaStateSlot& slot, lua_State* state, int key)
     spare.keys[spare.count++] = key;
 }
 
-/// Frees registry slot `key`, unless the state is closed. Slots that were never taken are ignored.
-/// Returns false if that raised, and why in `errorText`.
+/// Frees registry slot `key`, unless the state is closed. Ignores keys of no slot. Returns false if
+/// the interpreter raised an error, which `errorText` describes.
 bool freeRegistrySlot(LuaStateSlot& slot, int key, std::string& errorText);
 
-/// The same; if it raises, the slot is lost.
+/// The same; after an error the slot is lost.
 void freeRegistrySlot(LuaStateSlot& slot, int key);
 
 } // namespace tbScripts::lua
