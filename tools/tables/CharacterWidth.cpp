@@ -49,7 +49,7 @@ class Utf8Locale
 {
 public:
     Utf8Locale()
-        : m_before(::uselocale(known()))
+        : m_before(::uselocale(_known()))
     {
     }
 
@@ -60,7 +60,7 @@ public:
 
 private:
     // Null, which changes nothing, where the system has no such locale. Never released.
-    static locale_t known()
+    static locale_t _known()
     {
         static const locale_t locale = ::newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
         return locale;
