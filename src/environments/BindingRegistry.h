@@ -47,9 +47,12 @@ public:
         std::unique_ptr<T> created,
         std::vector<std::unique_ptr<T>>& owners)
     {
-        T* const declared = created.get();
+        T* declared = nullptr;
         if (created)
+        {
             owners.push_back(std::move(created));
+            declared = owners.back().get();
+        }
         m_byName[keyOf(name)] = declared;
         return declared;
     }
