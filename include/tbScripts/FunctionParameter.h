@@ -83,11 +83,12 @@ public:
     /// Creates a value of a user type from `object`, which may be null.
     ///
     /// `typeName` is the type's full name; an empty name creates a value without methods. So does a
-    /// name that is not declared, which is logged once (tag "LuaFunction").
-    /// Ownership: `scriptOwned` transfers the object to the script that receives the value;
-    /// otherwise the host keeps it. The parameter itself never destroys the object. If a parameter
-    /// and its copies arrive in scripts more than once, only the first script value that they
-    /// create owns the object. Copying such a parameter allocates a few bytes; moving does not.
+    /// name that is not declared, which is logged (tag "LuaFunction"): once for each of the first
+    /// 64 such names of an interpreter. Ownership: `scriptOwned` transfers the object to the script
+    /// that receives the value; otherwise the host keeps it. The parameter itself never destroys
+    /// the object. If a parameter and its copies arrive in scripts more than once, only the first
+    /// script value that they create owns the object. Copying such a parameter allocates a few
+    /// bytes; moving does not.
     ///
     /// @code
     /// auto* const made = new Point{arguments[0].getDouble(), arguments[1].getDouble()};

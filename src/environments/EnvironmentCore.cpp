@@ -50,6 +50,7 @@ EnvironmentCore::EnvironmentCore()
     , m_bindings(std::make_shared<EnvironmentBindings>())
     , m_strategy(std::make_shared<DummyEnvironmentStrategy>(m_name))
 {
+    m_strategy->addUser();
     m_strategy->addResult(m_result);
 }
 
@@ -74,16 +75,21 @@ void EnvironmentCore::assign(const EnvironmentCore& other)
 {
     EnvironmentCore source(other); // finalisers that run below may change `other`
     if (m_bindings == source.m_bindings && m_strategy == source.m_strategy)
+    {
         m_strategy->removeResult(m_result);
+        m_strategy->removeUser();
+    }
     else
+    {
         _giveUp();
+    }
     if (m_hasEnded)
         return; // a finaliser has destroyed this environment
     // From here on shares are only moved, which needs no memory: this core has none left.
     std::swap(*m_name, *source.m_name);
     m_registries.swap(source.m_registries);
     m_bindings = std::move(source.m_bindings);
-    m_strategy = source.m_strategy;
+    m_strategy = source.m_strategy; // which counts this core in place of `source` from here on
     m_strategy->removeResult(source.m_result); // its place is free for the next result result
     m_strategy->addResult(m_result);
 }
@@ -135,7 +141,9 @@ void EnvironmentCore::switchInterpreter(INTERPRETER interpreter)
 void EnvironmentCore::_startStrategy(std::shared_ptr<EnvironmentStrategy> strategy)
 {
     m_strategy->removeResult(m_result);
+    m_strategy->removeUser();
     m_strategy = std::move(strategy);
+    m_strategy->addUser();
     m_strategy->addResult(m_result);
 }
 
@@ -156,6 +164,7 @@ void EnvironmentCore::_giveUpOnce()
     const std::shared_ptr<EnvironmentStrategy> strategy = m_strategy;
     if (!strategy->isRunning())
     {
+        strategy->removeUser();
         releaseShares(*strategy, std::move(bindings));
         return;
     }
@@ -164,6 +173,7 @@ void EnvironmentCore::_giveUpOnce()
         strategy->defer(
             [held = strategy, bindings]() mutable
             {
+                held->removeUser();
                 releaseShares(*held, std::move(bindings));
                 held.reset();
             });

@@ -48,8 +48,10 @@ T* EnvironmentCore::_create(const tbMemory::StringView& name)
         return nullptr;
     if (T* const existing = _registry<T>().find(name))
     {
+        // By the back-end of this moment: a metamethod may have assigned to the environment.
+        const std::shared_ptr<EnvironmentStrategy> present = m_strategy;
         if (created)
-            strategy->resolveDuplicate(std::move(created), *existing);
+            present->resolveDuplicate(std::move(created), *existing);
         return _registry<T>().find(name);
     }
     return _registry<T>().add(name, std::move(created), BindingKind<T>::ownersIn(*m_bindings));

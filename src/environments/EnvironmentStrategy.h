@@ -72,10 +72,18 @@ public:
     void addResult(ExecutionResult& result);
     void removeResult(ExecutionResult& result);
 
-    /// Returns whether an environment has this back-end, and whether several have it.
-    bool isServing() const { return !m_shownIn.empty(); }
+    ///@{
+    /// Count the environments that have this back-end. One that is destroyed while the interpreter
+    /// runs counts until its deferred release.
+    void addUser() { ++m_users; }
 
-    bool isShared() const { return m_shownIn.size() > 1; }
+    void removeUser() { --m_users; }
+
+    bool isServing() const { return m_users > 0; }
+
+    bool isShared() const { return m_users > 1; }
+
+    ///@}
 
 protected:
     tbMemory::StringView getEnvironmentName() const;
@@ -98,6 +106,7 @@ private:
     Name m_environmentName;
     std::size_t m_serializationLimit = USUAL_SERIALIZATION_LIMIT;
     ExecutionResult m_lastResult;
+    std::uint32_t m_users = 0;
     std::vector<ExecutionResult*> m_shownIn; // not owned; one for each environment
 };
 

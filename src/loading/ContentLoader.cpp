@@ -19,7 +19,6 @@
 #include <memory>
 #include <string>
 #include <string_view>
-#include <system_error>
 #include <utility>
 
 namespace tbScripts
@@ -30,12 +29,10 @@ namespace
 
 constexpr const char* MEMBER_NAME = "name";
 
-port::FileContent readIfNamed(const tbMemory::String& path)
+// The system would end a path at its first NUL, and read another file.
+bool holdsNul(const tbMemory::String& path)
 {
-    const std::string_view name = path;
-    if (name.find('\0') != std::string_view::npos) // the system would read another file
-        return {port::READING::FAILED, {}, std::make_error_code(std::errc::invalid_argument)};
-    return port::readFile(std::string(name));
+    return std::string_view(path).find('\0') != std::string_view::npos;
 }
 
 tbMemory::StringView textOf(const tbMemory::Buffer& bytes)
@@ -99,13 +96,16 @@ tbExport::ExporterLoadResult ContentLoader::inputData(const tbMemory::StringView
 {
     const auto& resources = tbResources::ResourceManager::getInstanceRef();
     const tbMemory::String resolved = resources.getAbsoluteFromWorkingDir(path);
-    const tbMemory::Buffer bytes = resources.loadFileIntoMemory(resolved);
-    if (!bytes.empty())
-        return inputDataSources(textOf(bytes));
-    // Empty or missing: that comes from the same look at the file as the bytes that it has by now.
-    const port::FileContent file = readIfNamed(resolved);
-    if (file.reading == port::READING::DONE)
-        return inputDataSources(tbMemory::StringView(file.bytes.data(), file.bytes.size()));
+    if (!holdsNul(resolved))
+    {
+        const tbMemory::Buffer bytes = resources.loadFileIntoMemory(resolved);
+        if (!bytes.empty())
+            return inputDataSources(textOf(bytes));
+        // Empty or missing: that comes from the same look at the file as the bytes it has by now.
+        const port::FileContent file = port::readFile(std::string(std::string_view(resolved)));
+        if (file.reading == port::READING::DONE)
+            return inputDataSources(tbMemory::StringView(file.bytes.data(), file.bytes.size()));
+    }
     LogManager::getInstance()->log(
         messages::declarationFileMissing(resolved), LOG_SOURCE_INPUT_DATA);
     return {};

@@ -4,6 +4,9 @@
 #include "support/EnvironmentFixture.h"
 #include "support/Execution.h"
 
+#include <string>
+#include <vector>
+
 namespace tbScripts::test
 {
 
@@ -139,6 +142,27 @@ TEST_F(EnvironmentCopyTest, MayEndInsideARunOfItsSource)
 
     EXPECT_EQ(environment().getVar("answer", 0), 42);
     run("assert(type(endCopy) == 'function')");
+}
+
+// Both wait for the end of the run. The first of them must not close the interpreter for the
+// second, which removes the functions before anything is collected.
+TEST_F(EnvironmentCopyTest, BothMayEndInsideOneRunAndAreTornDownInOrder)
+{
+    std::vector<std::string> notes;
+    declareAction("note", [&notes] { notes.emplace_back("called"); });
+    declareAction(
+        "endBoth",
+        [this]
+        {
+            destroyEnvironment();
+            m_copy.reset();
+        });
+
+    run("local kept = note"
+        " keeper = newproxy(true) getmetatable(keeper).__gc = function() pcall(kept) end"
+        " kept() endBoth()");
+
+    EXPECT_THAT(notes, ::testing::SizeIs(1)); // not by the finaliser: the function is gone by then
 }
 
 TEST_F(EnvironmentCopyTest, SelfAssignmentChangesNothing)

@@ -260,8 +260,7 @@ TEST_F(EnvironmentTeardownOrderTest, SharesOfACopyGoWithoutAStep)
 {
     const std::shared_ptr<EnvironmentStrategy> strategy = m_strategy;
     const std::shared_ptr<EnvironmentBindings> bindings = m_bindings;
-    ExecutionResult resultOfCopy;
-    strategy->addResult(resultOfCopy);
+    strategy->addUser(); // the copy
 
     release();
 

@@ -57,7 +57,7 @@ void LuaEnvironmentStrategy::_readNumber(const tbMemory::StringView& name, TakeN
         name,
         [&](lua_State* state)
         {
-            // NaN reads as 0, so only a 0 needs a second look.
+            // Values that are not numbers read as 0, so only a 0 needs a second look.
             const double number = lua_tonumber(state, -1);
             if (number != 0.0 || lua_isnumber(state, -1))
                 takeNumber(number);
