@@ -158,7 +158,7 @@ TEST_F(EnvironmentCopyTest, BothMayEndInsideOneRunAndAreTornDownInOrder)
             m_copy.reset();
         });
 
-    run("local kept = note"
+    run("local kept, pcall = note, pcall"
         " keeper = newproxy(true) getmetatable(keeper).__gc = function() pcall(kept) end"
         " kept() endBoth()");
 
