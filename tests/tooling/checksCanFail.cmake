@@ -107,7 +107,12 @@ file(WRITE ${tree}/src/core/FunctionParameter.cpp "int nothing = 0;\n")
 file(WRITE ${tree}/src/bindings/lua/values/LuaCallBridge.cpp
     "#include \"tbScripts/FunctionParameterType.h\"\n"
     "int f(tbScripts::FUNCTION_PARAMETER_TYPE type)\n"
-    "{\n    switch (type)\n    {\n    default:\n        return 0;\n    }\n}\n")
+    "{\n    using namespace tbScripts;\n    switch (type)\n    {\n"
+    "    case PARAM_TYPE_VOID:\n    case PARAM_TYPE_BOOL:\n    case PARAM_TYPE_INT:\n"
+    "    case PARAM_TYPE_FLOAT:\n    case PARAM_TYPE_DOUBLE:\n    case PARAM_TYPE_STRING:\n"
+    "    case PARAM_TYPE_USER_TYPE_OWNED:\n    case PARAM_TYPE_USER_TYPE:\n"
+    "    case PARAM_TYPE_SCRIPT_FUNCTION:\n    case PARAM_TYPE_SCRIPT_OBJECT:\n"
+    "    default:\n        return 0;\n    }\n}\n")
 set(newKind -D root=${tree} -D compiler=${compiler} -D scratch=${scratch}/newKind)
 expect_failure(checkNewKind "_memberOf only 0 have to name it" ${newKind} -D options=-Wswitch-enum)
 expect_failure(checkNewKind "_push only 1 have to name it" ${newKind} -D options=-Wswitch-enum)
