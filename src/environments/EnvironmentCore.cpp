@@ -90,7 +90,7 @@ void EnvironmentCore::assign(const EnvironmentCore& other)
     m_registries.swap(source.m_registries);
     m_bindings = std::move(source.m_bindings);
     m_strategy = source.m_strategy; // which counts this core in place of `source` from here on
-    m_strategy->removeResult(source.m_result); // its place is free for the next result result
+    m_strategy->removeResult(source.m_result); // its place is free for the next result
     m_strategy->addResult(m_result);
 }
 
