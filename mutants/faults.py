@@ -153,18 +153,19 @@ def choose(faults, count, seed):
 
 def read_listed(path, texts):
     """Returns the faults of a list: blocks of `before` and `after`, each a whole line without its
-    indentation, found anywhere in the sources. `texts` maps names of files to what is in them."""
+    indentation, found anywhere in the sources, or in `file` if the block names one. `texts` maps names of
+    files to what is in them."""
     listed = []
     missing = []
     blocks = re.split(r"\n\s*\n", re.sub(r"(?m)^#.*\n", "", path.read_text()))
     for block in filter(str.strip, blocks):
-        pair = dict(re.findall(r"(?m)^(before|after):[ ]?(.*)$", block))
+        pair = dict(re.findall(r"(?m)^(file|before|after):[ ]?(.*)$", block))
         before, after = pair["before"].strip(), pair["after"].strip()
         places = [
             (file, number, line)
             for file, text in sorted(texts.items())
             for number, line in enumerate(text.split("\n"), 1)
-            if line.strip() == before
+            if line.strip() == before and pair.get("file", file) == file
         ]
         if not places:
             missing.append(before)
