@@ -314,6 +314,7 @@ set(TOBREL_SCRIPTS_TEST_SUPPORT
     tests/support/LoadingFixture.h
     tests/support/LogFixture.cpp
     tests/support/LogFixture.h
+    tests/support/Matchers.h
     tests/support/NamespaceFixture.cpp
     tests/support/NamespaceFixture.h
     tests/support/NamespaceSteps.cpp
@@ -480,21 +481,8 @@ set(TOBREL_SCRIPTS_PUBLIC_TESTS
     tests/scripts/ScriptMemoryTest.cpp
     tests/scripts/ScriptSourcesTest.cpp
     tests/scripts/ScriptTest.cpp
-    tests/support/CallContextFixtureTest.cpp
-    tests/support/ChildProcessTest.cpp
-    tests/support/ExecutionTest.cpp
-    tests/support/FactsTest.cpp
-    tests/support/FakeScriptObjectsTest.cpp
-    tests/support/FarewellTest.cpp
-    tests/support/GlobalOperationsTest.cpp
-    tests/support/LoadingFixtureTest.cpp
-    tests/support/NamespaceFixtureTest.cpp
-    tests/support/ReactingLoggerTest.cpp
-    tests/support/ScriptValueFixtureTest.cpp
-    tests/support/SmallStackThreadTest.cpp
-    tests/support/SupportTest.cpp
-    tests/support/TeardownFixtureTest.cpp
-    tests/support/UserTypeFixtureTest.cpp)
+    tests/support/FixturesTest.cpp
+    tests/support/HelpersTest.cpp)
 set(TOBREL_SCRIPTS_INTERNAL_TESTS
     tests/bindings/lua/HostFunctionFinaliserTest.cpp
     tests/bindings/lua/LuaCallBridgeMismatchTest.cpp
@@ -540,10 +528,7 @@ set(TOBREL_SCRIPTS_INTERNAL_TESTS
     tests/lifetime/lua/DyingEnvironmentTest.cpp
     tests/lifetime/lua/ViewEndTest.cpp
     tests/scripts/lua/LuaScriptStrategyTest.cpp
-    tests/support/EnvironmentStateFixtureTest.cpp
-    tests/support/InternalSupportTest.cpp
-    tests/support/InterpreterCallsTest.cpp
-    tests/support/LuaFunctionFixtureTest.cpp)
+    tests/support/InternalFixturesTest.cpp)
 set(TOBREL_PLATFORM_TESTS
     tests/platform/BufferTest.cpp
     tests/platform/JsonErrorTest.cpp
@@ -592,4 +577,6 @@ set(TOBREL_TOOL_TESTS
     tests/tools/TableTest.cpp
     tests/tools/ToolFixture.cpp
     tests/tools/ToolFixture.h
+    tests/tools/ToolSteps.cpp
+    tests/tools/ToolSteps.h
     tests/tools/UnpackCommandTest.cpp)

@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <clocale>
-#include <ostream>
 #include <string>
 
 namespace tables::test
@@ -14,6 +13,8 @@ namespace tables::test
 namespace
 {
 
+using tbScripts::test::OnRows;
+
 struct WidthRow
 {
     const char* row;
@@ -21,14 +22,7 @@ struct WidthRow
     std::size_t width;
 };
 
-void PrintTo(const WidthRow& row, std::ostream* stream)
-{
-    *stream << row.row;
-}
-
-class CharacterWidthTest : public ::testing::TestWithParam<WidthRow>
-{
-};
+using CharacterWidthTest = OnRows<::testing::Test, WidthRow>;
 
 TEST_P(CharacterWidthTest, IsThatOfATerminal)
 {
@@ -40,29 +34,26 @@ TEST_P(CharacterWidthTest, IsTheSameWithoutThePlatform)
     EXPECT_EQ(roughWidthOf(GetParam().codePoint), GetParam().width);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Characters,
+ROWS(
     CharacterWidthTest,
-    ::testing::Values(
-        WidthRow{"Nul", 0x0, 0},
-        WidthRow{"Escape", 0x1B, 0},
-        WidthRow{"Blank", ' ', 1},
-        WidthRow{"Latin", 'a', 1},
-        WidthRow{"Delete", 0x7F, 0},
-        WidthRow{"UpperControl", 0x9B, 0},
-        WidthRow{"LatinWithAccent", 0xE9, 1},
-        WidthRow{"CombiningAccent", 0x301, 0},
-        WidthRow{"Cyrillic", 0x416, 1},
-        WidthRow{"ZeroWidthJoiner", 0x200D, 0},
-        WidthRow{"Euro", 0x20AC, 1},
-        WidthRow{"Hiragana", 0x3042, 2},
-        WidthRow{"Han", 0x6F22, 2},
-        WidthRow{"Hangul", 0xD55C, 2},
-        WidthRow{"FullWidthLatin", 0xFF21, 2},
-        WidthRow{"HalfWidthKatakana", 0xFF71, 1},
-        WidthRow{"Picture", 0x1F600, 2},
-        WidthRow{"HanBeyondTheFirstPlane", 0x20000, 2}),
-    tbScripts::test::RowName());
+    {"Nul", 0x0, 0},
+    {"Escape", 0x1B, 0},
+    {"Blank", ' ', 1},
+    {"Latin", 'a', 1},
+    {"Delete", 0x7F, 0},
+    {"UpperControl", 0x9B, 0},
+    {"LatinWithAccent", 0xE9, 1},
+    {"CombiningAccent", 0x301, 0},
+    {"Cyrillic", 0x416, 1},
+    {"ZeroWidthJoiner", 0x200D, 0},
+    {"Euro", 0x20AC, 1},
+    {"Hiragana", 0x3042, 2},
+    {"Han", 0x6F22, 2},
+    {"Hangul", 0xD55C, 2},
+    {"FullWidthLatin", 0xFF21, 2},
+    {"HalfWidthKatakana", 0xFF71, 1},
+    {"Picture", 0x1F600, 2},
+    {"HanBeyondTheFirstPlane", 0x20000, 2});
 
 TEST(StringWidthTest, IsTheSumOfTheCharacters)
 {

@@ -7,6 +7,7 @@ namespace tool::test
 namespace
 {
 
+using tbScripts::test::OnRows;
 using ::testing::HasSubstr;
 using ::testing::MatchesRegex;
 using ::testing::StartsWith;
@@ -60,14 +61,7 @@ struct HelpRow
     const char* example;
 };
 
-void PrintTo(const HelpRow& row, std::ostream* stream)
-{
-    *stream << row.row;
-}
-
-class HelpTest : public ToolFixture, public ::testing::WithParamInterface<HelpRow>
-{
-};
+using HelpTest = OnRows<ToolFixture, HelpRow>;
 
 TEST_P(HelpTest, TeachesUsageExamplesAndExitStatus)
 {
@@ -80,50 +74,40 @@ TEST_P(HelpTest, TeachesUsageExamplesAndExitStatus)
     EXPECT_EQ(outcome.errors, "");
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Commands,
+ROWS(
     HelpTest,
-    ::testing::Values(
-        HelpRow{
-            "Overview",
-            {"--help"},
-            "Runs, checks and packs Lua scripts.\nUsage: tbscripts [OPTIONS] COMMAND\n",
-            "\n  tbscripts check scripts/\n"},
-        HelpRow{
-            "OverviewByLetter",
-            {"-h"},
-            "Runs, checks and packs Lua scripts.\nUsage: tbscripts [OPTIONS] COMMAND\n",
-            "\n  tbscripts check scripts/\n"},
-        HelpRow{
-            "Run",
-            {"run", "--help"},
-            "Runs scripts in one environment, in the order given.\n"
-            "Usage: tbscripts run [OPTIONS] FILE...\n",
-            "\n  tbscripts run hello.lua\n"},
-        HelpRow{
-            "Check",
-            {"check", "--help"},
-            "Compiles scripts and reports each one that fails. Runs nothing.\n"
-            "Usage: tbscripts check [OPTIONS] FILE...\n",
-            "\n  tbscripts check main.lua\n"},
-        HelpRow{
-            "Pack",
-            {"pack", "--help"},
-            "Packs all .lua files below a folder into a project's list.\n"
-            "Usage: tbscripts pack [OPTIONS] DIR\n",
-            "\n  tbscripts pack scripts/ -o game_scripts.tbscripts\n"},
-        HelpRow{
-            "Unpack",
-            {"unpack", "-h"},
-            "Writes the scripts of a document into files: the reverse of pack.\n"
-            "Usage: tbscripts unpack [OPTIONS] FILE\n",
-            "\n  tbscripts unpack game_scripts.tbscripts -o scripts/\n"},
-        HelpRow{
-            "List",
-            {"list", "--help"},
-            "Shows the scripts of a file.\nUsage: tbscripts list [OPTIONS] FILE\n",
-            "\n  tbscripts list --json game_scripts.tbscripts\n"}),
-    tbScripts::test::RowName());
+    {"Overview",
+     {"--help"},
+     "Runs, checks and packs Lua scripts.\nUsage: tbscripts [OPTIONS] COMMAND\n",
+     "\n  tbscripts check scripts/\n"},
+    {"OverviewByLetter",
+     {"-h"},
+     "Runs, checks and packs Lua scripts.\nUsage: tbscripts [OPTIONS] COMMAND\n",
+     "\n  tbscripts check scripts/\n"},
+    {"Run",
+     {"run", "--help"},
+     "Runs scripts in one environment, in the order given.\n"
+     "Usage: tbscripts run [OPTIONS] FILE...\n",
+     "\n  tbscripts run hello.lua\n"},
+    {"Check",
+     {"check", "--help"},
+     "Compiles scripts and reports each one that fails. Runs nothing.\n"
+     "Usage: tbscripts check [OPTIONS] FILE...\n",
+     "\n  tbscripts check main.lua\n"},
+    {"Pack",
+     {"pack", "--help"},
+     "Packs all .lua files below a folder into a project's list.\n"
+     "Usage: tbscripts pack [OPTIONS] DIR\n",
+     "\n  tbscripts pack scripts/ -o game_scripts.tbscripts\n"},
+    {"Unpack",
+     {"unpack", "-h"},
+     "Writes the scripts of a document into files: the reverse of pack.\n"
+     "Usage: tbscripts unpack [OPTIONS] FILE\n",
+     "\n  tbscripts unpack game_scripts.tbscripts -o scripts/\n"},
+    {"List",
+     {"list", "--help"},
+     "Shows the scripts of a file.\nUsage: tbscripts list [OPTIONS] FILE\n",
+     "\n  tbscripts list --json game_scripts.tbscripts\n"});
 
 struct RefusalRow
 {
@@ -132,14 +116,7 @@ struct RefusalRow
     const char* errors;
 };
 
-void PrintTo(const RefusalRow& row, std::ostream* stream)
-{
-    *stream << row.row;
-}
-
-class RefusedCommandLineTest : public ToolFixture, public ::testing::WithParamInterface<RefusalRow>
-{
-};
+using RefusedCommandLineTest = OnRows<ToolFixture, RefusalRow>;
 
 TEST_P(RefusedCommandLineTest, SaysWhatIsWrongAndWhereToLook)
 {
@@ -148,68 +125,47 @@ TEST_P(RefusedCommandLineTest, SaysWhatIsWrongAndWhereToLook)
     EXPECT_EQ(outcome, trouble(GetParam().errors));
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Mistakes,
+ROWS(
     RefusedCommandLineTest,
-    ::testing::Values(
-        RefusalRow{
-            "UnknownCommand",
-            {"start", "a.lua"},
-            "tbscripts: unknown command 'start'\nTry 'tbscripts --help'.\n"},
-        RefusalRow{
-            "UnknownCommandOfControlCharacters",
-            {"\x1b[31m"},
-            "tbscripts: unknown command '\\x1b[31m'\nTry 'tbscripts --help'.\n"},
-        RefusalRow{
-            "EmptyCommand", {""}, "tbscripts: unknown command ''\nTry 'tbscripts --help'.\n"},
-        RefusalRow{
-            "UnknownOption",
-            {"--fast"},
-            "tbscripts: unknown option '--fast'\nTry 'tbscripts --help'.\n"},
-        RefusalRow{
-            "OptionOfTheToolBehindAnUnknownCommand",
-            {"start", "--help"},
-            "tbscripts: unknown command 'start'\nTry 'tbscripts --help'.\n"},
-        RefusalRow{
-            "TwoDashesInPlaceOfACommand",
-            {"--", "run", "a.lua"},
-            "tbscripts: unknown option '--'\nTry 'tbscripts --help'.\n"},
-        RefusalRow{
-            "VersionOfACommand",
-            {"list", "--version"},
-            "tbscripts: list: FILE is required\nTry 'tbscripts list --help'.\n"},
-        RefusalRow{
-            "UnknownOptionOfACommand",
-            {"run", "--fast", "a.lua"},
-            "tbscripts: run: The following argument was not expected: --fast\n"
-            "Try 'tbscripts run --help'.\n"},
-        RefusalRow{
-            "RunWithoutFile",
-            {"run"},
-            "tbscripts: run: FILE is required\nTry 'tbscripts run --help'.\n"},
-        RefusalRow{
-            "RunWithArgumentsOnly",
-            {"run", "--", "a.lua"},
-            "tbscripts: run: FILE is required\nTry 'tbscripts run --help'.\n"},
-        RefusalRow{
-            "CheckWithoutFile",
-            {"check"},
-            "tbscripts: check: FILE is required\nTry 'tbscripts check --help'.\n"},
-        RefusalRow{
-            "PackWithoutOutput",
-            {"pack", "scripts"},
-            "tbscripts: pack: --output is required\nTry 'tbscripts pack --help'.\n"},
-        RefusalRow{
-            "UnpackWithoutValueOfOutput",
-            {"unpack", "a.tbscripts", "-o"},
-            "tbscripts: unpack: --output: 1 required DIR missing\n"
-            "Try 'tbscripts unpack --help'.\n"},
-        RefusalRow{
-            "ListOfTwoFiles",
-            {"list", "a.lua", "b.lua"},
-            "tbscripts: list: The following argument was not expected: b.lua\n"
-            "Try 'tbscripts list --help'.\n"}),
-    tbScripts::test::RowName());
+    {"UnknownCommand",
+     {"start", "a.lua"},
+     "tbscripts: unknown command 'start'\nTry 'tbscripts --help'.\n"},
+    {"UnknownCommandOfControlCharacters",
+     {"\x1b[31m"},
+     "tbscripts: unknown command '\\x1b[31m'\nTry 'tbscripts --help'.\n"},
+    {"EmptyCommand", {""}, "tbscripts: unknown command ''\nTry 'tbscripts --help'.\n"},
+    {"UnknownOption", {"--fast"}, "tbscripts: unknown option '--fast'\nTry 'tbscripts --help'.\n"},
+    {"OptionOfTheToolBehindAnUnknownCommand",
+     {"start", "--help"},
+     "tbscripts: unknown command 'start'\nTry 'tbscripts --help'.\n"},
+    {"TwoDashesInPlaceOfACommand",
+     {"--", "run", "a.lua"},
+     "tbscripts: unknown option '--'\nTry 'tbscripts --help'.\n"},
+    {"VersionOfACommand",
+     {"list", "--version"},
+     "tbscripts: list: FILE is required\nTry 'tbscripts list --help'.\n"},
+    {"UnknownOptionOfACommand",
+     {"run", "--fast", "a.lua"},
+     "tbscripts: run: The following argument was not expected: --fast\n"
+     "Try 'tbscripts run --help'.\n"},
+    {"RunWithoutFile", {"run"}, "tbscripts: run: FILE is required\nTry 'tbscripts run --help'.\n"},
+    {"RunWithArgumentsOnly",
+     {"run", "--", "a.lua"},
+     "tbscripts: run: FILE is required\nTry 'tbscripts run --help'.\n"},
+    {"CheckWithoutFile",
+     {"check"},
+     "tbscripts: check: FILE is required\nTry 'tbscripts check --help'.\n"},
+    {"PackWithoutOutput",
+     {"pack", "scripts"},
+     "tbscripts: pack: --output is required\nTry 'tbscripts pack --help'.\n"},
+    {"UnpackWithoutValueOfOutput",
+     {"unpack", "a.tbscripts", "-o"},
+     "tbscripts: unpack: --output: 1 required DIR missing\n"
+     "Try 'tbscripts unpack --help'.\n"},
+    {"ListOfTwoFiles",
+     {"list", "a.lua", "b.lua"},
+     "tbscripts: list: The following argument was not expected: b.lua\n"
+     "Try 'tbscripts list --help'.\n"});
 
 struct NameRow
 {
@@ -218,14 +174,7 @@ struct NameRow
     const char* errors;
 };
 
-void PrintTo(const NameRow& row, std::ostream* stream)
-{
-    *stream << row.row;
-}
-
-class OddFileNameTest : public ToolFixture, public ::testing::WithParamInterface<NameRow>
-{
-};
+using OddFileNameTest = OnRows<ToolFixture, NameRow>;
 
 TEST_P(OddFileNameTest, IsTakenAsOneName)
 {
@@ -241,22 +190,19 @@ TEST_P(OddFileNameTest, IsTakenAsOneName)
             "0 scripts checked, 1 problem with files\n"));
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Names,
+ROWS(
     OddFileNameTest,
-    ::testing::Values(
-        NameRow{"Brackets", {"[a,b]"}, "./[a,b]"},
-        NameRow{"Braces", {"{}"}, "{}"},
-        NameRow{"Percents", {"%%"}, "%%"},
-        NameRow{"Pluses", {"++"}, "./++"},
-        NameRow{"Command", {"run"}, "run"},
-        NameRow{"Empty", {""}, "''"},
-        NameRow{"Blank", {" "}, " "},
-        NameRow{"OptionBehindTwoDashes", {"--", "-x.lua"}, "-x.lua"},
-        NameRow{"HelpBehindTwoDashes", {"--", "--help"}, "--help"},
-        NameRow{"ControlCharacters", {"a\n\x1b[2J.lua"}, "a\\n\\x1b[2J.lua"},
-        NameRow{"BrokenEncoding", {"\xff.lua"}, "\\xff.lua"}),
-    tbScripts::test::RowName());
+    {"Brackets", {"[a,b]"}, "./[a,b]"},
+    {"Braces", {"{}"}, "{}"},
+    {"Percents", {"%%"}, "%%"},
+    {"Pluses", {"++"}, "./++"},
+    {"Command", {"run"}, "run"},
+    {"Empty", {""}, "''"},
+    {"Blank", {" "}, " "},
+    {"OptionBehindTwoDashes", {"--", "-x.lua"}, "-x.lua"},
+    {"HelpBehindTwoDashes", {"--", "--help"}, "--help"},
+    {"ControlCharacters", {"a\n\x1b[2J.lua"}, "a\\n\\x1b[2J.lua"},
+    {"BrokenEncoding", {"\xff.lua"}, "\\xff.lua"});
 
 } // namespace
 

@@ -1,4 +1,4 @@
-#include "tools/ToolFixture.h"
+#include "tools/ToolSteps.h"
 
 #include <sys/stat.h>
 
@@ -9,144 +9,6 @@ namespace
 {
 
 using ListCommandTest = ToolFixture;
-
-TEST_F(ListCommandTest, ShowsAnAlignedTable)
-{
-    write(
-        "a.tbscripts",
-        R"({"scripts":[
-        {"name":"gate/opening","type":"lua","sources":"x = 1"},
-        {"name":"caf)"
-        "\xc3\xa9"
-        R"(","type":"lua","sources":"\n\nx = = 1000"},
-        {"name":"","type":"lua"},
-        {"name":"other","type":"python","sources":"print 1"}]})");
-
-    const Outcome outcome = run({"list", "a.tbscripts"});
-
-    EXPECT_EQ(
-        outcome,
-        failure(
-            "",
-            "NAME          TYPE     BYTES  COMPILED\n"
-            "gate/opening  lua          5  yes\n"
-            "caf\xc3\xa9          lua         12  no, line 3: unexpected symbol near '='\n"
-            "''            lua          0  yes\n"
-            "other         UNKNOWN      7  no: the type is not \"lua\"\n"));
-}
-
-TEST_F(ListCommandTest, AlignsNamesOfWideAndCombiningCharacters)
-{
-    write(
-        "a.json",
-        R"([{"name":"\u6f22\u5b57","type":"lua","sources":""},
-        {"name":"caf\u0065\u0301","type":"lua","sources":"x = 1"},
-        {"name":"a\u0007","type":"lua","sources":""}])");
-
-    const Outcome outcome = run({"list", "a.json"});
-
-    EXPECT_EQ(
-        outcome,
-        success("NAME   TYPE  BYTES  COMPILED\n"
-                "\xe6\xbc\xa2\xe5\xad\x97   lua       0  yes\n"
-                "cafe\xcc\x81   lua       5  yes\n"
-                "a\\x07  lua       0  yes\n"));
-}
-
-TEST_F(ListCommandTest, ShowsAScriptFile)
-{
-    write("a.lua", "x = 1");
-
-    const Outcome outcome = run({"list", "a.lua"});
-
-    EXPECT_EQ(outcome, success("NAME   TYPE  BYTES  COMPILED\na.lua  lua       5  yes\n"));
-}
-
-TEST_F(ListCommandTest, EscapesNamesInTheTable)
-{
-    write("a.json", R"({"name":"a\u001b[2J\nb","type":"lua","sources":""})");
-
-    const Outcome outcome = run({"list", "a.json"});
-
-    EXPECT_EQ(
-        outcome,
-        success("NAME         TYPE  BYTES  COMPILED\n"
-                "a\\x1b[2J\\nb  lua       0  yes\n"));
-}
-
-TEST_F(ListCommandTest, PrintsJson)
-{
-    write("a.json", R"([{"name":"p","type":"lua","sources":"x"},{"name":"q\u0000"}])");
-
-    const Outcome outcome = run({"list", "--json", "a.json"});
-
-    EXPECT_EQ(outcome, failure("", R"([
-  {
-    "name": "p",
-    "type": "lua",
-    "bytes": 1,
-    "compiled": false,
-    "line": 1,
-    "message": "'=' expected near '<eof>'"
-  },
-  {
-    "name": "q\u0000",
-    "type": "UNKNOWN",
-    "bytes": 0,
-    "compiled": false,
-    "message": "the type is not \"lua\""
-  }
-]
-)"));
-}
-
-TEST_F(ListCommandTest, PrintsJsonThatIsUtf8ThoughMessagesQuoteSources)
-{
-    write("a.lua", "x = '\xff\n");
-
-    const Outcome outcome = run({"list", "--json", "a.lua"});
-
-    EXPECT_EQ(outcome, failure("", R"([
-  {
-    "name": "a.lua",
-    "type": "lua",
-    "bytes": 7,
-    "compiled": false,
-    "line": 1,
-    "message": "unfinished string near ''\\xff'"
-  }
-]
-)"));
-}
-
-TEST_F(ListCommandTest, ShowsTheGoodElementsBesideTheBad)
-{
-    write("a.json", R"([7,{"name":"p","type":"lua","sources":""}])");
-
-    const Outcome outcome = run({"list", "a.json"});
-
-    EXPECT_EQ(
-        outcome,
-        trouble(
-            "tbscripts: a.json: element 1: Script Declaration entry not an object.\n",
-            "NAME  TYPE  BYTES  COMPILED\np     lua       0  yes\n"));
-}
-
-TEST_F(ListCommandTest, ShowsOnlyTheHeadingOfAnEmptyList)
-{
-    write("a.tbscripts", R"({"scripts":[]})");
-
-    const Outcome outcome = run({"list", "a.tbscripts"});
-
-    EXPECT_EQ(outcome, success("NAME  TYPE  BYTES  COMPILED\n"));
-}
-
-TEST_F(ListCommandTest, ReportsAMissingFile)
-{
-    const Outcome outcome = run({"list", "missing.tbscripts"});
-
-    EXPECT_EQ(outcome, trouble("tbscripts: missing.tbscripts: No such file or directory\n"));
-}
 
 TEST_F(ListCommandTest, ReportsAFifoAndAFolder)
 {
@@ -171,14 +33,99 @@ TEST_F(ListCommandTest, ReportsAnEmptyDocument)
     EXPECT_THAT(outcome.errors, ::testing::StartsWith("a.tbscripts:1: "));
 }
 
-TEST_F(ListCommandTest, EndsQuietlyIfItsReaderGoesEarly)
-{
-    write("a.lua", "x = 1");
-
-    const Outcome outcome = runInShell("\"$TOOL\" list a.lua | head -1");
-
-    EXPECT_EQ(outcome, success("NAME   TYPE  BYTES  COMPILED\n"));
-}
+const Facts<ListCommandTest> FACTS(
+    "ListCommandTest",
+    {
+        {"ShowsAnAlignedTable",
+         {file(
+              "a.tbscripts",
+              R"({"scripts":[
+        {"name":"gate/opening","type":"lua","sources":"x = 1"},
+        {"name":"caf)"
+              "\xc3\xa9"
+              R"(","type":"lua","sources":"\n\nx = = 1000"},
+        {"name":"","type":"lua"},
+        {"name":"other","type":"python","sources":"print 1"}]})"),
+          gives(
+              {"list", "a.tbscripts"},
+              failure(
+                  "",
+                  "NAME          TYPE     BYTES  COMPILED\n"
+                  "gate/opening  lua          5  yes\n"
+                  "caf\xc3\xa9          lua         12  no, line 3: unexpected symbol near '='\n"
+                  "''            lua          0  yes\n"
+                  "other         UNKNOWN      7  no: the type is not \"lua\"\n"))}},
+        {"AlignsNamesOfWideAndCombiningCharacters",
+         {file("a.json", R"([{"name":"\u6f22\u5b57","type":"lua","sources":""},
+        {"name":"caf\u0065\u0301","type":"lua","sources":"x = 1"},
+        {"name":"a\u0007","type":"lua","sources":""}])"),
+          gives(
+              {"list", "a.json"},
+              success("NAME   TYPE  BYTES  COMPILED\n"
+                      "\xe6\xbc\xa2\xe5\xad\x97   lua       0  yes\n"
+                      "cafe\xcc\x81   lua       5  yes\n"
+                      "a\\x07  lua       0  yes\n"))}},
+        {"ShowsAScriptFile",
+         {file("a.lua", "x = 1"),
+          gives(
+              {"list", "a.lua"},
+              success("NAME   TYPE  BYTES  COMPILED\na.lua  lua       5  yes\n"))}},
+        {"EscapesNamesInTheTable",
+         {file("a.json", R"({"name":"a\u001b[2J\nb","type":"lua","sources":""})"),
+          gives(
+              {"list", "a.json"},
+              success("NAME         TYPE  BYTES  COMPILED\n"
+                      "a\\x1b[2J\\nb  lua       0  yes\n"))}},
+        {"PrintsJson",
+         {file("a.json", R"([{"name":"p","type":"lua","sources":"x"},{"name":"q\u0000"}])"),
+          gives({"list", "--json", "a.json"}, failure("", R"([
+  {
+    "name": "p",
+    "type": "lua",
+    "bytes": 1,
+    "compiled": false,
+    "line": 1,
+    "message": "'=' expected near '<eof>'"
+  },
+  {
+    "name": "q\u0000",
+    "type": "UNKNOWN",
+    "bytes": 0,
+    "compiled": false,
+    "message": "the type is not \"lua\""
+  }
+]
+)"))}},
+        {"PrintsJsonThatIsUtf8ThoughMessagesQuoteSources",
+         {file("a.lua", "x = '\xff\n"), gives({"list", "--json", "a.lua"}, failure("", R"([
+  {
+    "name": "a.lua",
+    "type": "lua",
+    "bytes": 7,
+    "compiled": false,
+    "line": 1,
+    "message": "unfinished string near ''\\xff'"
+  }
+]
+)"))}},
+        {"ShowsTheGoodElementsBesideTheBad",
+         {file("a.json", R"([7,{"name":"p","type":"lua","sources":""}])"),
+          gives(
+              {"list", "a.json"},
+              trouble(
+                  "tbscripts: a.json: element 1: Script Declaration entry not an object.\n",
+                  "NAME  TYPE  BYTES  COMPILED\np     lua       0  yes\n"))}},
+        {"ShowsOnlyTheHeadingOfAnEmptyList",
+         {file("a.tbscripts", R"({"scripts":[]})"),
+          gives({"list", "a.tbscripts"}, success("NAME  TYPE  BYTES  COMPILED\n"))}},
+        {"ReportsAMissingFile",
+         {gives(
+             {"list", "missing.tbscripts"},
+             trouble("tbscripts: missing.tbscripts: No such file or directory\n"))}},
+        {"EndsQuietlyIfItsReaderGoesEarly",
+         {file("a.lua", "x = 1"),
+          shellGives("\"$TOOL\" list a.lua | head -1", success("NAME   TYPE  BYTES  COMPILED\n"))}},
+    });
 
 } // namespace
 

@@ -1,11 +1,10 @@
-#include "tools/ToolFixture.h"
+#include "tools/ToolSteps.h"
 
 #include <tbMemory/String.h>
 #include <tbScripts/ProjectLoader.h>
 #include <tbScripts/Script.h>
 #include <tbScripts/ScriptManager.h>
 
-#include <filesystem>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -14,8 +13,6 @@ namespace tool::test
 
 namespace
 {
-
-using ::testing::ElementsAre;
 
 using PackCommandTest = ToolFixture;
 
@@ -26,38 +23,6 @@ std::string everyByte()
     for (int byte = 0; byte < 256; ++byte)
         bytes += static_cast<char>(byte);
     return bytes + "\xef\xbb\xbf\xed\xa0\x80";
-}
-
-TEST_F(PackCommandTest, WritesAProjectsScriptListSortedByName)
-{
-    write("s/b.lua", "x = 1\n");
-    write("s/a/c.lua", "");
-    write("s/a.lua", "not lua at all");
-    write("s/other.txt", "");
-
-    const Outcome outcome = run({"pack", "s", "-o", "out.tbscripts"});
-
-    EXPECT_EQ(outcome, success("out.tbscripts: 3 scripts packed\n"));
-    EXPECT_EQ(read("out.tbscripts"), R"({
-  "scripts": [
-    {
-      "name": "a.lua",
-      "type": "lua",
-      "sources": "not lua at all"
-    },
-    {
-      "name": "a/c.lua",
-      "type": "lua",
-      "sources": ""
-    },
-    {
-      "name": "b.lua",
-      "type": "lua",
-      "sources": "x = 1\n"
-    }
-  ]
-}
-)");
 }
 
 TEST_F(PackCommandTest, ListLoadsAsAProject)
@@ -117,87 +82,6 @@ TEST_F(PackCommandTest, TakesAbsolutePaths)
         success("NAME   TYPE  BYTES  COMPILED\na.lua  lua       5  yes\n"));
 }
 
-TEST_F(PackCommandTest, EmptyFolderGivesAnEmptyList)
-{
-    std::filesystem::create_directory(pathOf("s"));
-
-    const Outcome outcome = run({"pack", "s", "-o", "out.tbscripts"});
-
-    EXPECT_EQ(outcome, success("out.tbscripts: 0 scripts packed\n"));
-    EXPECT_EQ(run({"list", "out.tbscripts"}), success("NAME  TYPE  BYTES  COMPILED\n"));
-}
-
-TEST_F(PackCommandTest, ReplacesAListAndLeavesNothingBesideIt)
-{
-    write("s/a.lua", "");
-    write("out.tbscripts", "old");
-
-    const Outcome outcome = run({"pack", "s", "-o", "out.tbscripts"});
-
-    EXPECT_EQ(outcome, success("out.tbscripts: 1 script packed\n"));
-    EXPECT_THAT(everything(), ElementsAre("out.tbscripts", "s", "s/a.lua"));
-}
-
-TEST_F(PackCommandTest, WritesNothingIfOneFileCannotBeRead)
-{
-    write("s/a.lua", "");
-    ::mkfifo(pathOf("s/b.lua").c_str(), 0600);
-    std::filesystem::create_symlink("nowhere", pathOf("s/c.lua"));
-    write("out.tbscripts", "old");
-
-    const Outcome outcome = run({"pack", "s", "-o", "out.tbscripts"});
-
-    EXPECT_EQ(
-        outcome,
-        trouble("tbscripts: s/b.lua: is not a regular file\n"
-                "tbscripts: s/c.lua: No such file or directory\n"));
-    EXPECT_EQ(read("out.tbscripts"), "old");
-}
-
-TEST_F(PackCommandTest, RefusesWhatIsNoFolder)
-{
-    write("a.lua", "");
-
-    const Outcome file = run({"pack", "a.lua", "-o", "out.tbscripts"});
-    const Outcome missing = run({"pack", "missing", "-o", "out.tbscripts"});
-
-    EXPECT_EQ(file, trouble("tbscripts: a.lua: is not a folder\n"));
-    EXPECT_EQ(missing, trouble("tbscripts: missing: No such file or directory\n"));
-    EXPECT_FALSE(exists("out.tbscripts"));
-}
-
-TEST_F(PackCommandTest, RefusesAnOutputThatWouldBeTakenForAScript)
-{
-    write("s/a.lua", "x = 1");
-
-    const Outcome outcome = run({"pack", "s", "-o", "s/a.lua"});
-
-    EXPECT_EQ(outcome, trouble("tbscripts: s/a.lua: the name of a list ends with .tbscripts\n"));
-    EXPECT_EQ(read("s/a.lua"), "x = 1");
-}
-
-TEST_F(PackCommandTest, RefusesAnOutputThatCannotBeReadBack)
-{
-    write("s/a.lua", "");
-    ::mkfifo(pathOf("fifo.tbscripts").c_str(), 0600);
-    std::filesystem::create_directory(pathOf("folder.tbscripts"));
-
-    const Outcome fifo = run({"pack", "s", "-o", "fifo.tbscripts"});
-    const Outcome folder = run({"pack", "s", "-o", "folder.tbscripts"});
-
-    EXPECT_EQ(fifo, trouble("tbscripts: fifo.tbscripts: is not a regular file\n"));
-    EXPECT_EQ(folder, trouble("tbscripts: folder.tbscripts: is a folder, not a file\n"));
-}
-
-TEST_F(PackCommandTest, ReportsAFolderThatIsMissingForTheOutput)
-{
-    write("s/a.lua", "");
-
-    const Outcome outcome = run({"pack", "s", "-o", "missing/out.tbscripts"});
-
-    EXPECT_EQ(outcome, trouble("tbscripts: missing/out.tbscripts: No such file or directory\n"));
-}
-
 TEST_F(PackCommandTest, ReportsAFolderThatTakesNoFiles)
 {
     if (::geteuid() == 0)
@@ -236,6 +120,86 @@ TEST_F(PackCommandTest, NoticesAListThatTheDiskDidNotTake)
         trouble("tbscripts: out.tbscripts: was written, but does not read back the same\n"));
     EXPECT_EQ(read("out.tbscripts"), "old");
 }
+
+const Facts<PackCommandTest> FACTS(
+    "PackCommandTest",
+    {
+        {"WritesAProjectsScriptListSortedByName",
+         {file("s/b.lua", "x = 1\n"),
+          file("s/a/c.lua", ""),
+          file("s/a.lua", "not lua at all"),
+          file("s/other.txt", ""),
+          gives({"pack", "s", "-o", "out.tbscripts"}, success("out.tbscripts: 3 scripts packed\n")),
+          holds("out.tbscripts", R"({
+  "scripts": [
+    {
+      "name": "a.lua",
+      "type": "lua",
+      "sources": "not lua at all"
+    },
+    {
+      "name": "a/c.lua",
+      "type": "lua",
+      "sources": ""
+    },
+    {
+      "name": "b.lua",
+      "type": "lua",
+      "sources": "x = 1\n"
+    }
+  ]
+}
+)")}},
+        {"EmptyFolderGivesAnEmptyList",
+         {folder("s"),
+          gives({"pack", "s", "-o", "out.tbscripts"}, success("out.tbscripts: 0 scripts packed\n")),
+          gives({"list", "out.tbscripts"}, success("NAME  TYPE  BYTES  COMPILED\n"))}},
+        {"ReplacesAListAndLeavesNothingBesideIt",
+         {file("s/a.lua", ""),
+          file("out.tbscripts", "old"),
+          gives({"pack", "s", "-o", "out.tbscripts"}, success("out.tbscripts: 1 script packed\n")),
+          holdsOnly({"out.tbscripts", "s", "s/a.lua"})}},
+        {"WritesNothingIfOneFileCannotBeRead",
+         {file("s/a.lua", ""),
+          fifo("s/b.lua"),
+          link("nowhere", "s/c.lua"),
+          file("out.tbscripts", "old"),
+          gives(
+              {"pack", "s", "-o", "out.tbscripts"},
+              trouble("tbscripts: s/b.lua: is not a regular file\n"
+                      "tbscripts: s/c.lua: No such file or directory\n")),
+          holds("out.tbscripts", "old")}},
+        {"RefusesWhatIsNoFolder",
+         {file("a.lua", ""),
+          gives(
+              {"pack", "a.lua", "-o", "out.tbscripts"},
+              trouble("tbscripts: a.lua: is not a folder\n")),
+          gives(
+              {"pack", "missing", "-o", "out.tbscripts"},
+              trouble("tbscripts: missing: No such file or directory\n")),
+          isMissing("out.tbscripts")}},
+        {"RefusesAnOutputThatWouldBeTakenForAScript",
+         {file("s/a.lua", "x = 1"),
+          gives(
+              {"pack", "s", "-o", "s/a.lua"},
+              trouble("tbscripts: s/a.lua: the name of a list ends with .tbscripts\n")),
+          holds("s/a.lua", "x = 1")}},
+        {"RefusesAnOutputThatCannotBeReadBack",
+         {file("s/a.lua", ""),
+          fifo("fifo.tbscripts"),
+          folder("folder.tbscripts"),
+          gives(
+              {"pack", "s", "-o", "fifo.tbscripts"},
+              trouble("tbscripts: fifo.tbscripts: is not a regular file\n")),
+          gives(
+              {"pack", "s", "-o", "folder.tbscripts"},
+              trouble("tbscripts: folder.tbscripts: is a folder, not a file\n"))}},
+        {"ReportsAFolderThatIsMissingForTheOutput",
+         {file("s/a.lua", ""),
+          gives(
+              {"pack", "s", "-o", "missing/out.tbscripts"},
+              trouble("tbscripts: missing/out.tbscripts: No such file or directory\n"))}},
+    });
 
 } // namespace
 

@@ -12,6 +12,8 @@ namespace tool::test
 namespace
 {
 
+using tbScripts::test::OnRows;
+
 struct LiteralRow
 {
     const char* row;
@@ -19,32 +21,22 @@ struct LiteralRow
     const char* literal;
 };
 
-void PrintTo(const LiteralRow& row, std::ostream* stream)
-{
-    *stream << row.row;
-}
-
-class LiteralTest : public ::testing::TestWithParam<LiteralRow>
-{
-};
+using LiteralTest = OnRows<::testing::Test, LiteralRow>;
 
 TEST_P(LiteralTest, StandsForItsBytes)
 {
     EXPECT_EQ(literalOf(GetParam().bytes), GetParam().literal);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Bytes,
+ROWS(
     LiteralTest,
-    ::testing::Values(
-        LiteralRow{"Empty", "", "\"\""},
-        LiteralRow{"Plain", "a b'c", "\"a b'c\""},
-        LiteralRow{"Quote", "a\"b", "\"a\\034b\""},
-        LiteralRow{"Backslash", "\\n", "\"\\092n\""},
-        LiteralRow{"LineFeedBeforeADigit", "\n1", "\"\\0101\""},
-        LiteralRow{"Nul", std::string("\0", 1), "\"\\000\""},
-        LiteralRow{"UpperByte", "\xff", "\"\\255\""}),
-    tbScripts::test::RowName());
+    {"Empty", "", "\"\""},
+    {"Plain", "a b'c", "\"a b'c\""},
+    {"Quote", "a\"b", "\"a\\034b\""},
+    {"Backslash", "\\n", "\"\\092n\""},
+    {"LineFeedBeforeADigit", "\n1", "\"\\0101\""},
+    {"Nul", std::string("\0", 1), "\"\\000\""},
+    {"UpperByte", "\xff", "\"\\255\""});
 
 TEST(ScriptArgumentsTest, FailWithoutAnInterpreter)
 {

@@ -11,6 +11,7 @@ namespace tool::test
 namespace
 {
 
+using tbScripts::test::OnRows;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
@@ -31,14 +32,7 @@ std::string folders(int count)
     return path;
 }
 
-void PrintTo(const PathRow& row, std::ostream* stream)
-{
-    *stream << row.row;
-}
-
-class ScriptPathTest : public ::testing::TestWithParam<PathRow>
-{
-};
+using ScriptPathTest = OnRows<::testing::Test, PathRow>;
 
 TEST_P(ScriptPathTest, StaysInTheFolderOrIsRefused)
 {
@@ -48,32 +42,29 @@ TEST_P(ScriptPathTest, StaysInTheFolderOrIsRefused)
     EXPECT_EQ(place.trouble, GetParam().trouble);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Names,
+ROWS(
     ScriptPathTest,
-    ::testing::Values(
-        PathRow{"Plain", "a.lua", "a.lua", ""},
-        PathRow{"Nested", "a/b/c.lua", "a/b/c.lua", ""},
-        PathRow{"NoEnding", "a", "a", ""},
-        PathRow{"Dots", "a/.../..b", "a/.../..b", ""},
-        PathRow{"Backslashes", "..\\a", "..\\a", ""},
-        PathRow{"CurrentFolder", "./a/./b", "a/b", ""},
-        PathRow{"DoubleSlash", "a//b", "a/b", ""},
-        PathRow{"Empty", "", "", "the name is empty"},
-        PathRow{"Nul", std::string("a\0b", 3), "", "the name holds a NUL"},
-        PathRow{"Absolute", "/a", "", "the name is an absolute path"},
-        PathRow{"OnlySlash", "/", "", "the name is an absolute path"},
-        PathRow{"Up", "..", "", "the name leads out of the folder"},
-        PathRow{"UpFirst", "../a", "", "the name leads out of the folder"},
-        PathRow{"UpInside", "a/../b", "", "the name leads out of the folder"},
-        PathRow{"UpLast", "a/..", "", "the name leads out of the folder"},
-        PathRow{"TooLong", "a/" + std::string(256, 'b'), "", "the name is too long"},
-        PathRow{"LongestWhole", folders(2047) + "b", folders(2047) + "b", ""},
-        PathRow{"TooLongWhole", folders(2047) + "bc", "", "the name is too long"},
-        PathRow{"OnlyDot", ".", "", "the name is that of a folder"},
-        PathRow{"DotLast", "a/.", "", "the name is that of a folder"},
-        PathRow{"SlashLast", "a/", "", "the name is that of a folder"}),
-    tbScripts::test::RowName());
+    {"Plain", "a.lua", "a.lua", ""},
+    {"Nested", "a/b/c.lua", "a/b/c.lua", ""},
+    {"NoEnding", "a", "a", ""},
+    {"Dots", "a/.../..b", "a/.../..b", ""},
+    {"Backslashes", "..\\a", "..\\a", ""},
+    {"CurrentFolder", "./a/./b", "a/b", ""},
+    {"DoubleSlash", "a//b", "a/b", ""},
+    {"Empty", "", "", "the name is empty"},
+    {"Nul", std::string("a\0b", 3), "", "the name holds a NUL"},
+    {"Absolute", "/a", "", "the name is an absolute path"},
+    {"OnlySlash", "/", "", "the name is an absolute path"},
+    {"Up", "..", "", "the name leads out of the folder"},
+    {"UpFirst", "../a", "", "the name leads out of the folder"},
+    {"UpInside", "a/../b", "", "the name leads out of the folder"},
+    {"UpLast", "a/..", "", "the name leads out of the folder"},
+    {"TooLong", "a/" + std::string(256, 'b'), "", "the name is too long"},
+    {"LongestWhole", folders(2047) + "b", folders(2047) + "b", ""},
+    {"TooLongWhole", folders(2047) + "bc", "", "the name is too long"},
+    {"OnlyDot", ".", "", "the name is that of a folder"},
+    {"DotLast", "a/.", "", "the name is that of a folder"},
+    {"SlashLast", "a/", "", "the name is that of a folder"});
 
 TEST(FoldersOfPathTest, NameEveryFolderOnTheWay)
 {

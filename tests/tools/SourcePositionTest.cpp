@@ -14,6 +14,8 @@ namespace tool::test
 namespace
 {
 
+using tbScripts::test::OnRows;
+
 tbScripts::Script scriptOf(const std::string& sources)
 {
     tbScripts::Script script;
@@ -39,14 +41,7 @@ struct SourceRow
     const char* text;
 };
 
-void PrintTo(const SourceRow& row, std::ostream* stream)
-{
-    *stream << row.row;
-}
-
-class SourcePositionTest : public ::testing::TestWithParam<SourceRow>
-{
-};
+using SourcePositionTest = OnRows<::testing::Test, SourceRow>;
 
 // The interpreter itself is the witness: the message is the one that it gives for this source.
 TEST_P(SourcePositionTest, IsDerivedFromTheSourceThatWasCompiled)
@@ -60,42 +55,30 @@ TEST_P(SourcePositionTest, IsDerivedFromTheSourceThatWasCompiled)
     EXPECT_EQ(failure->text, GetParam().text);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Sources,
+ROWS(
     SourcePositionTest,
-    ::testing::Values(
-        SourceRow{"OneLine", "x = = 1", 1, "unexpected symbol near '='"},
-        SourceRow{"ThirdLine", "x = 1\ny = 2\nz = = 3\n", 3, "unexpected symbol near '='"},
-        SourceRow{"EmptyFirstLine", "\n\nz = = 3", 3, "unexpected symbol near '='"},
-        SourceRow{"CarriageReturns", "x = 1\r\nz = = 3\r\n", 2, "unexpected symbol near '='"},
-        SourceRow{"ByteOrderMark", "\xef\xbb\xbfx = 1\nz = = 3", 2, "unexpected symbol near '='"},
-        SourceRow{"HashLine", "#!/bin/x ]:9: y\nz = = 3", 2, "unexpected symbol near '='"},
-        SourceRow{"PlaceInAText", "x = [[\"]:7:]]\n\nz = = 3", 3, "unexpected symbol near '='"},
-        SourceRow{
-            "PlaceAndMessageInAText",
-            "x = [[\"]:7: bad]]\nz = = 3",
-            2,
-            "unexpected symbol near '='"},
-        SourceRow{
-            "PlaceInAComment", "--\"]:7: no...\"]:8: no\nz = = 3", 2, "unexpected symbol near '='"},
-        SourceRow{"EndsAtNul", std::string("x =\0 1", 6), 1, "unexpected symbol near '<eof>'"},
-        SourceRow{"BeginsWithEqualsSign", "=x]:7: y\nz", 1, "unexpected symbol near '='"},
-        SourceRow{"OnlyEqualsSign", "=", 1, "unexpected symbol near '='"},
-        SourceRow{
-            "LongAfterEqualsSign", "=" + repeat("abcdefg ", 20), 1, "unexpected symbol near '='"},
-        SourceRow{"BeginsWithAtSign", "@x:7: y\nz", 1, "unexpected symbol near '@'"},
-        SourceRow{"ShortAfterAtSign", "@" + repeat("a", 59), 1, "unexpected symbol near '@'"},
-        SourceRow{"LongAfterAtSign", "@" + repeat("a", 60), 1, "unexpected symbol near '@'"},
-        SourceRow{
-            "VeryLongAfterAtSign", "@" + repeat("a:7: b\n", 30), 1, "unexpected symbol near '@'"},
-        SourceRow{"Tab", "x\t= = 1", 1, "unexpected symbol near '='"},
-        SourceRow{"DeleteCharacter", "--\x7f\nx = = 1", 2, "unexpected symbol near '='"},
-        SourceRow{"UpperBytes", "--\xff\xc3\nx = = 1", 2, "unexpected symbol near '='"}),
-    tbScripts::test::RowName());
+    {"OneLine", "x = = 1", 1, "unexpected symbol near '='"},
+    {"ThirdLine", "x = 1\ny = 2\nz = = 3\n", 3, "unexpected symbol near '='"},
+    {"EmptyFirstLine", "\n\nz = = 3", 3, "unexpected symbol near '='"},
+    {"CarriageReturns", "x = 1\r\nz = = 3\r\n", 2, "unexpected symbol near '='"},
+    {"ByteOrderMark", "\xef\xbb\xbfx = 1\nz = = 3", 2, "unexpected symbol near '='"},
+    {"HashLine", "#!/bin/x ]:9: y\nz = = 3", 2, "unexpected symbol near '='"},
+    {"PlaceInAText", "x = [[\"]:7:]]\n\nz = = 3", 3, "unexpected symbol near '='"},
+    {"PlaceAndMessageInAText", "x = [[\"]:7: bad]]\nz = = 3", 2, "unexpected symbol near '='"},
+    {"PlaceInAComment", "--\"]:7: no...\"]:8: no\nz = = 3", 2, "unexpected symbol near '='"},
+    {"EndsAtNul", std::string("x =\0 1", 6), 1, "unexpected symbol near '<eof>'"},
+    {"BeginsWithEqualsSign", "=x]:7: y\nz", 1, "unexpected symbol near '='"},
+    {"OnlyEqualsSign", "=", 1, "unexpected symbol near '='"},
+    {"LongAfterEqualsSign", "=" + repeat("abcdefg ", 20), 1, "unexpected symbol near '='"},
+    {"BeginsWithAtSign", "@x:7: y\nz", 1, "unexpected symbol near '@'"},
+    {"ShortAfterAtSign", "@" + repeat("a", 59), 1, "unexpected symbol near '@'"},
+    {"LongAfterAtSign", "@" + repeat("a", 60), 1, "unexpected symbol near '@'"},
+    {"VeryLongAfterAtSign", "@" + repeat("a:7: b\n", 30), 1, "unexpected symbol near '@'"},
+    {"Tab", "x\t= = 1", 1, "unexpected symbol near '='"},
+    {"DeleteCharacter", "--\x7f\nx = = 1", 2, "unexpected symbol near '='"},
+    {"UpperBytes", "--\xff\xc3\nx = = 1", 2, "unexpected symbol near '='"});
 
-class FirstLineLengthTest : public ::testing::TestWithParam<int>
-{
-};
+using FirstLineLengthTest = ::testing::TestWithParam<int>;
 
 TEST_P(FirstLineLengthTest, DoesNotMatterWithoutASecondLine)
 {
@@ -122,11 +105,7 @@ TEST_P(FirstLineLengthTest, DoesNotMatterWithASecondLine)
     EXPECT_EQ(failure->text, "unexpected symbol near '='");
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    AroundTheLimits,
-    FirstLineLengthTest,
-    ::testing::Range(40, 66),
-    ::testing::PrintToStringParamName());
+VALUES(FirstLineLengthTest, ::testing::Range(40, 66));
 
 TEST(RuntimePositionTest, IsDerivedInTheSameWay)
 {
@@ -151,14 +130,7 @@ struct MessageRow
     const char* message;
 };
 
-void PrintTo(const MessageRow& row, std::ostream* stream)
-{
-    *stream << row.row;
-}
-
-class UnplacedMessageTest : public ::testing::TestWithParam<MessageRow>
-{
-};
+using UnplacedMessageTest = OnRows<::testing::Test, MessageRow>;
 
 TEST_P(UnplacedMessageTest, StaysWhole)
 {
@@ -168,21 +140,18 @@ TEST_P(UnplacedMessageTest, StaysWhole)
     EXPECT_EQ(placed.text, GetParam().message);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Messages,
+ROWS(
     UnplacedMessageTest,
-    ::testing::Values(
-        MessageRow{"Empty", ""},
-        MessageRow{"NoPlace", "boom"},
-        MessageRow{"OtherSource", "[string \"y = 1\"]:3: boom"},
-        MessageRow{"LongerSource", "[string \"x = 1...\"]:3: boom"},
-        MessageRow{"NoLine", "[string \"x = 1\"]: boom"},
-        MessageRow{"NoNumber", "[string \"x = 1\"]:three: boom"},
-        MessageRow{"LineNought", "[string \"x = 1\"]:0: boom"},
-        MessageRow{"NegativeLine", "[string \"x = 1\"]:-3: boom"},
-        MessageRow{"HugeLine", "[string \"x = 1\"]:99999999999: boom"},
-        MessageRow{"NoBlank", "[string \"x = 1\"]:3:boom"}),
-    tbScripts::test::RowName());
+    {"Empty", ""},
+    {"NoPlace", "boom"},
+    {"OtherSource", "[string \"y = 1\"]:3: boom"},
+    {"LongerSource", "[string \"x = 1...\"]:3: boom"},
+    {"NoLine", "[string \"x = 1\"]: boom"},
+    {"NoNumber", "[string \"x = 1\"]:three: boom"},
+    {"LineNought", "[string \"x = 1\"]:0: boom"},
+    {"NegativeLine", "[string \"x = 1\"]:-3: boom"},
+    {"HugeLine", "[string \"x = 1\"]:99999999999: boom"},
+    {"NoBlank", "[string \"x = 1\"]:3:boom"});
 
 } // namespace
 

@@ -28,10 +28,7 @@ void PrintTo(const Outcome& outcome, std::ostream* stream);
 /// afterwards. Paths are relative to it.
 class ToolFixture : public ::testing::Test
 {
-protected:
-    ToolFixture();
-    ~ToolFixture() override;
-
+public:
     /// Runs the tool with these arguments. Neither output is a terminal.
     Outcome run(const std::vector<std::string>& arguments) const;
 
@@ -55,6 +52,10 @@ protected:
     std::vector<std::string> everything() const;
 
     std::string pathOf(const std::string& path) const;
+
+protected:
+    ToolFixture();
+    ~ToolFixture() override;
 
 private:
     std::string m_folder;

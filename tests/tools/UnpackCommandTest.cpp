@@ -1,6 +1,6 @@
 #include "support/RowName.h"
 #include "support/Sanitizers.h"
-#include "tools/ToolFixture.h"
+#include "tools/ToolSteps.h"
 
 #include <filesystem>
 #include <sys/stat.h>
@@ -12,6 +12,7 @@ namespace tool::test
 namespace
 {
 
+using tbScripts::test::OnRows;
 using ::testing::ElementsAre;
 
 using UnpackCommandTest = ToolFixture;
@@ -19,117 +20,6 @@ using UnpackCommandTest = ToolFixture;
 constexpr const char* TWO_SCRIPTS = R"({"scripts":[
     {"name":"a.lua","type":"lua","sources":"one"},
     {"name":"d/e/b.lua","type":"lua","sources":"two"}]})";
-
-TEST_F(UnpackCommandTest, WritesOneFileForEachScript)
-{
-    write("list.tbscripts", TWO_SCRIPTS);
-
-    const Outcome outcome = run({"unpack", "list.tbscripts", "-o", "new/folder"});
-
-    EXPECT_EQ(outcome, success("new/folder: 2 scripts unpacked\n"));
-    EXPECT_EQ(read("new/folder/a.lua"), "one");
-    EXPECT_EQ(read("new/folder/d/e/b.lua"), "two");
-}
-
-TEST_F(UnpackCommandTest, TakesEveryKindOfDocument)
-{
-    write("one.json", R"({"name":"enemy","sources":"one"})");
-    write("two.json", R"([{"name":"friend","type":"lua","sources":"two"}])");
-
-    run({"unpack", "one.json", "-o", "out"});
-    run({"unpack", "two.json", "-o", "out"});
-
-    EXPECT_EQ(read("out/enemy"), "one");
-    EXPECT_EQ(read("out/friend"), "two");
-}
-
-TEST_F(UnpackCommandTest, TakesTheCurrentFolder)
-{
-    write("list.tbscripts", TWO_SCRIPTS);
-
-    const Outcome outcome = run({"unpack", "list.tbscripts", "-o", "."});
-
-    EXPECT_EQ(outcome, success(".: 2 scripts unpacked\n"));
-    EXPECT_EQ(read("d/e/b.lua"), "two");
-}
-
-TEST_F(UnpackCommandTest, RefusesToOverwriteAndWritesNothing)
-{
-    write("list.tbscripts", TWO_SCRIPTS);
-    write("out/d/e/b.lua", "mine");
-
-    const Outcome outcome = run({"unpack", "list.tbscripts", "-o", "out"});
-
-    EXPECT_EQ(
-        outcome,
-        trouble("tbscripts: list.tbscripts: out/d/e/b.lua: exists already; "
-                "--force overwrites it\n"));
-    EXPECT_EQ(read("out/d/e/b.lua"), "mine");
-    EXPECT_FALSE(exists("out/a.lua"));
-}
-
-TEST_F(UnpackCommandTest, OverwritesFilesIfForced)
-{
-    write("list.tbscripts", TWO_SCRIPTS);
-    write("out/a.lua", "mine");
-    write("out/other.lua", "kept");
-
-    const Outcome outcome = run({"unpack", "--force", "list.tbscripts", "-o", "out"});
-
-    EXPECT_EQ(outcome, success("out: 2 scripts unpacked\n"));
-    EXPECT_EQ(read("out/a.lua"), "one");
-    EXPECT_EQ(read("out/other.lua"), "kept");
-}
-
-TEST_F(UnpackCommandTest, DoesNotWriteThroughLinksEvenIfForced)
-{
-    write("list.tbscripts", TWO_SCRIPTS);
-    write("secret/e/keep", "");
-    write("target.lua", "mine");
-    std::filesystem::create_directory(pathOf("out"));
-    std::filesystem::create_directory_symlink("../secret", pathOf("out/d"));
-    std::filesystem::create_symlink("../target.lua", pathOf("out/a.lua"));
-
-    const Outcome outcome = run({"unpack", "-f", "list.tbscripts", "-o", "out"});
-
-    EXPECT_EQ(
-        outcome,
-        trouble("tbscripts: list.tbscripts: out/a.lua: is a link, which may lead out of the "
-                "folder\n"
-                "tbscripts: list.tbscripts: out/d: is a link, which may lead out of the "
-                "folder\n"));
-    EXPECT_EQ(read("target.lua"), "mine");
-    EXPECT_FALSE(exists("secret/e/b.lua"));
-}
-
-TEST_F(UnpackCommandTest, RefusesWhatIsInTheWayEvenIfForced)
-{
-    write("list.tbscripts", TWO_SCRIPTS);
-    write("out/d", "a file");
-    std::filesystem::create_directory(pathOf("out/a.lua"));
-
-    const Outcome outcome = run({"unpack", "-f", "list.tbscripts", "-o", "out"});
-
-    EXPECT_EQ(
-        outcome,
-        trouble("tbscripts: list.tbscripts: out/a.lua: is a folder, not a file\n"
-                "tbscripts: list.tbscripts: out/d: is in the way of a folder\n"));
-}
-
-TEST_F(UnpackCommandTest, ReportsOnceWhatIsInTheWayOfSeveralFiles)
-{
-    write("list.tbscripts", R"([{"name":"d/e/a","sources":""},{"name":"d/b","sources":""}])");
-    write("secret/b", "mine");
-    std::filesystem::create_directory(pathOf("out"));
-    std::filesystem::create_directory_symlink("../secret", pathOf("out/d"));
-
-    const Outcome outcome = run({"unpack", "list.tbscripts", "-o", "out"});
-
-    EXPECT_EQ(
-        outcome,
-        trouble("tbscripts: list.tbscripts: out/d: is a link, which may lead out of the "
-                "folder\n"));
-}
 
 // A thousand names that pass two thousand folders each, none of which exists.
 TEST_F(UnpackCommandTest, TakesLittleMemoryForManyDeepNames)
@@ -150,17 +40,6 @@ TEST_F(UnpackCommandTest, TakesLittleMemoryForManyDeepNames)
     EXPECT_EQ(
         outcome,
         trouble("tbscripts: list.tbscripts: out/last: exists already; --force overwrites it\n"));
-}
-
-TEST_F(UnpackCommandTest, RefusesAFifoInThePlaceOfAFile)
-{
-    write("list.tbscripts", R"({"name":"a.lua","sources":""})");
-    std::filesystem::create_directory(pathOf("out"));
-    ::mkfifo(pathOf("out/a.lua").c_str(), 0600);
-
-    const Outcome outcome = run({"unpack", "-f", "list.tbscripts", "-o", "out"});
-
-    EXPECT_EQ(outcome, trouble("tbscripts: list.tbscripts: out/a.lua: is not a regular file\n"));
 }
 
 TEST_F(UnpackCommandTest, KeepsThePermissionsOfAFileThatItOverwrites)
@@ -208,16 +87,6 @@ TEST_F(UnpackCommandTest, KeepsTheOldFileIfTheDiskDoesNotTakeTheNewOne)
     EXPECT_THAT(everything(), ElementsAre("list.tbscripts", "out", "out/a.lua"));
 }
 
-TEST_F(UnpackCommandTest, RefusesAFileForTheFolder)
-{
-    write("list.tbscripts", TWO_SCRIPTS);
-    write("out", "a file");
-
-    const Outcome outcome = run({"unpack", "list.tbscripts", "-o", "out"});
-
-    EXPECT_EQ(outcome, trouble("tbscripts: out: Not a directory\n"));
-}
-
 TEST_F(UnpackCommandTest, ReportsAFolderThatTakesNoFiles)
 {
     if (::geteuid() == 0)
@@ -230,18 +99,6 @@ TEST_F(UnpackCommandTest, ReportsAFolderThatTakesNoFiles)
     EXPECT_EQ(outcome, trouble("tbscripts: closed/a.lua: Permission denied\n"));
 }
 
-TEST_F(UnpackCommandTest, ReportsADocumentThatCannotBeRead)
-{
-    ::mkfifo(pathOf("fifo.tbscripts").c_str(), 0600);
-
-    const Outcome missing = run({"unpack", "missing.tbscripts", "-o", "out"});
-    const Outcome fifo = run({"unpack", "fifo.tbscripts", "-o", "out"});
-
-    EXPECT_EQ(missing, trouble("tbscripts: missing.tbscripts: No such file or directory\n"));
-    EXPECT_EQ(fifo, trouble("tbscripts: fifo.tbscripts: is not a regular file\n"));
-    EXPECT_THAT(everything(), ElementsAre("fifo.tbscripts"));
-}
-
 struct HostileRow
 {
     const char* row;
@@ -249,14 +106,7 @@ struct HostileRow
     std::string errors;       // behind the document's name
 };
 
-void PrintTo(const HostileRow& row, std::ostream* stream)
-{
-    *stream << row.row;
-}
-
-class HostileNameTest : public ToolFixture, public ::testing::WithParamInterface<HostileRow>
-{
-};
+using HostileNameTest = OnRows<ToolFixture, HostileRow>;
 
 TEST_P(HostileNameTest, IsRefusedBeforeAnythingIsWritten)
 {
@@ -270,63 +120,138 @@ TEST_P(HostileNameTest, IsRefusedBeforeAnythingIsWritten)
     EXPECT_THAT(everything(), ElementsAre("list.tbscripts"));
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Names,
+ROWS(
     HostileNameTest,
-    ::testing::Values(
-        HostileRow{
-            "Absolute",
-            R"({"name":"/tmp/a.lua","sources":""})",
-            "element 2, /tmp/a.lua: the name is an absolute path"},
-        HostileRow{
-            "Up",
-            R"({"name":"../a.lua","sources":""})",
-            "element 2, ../a.lua: the name leads out of the folder"},
-        HostileRow{
-            "UpInside",
-            R"({"name":"a/../../b.lua","sources":""})",
-            "element 2, a/../../b.lua: the name leads out of the folder"},
-        HostileRow{"Empty", R"({"name":"","sources":""})", "element 2, '': the name is empty"},
-        HostileRow{
-            "Nul",
-            R"({"name":"a.lua\u0000","sources":""})",
-            "element 2, a.lua\\x00: the name holds a NUL"},
-        HostileRow{
-            "OnlyDot",
-            R"({"name":".","sources":""})",
-            "element 2, .: the name is that of a folder"},
-        HostileRow{
-            "EndsWithSlash",
-            R"({"name":"a/","sources":""})",
-            "element 2, a/: the name is that of a folder"},
-        HostileRow{
-            "EscapeSequence",
-            R"({"name":"/\u001b[2J","sources":""})",
-            "element 2, /\\x1b[2J: the name is an absolute path"},
-        HostileRow{
-            "SameName",
-            R"({"name":"good.lua","sources":"x"})",
-            "good.lua: is the same file as good.lua"},
-        HostileRow{
-            "SameFile",
-            R"({"name":".//good.lua","sources":"x"})",
-            ".//good.lua: is the same file as good.lua"},
-        HostileRow{
-            "BelowAFile",
-            R"({"name":"good.lua/b.lua","sources":"x"})",
-            "good.lua/b.lua: lies below the file good.lua"},
-        HostileRow{
-            "FarBelowAFile",
-            R"({"name":"good.lua.bak","sources":""},{"name":"good.lua/b/c.lua","sources":""})",
-            "good.lua/b/c.lua: lies below the file good.lua"},
-        HostileRow{"NoObject", "7", "element 2: has no \"name\" or no \"sources\""},
-        HostileRow{
-            "NoSources", R"({"name":"a.lua"})", "element 2: has no \"name\" or no \"sources\""},
-        HostileRow{
-            "NumberForAName",
-            R"({"name":3,"sources":""})",
-            "element 2: has no \"name\" or no \"sources\""}),
-    tbScripts::test::RowName());
+    {"Absolute",
+     R"({"name":"/tmp/a.lua","sources":""})",
+     "element 2, /tmp/a.lua: the name is an absolute path"},
+    {"Up",
+     R"({"name":"../a.lua","sources":""})",
+     "element 2, ../a.lua: the name leads out of the folder"},
+    {"UpInside",
+     R"({"name":"a/../../b.lua","sources":""})",
+     "element 2, a/../../b.lua: the name leads out of the folder"},
+    {"Empty", R"({"name":"","sources":""})", "element 2, '': the name is empty"},
+    {"Nul",
+     R"({"name":"a.lua\u0000","sources":""})",
+     "element 2, a.lua\\x00: the name holds a NUL"},
+    {"OnlyDot", R"({"name":".","sources":""})", "element 2, .: the name is that of a folder"},
+    {"EndsWithSlash",
+     R"({"name":"a/","sources":""})",
+     "element 2, a/: the name is that of a folder"},
+    {"EscapeSequence",
+     R"({"name":"/\u001b[2J","sources":""})",
+     "element 2, /\\x1b[2J: the name is an absolute path"},
+    {"SameName", R"({"name":"good.lua","sources":"x"})", "good.lua: is the same file as good.lua"},
+    {"SameFile",
+     R"({"name":".//good.lua","sources":"x"})",
+     ".//good.lua: is the same file as good.lua"},
+    {"BelowAFile",
+     R"({"name":"good.lua/b.lua","sources":"x"})",
+     "good.lua/b.lua: lies below the file good.lua"},
+    {"FarBelowAFile",
+     R"({"name":"good.lua.bak","sources":""},{"name":"good.lua/b/c.lua","sources":""})",
+     "good.lua/b/c.lua: lies below the file good.lua"},
+    {"NoObject", "7", "element 2: has no \"name\" or no \"sources\""},
+    {"NoSources", R"({"name":"a.lua"})", "element 2: has no \"name\" or no \"sources\""},
+    {"NumberForAName",
+     R"({"name":3,"sources":""})",
+     "element 2: has no \"name\" or no \"sources\""});
+
+const Facts<UnpackCommandTest> FACTS(
+    "UnpackCommandTest",
+    {
+        {"WritesOneFileForEachScript",
+         {file("list.tbscripts", TWO_SCRIPTS),
+          gives(
+              {"unpack", "list.tbscripts", "-o", "new/folder"},
+              success("new/folder: 2 scripts unpacked\n")),
+          holds("new/folder/a.lua", "one"),
+          holds("new/folder/d/e/b.lua", "two")}},
+        {"TakesEveryKindOfDocument",
+         {file("one.json", R"({"name":"enemy","sources":"one"})"),
+          file("two.json", R"([{"name":"friend","type":"lua","sources":"two"}])"),
+          runs({"unpack", "one.json", "-o", "out"}),
+          runs({"unpack", "two.json", "-o", "out"}),
+          holds("out/enemy", "one"),
+          holds("out/friend", "two")}},
+        {"TakesTheCurrentFolder",
+         {file("list.tbscripts", TWO_SCRIPTS),
+          gives({"unpack", "list.tbscripts", "-o", "."}, success(".: 2 scripts unpacked\n")),
+          holds("d/e/b.lua", "two")}},
+        {"RefusesToOverwriteAndWritesNothing",
+         {file("list.tbscripts", TWO_SCRIPTS),
+          file("out/d/e/b.lua", "mine"),
+          gives(
+              {"unpack", "list.tbscripts", "-o", "out"},
+              trouble("tbscripts: list.tbscripts: out/d/e/b.lua: exists already; "
+                      "--force overwrites it\n")),
+          holds("out/d/e/b.lua", "mine"),
+          isMissing("out/a.lua")}},
+        {"OverwritesFilesIfForced",
+         {file("list.tbscripts", TWO_SCRIPTS),
+          file("out/a.lua", "mine"),
+          file("out/other.lua", "kept"),
+          gives(
+              {"unpack", "--force", "list.tbscripts", "-o", "out"},
+              success("out: 2 scripts unpacked\n")),
+          holds("out/a.lua", "one"),
+          holds("out/other.lua", "kept")}},
+        {"DoesNotWriteThroughLinksEvenIfForced",
+         {file("list.tbscripts", TWO_SCRIPTS),
+          file("secret/e/keep", ""),
+          file("target.lua", "mine"),
+          folder("out"),
+          link("../secret", "out/d"),
+          link("../target.lua", "out/a.lua"),
+          gives(
+              {"unpack", "-f", "list.tbscripts", "-o", "out"},
+              trouble("tbscripts: list.tbscripts: out/a.lua: is a link, which may lead out of the "
+                      "folder\n"
+                      "tbscripts: list.tbscripts: out/d: is a link, which may lead out of the "
+                      "folder\n")),
+          holds("target.lua", "mine"),
+          isMissing("secret/e/b.lua")}},
+        {"RefusesWhatIsInTheWayEvenIfForced",
+         {file("list.tbscripts", TWO_SCRIPTS),
+          file("out/d", "a file"),
+          folder("out/a.lua"),
+          gives(
+              {"unpack", "-f", "list.tbscripts", "-o", "out"},
+              trouble("tbscripts: list.tbscripts: out/a.lua: is a folder, not a file\n"
+                      "tbscripts: list.tbscripts: out/d: is in the way of a folder\n"))}},
+        {"ReportsOnceWhatIsInTheWayOfSeveralFiles",
+         {file("list.tbscripts", R"([{"name":"d/e/a","sources":""},{"name":"d/b","sources":""}])"),
+          file("secret/b", "mine"),
+          folder("out"),
+          link("../secret", "out/d"),
+          gives(
+              {"unpack", "list.tbscripts", "-o", "out"},
+              trouble("tbscripts: list.tbscripts: out/d: is a link, which may lead out of the "
+                      "folder\n"))}},
+        {"RefusesAFifoInThePlaceOfAFile",
+         {file("list.tbscripts", R"({"name":"a.lua","sources":""})"),
+          folder("out"),
+          fifo("out/a.lua"),
+          gives(
+              {"unpack", "-f", "list.tbscripts", "-o", "out"},
+              trouble("tbscripts: list.tbscripts: out/a.lua: is not a regular file\n"))}},
+        {"RefusesAFileForTheFolder",
+         {file("list.tbscripts", TWO_SCRIPTS),
+          file("out", "a file"),
+          gives(
+              {"unpack", "list.tbscripts", "-o", "out"},
+              trouble("tbscripts: out: Not a directory\n"))}},
+        {"ReportsADocumentThatCannotBeRead",
+         {fifo("fifo.tbscripts"),
+          gives(
+              {"unpack", "missing.tbscripts", "-o", "out"},
+              trouble("tbscripts: missing.tbscripts: No such file or directory\n")),
+          gives(
+              {"unpack", "fifo.tbscripts", "-o", "out"},
+              trouble("tbscripts: fifo.tbscripts: is not a regular file\n")),
+          holdsOnly({"fifo.tbscripts"})}},
+    });
 
 } // namespace
 
