@@ -4,14 +4,11 @@
 #include "support/NamespaceFixture.h"
 #include "support/RowName.h"
 
-#include <ostream>
 #include <string>
 #include <vector>
 
 namespace tbScripts::test
 {
-
-using ::testing::IsEmpty;
 
 namespace
 {
@@ -25,7 +22,6 @@ struct Kind
     const void* (*find)(Environment& environment); // null where there is no lookup
 };
 
-using test::operator<<;
 using Thing = const void*;
 
 const std::vector<Kind>& allKinds()
@@ -71,7 +67,7 @@ const std::vector<Kind>& allKinds()
 
 } // namespace
 
-class RivalDeclarationTest : public NamespaceFixture, public ::testing::WithParamInterface<Kind>
+class RivalDeclarationTest : public OnRows<NamespaceFixture, Kind>
 {
 protected:
     RivalDeclarationTest()
@@ -106,7 +102,7 @@ protected:
     const void* m_inner = nullptr;
 };
 
-INSTANTIATE_TEST_SUITE_P(Kinds, RivalDeclarationTest, ::testing::ValuesIn(allKinds()), RowName());
+ROWS(RivalDeclarationTest, allKinds());
 
 TEST_P(RivalDeclarationTest, GiveOneObjectAndLeaveTheNamePublished)
 {
@@ -134,6 +130,31 @@ TEST_P(RivalDeclarationTest, LeaveTheInnerOneIfTheOuterOneIsRefused)
     EXPECT_NE(m_inner, nullptr);
     EXPECT_TRUE(!GetParam().find || GetParam().find(environment()) == m_inner);
 }
+
+// The metamethod assigns another environment before it declares the name there.
+using RivalInAnotherInterpreterTest = RivalDeclarationTest;
+
+TEST_P(RivalInAnotherInterpreterTest, StaysWhereItWasDeclared)
+{
+    Environment other;
+    other.setEnvironmentFor(INTERPRETER_LUA);
+    declareAction(
+        "assign",
+        [&]
+        {
+            environment() = other;
+            m_inner = GetParam().declare(environment());
+        });
+    whenPublished("assign()");
+
+    expectOneObject();
+
+    run("assert(x ~= nil)");
+}
+
+ROWS(
+    RivalInAnotherInterpreterTest, // in no namespace
+    std::vector<Kind>(allKinds().begin(), allKinds().begin() + 3));
 
 class RivalUserTypeTest : public NamespaceFixture
 {
