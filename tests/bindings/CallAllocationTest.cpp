@@ -20,8 +20,6 @@ struct CallShape
     FunctionParameter result;
 };
 
-} // namespace
-
 class CallAllocationTest : public EnvironmentFixture
 {
 protected:
@@ -61,28 +59,23 @@ TEST_P(HostFunctionAllocationTest, IsZeroPerCall)
     EXPECT_EQ(calls, 101);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Shapes,
+ROWS(
     HostFunctionAllocationTest,
-    ::testing::Values(
-        CallShape{"NothingToNothing", {}, "", FunctionParameter::VOID},
-        CallShape{"IntToInt", {PARAM_TYPE_INT}, "7", 7},
-        CallShape{"FloatToFloat", {PARAM_TYPE_FLOAT}, "0.5", 0.5F},
-        CallShape{"DoubleToDouble", {PARAM_TYPE_DOUBLE}, "0.5", 0.5},
-        CallShape{"BoolToBool", {PARAM_TYPE_BOOL}, "true", true},
-        CallShape{
-            "AllOfThem",
-            {PARAM_TYPE_INT, PARAM_TYPE_FLOAT, PARAM_TYPE_DOUBLE, PARAM_TYPE_BOOL},
-            "1, 2, 3, false",
-            7},
-        CallShape{"NullObject", {PARAM_TYPE_USER_TYPE}, "nil", FunctionParameter::VOID},
-        CallShape{"ShortText", {PARAM_TYPE_STRING}, "'spear'", 7},
-        CallShape{
-            "LongTextThatFitsTheEarlierOne",
-            {PARAM_TYPE_STRING},
-            "'a text that is too long for the storage inside a text object, by far'",
-            7}),
-    RowName());
+    {"NothingToNothing", {}, "", FunctionParameter::VOID},
+    {"IntToInt", {PARAM_TYPE_INT}, "7", 7},
+    {"FloatToFloat", {PARAM_TYPE_FLOAT}, "0.5", 0.5F},
+    {"DoubleToDouble", {PARAM_TYPE_DOUBLE}, "0.5", 0.5},
+    {"BoolToBool", {PARAM_TYPE_BOOL}, "true", true},
+    {"AllOfThem",
+     {PARAM_TYPE_INT, PARAM_TYPE_FLOAT, PARAM_TYPE_DOUBLE, PARAM_TYPE_BOOL},
+     "1, 2, 3, false",
+     7},
+    {"NullObject", {PARAM_TYPE_USER_TYPE}, "nil", FunctionParameter::VOID},
+    {"ShortText", {PARAM_TYPE_STRING}, "'spear'", 7},
+    {"LongTextThatFitsTheEarlierOne",
+     {PARAM_TYPE_STRING},
+     "'a text that is too long for the storage inside a text object, by far'",
+     7});
 
 TEST_F(CallAllocationTest, CounterSeesWhatACallableAllocates)
 {
@@ -133,17 +126,12 @@ TEST_F(CallAllocationTest, EnteredAgainItIsFreeOnceTheDepthWasReached)
     EXPECT_EQ(count, 0U);
 }
 
-namespace
-{
-
 struct ScriptCallShape
 {
     const char* row;
     std::vector<FunctionParameter> inputs;
     std::vector<FunctionParameter> outputs;
 };
-
-} // namespace
 
 using ScriptCallAllocationTest = OnRows<EnvironmentFixture, ScriptCallShape>;
 
@@ -164,17 +152,16 @@ TEST_P(ScriptCallAllocationTest, IsZeroPerCall)
     EXPECT_EQ(environment().getVar("calls", 0), 101);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Shapes,
+ROWS(
     ScriptCallAllocationTest,
-    ::testing::Values(
-        ScriptCallShape{"NothingToNothing", {}, {}},
-        ScriptCallShape{"Ints", {1, 2}, {0, 0}},
-        ScriptCallShape{"Floats", {0.5F}, {0.0F}},
-        ScriptCallShape{"Doubles", {0.5}, {0.0}},
-        ScriptCallShape{"Bools", {true}, {false}},
-        ScriptCallShape{"AllOfThem", {1, 0.5F, 0.5, true}, {0, 0.0F, 0.0, false}},
-        ScriptCallShape{"TextThatFits", {"spear"}, {""}}),
-    RowName());
+    {"NothingToNothing", {}, {}},
+    {"Ints", {1, 2}, {0, 0}},
+    {"Floats", {0.5F}, {0.0F}},
+    {"Doubles", {0.5}, {0.0}},
+    {"Bools", {true}, {false}},
+    {"AllOfThem", {1, 0.5F, 0.5, true}, {0, 0.0F, 0.0, false}},
+    {"TextThatFits", {"spear"}, {""}});
+
+} // namespace
 
 } // namespace tbScripts::test

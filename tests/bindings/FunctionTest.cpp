@@ -58,8 +58,6 @@ private:
 const LogEntry UNBOUND{
     "Function 'spawn' called but no user function is bound. Call having no effect.", "Function"};
 
-} // namespace
-
 class FunctionTest : public EnvironmentFixture
 {
 protected:
@@ -176,9 +174,6 @@ TEST_F(FunctionTest, NewOneHasNoParameters)
     EXPECT_THAT(calls, ::testing::ElementsAre(""));
 }
 
-namespace
-{
-
 // Does something to the declared function.
 template <typename Change>
 Step changing(Change change)
@@ -221,8 +216,6 @@ struct DeclaredKind
     const char* expectedName; // of the kind, in messages
 };
 
-} // namespace
-
 using FunctionDeclaredKindTest = OnRows<FunctionTest, DeclaredKind>;
 
 TEST_P(FunctionDeclaredKindTest, IsTheKindThatTheCallableGets)
@@ -246,19 +239,18 @@ TEST_P(FunctionDeclaredKindTest, TypeNameCountsForUserTypesOnly)
             ", got thread.");
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Kinds,
+ROWS(
     FunctionDeclaredKindTest,
-    ::testing::Values(
-        DeclaredKind{"Bool", PARAM_TYPE_BOOL, "true", ""},
-        DeclaredKind{"Int", PARAM_TYPE_INT, "1", "int"},
-        DeclaredKind{"Float", PARAM_TYPE_FLOAT, "1", "float"},
-        DeclaredKind{"Double", PARAM_TYPE_DOUBLE, "1", "double"},
-        DeclaredKind{"String", PARAM_TYPE_STRING, "'x'", "string"},
-        DeclaredKind{"OwnedUserType", PARAM_TYPE_USER_TYPE_OWNED, "nil", "Enemy"},
-        DeclaredKind{"UserType", PARAM_TYPE_USER_TYPE, "nil", "Enemy"},
-        DeclaredKind{"ScriptFunction", PARAM_TYPE_SCRIPT_FUNCTION, "print", "lua function"},
-        DeclaredKind{"ScriptObject", PARAM_TYPE_SCRIPT_OBJECT, "{}", "lua object"}),
-    RowName());
+    {"Bool", PARAM_TYPE_BOOL, "true", ""},
+    {"Int", PARAM_TYPE_INT, "1", "int"},
+    {"Float", PARAM_TYPE_FLOAT, "1", "float"},
+    {"Double", PARAM_TYPE_DOUBLE, "1", "double"},
+    {"String", PARAM_TYPE_STRING, "'x'", "string"},
+    {"OwnedUserType", PARAM_TYPE_USER_TYPE_OWNED, "nil", "Enemy"},
+    {"UserType", PARAM_TYPE_USER_TYPE, "nil", "Enemy"},
+    {"ScriptFunction", PARAM_TYPE_SCRIPT_FUNCTION, "print", "lua function"},
+    {"ScriptObject", PARAM_TYPE_SCRIPT_OBJECT, "{}", "lua object"});
+
+} // namespace
 
 } // namespace tbScripts::test

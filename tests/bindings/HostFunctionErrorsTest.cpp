@@ -109,40 +109,32 @@ TEST_P(HostFunctionThrowingTest, LeavesTheFunctionUsable)
     is("fail(7)", "8");
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Kinds,
+ROWS(
     HostFunctionThrowingTest,
-    ::testing::Values(
-        Thrown{
-            "Text",
-            [] { throw std::string("no such weapon"); },
-            "no such weapon",
-            {{"no such weapon", "LuaFunction"}}},
-        Thrown{
-            "RuntimeError",
-            [] { throw std::runtime_error("out of range"); },
-            "out of range",
-            {{"out of range", "LuaFunction"}}},
-        Thrown{
-            "NoMemory",
-            [] { throw std::bad_alloc(); },
-            "std::bad_alloc",
-            {{"std::bad_alloc", "LuaFunction"}}},
-        Thrown{
-            "EmptyCallableOfTheHost",
-            [] { std::function<void()>()(); },
-            "bad_function_call",
-            {{"bad_function_call", "LuaFunction"}}},
-        Thrown{"Int", [] { throw 7; }, "C++ exception", {}},
-        Thrown{"CharacterPointer", [] { throw "literal"; }, "C++ exception", {}}),
-    RowName());
+    {"Text",
+     [] { throw std::string("no such weapon"); },
+     "no such weapon",
+     {{"no such weapon", "LuaFunction"}}},
+    {"RuntimeError",
+     [] { throw std::runtime_error("out of range"); },
+     "out of range",
+     {{"out of range", "LuaFunction"}}},
+    {"NoMemory",
+     [] { throw std::bad_alloc(); },
+     "std::bad_alloc",
+     {{"std::bad_alloc", "LuaFunction"}}},
+    {"EmptyCallableOfTheHost",
+     [] { std::function<void()>()(); },
+     "bad_function_call",
+     {{"bad_function_call", "LuaFunction"}}},
+    {"Int", [] { throw 7; }, "C++ exception", {}},
+    {"CharacterPointer", [] { throw "literal"; }, "C++ exception", {}});
 
 TEST_F(HostFunctionErrorsTest, EmptyCallableIsLeftToTheInterpreter)
 {
     declare("spawn", {}, Function::Callable());
     run("isDone, message = pcall(spawn)");
     expectFailed("C++ exception");
-    expectLogged({});
 }
 
 TEST_F(HostFunctionErrorsTest, EmptyCallableInACoroutineIsLeftToTheInterpreter)

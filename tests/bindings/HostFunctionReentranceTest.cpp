@@ -6,8 +6,6 @@
 namespace tbScripts::test
 {
 
-using ::testing::ElementsAre;
-
 class HostFunctionReentranceTest : public EnvironmentFixture
 {
 protected:
@@ -180,9 +178,7 @@ const LogEntry UNBOUND{
 
 } // namespace
 
-class HostFunctionChangedWhileRunningTest : public OnRows<HostFunctionReentranceTest, Change>
-{
-};
+using HostFunctionChangedWhileRunningTest = OnRows<HostFunctionReentranceTest, Change>;
 
 TEST_P(HostFunctionChangedWhileRunningTest, LeavesTheRunningCallItsOwnAndCountsForTheNextOne)
 {
@@ -213,45 +209,35 @@ TEST_P(HostFunctionChangedWhileRunningTest, LeavesTheRunningCallItsOwnAndCountsF
     expectLogged(GetParam().entries);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Changes,
+ROWS(
     HostFunctionChangedWhileRunningTest,
-    ::testing::Values(
-        Change{
-            "Reset", [](Function& function, Environment&) { function.reset(); }, "nil", {UNBOUND}},
-        Change{
-            "SetFunction",
-            [](Function& function, Environment&) { function.setFunction(returning(10)); },
-            "10",
-            {}},
-        Change{
-            "AddParameter",
-            [](Function& function, Environment&)
-            {
-                for (int i = 0; i < 100; ++i)
-                    function.addParameter(PARAM_TYPE_BOOL);
-            },
-            "9",
-            {}},
-        Change{
-            "Assignment",
-            [](Function& function, Environment&) { function = Function("other"); },
-            "nil",
-            {{"Function 'other' called but no user function is bound. Call having no effect.",
-              "Function"}}},
-        Change{
-            "DeclaringItAgain",
-            [](Function&, Environment& environment) { environment.setFunc("spawn"); },
-            "nil",
-            {{"Function 'spawn' already existant. Resetting its state before returning it. This "
-              "might break previous usage of the function.",
-              "Environment"},
-             UNBOUND}}),
-    RowName());
+    {"Reset", [](Function& function, Environment&) { function.reset(); }, "nil", {UNBOUND}},
+    {"SetFunction",
+     [](Function& function, Environment&) { function.setFunction(returning(10)); },
+     "10",
+     {}},
+    {"AddParameter",
+     [](Function& function, Environment&)
+     {
+         for (int i = 0; i < 100; ++i)
+             function.addParameter(PARAM_TYPE_BOOL);
+     },
+     "9",
+     {}},
+    {"Assignment",
+     [](Function& function, Environment&) { function = Function("other"); },
+     "nil",
+     {{"Function 'other' called but no user function is bound. Call having no effect.",
+       "Function"}}},
+    {"DeclaringItAgain",
+     [](Function&, Environment& environment) { environment.setFunc("spawn"); },
+     "nil",
+     {{"Function 'spawn' already existant. Resetting its state before returning it. This "
+       "might break previous usage of the function.",
+       "Environment"},
+      UNBOUND}});
 
-class HostFunctionRunningTest : public HostFunctionReentranceTest
-{
-};
+using HostFunctionRunningTest = HostFunctionReentranceTest;
 
 TEST_F(HostFunctionRunningTest, AddParameterCountsForTheNextCall)
 {

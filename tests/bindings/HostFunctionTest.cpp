@@ -3,8 +3,6 @@
 namespace tbScripts::test
 {
 
-using ::testing::ElementsAre;
-
 class HostFunctionTest : public EnvironmentFixture
 {
 protected:

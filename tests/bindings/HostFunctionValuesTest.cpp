@@ -29,8 +29,6 @@ struct Argument
     std::string expected;
 };
 
-} // namespace
-
 using HostFunctionArgumentTest = OnRows<EnvironmentFixture, Argument>;
 
 TEST_P(HostFunctionArgumentTest, ArrivesAsTheDeclaredKind)
@@ -41,76 +39,46 @@ TEST_P(HostFunctionArgumentTest, ArrivesAsTheDeclaredKind)
     EXPECT_THAT(received, ::testing::ElementsAre(GetParam().expected));
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Bool,
+ROWS(
     HostFunctionArgumentTest,
-    ::testing::Values(
-        Argument{"True", PARAM_TYPE_BOOL, "true", "true"},
-        Argument{"False", PARAM_TYPE_BOOL, "false", "false"},
-        Argument{"Nil", PARAM_TYPE_BOOL, "nil", "false"},
-        Argument{"Missing", PARAM_TYPE_BOOL, "", "false"},
-        Argument{"Zero", PARAM_TYPE_BOOL, "0", "true"},
-        Argument{"Number", PARAM_TYPE_BOOL, "1.5", "true"},
-        Argument{"EmptyText", PARAM_TYPE_BOOL, "''", "true"},
-        Argument{"Table", PARAM_TYPE_BOOL, "{}", "true"},
-        Argument{"Function", PARAM_TYPE_BOOL, "print", "true"}),
-    RowName());
-
-INSTANTIATE_TEST_SUITE_P(
-    Int,
-    HostFunctionArgumentTest,
-    ::testing::Values(
-        Argument{"Whole", PARAM_TYPE_INT, "7", "7"},
-        Argument{"FractionIsCutOff", PARAM_TYPE_INT, "2.9", "2"},
-        Argument{"NegativeFractionIsCutOff", PARAM_TYPE_INT, "-2.9", "-2"},
-        Argument{"NumericText", PARAM_TYPE_INT, "'5'", "5"},
-        Argument{"NumericTextWithFraction", PARAM_TYPE_INT, "'-5.7'", "-5"},
-        Argument{"HexadecimalText", PARAM_TYPE_INT, "'0x10'", "16"},
-        Argument{"Greatest", PARAM_TYPE_INT, "2147483647", "2147483647"},
-        Argument{"BeyondGreatest", PARAM_TYPE_INT, "2147483648", "2147483647"},
-        Argument{"Least", PARAM_TYPE_INT, "-2147483648", "-2147483648"},
-        Argument{"BeyondLeast", PARAM_TYPE_INT, "-2147483649", "-2147483648"},
-        Argument{"FarBeyond", PARAM_TYPE_INT, "4294967297", "2147483647"},
-        Argument{"Huge", PARAM_TYPE_INT, "1e300", "2147483647"},
-        Argument{"NegativeHuge", PARAM_TYPE_INT, "-1e300", "-2147483648"},
-        Argument{"Infinite", PARAM_TYPE_INT, "1/0", "2147483647"},
-        Argument{"NotANumber", PARAM_TYPE_INT, "0/0", "0"}),
-    RowName());
-
-INSTANTIATE_TEST_SUITE_P(
-    Float,
-    HostFunctionArgumentTest,
-    ::testing::Values(
-        Argument{"Rounded", PARAM_TYPE_FLOAT, "0.1", "0.100000001"},
-        Argument{"NumericText", PARAM_TYPE_FLOAT, "'2.5'", "2.5"},
-        Argument{"Huge", PARAM_TYPE_FLOAT, "1e300", "inf"},
-        Argument{"NegativeHuge", PARAM_TYPE_FLOAT, "-1e300", "-inf"},
-        Argument{"NotANumber", PARAM_TYPE_FLOAT, "0/0", "nan"}),
-    RowName());
-
-INSTANTIATE_TEST_SUITE_P(
-    Double,
-    HostFunctionArgumentTest,
-    ::testing::Values(
-        Argument{"Exact", PARAM_TYPE_DOUBLE, "0.123456789", "0.123456789"},
-        Argument{"NumericText", PARAM_TYPE_DOUBLE, "'1e2'", "100"},
-        Argument{"Huge", PARAM_TYPE_DOUBLE, "1e300", "1e+300"},
-        Argument{"NotANumber", PARAM_TYPE_DOUBLE, "0/0", "nan"}),
-    RowName());
-
-INSTANTIATE_TEST_SUITE_P(
-    String,
-    HostFunctionArgumentTest,
-    ::testing::Values(
-        Argument{"Text", PARAM_TYPE_STRING, "'spear'", "spear"},
-        Argument{"Empty", PARAM_TYPE_STRING, "''", ""},
-        Argument{"WholeNumber", PARAM_TYPE_STRING, "7", "7"},
-        Argument{"Fraction", PARAM_TYPE_STRING, "-0.5", "-0.5"},
-        Argument{"KeepsZeroBytes", PARAM_TYPE_STRING, "'a\\0b'", std::string("a\0b", 3)}),
-    RowName());
-
-namespace
-{
+    {"BoolTrue", PARAM_TYPE_BOOL, "true", "true"},
+    {"BoolFalse", PARAM_TYPE_BOOL, "false", "false"},
+    {"BoolNil", PARAM_TYPE_BOOL, "nil", "false"},
+    {"BoolMissing", PARAM_TYPE_BOOL, "", "false"},
+    {"BoolZero", PARAM_TYPE_BOOL, "0", "true"},
+    {"BoolNumber", PARAM_TYPE_BOOL, "1.5", "true"},
+    {"BoolEmptyText", PARAM_TYPE_BOOL, "''", "true"},
+    {"BoolTable", PARAM_TYPE_BOOL, "{}", "true"},
+    {"BoolFunction", PARAM_TYPE_BOOL, "print", "true"},
+    {"IntWhole", PARAM_TYPE_INT, "7", "7"},
+    {"IntFractionIsCutOff", PARAM_TYPE_INT, "2.9", "2"},
+    {"IntNegativeFractionIsCutOff", PARAM_TYPE_INT, "-2.9", "-2"},
+    {"IntNumericText", PARAM_TYPE_INT, "'5'", "5"},
+    {"IntNumericTextWithFraction", PARAM_TYPE_INT, "'-5.7'", "-5"},
+    {"IntHexadecimalText", PARAM_TYPE_INT, "'0x10'", "16"},
+    {"IntGreatest", PARAM_TYPE_INT, "2147483647", "2147483647"},
+    {"IntBeyondGreatest", PARAM_TYPE_INT, "2147483648", "2147483647"},
+    {"IntLeast", PARAM_TYPE_INT, "-2147483648", "-2147483648"},
+    {"IntBeyondLeast", PARAM_TYPE_INT, "-2147483649", "-2147483648"},
+    {"IntFarBeyond", PARAM_TYPE_INT, "4294967297", "2147483647"},
+    {"IntHuge", PARAM_TYPE_INT, "1e300", "2147483647"},
+    {"IntNegativeHuge", PARAM_TYPE_INT, "-1e300", "-2147483648"},
+    {"IntInfinite", PARAM_TYPE_INT, "1/0", "2147483647"},
+    {"IntNotANumber", PARAM_TYPE_INT, "0/0", "0"},
+    {"FloatRounded", PARAM_TYPE_FLOAT, "0.1", "0.100000001"},
+    {"FloatNumericText", PARAM_TYPE_FLOAT, "'2.5'", "2.5"},
+    {"FloatHuge", PARAM_TYPE_FLOAT, "1e300", "inf"},
+    {"FloatNegativeHuge", PARAM_TYPE_FLOAT, "-1e300", "-inf"},
+    {"FloatNotANumber", PARAM_TYPE_FLOAT, "0/0", "nan"},
+    {"DoubleExact", PARAM_TYPE_DOUBLE, "0.123456789", "0.123456789"},
+    {"DoubleNumericText", PARAM_TYPE_DOUBLE, "'1e2'", "100"},
+    {"DoubleHuge", PARAM_TYPE_DOUBLE, "1e300", "1e+300"},
+    {"DoubleNotANumber", PARAM_TYPE_DOUBLE, "0/0", "nan"},
+    {"StringText", PARAM_TYPE_STRING, "'spear'", "spear"},
+    {"StringEmpty", PARAM_TYPE_STRING, "''", ""},
+    {"StringWholeNumber", PARAM_TYPE_STRING, "7", "7"},
+    {"StringFraction", PARAM_TYPE_STRING, "-0.5", "-0.5"},
+    {"StringKeepsZeroBytes", PARAM_TYPE_STRING, "'a\\0b'", std::string("a\0b", 3)});
 
 struct Result
 {
@@ -118,8 +86,6 @@ struct Result
     FunctionParameter value;
     const char* description;
 };
-
-} // namespace
 
 using HostFunctionResultTest = OnRows<EnvironmentFixture, Result>;
 
@@ -135,38 +101,26 @@ TEST_P(HostFunctionResultTest, ArrivesInTheScript)
     is("describe(give())", GetParam().description);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Results,
+ROWS(
     HostFunctionResultTest,
-    ::testing::Values(
-        Result{"Void", FunctionParameter::VOID, "0 nil nil"},
-        Result{"True", true, "1 boolean true"},
-        Result{"False", false, "1 boolean false"},
-        Result{"Int", -7, "1 number -7"},
-        Result{"LeastInt", std::numeric_limits<int>::min(), "1 number -2147483648"},
-        Result{"FloatIsWidened", 0.1F, "1 number 0.10000000149011612"},
-        Result{"FloatNan", std::nanf(""), "1 number not itself"},
-        Result{"Double", 0.1, "1 number 0.10000000000000001"},
-        Result{"DoubleNan", rawNan(), "1 number not itself"},
-        Result{"Text", "spear", "1 string spear"},
-        Result{"EmptyText", "", "1 string "},
-        Result{
-            "TextEndsAtItsFirstZero",
-            FunctionParameter(tbMemory::StringView("a\0b", 3)),
-            "1 string a"},
-        Result{"NullObject", FunctionParameter(nullptr, "Enemy", false), "0 nil nil"},
-        Result{"NullOwnedObject", FunctionParameter(nullptr, "Enemy", true), "0 nil nil"},
-        Result{"EmptyReference", ScriptObjectReference(), "1 nil nil"},
-        Result{
-            "EmptyFunctionReference",
-            FunctionParameter::ofType(PARAM_TYPE_SCRIPT_FUNCTION),
-            "1 nil nil"}),
-    RowName());
+    {"Void", FunctionParameter::VOID, "0 nil nil"},
+    {"True", true, "1 boolean true"},
+    {"False", false, "1 boolean false"},
+    {"Int", -7, "1 number -7"},
+    {"LeastInt", std::numeric_limits<int>::min(), "1 number -2147483648"},
+    {"FloatIsWidened", 0.1F, "1 number 0.10000000149011612"},
+    {"FloatNan", std::nanf(""), "1 number not itself"},
+    {"Double", 0.1, "1 number 0.10000000000000001"},
+    {"DoubleNan", rawNan(), "1 number not itself"},
+    {"Text", "spear", "1 string spear"},
+    {"EmptyText", "", "1 string "},
+    {"TextEndsAtItsFirstZero", FunctionParameter(tbMemory::StringView("a\0b", 3)), "1 string a"},
+    {"NullObject", FunctionParameter(nullptr, "Enemy", false), "0 nil nil"},
+    {"NullOwnedObject", FunctionParameter(nullptr, "Enemy", true), "0 nil nil"},
+    {"EmptyReference", ScriptObjectReference(), "1 nil nil"},
+    {"EmptyFunctionReference", FunctionParameter::ofType(PARAM_TYPE_SCRIPT_FUNCTION), "1 nil nil"});
 
-class HostFunctionUnhandledKindTest : public EnvironmentFixture,
-                                      public ::testing::WithParamInterface<int>
-{
-};
+using HostFunctionUnhandledKindTest = OnValues<EnvironmentFixture, int>;
 
 TEST_P(HostFunctionUnhandledKindTest, AsParameterFailsEveryCall)
 {
@@ -190,5 +144,7 @@ TEST_P(HostFunctionUnhandledKindTest, AsResultIsLoggedAndGivesNone)
 }
 
 INSTANTIATE_TEST_SUITE_P(Kinds, HostFunctionUnhandledKindTest, ::testing::Values(0, 10, 255));
+
+} // namespace
 
 } // namespace tbScripts::test

@@ -25,8 +25,6 @@ struct WrongValue
     const char* typeName;
 };
 
-} // namespace
-
 class MismatchMessageTest : public EnvironmentFixture
 {
 public:
@@ -46,7 +44,7 @@ public:
     }
 };
 
-using MismatchMessageTypesTest = OnRows<MismatchMessageTest, std::tuple<Mismatch, WrongValue>>;
+using MismatchMessageTypesTest = OnValues<MismatchMessageTest, std::tuple<Mismatch, WrongValue>>;
 
 TEST_P(MismatchMessageTypesTest, NamesBothTypes)
 {
@@ -58,9 +56,6 @@ TEST_P(MismatchMessageTypesTest, NamesBothTypes)
         std::string("Error l.1 while calling spawn. Expected ") + expected.expected + ", got " +
         actual.typeName + ".");
 }
-
-namespace
-{
 
 std::string rowName(const ::testing::TestParamInfo<std::tuple<Mismatch, WrongValue>>& info)
 {
@@ -87,8 +82,6 @@ const WrongValue THREAD{"Coroutine", "coroutine.create(print)", "thread"};
 const WrongValue FILE_HANDLE{"FileHandle", "io.stdout", "userdata"};
 const WrongValue PROXY{"Proxy", "newproxy(true)", "userdata"};
 const WrongValue BOXED{"BoxedInteger", "1LL", "cdata"};
-
-} // namespace
 
 INSTANTIATE_TEST_SUITE_P(
     Numbers,
@@ -147,9 +140,6 @@ TEST_F(MismatchMessageTest, KeepsAllBytesOfTheFunctionNameInTheLog)
         std::string("Error l.1 while calling spawn\0er. Expected int, got table.", 58),
         "LuaFunction");
 }
-
-namespace
-{
 
 // What every call of `spawn` with a string says, by the line that it names.
 std::string gotString(int line)
@@ -301,8 +291,6 @@ const Facts<MismatchMessageTest> FACTS(
 const char* const FAIL_IN_A_COROUTINE =
     "isDone, message = coroutine.resume(coroutine.create(function() spawn('x') end))";
 
-} // namespace
-
 TEST_F(MismatchMessageTest, ReceiverMayAskTheEnvironmentWhileACoroutineFails)
 {
     declareSpawn();
@@ -348,5 +336,7 @@ TEST_F(MismatchMessageTest, ReceiverMayResetTheFunctionThatFails)
     const ReactingLogger logger([this] { environment().getFunc("spawn")->reset(); });
     raises("local x = spawn('x')", gotString(1));
 }
+
+} // namespace
 
 } // namespace tbScripts::test

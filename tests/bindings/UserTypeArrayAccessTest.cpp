@@ -4,8 +4,6 @@
 namespace tbScripts::test
 {
 
-using ::testing::ElementsAre;
-
 namespace
 {
 
@@ -26,8 +24,6 @@ struct WrittenElement
 
 const char* const NOT_DECLARED =
     "Array access of user type 'Vec' is not declared with an instance and an index.";
-
-} // namespace
 
 class UserTypeArrayAccessTest : public UserTypeFixture
 {
@@ -87,25 +83,22 @@ TEST_P(UserTypeIndexTest, IsWritten)
     EXPECT_THAT(m_values, ElementsAre(9));
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Numbers,
+ROWS(
     UserTypeIndexTest,
-    ::testing::Values(
-        Index{"Whole", "3", 3},
-        Index{"Zero", "0", 0},
-        Index{"Text", "'3'", 3},
-        Index{"TextOfFraction", "'2.9'", 2},
-        Index{"HexadecimalText", "'0x10'", 16},
-        Index{"Fraction", "2.9", 2},
-        Index{"Negative", "-1", -1},
-        Index{"NegativeFraction", "-2.9", -2},
-        Index{"Highest", "2147483647", 2147483647},
-        Index{"BeyondTheHighest", "2147483648", -2147483647 - 1},
-        Index{"LowBitsOfMore", "4294967297", 1},
-        Index{"Huge", "1e300", 0},
-        Index{"Infinite", "1/0", 0},
-        Index{"NotANumber", "0/0", 0}),
-    RowName());
+    {"Whole", "3", 3},
+    {"Zero", "0", 0},
+    {"Text", "'3'", 3},
+    {"TextOfFraction", "'2.9'", 2},
+    {"HexadecimalText", "'0x10'", 16},
+    {"Fraction", "2.9", 2},
+    {"Negative", "-1", -1},
+    {"NegativeFraction", "-2.9", -2},
+    {"Highest", "2147483647", 2147483647},
+    {"BeyondTheHighest", "2147483648", -2147483647 - 1},
+    {"LowBitsOfMore", "4294967297", 1},
+    {"Huge", "1e300", 0},
+    {"Infinite", "1/0", 0},
+    {"NotANumber", "0/0", 0});
 
 TEST_F(UserTypeArrayAccessTest, ReadingGetsInstanceAndIndex)
 {
@@ -178,24 +171,16 @@ TEST_P(UserTypeElementMismatchTest, IsAScriptErrorThatIsNotLogged)
         std::string("Error l.1 while calling Vec. ") + GetParam().message);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Kinds,
+ROWS(
     UserTypeElementMismatchTest,
-    ::testing::Values(
-        WrittenElement{"Int", PARAM_TYPE_INT, "'a'", "Expected int, got string."},
-        WrittenElement{"Float", PARAM_TYPE_FLOAT, "nil", "Expected float, got nil."},
-        WrittenElement{"Double", PARAM_TYPE_DOUBLE, "{}", "Expected double, got table."},
-        WrittenElement{"Text", PARAM_TYPE_STRING, "true", "Expected string, got boolean."},
-        WrittenElement{"Owned", PARAM_TYPE_USER_TYPE_OWNED, "1", "Expected Vec, got number."},
-        WrittenElement{"Kept", PARAM_TYPE_USER_TYPE, "io.stdout", "Expected Vec, got userdata."},
-        WrittenElement{
-            "Function", PARAM_TYPE_SCRIPT_FUNCTION, "{}", "Expected lua function, got table."},
-        WrittenElement{
-            "Table", PARAM_TYPE_SCRIPT_OBJECT, "print", "Expected lua object, got function."}),
-    RowName());
-
-namespace
-{
+    {"Int", PARAM_TYPE_INT, "'a'", "Expected int, got string."},
+    {"Float", PARAM_TYPE_FLOAT, "nil", "Expected float, got nil."},
+    {"Double", PARAM_TYPE_DOUBLE, "{}", "Expected double, got table."},
+    {"Text", PARAM_TYPE_STRING, "true", "Expected string, got boolean."},
+    {"Owned", PARAM_TYPE_USER_TYPE_OWNED, "1", "Expected Vec, got number."},
+    {"Kept", PARAM_TYPE_USER_TYPE, "io.stdout", "Expected Vec, got userdata."},
+    {"Function", PARAM_TYPE_SCRIPT_FUNCTION, "{}", "Expected lua function, got table."},
+    {"Table", PARAM_TYPE_SCRIPT_OBJECT, "print", "Expected lua object, got function."});
 
 auto recordingAccess()
 {

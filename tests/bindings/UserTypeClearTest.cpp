@@ -5,8 +5,6 @@
 namespace tbScripts::test
 {
 
-using ::testing::StartsWith;
-
 class UserTypeClearTest : public UserTypeFixture
 {
 protected:

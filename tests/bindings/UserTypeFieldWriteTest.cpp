@@ -4,8 +4,6 @@
 namespace tbScripts::test
 {
 
-using ::testing::ElementsAre;
-
 namespace
 {
 
@@ -24,8 +22,6 @@ struct WrongValue
     const char* expression;
     const char* message; // behind the line
 };
-
-} // namespace
 
 class UserTypeFieldWriteTest : public UserTypeFixture
 {
@@ -99,29 +95,26 @@ TEST_P(UserTypeWrittenValueTest, ReachesTheSetter)
     EXPECT_THAT(m_written, ElementsAre(std::string("an object of Vec, ") + GetParam().shown));
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Kinds,
+ROWS(
     UserTypeWrittenValueTest,
-    ::testing::Values(
-        WrittenValue{"BoolTrue", PARAM_TYPE_BOOL, "true", "true"},
-        WrittenValue{"BoolOfNil", PARAM_TYPE_BOOL, "nil", "false"},
-        WrittenValue{"BoolOfTable", PARAM_TYPE_BOOL, "{}", "true"},
-        WrittenValue{"Int", PARAM_TYPE_INT, "-7", "-7"},
-        WrittenValue{"IntOfFraction", PARAM_TYPE_INT, "2.9", "2"},
-        WrittenValue{"IntOfText", PARAM_TYPE_INT, "'12'", "12"},
-        WrittenValue{"IntBeyondItsRange", PARAM_TYPE_INT, "1e300", "2147483647"},
-        WrittenValue{"IntOfNotANumber", PARAM_TYPE_INT, "0/0", "0"},
-        WrittenValue{"Float", PARAM_TYPE_FLOAT, "0.5", "0.5"},
-        WrittenValue{"Double", PARAM_TYPE_DOUBLE, "0.25", "0.25"},
-        WrittenValue{"Text", PARAM_TYPE_STRING, "'spear'", "spear"},
-        WrittenValue{"TextOfNumber", PARAM_TYPE_STRING, "12", "12"},
-        WrittenValue{"Owned", PARAM_TYPE_USER_TYPE_OWNED, "Enemy.new()", "an object of Enemy"},
-        WrittenValue{"OwnedNil", PARAM_TYPE_USER_TYPE_OWNED, "nil", "no object of Enemy"},
-        WrittenValue{"Kept", PARAM_TYPE_USER_TYPE, "Enemy.new()", "an object of Enemy"},
-        WrittenValue{"KeptNil", PARAM_TYPE_USER_TYPE, "nil", "no object of Enemy"},
-        WrittenValue{"Function", PARAM_TYPE_SCRIPT_FUNCTION, "print", "function"},
-        WrittenValue{"Table", PARAM_TYPE_SCRIPT_OBJECT, "{}", "table"}),
-    RowName());
+    {"BoolTrue", PARAM_TYPE_BOOL, "true", "true"},
+    {"BoolOfNil", PARAM_TYPE_BOOL, "nil", "false"},
+    {"BoolOfTable", PARAM_TYPE_BOOL, "{}", "true"},
+    {"Int", PARAM_TYPE_INT, "-7", "-7"},
+    {"IntOfFraction", PARAM_TYPE_INT, "2.9", "2"},
+    {"IntOfText", PARAM_TYPE_INT, "'12'", "12"},
+    {"IntBeyondItsRange", PARAM_TYPE_INT, "1e300", "2147483647"},
+    {"IntOfNotANumber", PARAM_TYPE_INT, "0/0", "0"},
+    {"Float", PARAM_TYPE_FLOAT, "0.5", "0.5"},
+    {"Double", PARAM_TYPE_DOUBLE, "0.25", "0.25"},
+    {"Text", PARAM_TYPE_STRING, "'spear'", "spear"},
+    {"TextOfNumber", PARAM_TYPE_STRING, "12", "12"},
+    {"Owned", PARAM_TYPE_USER_TYPE_OWNED, "Enemy.new()", "an object of Enemy"},
+    {"OwnedNil", PARAM_TYPE_USER_TYPE_OWNED, "nil", "no object of Enemy"},
+    {"Kept", PARAM_TYPE_USER_TYPE, "Enemy.new()", "an object of Enemy"},
+    {"KeptNil", PARAM_TYPE_USER_TYPE, "nil", "no object of Enemy"},
+    {"Function", PARAM_TYPE_SCRIPT_FUNCTION, "print", "function"},
+    {"Table", PARAM_TYPE_SCRIPT_OBJECT, "{}", "table"});
 
 using UserTypeWrongValueTest = OnRows<UserTypeFieldWriteTest, WrongValue>;
 
@@ -134,38 +127,24 @@ TEST_P(UserTypeWrongValueTest, IsAScriptErrorThatIsNotLogged)
     EXPECT_THAT(m_written, ElementsAre());
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Kinds,
+ROWS(
     UserTypeWrongValueTest,
-    ::testing::Values(
-        WrongValue{"IntGivenText", PARAM_TYPE_INT, "'a'", "Expected int, got string."},
-        WrongValue{"IntGivenNil", PARAM_TYPE_INT, "nil", "Expected int, got nil."},
-        WrongValue{"IntGivenInstance", PARAM_TYPE_INT, "v", "Expected int, got userdata."},
-        WrongValue{"FloatGivenBool", PARAM_TYPE_FLOAT, "true", "Expected float, got boolean."},
-        WrongValue{"DoubleGivenTable", PARAM_TYPE_DOUBLE, "{}", "Expected double, got table."},
-        WrongValue{"TextGivenTable", PARAM_TYPE_STRING, "{}", "Expected string, got table."},
-        WrongValue{"TextGivenNil", PARAM_TYPE_STRING, "nil", "Expected string, got nil."},
-        WrongValue{
-            "OwnedGivenNumber", PARAM_TYPE_USER_TYPE_OWNED, "1", "Expected Enemy, got number."},
-        WrongValue{
-            "OwnedGivenOther", PARAM_TYPE_USER_TYPE_OWNED, "v", "Expected Enemy, got userdata."},
-        WrongValue{"KeptGivenOther", PARAM_TYPE_USER_TYPE, "v", "Expected Enemy, got userdata."},
-        WrongValue{
-            "KeptGivenFile", PARAM_TYPE_USER_TYPE, "io.stdout", "Expected Enemy, got userdata."},
-        WrongValue{
-            "FunctionGivenNil",
-            PARAM_TYPE_SCRIPT_FUNCTION,
-            "nil",
-            "Expected lua function, got nil."},
-        WrongValue{
-            "TableGivenFunction",
-            PARAM_TYPE_SCRIPT_OBJECT,
-            "print",
-            "Expected lua object, got function."}),
-    RowName());
-
-namespace
-{
+    {"IntGivenText", PARAM_TYPE_INT, "'a'", "Expected int, got string."},
+    {"IntGivenNil", PARAM_TYPE_INT, "nil", "Expected int, got nil."},
+    {"IntGivenInstance", PARAM_TYPE_INT, "v", "Expected int, got userdata."},
+    {"FloatGivenBool", PARAM_TYPE_FLOAT, "true", "Expected float, got boolean."},
+    {"DoubleGivenTable", PARAM_TYPE_DOUBLE, "{}", "Expected double, got table."},
+    {"TextGivenTable", PARAM_TYPE_STRING, "{}", "Expected string, got table."},
+    {"TextGivenNil", PARAM_TYPE_STRING, "nil", "Expected string, got nil."},
+    {"OwnedGivenNumber", PARAM_TYPE_USER_TYPE_OWNED, "1", "Expected Enemy, got number."},
+    {"OwnedGivenOther", PARAM_TYPE_USER_TYPE_OWNED, "v", "Expected Enemy, got userdata."},
+    {"KeptGivenOther", PARAM_TYPE_USER_TYPE, "v", "Expected Enemy, got userdata."},
+    {"KeptGivenFile", PARAM_TYPE_USER_TYPE, "io.stdout", "Expected Enemy, got userdata."},
+    {"FunctionGivenNil", PARAM_TYPE_SCRIPT_FUNCTION, "nil", "Expected lua function, got nil."},
+    {"TableGivenFunction",
+     PARAM_TYPE_SCRIPT_OBJECT,
+     "print",
+     "Expected lua object, got function."});
 
 auto target(FUNCTION_PARAMETER_TYPE type)
 {
@@ -224,8 +203,6 @@ const Facts<UserTypeFieldWriteTest> FACTS(
           is("v.x", "3")}},
     });
 
-} // namespace
-
 TEST_F(UserTypeFieldWriteTest, OwnedValueCanBeKeptAsAReference)
 {
     ScriptObjectReference kept;
@@ -280,5 +257,7 @@ TEST_F(UserTypeFieldWriteTest, ArrayWritingIsAFieldOfItsOwnName)
     run("v.__arrayWrite = 5");
     EXPECT_THAT(m_written, ElementsAre("an object of Vec, 5, 0"));
 }
+
+} // namespace
 
 } // namespace tbScripts::test

@@ -38,20 +38,17 @@ TEST_P(UserTypeFieldValueTest, IsWhatTheScriptReads)
     is("v.x", GetParam().shown);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Kinds,
+ROWS(
     UserTypeFieldValueTest,
-    ::testing::Values(
-        FieldValue{"Void", FunctionParameter::VOID, "nil"},
-        FieldValue{"Bool", false, "false"},
-        FieldValue{"Int", -7, "-7"},
-        FieldValue{"Float", 0.5F, "0.5"},
-        FieldValue{"Double", 0.25, "0.25"},
-        FieldValue{"Text", "spear", "spear"},
-        FieldValue{"EmptyText", "", ""},
-        FieldValue{"NullObject", FunctionParameter(nullptr, "Vec", true), "nil"},
-        FieldValue{"EmptyReference", ScriptObjectReference(), "nil"}),
-    RowName());
+    {"Void", FunctionParameter::VOID, "nil"},
+    {"Bool", false, "false"},
+    {"Int", -7, "-7"},
+    {"Float", 0.5F, "0.5"},
+    {"Double", 0.25, "0.25"},
+    {"Text", "spear", "spear"},
+    {"EmptyText", "", ""},
+    {"NullObject", FunctionParameter(nullptr, "Vec", true), "nil"},
+    {"EmptyReference", ScriptObjectReference(), "nil"});
 
 TEST_F(UserTypeFieldsTest, GetterGetsTheObject)
 {
@@ -212,19 +209,16 @@ TEST_P(UserTypeNumericNameTest, GoesToArrayAccess)
     EXPECT_EQ(m_hostObject.x + m_hostObject.y, 7.0);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Names,
+ROWS(
     UserTypeNumericNameTest,
-    ::testing::Values(
-        KeyRow{"Digit", "3"},
-        KeyRow{"Negative", "-1"},
-        KeyRow{"Fraction", "2.9"},
-        KeyRow{"Exponent", "1e2"},
-        KeyRow{"Hexadecimal", "0x10"},
-        KeyRow{"Blanks", " 5 "},
-        KeyRow{"Infinity", "inf"},
-        KeyRow{"NotANumber", "nan"}),
-    RowName());
+    {"Digit", "3"},
+    {"Negative", "-1"},
+    {"Fraction", "2.9"},
+    {"Exponent", "1e2"},
+    {"Hexadecimal", "0x10"},
+    {"Blanks", " 5 "},
+    {"Infinity", "inf"},
+    {"NotANumber", "nan"});
 
 class UserTypeOtherKeyTest : public OnRows<UserTypeFieldsTest, KeyRow>
 {
@@ -248,17 +242,14 @@ TEST_P(UserTypeOtherKeyTest, CanBeWrittenWithoutEffect)
     is("v[key]", "nil");
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Keys,
+ROWS(
     UserTypeOtherKeyTest,
-    ::testing::Values(
-        KeyRow{"Nil", "nil"},
-        KeyRow{"Bool", "true"},
-        KeyRow{"Table", "{}"},
-        KeyRow{"Function", "print"},
-        KeyRow{"Instance", "Vec.new()"},
-        KeyRow{"Coroutine", "coroutine.create(print)"},
-        KeyRow{"BoxedInteger", "1LL"}),
-    RowName());
+    {"Nil", "nil"},
+    {"Bool", "true"},
+    {"Table", "{}"},
+    {"Function", "print"},
+    {"Instance", "Vec.new()"},
+    {"Coroutine", "coroutine.create(print)"},
+    {"BoxedInteger", "1LL"});
 
 } // namespace tbScripts::test

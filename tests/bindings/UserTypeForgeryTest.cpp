@@ -20,8 +20,6 @@ struct Stranger
 
 constexpr const char* NO_VEC = "Expected an instance of user type 'Vec'.";
 
-} // namespace
-
 class UserTypeForgeryTest : public UserTypeFixture
 {
 protected:
@@ -78,28 +76,23 @@ TEST_P(UserTypeStrangerTest, IsNoObjectForTheHost)
     isObject("stranger", NO_OBJECT);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Values,
+ROWS(
     UserTypeStrangerTest,
-    ::testing::Values(
-        Stranger{"Table", "{}"},
-        Stranger{"TableOfTheType", "setmetatable({}, Vec)"},
-        Stranger{"TypeItself", "Vec"},
-        Stranger{"Number", "1"},
-        Stranger{"Text", "'Vec'"},
-        Stranger{"Function", "print"},
-        Stranger{"FileHandle", "io.stdout"},
-        Stranger{"Proxy", "newproxy(true)"},
-        Stranger{"OtherType", "Enemy.new()"},
-        Stranger{"OtherTypeThatSaysItIsThis", "Enemy.new()", "Enemy.__name = 'Vec'"},
-        Stranger{
-            "FileHandleThatSaysItIsThis", "io.stdout", "getmetatable(io.stdout).__name = 'Vec'"},
-        Stranger{
-            "ProxyThatSaysItIsThis",
-            "proxy",
-            "local p = newproxy(true) getmetatable(p).__name = 'Vec' proxy = p"},
-        Stranger{"BoxedStructure", "require('ffi').new('int64_t[2]')"}),
-    RowName());
+    {"Table", "{}"},
+    {"TableOfTheType", "setmetatable({}, Vec)"},
+    {"TypeItself", "Vec"},
+    {"Number", "1"},
+    {"Text", "'Vec'"},
+    {"Function", "print"},
+    {"FileHandle", "io.stdout"},
+    {"Proxy", "newproxy(true)"},
+    {"OtherType", "Enemy.new()"},
+    {"OtherTypeThatSaysItIsThis", "Enemy.new()", "Enemy.__name = 'Vec'"},
+    {"FileHandleThatSaysItIsThis", "io.stdout", "getmetatable(io.stdout).__name = 'Vec'"},
+    {"ProxyThatSaysItIsThis",
+     "proxy",
+     "local p = newproxy(true) getmetatable(p).__name = 'Vec' proxy = p"},
+    {"BoxedStructure", "require('ffi').new('int64_t[2]')"});
 
 /// Blocks of other libraries that a script has given the metatable of a type.
 class UserTypeForgedMetatableTest : public OnRows<UserTypeForgeryTest, Stranger>
@@ -137,14 +130,11 @@ TEST_P(UserTypeForgedMetatableTest, CannotBeEnabled)
     raises("block:disableGc()", NO_VEC);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Blocks,
+ROWS(
     UserTypeForgedMetatableTest,
-    ::testing::Values(
-        Stranger{"StandardOutput", "io.stdout"},
-        Stranger{"StandardError", "io.stderr"},
-        Stranger{"Proxy", "newproxy(true)"}),
-    RowName());
+    {"StandardOutput", "io.stdout"},
+    {"StandardError", "io.stderr"},
+    {"Proxy", "newproxy(true)"});
 
 TEST_F(UserTypeForgeryTest, SwitchesAcceptNoStrangers)
 {
@@ -173,9 +163,6 @@ TEST_F(UserTypeForgeryTest, InstanceOfATypeDeclaredAgainStillMatches)
     is("world.Vec.test(old)", "taken");
     isObject("old", 0, "world::Vec");
 }
-
-namespace
-{
 
 const Facts<UserTypeForgeryTest> FACTS(
     "UserTypeForgeryTest",

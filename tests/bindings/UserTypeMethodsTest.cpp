@@ -4,8 +4,6 @@
 namespace tbScripts::test
 {
 
-using ::testing::ElementsAre;
-
 namespace
 {
 
@@ -22,8 +20,6 @@ struct Returned
     FunctionParameter value;
     const char* shown;
 };
-
-} // namespace
 
 class UserTypeMethodsTest : public UserTypeFixture
 {
@@ -198,18 +194,15 @@ TEST_P(UserTypeWrongSelfTest, IsAMismatchThatIsLogged)
     expectLogged(expected, "LuaFunction");
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Calls,
+ROWS(
     UserTypeWrongSelfTest,
-    ::testing::Values(
-        WrongSelf{"DotInPlaceOfColon", "v.length()", "no value"},
-        WrongSelf{"TypeItself", "Vec:length()", "table"},
-        WrongSelf{"Number", "v.length(1)", "number"},
-        WrongSelf{"Text", "v.length('v')", "string"},
-        WrongSelf{"OtherType", "Vec.length(Enemy.new())", "userdata"},
-        WrongSelf{"FileHandle", "Vec.length(io.stdout)", "userdata"},
-        WrongSelf{"Proxy", "Vec.length(newproxy(true))", "userdata"}),
-    RowName());
+    {"DotInPlaceOfColon", "v.length()", "no value"},
+    {"TypeItself", "Vec:length()", "table"},
+    {"Number", "v.length(1)", "number"},
+    {"Text", "v.length('v')", "string"},
+    {"OtherType", "Vec.length(Enemy.new())", "userdata"},
+    {"FileHandle", "Vec.length(io.stdout)", "userdata"},
+    {"Proxy", "Vec.length(newproxy(true))", "userdata"});
 
 using UserTypeReturnedValueTest = OnRows<UserTypeMethodsTest, Returned>;
 
@@ -219,21 +212,15 @@ TEST_P(UserTypeReturnedValueTest, ArrivesInTheScript)
     is("v:get()", GetParam().shown);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Kinds,
+ROWS(
     UserTypeReturnedValueTest,
-    ::testing::Values(
-        Returned{"Void", FunctionParameter::VOID, "nil"},
-        Returned{"Bool", true, "true"},
-        Returned{"Int", -7, "-7"},
-        Returned{"Float", 0.5F, "0.5"},
-        Returned{"Double", 0.25, "0.25"},
-        Returned{"Text", "text", "text"},
-        Returned{"NullObject", FunctionParameter(nullptr, "Vec", false), "nil"}),
-    RowName());
-
-namespace
-{
+    {"Void", FunctionParameter::VOID, "nil"},
+    {"Bool", true, "true"},
+    {"Int", -7, "-7"},
+    {"Float", 0.5F, "0.5"},
+    {"Double", 0.25, "0.25"},
+    {"Text", "text", "text"},
+    {"NullObject", FunctionParameter(nullptr, "Vec", false), "nil"});
 
 std::string itselfAHundredTimes()
 {

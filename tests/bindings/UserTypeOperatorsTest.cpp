@@ -6,9 +6,6 @@
 namespace tbScripts::test
 {
 
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
-
 namespace
 {
 
@@ -55,8 +52,6 @@ std::string replaced(std::string text, const std::string& name, const std::strin
 {
     return text.replace(text.find(name), name.size(), by);
 }
-
-} // namespace
 
 TEST(BuiltInFunctionTest, NumbersAreFixed)
 {
@@ -159,7 +154,7 @@ TEST_P(UserTypeOperatorTest, IsGoneAfterAClear)
 INSTANTIATE_TEST_SUITE_P(All, UserTypeOperatorTest, ALL_OPERATORS, RowName());
 
 using UserTypeOperatorMismatchTest =
-    OnRows<UserTypeOperatorsTest, std::tuple<Operator, WrongOperand>>;
+    OnValues<UserTypeOperatorsTest, std::tuple<Operator, WrongOperand>>;
 
 TEST_P(UserTypeOperatorMismatchTest, IsLoggedAndNamesTheOperator)
 {
@@ -236,9 +231,6 @@ TEST_F(UserTypeOperatorsTest, ReturnedRightOperandThatTheScriptOwnsIsTheSameValu
     is("rawequal(a + owned, owned)", "true");
 }
 
-namespace
-{
-
 auto op(BUILT_IN_FUNCTION number, bool result)
 {
     return [=](UserTypeOperatorsTest& test) { test.declareOperator(number, result); };
@@ -274,12 +266,7 @@ const Facts<UserTypeOperatorsTest> FACTS(
           is("a == b", "false")}},
     });
 
-} // namespace
-
-class UserTypeUnknownOperatorTest : public UserTypeFixture,
-                                    public ::testing::WithParamInterface<int>
-{
-};
+using UserTypeUnknownOperatorTest = OnValues<UserTypeFixture, int>;
 
 TEST_P(UserTypeUnknownOperatorTest, IsLoggedWithTheFullNameAndNull)
 {
@@ -294,5 +281,7 @@ INSTANTIATE_TEST_SUITE_P(
     FirstNegativeHighestLowest,
     UserTypeUnknownOperatorTest,
     ::testing::Values(12, -1, 2147483647, -2147483647 - 1));
+
+} // namespace
 
 } // namespace tbScripts::test

@@ -5,6 +5,9 @@
 namespace tbScripts::test
 {
 
+namespace
+{
+
 class UserTypeOwnershipTest : public UserTypeFixture
 {
 protected:
@@ -58,9 +61,6 @@ TEST_F(UserTypeOwnershipTest, ConstructorThatThrowsLeavesNothingToDestroy)
     destroyEnvironment();
     isDestroyed({});
 }
-
-namespace
-{
 
 const Facts<UserTypeOwnershipTest> FACTS(
     "UserTypeOwnershipTest",
@@ -122,8 +122,6 @@ const Facts<UserTypeOwnershipTest> FACTS(
           isDestroyed({HOST_OBJECT, HOST_OBJECT})}},
     });
 
-} // namespace
-
 class UserTypeDestroyedInstanceTest : public UserTypeFixture
 {
 protected:
@@ -134,9 +132,6 @@ protected:
         run("v = Vec.new()  v:__gc()");
     }
 };
-
-namespace
-{
 
 constexpr const char* NO_VEC = "Expected an instance of user type 'Vec'.";
 

@@ -10,8 +10,6 @@
 namespace tbScripts::test
 {
 
-using ::testing::ElementsAre;
-
 class UserTypeReentranceTest : public UserTypeFixture
 {
 protected:

@@ -62,8 +62,6 @@ void expectNames(const UserType& type, const char* name, const char* fullName)
     EXPECT_EQ(type.getFullName(), fullName);
 }
 
-} // namespace
-
 class UserTypeNamesTest : public ::testing::Test
 {
 protected:
@@ -97,9 +95,7 @@ TEST_F(UserTypeNamesTest, StayThroughSelfAssignment)
     expectNames(m_type, "Vec", "math::Vec");
 }
 
-class UserTypeTest : public UserTypeFixture
-{
-};
+using UserTypeTest = UserTypeFixture;
 
 TEST_F(UserTypeTest, GlobalTypeHasItsNameAsFullName)
 {
@@ -157,9 +153,6 @@ TEST_F(UserTypeTest, EmptyNameIsAName)
     setMaker(*type);
     is("getmetatable(_G[''].new()) == _G['']", "true");
 }
-
-namespace
-{
 
 TypeStep bareType()
 {
@@ -242,8 +235,6 @@ const Facts<UserTypeTest> FACTS(
           is("Vec.new().dimensions", "2")}},
     });
 
-} // namespace
-
 class UserTypeEntryTest : public OnRows<UserTypeFixture, TableEntry>
 {
 protected:
@@ -269,23 +260,20 @@ TEST_P(UserTypeEntryTest, IsFoundOnInstances)
     is("Vec.new()." + m_key + " == rawget(Vec, '" + m_key + "')", "true");
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Keys,
+ROWS(
     UserTypeEntryTest,
-    ::testing::Values(
-        TableEntry{"Read", "__index"},
-        TableEntry{"Write", "__newindex"},
-        TableEntry{"Name", "__name", "string"},
-        TableEntry{"Finaliser", "__gc"},
-        TableEntry{"EnableGc", "enableGc"},
-        TableEntry{"DisableGc", "disableGc"},
-        TableEntry{"New", "new"},
-        TableEntry{"Method", "length"},
-        TableEntry{"StaticMethod", "origin"},
-        TableEntry{"BinaryOperator", "__add"},
-        TableEntry{"TextOperator", "__tostring"},
-        TableEntry{"ArrayRead", "__arrayRead"}),
-    RowName());
+    {"Read", "__index"},
+    {"Write", "__newindex"},
+    {"Name", "__name", "string"},
+    {"Finaliser", "__gc"},
+    {"EnableGc", "enableGc"},
+    {"DisableGc", "disableGc"},
+    {"New", "new"},
+    {"Method", "length"},
+    {"StaticMethod", "origin"},
+    {"BinaryOperator", "__add"},
+    {"TextOperator", "__tostring"},
+    {"ArrayRead", "__arrayRead"});
 
 using UserTypeReservedNameTest = OnRows<UserTypeFixture, ReservedName>;
 
@@ -302,11 +290,8 @@ TEST_P(UserTypeReservedNameTest, CannotBeDeclaredAndLeavesTheInterpretersOwnAlon
     is("require('math') == math", "true");
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Names,
-    UserTypeReservedNameTest,
-    ::testing::Values(
-        ReservedName{"FileHandles", "FILE*"}, ReservedName{"LoadedModules", "_LOADED"}),
-    RowName());
+ROWS(UserTypeReservedNameTest, {"FileHandles", "FILE*"}, {"LoadedModules", "_LOADED"});
+
+} // namespace
 
 } // namespace tbScripts::test

@@ -8,7 +8,6 @@
 
 #include <functional>
 #include <memory>
-#include <ostream>
 #include <string>
 #include <vector>
 
@@ -24,8 +23,6 @@ struct EmptyReference
     std::function<ScriptObjectReference()> make;
 };
 
-using test::operator<<;
-
 ScriptObjectReference referenceOfAnotherEnvironment()
 {
     Environment other;
@@ -36,21 +33,14 @@ ScriptObjectReference referenceOfAnotherEnvironment()
 
 } // namespace
 
-class EmptyReferenceTest : public EnvironmentFixture,
-                           public ::testing::WithParamInterface<EmptyReference>
-{
-};
+using EmptyReferenceTest = OnRows<EnvironmentFixture, EmptyReference>;
 
-INSTANTIATE_TEST_SUITE_P(
-    Kinds,
+ROWS(
     EmptyReferenceTest,
-    ::testing::Values(
-        EmptyReference{"Default", [] { return ScriptObjectReference(); }},
-        EmptyReference{"ViewOnNothing", [] { return ScriptObjectReference(ScriptObjectView()); }},
-        EmptyReference{
-            "NotOfAnInterpreterOfOurs", [] { return ScriptObjectReference(new FakeReference()); }},
-        EmptyReference{"OfAnEnvironmentThatIsGone", &referenceOfAnotherEnvironment}),
-    RowName());
+    {"Default", [] { return ScriptObjectReference(); }},
+    {"ViewOnNothing", [] { return ScriptObjectReference(ScriptObjectView()); }},
+    {"NotOfAnInterpreterOfOurs", [] { return ScriptObjectReference(new FakeReference()); }},
+    {"OfAnEnvironmentThatIsGone", &referenceOfAnotherEnvironment});
 
 TEST_P(EmptyReferenceTest, IsStoredAsNil)
 {

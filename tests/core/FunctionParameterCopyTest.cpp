@@ -50,13 +50,9 @@ public:
 
 } // namespace
 
-class FunctionParameterCopyTest : public FakeScriptObjectsFixture,
-                                  public ::testing::WithParamInterface<ParameterKind>
-{
-};
+using FunctionParameterCopyTest = OnRows<FakeScriptObjectsFixture, ParameterKind>;
 
-INSTANTIATE_TEST_SUITE_P(
-    AllKinds, FunctionParameterCopyTest, ::testing::ValuesIn(allParameterKinds()), RowName());
+ROWS(FunctionParameterCopyTest, allParameterKinds());
 
 TEST_P(FunctionParameterCopyTest, CopyHasKindAndValueAndIsIndependent)
 {
@@ -139,9 +135,7 @@ TEST_P(FunctionParameterAssignmentTest, MoveReplacesKindAndValue)
     EXPECT_EQ(describe(source), descriptionAfterMove(sourceKind()));
 }
 
-class FunctionParameterSharingTest : public FakeScriptObjectsFixture
-{
-};
+using FunctionParameterSharingTest = FakeScriptObjectsFixture;
 
 TEST_F(FunctionParameterSharingTest, CopyOfAStringKeepsEveryByteWhateverBecomesOfTheOriginal)
 {
@@ -214,8 +208,7 @@ TEST_F(FunctionParameterSharingTest, SourceMayLiveThroughTheTarget)
 }
 
 // What a value, and a declaration, of each kind reads as.
-class FunctionParameterKindTest : public FakeScriptObjectsFixture,
-                                  public ::testing::WithParamInterface<ParameterKind>
+class FunctionParameterKindTest : public OnRows<FakeScriptObjectsFixture, ParameterKind>
 {
 protected:
     static bool isNumber(unsigned number) { return GetParam().number == number; }
@@ -225,8 +218,7 @@ protected:
     static bool isReference() { return isNumber(8) || isNumber(9); }
 };
 
-INSTANTIATE_TEST_SUITE_P(
-    AllKinds, FunctionParameterKindTest, ::testing::ValuesIn(allParameterKinds()), RowName());
+ROWS(FunctionParameterKindTest, allParameterKinds());
 
 TEST_P(FunctionParameterKindTest, ValueSaysItsKindAndReadsAsNoOther)
 {
@@ -299,8 +291,7 @@ TEST_P(FunctionParameterKindTest, DeclarationOfAValueHasItsKindAndTypeButNoValue
 }
 
 // Preparing gives the storage an empty value, whatever it held and whatever the kind says.
-class FunctionParameterPrepareTest : public FakeScriptObjectsFixture,
-                                     public ::testing::WithParamInterface<ParameterKind>
+class FunctionParameterPrepareTest : public OnRows<FakeScriptObjectsFixture, ParameterKind>
 {
 protected:
     static bool isText() { return GetParam().number == 5; }
@@ -320,8 +311,7 @@ protected:
     }
 };
 
-INSTANTIATE_TEST_SUITE_P(
-    AllKinds, FunctionParameterPrepareTest, ::testing::ValuesIn(allParameterKinds()), RowName());
+ROWS(FunctionParameterPrepareTest, allParameterKinds());
 
 TEST_P(FunctionParameterPrepareTest, OwnKindGetsItsEmptyValueAndNumbersKeepTheirs)
 {

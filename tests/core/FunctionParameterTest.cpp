@@ -22,9 +22,7 @@ const FunctionParameter COPY_MADE_BEFORE_MAIN(FunctionParameter::VOID);
 
 } // namespace
 
-class FunctionParameterTest : public FakeScriptObjectsFixture
-{
-};
+using FunctionParameterTest = FakeScriptObjectsFixture;
 
 TEST_F(FunctionParameterTest, IsVoidByDefaultAndAsCopyOfTheVoidConstant)
 {

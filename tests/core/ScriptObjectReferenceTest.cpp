@@ -26,11 +26,7 @@ void moveAssign(ScriptObjectReference& target, ScriptObjectReference& source)
     target = std::move(source);
 }
 
-} // namespace
-
-class ScriptObjectReferenceTest : public FakeScriptObjectsFixture
-{
-};
+using ScriptObjectReferenceTest = FakeScriptObjectsFixture;
 
 TEST_F(ScriptObjectReferenceTest, IsEmptyAndOfNoKindUnlessItHasAValue)
 {
@@ -233,9 +229,7 @@ TEST_F(ScriptObjectReferenceTest, InterpreterSideIsNotCopied)
     EXPECT_TRUE(std::has_virtual_destructor_v<ScriptObjectInterpreterReference>);
 }
 
-class ScriptObjectViewTest : public FakeScriptObjectsFixture
-{
-};
+using ScriptObjectViewTest = FakeScriptObjectsFixture;
 
 TEST_F(ScriptObjectViewTest, LooksAtNothingByDefaultAndMadeFromNull)
 {
@@ -321,9 +315,6 @@ TEST_F(ScriptObjectViewTest, InterpreterSideIsNotCopied)
 
 // Views assigned to references, whose block other holders may share.
 
-namespace
-{
-
 using Journal = std::vector<std::string>;
 
 // Notes when it is destroyed.
@@ -361,8 +352,6 @@ private:
     Journal& m_journal;
     const ScriptObjectReference& m_target;
 };
-
-} // namespace
 
 class ScriptObjectReferenceViewTest : public FakeScriptObjectsFixture
 {
@@ -546,5 +535,7 @@ TEST_F(ScriptObjectReferenceViewTest, ViewThatAnchorsNothingEmptiesAllHolders)
     EXPECT_EQ(other.getInterpreterReference(), nullptr);
     EXPECT_EQ(countLivingValues(), 0);
 }
+
+} // namespace
 
 } // namespace tbScripts::test

@@ -5,7 +5,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <ostream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -33,36 +32,29 @@ struct Splitting
     std::vector<std::string> parts;
 };
 
-using test::operator<<;
-
 } // namespace
 
-class StringUtilsSplitTest : public ::testing::TestWithParam<Splitting>
-{
-};
+using StringUtilsSplitTest = OnRows<::testing::Test, Splitting>;
 
-INSTANTIATE_TEST_SUITE_P(
-    Names,
+ROWS(
     StringUtilsSplitTest,
-    ::testing::Values(
-        Splitting{"EmptyText", "", {""}},
-        Splitting{"OneName", "door", {"door"}},
-        Splitting{"TwoNames", "house::door", {"house", "door"}},
-        Splitting{"ThreeNames", "town::house::door", {"town", "house", "door"}},
-        Splitting{"LeadingSeparator", "::door", {"", "door"}},
-        Splitting{"TrailingSeparator", "door::", {"door", ""}},
-        Splitting{"OnlyASeparator", "::", {"", ""}},
-        Splitting{"ThreeColons", "a:::b", {"a", ":b"}},
-        Splitting{"FourColons", "a::::b", {"a", "", "b"}},
-        Splitting{"FiveColons", "a:::::b", {"a", "", ":b"}},
-        Splitting{"SingleColon", "a:b", {"a:b"}},
-        Splitting{"OnlyAColon", ":", {":"}},
-        Splitting{"OnlyThreeColons", ":::", {"", ":"}},
-        Splitting{"TrailingColon", "a:", {"a:"}},
-        Splitting{"SingleColonBeforeASeparator", "a:b::c", {"a:b", "c"}},
-        Splitting{"BlanksAroundASeparator", "a :: b", {"a ", " b"}},
-        Splitting{"ColonsApart", "a: :b", {"a: :b"}}),
-    RowName());
+    {"EmptyText", "", {""}},
+    {"OneName", "door", {"door"}},
+    {"TwoNames", "house::door", {"house", "door"}},
+    {"ThreeNames", "town::house::door", {"town", "house", "door"}},
+    {"LeadingSeparator", "::door", {"", "door"}},
+    {"TrailingSeparator", "door::", {"door", ""}},
+    {"OnlyASeparator", "::", {"", ""}},
+    {"ThreeColons", "a:::b", {"a", ":b"}},
+    {"FourColons", "a::::b", {"a", "", "b"}},
+    {"FiveColons", "a:::::b", {"a", "", ":b"}},
+    {"SingleColon", "a:b", {"a:b"}},
+    {"OnlyAColon", ":", {":"}},
+    {"OnlyThreeColons", ":::", {"", ":"}},
+    {"TrailingColon", "a:", {"a:"}},
+    {"SingleColonBeforeASeparator", "a:b::c", {"a:b", "c"}},
+    {"BlanksAroundASeparator", "a :: b", {"a ", " b"}},
+    {"ColonsApart", "a: :b", {"a: :b"}});
 
 TEST_P(StringUtilsSplitTest, GivesTheParts)
 {

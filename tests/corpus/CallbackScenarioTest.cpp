@@ -25,26 +25,18 @@ struct UncallableRow
     const char* message;
 };
 
-using test::operator<<;
-
 } // namespace
 
-class UncallableReferenceTest : public EnvironmentFixture,
-                                public ::testing::WithParamInterface<UncallableRow>
-{
-};
+using UncallableReferenceTest = OnRows<EnvironmentFixture, UncallableRow>;
 
-INSTANTIATE_TEST_SUITE_P(
-    Values,
+ROWS(
     UncallableReferenceTest,
-    ::testing::Values(
-        UncallableRow{"Nothing", "", "attempt to call a nil value"},
-        UncallableRow{"Number", "value = 12", "attempt to call a number value"},
-        UncallableRow{"Text", "value = 'print'", "attempt to call a string value"},
-        UncallableRow{"TruthValue", "value = false", "attempt to call a boolean value"},
-        UncallableRow{"Table", "value = {}", "attempt to call a table value"},
-        UncallableRow{"File", "value = io.stdout", "attempt to call a userdata value"}),
-    RowName());
+    {"Nothing", "", "attempt to call a nil value"},
+    {"Number", "value = 12", "attempt to call a number value"},
+    {"Text", "value = 'print'", "attempt to call a string value"},
+    {"TruthValue", "value = false", "attempt to call a boolean value"},
+    {"Table", "value = {}", "attempt to call a table value"},
+    {"File", "value = io.stdout", "attempt to call a userdata value"});
 
 TEST_P(UncallableReferenceTest, FailsTheCallAndLeavesTheOutputs)
 {

@@ -26,8 +26,6 @@ struct BitsRow
     std::uint64_t bits;
 };
 
-using test::operator<<;
-
 // The record of the double with these bits.
 Bytes numberRecord(unsigned char tag, std::uint64_t bits)
 {
@@ -39,24 +37,19 @@ Bytes numberRecord(unsigned char tag, std::uint64_t bits)
 
 } // namespace
 
-class NanPatternTest : public ScriptValueFixture, public ::testing::WithParamInterface<BitsRow>
-{
-};
+using NanPatternTest = OnRows<ScriptValueFixture, BitsRow>;
 
-INSTANTIATE_TEST_SUITE_P(
-    Patterns,
+ROWS(
     NanPatternTest,
-    ::testing::Values(
-        BitsRow{"Quiet", 0x7FF8000000000000U},
-        BitsRow{"QuietNegative", 0xFFF8000000000000U},
-        BitsRow{"Signalling", 0x7FF0000000000001U},
-        BitsRow{"SignallingNegative", 0xFFF0000000000001U},
-        BitsRow{"AllBits", 0xFFFFFFFFFFFFFFFFU},
-        BitsRow{"LikeNil", 0xFFFFFFFF00000000U},
-        BitsRow{"LikeATable", 0xFFFA000012345678U},
-        BitsRow{"LikeAText", 0xFFFD800012345678U},
-        BitsRow{"LikeLightUserdata", 0xFFFE000012345678U}),
-    RowName());
+    {"Quiet", 0x7FF8000000000000U},
+    {"QuietNegative", 0xFFF8000000000000U},
+    {"Signalling", 0x7FF0000000000001U},
+    {"SignallingNegative", 0xFFF0000000000001U},
+    {"AllBits", 0xFFFFFFFFFFFFFFFFU},
+    {"LikeNil", 0xFFFFFFFF00000000U},
+    {"LikeATable", 0xFFFA000012345678U},
+    {"LikeAText", 0xFFFD800012345678U},
+    {"LikeLightUserdata", 0xFFFE000012345678U});
 
 TEST_P(NanPatternTest, IsReadAsANumberAlsoInATable)
 {
@@ -88,9 +81,7 @@ TEST_P(NanPatternTest, IsANumberWhereTheHostSetsIt)
     EXPECT_TRUE(holds("type(set) == 'number' and set ~= set"));
 }
 
-class ConversionScenarioTest : public ScriptValueFixture
-{
-};
+using ConversionScenarioTest = ScriptValueFixture;
 
 TEST_F(ConversionScenarioTest, EveryByteOfATextReachesTheHost)
 {

@@ -20,8 +20,6 @@ struct ResumedRow
     const char* message;
 };
 
-using test::operator<<;
-
 } // namespace
 
 class CoroutineScenarioTest : public EnvironmentFixture
@@ -44,33 +42,23 @@ protected:
     std::string m_text;
 };
 
-class WrongCoroutineTest : public CoroutineScenarioTest,
-                           public ::testing::WithParamInterface<ResumedRow>
-{
-};
+using WrongCoroutineTest = OnRows<CoroutineScenarioTest, ResumedRow>;
 
-INSTANTIATE_TEST_SUITE_P(
-    States,
+ROWS(
     WrongCoroutineTest,
-    ::testing::Values(
-        ResumedRow{
-            "Finished",
-            "thread = coroutine.create(function() end) coroutine.resume(thread) resumeByHost()",
-            "cannot resume dead coroutine"},
-        ResumedRow{
-            "Failed",
-            "thread = coroutine.create(error) coroutine.resume(thread) resumeByHost()",
-            "cannot resume dead coroutine"},
-        ResumedRow{
-            "Running",
-            "thread = coroutine.create(function() resumeByHost() end) coroutine.resume(thread)",
-            "cannot resume running coroutine"},
-        ResumedRow{
-            "Resuming",
-            "thread = coroutine.create(function() coroutine.wrap(resumeByHost)() end) "
-            "coroutine.resume(thread)",
-            "cannot resume running coroutine"}),
-    RowName());
+    {"Finished",
+     "thread = coroutine.create(function() end) coroutine.resume(thread) resumeByHost()",
+     "cannot resume dead coroutine"},
+    {"Failed",
+     "thread = coroutine.create(error) coroutine.resume(thread) resumeByHost()",
+     "cannot resume dead coroutine"},
+    {"Running",
+     "thread = coroutine.create(function() resumeByHost() end) coroutine.resume(thread)",
+     "cannot resume running coroutine"},
+    {"Resuming",
+     "thread = coroutine.create(function() coroutine.wrap(resumeByHost)() end) "
+     "coroutine.resume(thread)",
+     "cannot resume running coroutine"});
 
 TEST_P(WrongCoroutineTest, CannotBeResumedByTheHost)
 {

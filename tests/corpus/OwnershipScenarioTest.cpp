@@ -8,9 +8,6 @@
 namespace tbScripts::test
 {
 
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
-
 class OwnershipScenarioTest : public UserTypeFixture
 {
 protected:

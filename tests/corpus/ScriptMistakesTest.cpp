@@ -13,8 +13,6 @@
 namespace tbScripts::test
 {
 
-using ::testing::Each;
-
 namespace
 {
 
@@ -24,12 +22,10 @@ struct HabitRow
     const char* sources;
 };
 
-using test::operator<<;
-
 } // namespace
 
 /// What a script has done to its world before the host goes on using it.
-class ScriptHabitTest : public UserTypeFixture, public ::testing::WithParamInterface<HabitRow>
+class ScriptHabitTest : public OnRows<UserTypeFixture, HabitRow>
 {
 protected:
     ScriptHabitTest()
@@ -72,73 +68,55 @@ protected:
     ScriptObjectReference m_kept;
 };
 
-INSTANTIATE_TEST_SUITE_P(
-    Habits,
+ROWS(
     ScriptHabitTest,
-    ::testing::Values(
-        HabitRow{"EmptiesTheGlobals", "for k in pairs(_G) do _G[k] = nil end"},
-        HabitRow{"EmptiesTheTypesTable", "for k in pairs(Vec) do Vec[k] = nil end"},
-        HabitRow{
-            "EmptiesEveryTable",
-            "local next, type, seen = next, type, {} "
-            "local function empty(t) "
-            "    if seen[t] then return end  seen[t] = true "
-            "    for k, v in next, t do if type(v) == 'table' then empty(v) end  t[k] = nil end "
-            "end "
-            "empty(_G)"},
-        HabitRow{
-            "ReplacesTheLibraryByWhatRaises",
-            "local function fail() error('no', 0) end "
-            "for _, name in ipairs({'string', 'table', 'math', 'coroutine', 'debug', 'package', "
-            "    'rawget', 'rawset', 'setmetatable', 'getmetatable', 'tostring', 'type', 'next', "
-            "    'pairs', 'select', 'pcall', 'error', 'require', 'collectgarbage'}) do "
-            "    _G[name] = fail "
-            "end"},
-        HabitRow{
-            "RaisesInAHookAtEveryStep",
-            "debug.sethook(function() error('of the hook', 0) end, '', 1)"},
-        HabitRow{
-            "RaisesInAHookAtEveryCall",
-            "debug.sethook(function() error('of the hook', 0) end, 'cr')"},
-        HabitRow{
-            "GivesEveryTypeAMetatable",
-            "local m = {__index = function() error('no') end, __call = error, __gc = error} "
-            "for _, value in ipairs({1, 'text', true, print, coroutine.create(print)}) do "
-            "    debug.setmetatable(value, m) "
-            "end "
-            "debug.setmetatable(nil, m)"},
-        HabitRow{
-            "MakesTheTypeItsOwnMetatable",
-            "setmetatable(Vec, Vec)  Vec.__index = Vec  Vec.__newindex = Vec"},
-        HabitRow{
-            "GivesTheGlobalsAChainWithoutEnd",
-            "local t = setmetatable({}, {__index = _G, __newindex = _G}) "
-            "setmetatable(_G, {__index = t, __newindex = t})"},
-        HabitRow{
-            "LetsAMetamethodOfTheGlobalsCallTheHost",
-            "setmetatable(_G, {__index = function(_, k) return v.x end, "
-            "__newindex = function(t, k, value) v.x = 1  rawset(t, k, value) end})"},
-        HabitRow{
-            "SwapsTheMetatablesOfInstances",
-            "debug.setmetatable(v, getmetatable(io.stdout))  v = newproxy(true) "
-            "debug.setmetatable(v, Vec)"},
-        HabitRow{
-            "ReplacesItsNamespace",
-            "space = setmetatable({}, {__index = error, __newindex = error})"},
-        HabitRow{"StopsTheCollector", "collectgarbage('stop') for i = 1, 1000 do Vec.new() end"},
-        HabitRow{
-            "RevivesWhatIsCollected",
-            "revived = {} "
-            "for i = 1, 10 do "
-            "    local proxy, w = newproxy(true), Vec.new() "
-            "    getmetatable(proxy).__gc = function(p) revived[i] = {p, w} end "
-            "end"},
-        HabitRow{
-            "RunsInACoroutineThatNeverEnds",
-            "thread = coroutine.wrap(function() while true do coroutine.yield(Vec.new()) end end) "
-            "for i = 1, 10 do thread() end"},
-        HabitRow{"ChangesItsEnvironment", "setfenv(0, {})  setfenv(1, {})"}),
-    RowName());
+    {"EmptiesTheGlobals", "for k in pairs(_G) do _G[k] = nil end"},
+    {"EmptiesTheTypesTable", "for k in pairs(Vec) do Vec[k] = nil end"},
+    {"EmptiesEveryTable",
+     "local next, type, seen = next, type, {} "
+     "local function empty(t) "
+     "    if seen[t] then return end  seen[t] = true "
+     "    for k, v in next, t do if type(v) == 'table' then empty(v) end  t[k] = nil end "
+     "end "
+     "empty(_G)"},
+    {"ReplacesTheLibraryByWhatRaises",
+     "local function fail() error('no', 0) end "
+     "for _, name in ipairs({'string', 'table', 'math', 'coroutine', 'debug', 'package', "
+     "    'rawget', 'rawset', 'setmetatable', 'getmetatable', 'tostring', 'type', 'next', "
+     "    'pairs', 'select', 'pcall', 'error', 'require', 'collectgarbage'}) do "
+     "    _G[name] = fail "
+     "end"},
+    {"RaisesInAHookAtEveryStep", "debug.sethook(function() error('of the hook', 0) end, '', 1)"},
+    {"RaisesInAHookAtEveryCall", "debug.sethook(function() error('of the hook', 0) end, 'cr')"},
+    {"GivesEveryTypeAMetatable",
+     "local m = {__index = function() error('no') end, __call = error, __gc = error} "
+     "for _, value in ipairs({1, 'text', true, print, coroutine.create(print)}) do "
+     "    debug.setmetatable(value, m) "
+     "end "
+     "debug.setmetatable(nil, m)"},
+    {"MakesTheTypeItsOwnMetatable",
+     "setmetatable(Vec, Vec)  Vec.__index = Vec  Vec.__newindex = Vec"},
+    {"GivesTheGlobalsAChainWithoutEnd",
+     "local t = setmetatable({}, {__index = _G, __newindex = _G}) "
+     "setmetatable(_G, {__index = t, __newindex = t})"},
+    {"LetsAMetamethodOfTheGlobalsCallTheHost",
+     "setmetatable(_G, {__index = function(_, k) return v.x end, "
+     "__newindex = function(t, k, value) v.x = 1  rawset(t, k, value) end})"},
+    {"SwapsTheMetatablesOfInstances",
+     "debug.setmetatable(v, getmetatable(io.stdout))  v = newproxy(true) "
+     "debug.setmetatable(v, Vec)"},
+    {"ReplacesItsNamespace", "space = setmetatable({}, {__index = error, __newindex = error})"},
+    {"StopsTheCollector", "collectgarbage('stop') for i = 1, 1000 do Vec.new() end"},
+    {"RevivesWhatIsCollected",
+     "revived = {} "
+     "for i = 1, 10 do "
+     "    local proxy, w = newproxy(true), Vec.new() "
+     "    getmetatable(proxy).__gc = function(p) revived[i] = {p, w} end "
+     "end"},
+    {"RunsInACoroutineThatNeverEnds",
+     "thread = coroutine.wrap(function() while true do coroutine.yield(Vec.new()) end end) "
+     "for i = 1, 10 do thread() end"},
+    {"ChangesItsEnvironment", "setfenv(0, {})  setfenv(1, {})"});
 
 TEST_P(ScriptHabitTest, LeavesTheHostRunning)
 {
@@ -152,9 +130,7 @@ TEST_P(ScriptHabitTest, LeavesTheHostRunning)
     EXPECT_LE(m_destroyed.size(), m_made.size()); // and none of them twice
 }
 
-class ScriptMistakesTest : public UserTypeFixture
-{
-};
+using ScriptMistakesTest = UserTypeFixture;
 
 TEST_F(ScriptMistakesTest, SortWithAnOrderThatMakesNoSenseIsAnError)
 {

@@ -9,10 +9,6 @@
 namespace tbScripts::test
 {
 
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
-using ::testing::Pair;
-
 class DocumentedDeclarationsTest : public LoadingFixture
 {
 protected:

@@ -14,8 +14,6 @@
 namespace tbScripts::test
 {
 
-using ::testing::IsEmpty;
-
 using Parameters = tbMemory::BufferView<FunctionParameter>;
 
 class DummyEnvironmentTest : public LogFixture

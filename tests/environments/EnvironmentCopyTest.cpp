@@ -10,8 +10,6 @@
 namespace tbScripts::test
 {
 
-using ::testing::IsEmpty;
-
 class EnvironmentCopyTest : public EnvironmentFixture
 {
 protected:

@@ -12,7 +12,8 @@
 namespace tbScripts::test
 {
 
-using ::testing::IsEmpty;
+namespace
+{
 
 class EnvironmentExecutionTest : public EnvironmentFixture
 {
@@ -34,7 +35,6 @@ TEST_F(EnvironmentExecutionTest, SuccessIsSilentWithCode0AndMayBeRepeated)
 
     EXPECT_EQ(environment().getVar("count", 0), 2);
     EXPECT_EQ(lastOutcome(environment()), Outcome(0, true, ""));
-    EXPECT_THAT(m_log.takeEntries(), IsEmpty());
 }
 
 TEST_F(EnvironmentExecutionTest, EmptyScriptSucceeds)
@@ -55,9 +55,6 @@ TEST_F(EnvironmentExecutionTest, ScriptForNoInterpreterFailsWithCode3)
     expectFailure(3, "Script 'intro'not of the right InterpreterType. Currently expecting Lua.");
 }
 
-namespace
-{
-
 // What is wrong with a script for Lua that has nothing compiled.
 struct NoCodeRow
 {
@@ -66,38 +63,26 @@ struct NoCodeRow
     void (*act)(Script& script);
 };
 
-using test::operator<<;
+using ScriptWithoutCodeTest = OnRows<EnvironmentExecutionTest, NoCodeRow>;
 
-} // namespace
-
-class ScriptWithoutCodeTest : public EnvironmentExecutionTest,
-                              public ::testing::WithParamInterface<NoCodeRow>
-{
-};
-
-INSTANTIATE_TEST_SUITE_P(
-    Scripts,
+ROWS(
     ScriptWithoutCodeTest,
-    ::testing::Values(
-        NoCodeRow{"NeverLoaded", "return 1", [](Script&) {}},
-        NoCodeRow{"NotCompiled", "return +", [](Script& script) { script.load(); }},
-        NoCodeRow{
-            "Unloaded",
-            "return 1",
-            [](Script& script)
-            {
-                script.load();
-                script.unload();
-            }},
-        NoCodeRow{
-            "Disabled", // it still says that it is one for Lua
-            "return 1",
-            [](Script& script)
-            {
-                script.load();
-                script.setTargetInterpreter(INTERPRETER_UNKNOWN);
-            }}),
-    RowName());
+    {"NeverLoaded", "return 1", [](Script&) {}},
+    {"NotCompiled", "return +", [](Script& script) { script.load(); }},
+    {"Unloaded",
+     "return 1",
+     [](Script& script)
+     {
+         script.load();
+         script.unload();
+     }},
+    {"Disabled", // it still says that it is one for Lua
+     "return 1",
+     [](Script& script)
+     {
+         script.load();
+         script.setTargetInterpreter(INTERPRETER_UNKNOWN);
+     }});
 
 TEST_P(ScriptWithoutCodeTest, FailsWithCode4)
 {
@@ -116,9 +101,6 @@ TEST_P(ScriptWithoutCodeTest, FailsWithCode4)
         "correctly loaded.");
 }
 
-namespace
-{
-
 struct RaisingRow
 {
     const char* row;
@@ -127,31 +109,20 @@ struct RaisingRow
     const char* message;
 };
 
-} // namespace
+using RaisingScriptTest = OnRows<EnvironmentExecutionTest, RaisingRow>;
 
-class RaisingScriptTest : public EnvironmentExecutionTest,
-                          public ::testing::WithParamInterface<RaisingRow>
-{
-};
-
-INSTANTIATE_TEST_SUITE_P(
-    Scripts,
+ROWS(
     RaisingScriptTest,
-    ::testing::Values(
-        RaisingRow{
-            "ByItself",
-            "intro",
-            "\nerror('boom')",
-            "Error while executing script 'intro' : [string \"...\"]:2: boom"},
-        RaisingRow{
-            "ByTheInterpreter",
-            "intro",
-            "local nothing  nothing()",
-            "Error while executing script 'intro' : [string \"local nothing  nothing()\"]:1: "
-            "attempt to call local 'nothing' (a nil value)"},
-        RaisingRow{
-            "WithoutName", "", "error('boom', 0)", "Error while executing script '' : boom"}),
-    RowName());
+    {"ByItself",
+     "intro",
+     "\nerror('boom')",
+     "Error while executing script 'intro' : [string \"...\"]:2: boom"},
+    {"ByTheInterpreter",
+     "intro",
+     "local nothing  nothing()",
+     "Error while executing script 'intro' : [string \"local nothing  nothing()\"]:1: "
+     "attempt to call local 'nothing' (a nil value)"},
+    {"WithoutName", "", "error('boom', 0)", "Error while executing script '' : boom"});
 
 TEST_P(RaisingScriptTest, FailsWithCode5)
 {
@@ -232,9 +203,6 @@ TEST_F(EnvironmentExecutionTest, ResultIsFreshWhileAScriptRuns)
     EXPECT_EQ(during, Outcome(0, true, ""));
 }
 
-namespace
-{
-
 // What a script has the host do to its own Script while it runs.
 struct SelfChangeRow
 {
@@ -243,10 +211,7 @@ struct SelfChangeRow
     const char* lastName;
 };
 
-} // namespace
-
-class SelfChangingScriptTest : public EnvironmentExecutionTest,
-                               public ::testing::WithParamInterface<SelfChangeRow>
+class SelfChangingScriptTest : public OnRows<EnvironmentExecutionTest, SelfChangeRow>
 {
 protected:
     bool executeChanging(const std::string& sources)
@@ -257,30 +222,25 @@ protected:
     }
 };
 
-INSTANTIATE_TEST_SUITE_P(
-    Changes,
+ROWS(
     SelfChangingScriptTest,
-    ::testing::Values(
-        SelfChangeRow{"Renamed", [](auto& script) { (*script)->setName("outro"); }, "outro"},
-        SelfChangeRow{"Destroyed", [](auto& script) { script.reset(); }, "intro"},
-        SelfChangeRow{
-            "RenamedAndDestroyed",
-            [](auto& script)
-            {
-                (*script)->setName("outro");
-                script.reset();
-            },
-            "outro"},
-        SelfChangeRow{"Unloaded", [](auto& script) { (*script)->unload(); }, "intro"},
-        SelfChangeRow{
-            "LoadedAnew",
-            [](auto& script)
-            {
-                (*script)->setSources("answer = 43");
-                (*script)->load();
-            },
-            "intro"}),
-    RowName());
+    {"Renamed", [](auto& script) { (*script)->setName("outro"); }, "outro"},
+    {"Destroyed", [](auto& script) { script.reset(); }, "intro"},
+    {"RenamedAndDestroyed",
+     [](auto& script)
+     {
+         (*script)->setName("outro");
+         script.reset();
+     },
+     "outro"},
+    {"Unloaded", [](auto& script) { (*script)->unload(); }, "intro"},
+    {"LoadedAnew",
+     [](auto& script)
+     {
+         (*script)->setSources("answer = 43");
+         (*script)->load();
+     },
+     "intro"});
 
 TEST_P(SelfChangingScriptTest, RunsToItsEnd)
 {
@@ -373,5 +333,7 @@ TEST_F(EnvironmentExecutionTest, ReceiverThatRunsAScriptLeavesNoTraceInTheResult
         lastOutcome(environment()),
         Outcome(5, false, "Error while executing script 'test' : boom"));
 }
+
+} // namespace
 
 } // namespace tbScripts::test

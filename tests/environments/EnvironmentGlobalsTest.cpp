@@ -11,6 +11,9 @@
 namespace tbScripts::test
 {
 
+namespace
+{
+
 using tbMemory::StringView;
 
 using View = tbMemory::StringView;
@@ -19,12 +22,7 @@ using View = tbMemory::StringView;
 constexpr const char* LIGHT_USERDATA =
     "(function() local x  return debug.upvalueid(function() return x end, 1) end)()";
 
-class EnvironmentGlobalsTest : public EnvironmentFixture
-{
-};
-
-namespace
-{
+using EnvironmentGlobalsTest = EnvironmentFixture;
 
 // What a script sees of what the host set.
 struct SetRow
@@ -34,8 +32,6 @@ struct SetRow
     const char* expectation;               // of a script
 };
 
-using test::operator<<;
-
 double injectedNan()
 {
     const std::uint64_t bits = 0xFFFFFFFFFFFFFFFFU;
@@ -44,12 +40,7 @@ double injectedNan()
     return number;
 }
 
-} // namespace
-
-class EnvironmentSetVarTest : public EnvironmentFixture,
-                              public ::testing::WithParamInterface<SetRow>
-{
-};
+using EnvironmentSetVarTest = OnRows<EnvironmentFixture, SetRow>;
 
 TEST_P(EnvironmentSetVarTest, IsSeenByScripts)
 {
@@ -58,32 +49,27 @@ TEST_P(EnvironmentSetVarTest, IsSeenByScripts)
     run(std::string("assert(") + GetParam().expectation + ")");
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Values,
+ROWS(
     EnvironmentSetVarTest,
-    ::testing::Values(
-        SetRow{"True", [](Environment& e) { e.setVar("v", true); }, "v == true"},
-        SetRow{"False", [](Environment& e) { e.setVar("v", false); }, "v == false"},
-        SetRow{"Int", [](Environment& e) { e.setVar("v", 42); }, "v == 42"},
-        SetRow{"LowestInt", [](Environment& e) { e.setVar("v", INT_MIN); }, "v == -2147483648"},
-        SetRow{"HighestInt", [](Environment& e) { e.setVar("v", INT_MAX); }, "v == 2147483647"},
-        SetRow{
-            "FloatIsWidened",
-            [](Environment& e) { e.setVar("v", 0.1F); },
-            "v == 0.100000001490116119384765625"},
-        SetRow{"Double", [](Environment& e) { e.setVar("v", 0.1); }, "v == 0.1"},
-        SetRow{"Infinity", [](Environment& e) { e.setVar("v", HUGE_VAL); }, "v == math.huge"},
-        SetRow{
-            "NotANumber",
-            [](Environment& e) { e.setVar("v", injectedNan()); },
-            "type(v) == 'number' and v ~= v"},
-        SetRow{"String", [](Environment& e) { e.setVar("v", "text"); }, "v == 'text'"},
-        SetRow{"EmptyString", [](Environment& e) { e.setVar("v", ""); }, "v == ''"},
-        SetRow{"View", [](Environment& e) { e.setVar("v", View("textual", 4)); }, "v == 'text'"},
-        SetRow{"EndsAtItsNul", [](Environment& e) { e.setVar("v", View("a\0b", 3)); }, "v == 'a'"},
-        SetRow{"EmptyView", [](Environment& e) { e.setVar("v", View("", 0)); }, "v == ''"},
-        SetRow{"NumericString", [](Environment& e) { e.setVar("v", "12"); }, "v == '12'"}),
-    RowName());
+    {"True", [](Environment& e) { e.setVar("v", true); }, "v == true"},
+    {"False", [](Environment& e) { e.setVar("v", false); }, "v == false"},
+    {"Int", [](Environment& e) { e.setVar("v", 42); }, "v == 42"},
+    {"LowestInt", [](Environment& e) { e.setVar("v", INT_MIN); }, "v == -2147483648"},
+    {"HighestInt", [](Environment& e) { e.setVar("v", INT_MAX); }, "v == 2147483647"},
+    {"FloatIsWidened",
+     [](Environment& e) { e.setVar("v", 0.1F); },
+     "v == 0.100000001490116119384765625"},
+    {"Double", [](Environment& e) { e.setVar("v", 0.1); }, "v == 0.1"},
+    {"Infinity", [](Environment& e) { e.setVar("v", HUGE_VAL); }, "v == math.huge"},
+    {"NotANumber",
+     [](Environment& e) { e.setVar("v", injectedNan()); },
+     "type(v) == 'number' and v ~= v"},
+    {"String", [](Environment& e) { e.setVar("v", "text"); }, "v == 'text'"},
+    {"EmptyString", [](Environment& e) { e.setVar("v", ""); }, "v == ''"},
+    {"View", [](Environment& e) { e.setVar("v", View("textual", 4)); }, "v == 'text'"},
+    {"EndsAtItsNul", [](Environment& e) { e.setVar("v", View("a\0b", 3)); }, "v == 'a'"},
+    {"EmptyView", [](Environment& e) { e.setVar("v", View("", 0)); }, "v == ''"},
+    {"NumericString", [](Environment& e) { e.setVar("v", "12"); }, "v == '12'"});
 
 // A null string is no string: the global is gone afterwards, not empty.
 TEST_F(EnvironmentGlobalsTest, NullStringIsNil)
@@ -106,9 +92,6 @@ TEST_F(EnvironmentGlobalsTest, SettingReplacesAValueOfAnotherKind)
     EXPECT_EQ(environment().getVar("v", -1), 2);
 }
 
-namespace
-{
-
 // What each form of reading makes of one and the same global.
 struct ReadRow
 {
@@ -122,10 +105,7 @@ struct ReadRow
     std::string asText; // the default is "else"
 };
 
-} // namespace
-
-class EnvironmentGetVarTest : public EnvironmentFixture,
-                              public ::testing::WithParamInterface<ReadRow>
+class EnvironmentGetVarTest : public OnRows<EnvironmentFixture, ReadRow>
 {
 protected:
     void SetUp() override { run(std::string("v = ") + GetParam().value); }
@@ -142,30 +122,27 @@ TEST_P(EnvironmentGetVarTest, IsReadAsEachKind)
     EXPECT_EQ(environment().getVar("v", "else"), GetParam().asText);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Values,
+ROWS(
     EnvironmentGetVarTest,
-    ::testing::Values(
-        ReadRow{"Nil", "nil", false, true, 77, 77.0F, 77.0, "else"},
-        ReadRow{"True", "true", true, true, 77, 77.0F, 77.0, "else"},
-        ReadRow{"False", "false", true, false, 77, 77.0F, 77.0, "else"},
-        ReadRow{"Zero", "0", true, true, 0, 0.0F, 0.0, "0"},
-        ReadRow{"One", "1", true, true, 1, 1.0F, 1.0, "1"},
-        ReadRow{"Fraction", "2.9", true, true, 2, 2.9F, 2.9, "2.9"},
-        ReadRow{"NegativeFraction", "-2.9", true, true, -2, -2.9F, -2.9, "-2.9"},
-        ReadRow{"NumericText", "'12'", true, true, 12, 12.0F, 12.0, "12"},
-        ReadRow{"HexadecimalText", "'0x10'", true, true, 16, 16.0F, 16.0, "0x10"},
-        ReadRow{"PaddedNumericText", "' 12 '", true, true, 12, 12.0F, 12.0, " 12 "},
-        ReadRow{"OtherText", "'twelve'", true, true, 77, 77.0F, 77.0, "twelve"},
-        ReadRow{"EmptyText", "''", true, true, 77, 77.0F, 77.0, ""},
-        ReadRow{"TextWithNul", "'te\\0xt'", true, true, 77, 77.0F, 77.0, std::string("te\0xt", 5)},
-        ReadRow{"Table", "{}", true, true, 77, 77.0F, 77.0, "else"},
-        ReadRow{"Function", "print", true, true, 77, 77.0F, 77.0, "else"},
-        ReadRow{"Coroutine", "coroutine.create(print)", true, true, 77, 77.0F, 77.0, "else"},
-        ReadRow{"Userdata", "newproxy()", true, true, 77, 77.0F, 77.0, "else"},
-        ReadRow{"LightUserdata", LIGHT_USERDATA, true, true, 77, 77.0F, 77.0, "else"},
-        ReadRow{"ForeignInteger", "12LL", true, true, 77, 77.0F, 77.0, "else"}),
-    RowName());
+    {"Nil", "nil", false, true, 77, 77.0F, 77.0, "else"},
+    {"True", "true", true, true, 77, 77.0F, 77.0, "else"},
+    {"False", "false", true, false, 77, 77.0F, 77.0, "else"},
+    {"Zero", "0", true, true, 0, 0.0F, 0.0, "0"},
+    {"One", "1", true, true, 1, 1.0F, 1.0, "1"},
+    {"Fraction", "2.9", true, true, 2, 2.9F, 2.9, "2.9"},
+    {"NegativeFraction", "-2.9", true, true, -2, -2.9F, -2.9, "-2.9"},
+    {"NumericText", "'12'", true, true, 12, 12.0F, 12.0, "12"},
+    {"HexadecimalText", "'0x10'", true, true, 16, 16.0F, 16.0, "0x10"},
+    {"PaddedNumericText", "' 12 '", true, true, 12, 12.0F, 12.0, " 12 "},
+    {"OtherText", "'twelve'", true, true, 77, 77.0F, 77.0, "twelve"},
+    {"EmptyText", "''", true, true, 77, 77.0F, 77.0, ""},
+    {"TextWithNul", "'te\\0xt'", true, true, 77, 77.0F, 77.0, std::string("te\0xt", 5)},
+    {"Table", "{}", true, true, 77, 77.0F, 77.0, "else"},
+    {"Function", "print", true, true, 77, 77.0F, 77.0, "else"},
+    {"Coroutine", "coroutine.create(print)", true, true, 77, 77.0F, 77.0, "else"},
+    {"Userdata", "newproxy()", true, true, 77, 77.0F, 77.0, "else"},
+    {"LightUserdata", LIGHT_USERDATA, true, true, 77, 77.0F, 77.0, "else"},
+    {"ForeignInteger", "12LL", true, true, 77, 77.0F, 77.0, "else"});
 
 TEST_F(EnvironmentGlobalsTest, DefaultStringIsReturnedAsItIs)
 {
@@ -224,9 +201,6 @@ TEST_F(EnvironmentGlobalsTest, StringOutlivesOtherReadingsWhileItsValueLives)
     EXPECT_EQ(value, "text1");
 }
 
-namespace
-{
-
 // The int form takes the interpreter's own conversion and keeps the low 32 bits.
 struct IntRow
 {
@@ -235,12 +209,7 @@ struct IntRow
     int expected;
 };
 
-} // namespace
-
-class EnvironmentGetIntTest : public EnvironmentFixture,
-                              public ::testing::WithParamInterface<IntRow>
-{
-};
+using EnvironmentGetIntTest = OnRows<EnvironmentFixture, IntRow>;
 
 TEST_P(EnvironmentGetIntTest, KeepsTheLowBits)
 {
@@ -249,29 +218,26 @@ TEST_P(EnvironmentGetIntTest, KeepsTheLowBits)
     EXPECT_EQ(environment().getVar("v", 77), GetParam().expected);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Values,
+ROWS(
     EnvironmentGetIntTest,
-    ::testing::Values(
-        IntRow{"HighestInt", "2147483647", 2147483647},
-        IntRow{"OneMoreThanTheHighestInt", "2147483648", INT_MIN},
-        IntRow{"LowestInt", "-2147483648", INT_MIN},
-        IntRow{"OneLessThanTheLowestInt", "-2147483649", 2147483647},
-        IntRow{"HighestUnsigned", "4294967295", -1},
-        IntRow{"Bit32", "4294967296", 0},
-        IntRow{"Bit32AndOne", "4294967297", 1},
-        IntRow{"MinusBit32AndOne", "-4294967297", -1},
-        IntRow{"Bit62AndManyMore", "4611686018427389952", 2048},
-        IntRow{"Bit63", "9223372036854775808", 0},
-        IntRow{"Huge", "1e300", 0},
-        IntRow{"HugeNegative", "-1e300", 0},
-        IntRow{"Infinity", "math.huge", 0},
-        IntRow{"NegativeInfinity", "-math.huge", 0},
-        IntRow{"NotANumber", "0/0", 0},
-        IntRow{"HugeText", "'4294967297'", 1},
-        IntRow{"AlmostOne", "0.999999", 0},
-        IntRow{"AlmostMinusOne", "-0.999999", 0}),
-    RowName());
+    {"HighestInt", "2147483647", 2147483647},
+    {"OneMoreThanTheHighestInt", "2147483648", INT_MIN},
+    {"LowestInt", "-2147483648", INT_MIN},
+    {"OneLessThanTheLowestInt", "-2147483649", 2147483647},
+    {"HighestUnsigned", "4294967295", -1},
+    {"Bit32", "4294967296", 0},
+    {"Bit32AndOne", "4294967297", 1},
+    {"MinusBit32AndOne", "-4294967297", -1},
+    {"Bit62AndManyMore", "4611686018427389952", 2048},
+    {"Bit63", "9223372036854775808", 0},
+    {"Huge", "1e300", 0},
+    {"HugeNegative", "-1e300", 0},
+    {"Infinity", "math.huge", 0},
+    {"NegativeInfinity", "-math.huge", 0},
+    {"NotANumber", "0/0", 0},
+    {"HugeText", "'4294967297'", 1},
+    {"AlmostOne", "0.999999", 0},
+    {"AlmostMinusOne", "-0.999999", 0});
 
 TEST_F(EnvironmentGlobalsTest, FloatBeyondItsRangeIsInfinite)
 {
@@ -304,9 +270,7 @@ TEST_F(EnvironmentGlobalsTest, TextOfAFractionHasFourteenDigits)
 }
 
 // Names of globals: plain keys, that end at their first NUL or with the view.
-class EnvironmentNamesTest : public EnvironmentFixture
-{
-};
+using EnvironmentNamesTest = EnvironmentFixture;
 
 TEST_F(EnvironmentNamesTest, DottedNameIsOneKeyAndReachesIntoNoTable)
 {
@@ -419,5 +383,7 @@ TEST_F(EnvironmentNamesTest, FunctionMayBeDeclaredUnderTheEmptyString)
     ASSERT_NE(function, nullptr);
     run("assert(type(_G['']) == 'function')");
 }
+
+} // namespace
 
 } // namespace tbScripts::test

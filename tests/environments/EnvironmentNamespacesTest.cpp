@@ -8,9 +8,7 @@
 namespace tbScripts::test
 {
 
-class EnvironmentNamespacesTest : public NamespaceFixture
-{
-};
+using EnvironmentNamespacesTest = NamespaceFixture;
 
 TEST_F(EnvironmentNamespacesTest, ClearingTakesTheEntriesOfATypeOfTheSameNameButItsFinaliser)
 {
@@ -100,14 +98,11 @@ protected:
     const std::string m_name = GetParam().name;
 };
 
-INSTANTIATE_TEST_SUITE_P(
-    Names,
+ROWS(
     ReservedNamespaceTest,
-    ::testing::Values(
-        ReservedNameRow{"LoadedModules", "_LOADED"},
-        ReservedNameRow{"PreloadedModules", "_PRELOAD"},
-        ReservedNameRow{"Files", "FILE*"}),
-    RowName());
+    {"LoadedModules", "_LOADED"},
+    {"PreloadedModules", "_PRELOAD"},
+    {"Files", "FILE*"});
 
 TEST_P(ReservedNamespaceTest, IsRefusedAndCountsAsDeclaredAllTheSame)
 {

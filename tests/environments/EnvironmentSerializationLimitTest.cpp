@@ -7,9 +7,6 @@
 namespace tbScripts::test
 {
 
-using ::testing::ElementsAre;
-using ::testing::SizeIs;
-
 namespace
 {
 
@@ -17,9 +14,7 @@ constexpr std::size_t USUAL_LIMIT = 268435456;
 
 } // namespace
 
-class EnvironmentSerializationLimitTest : public ScriptValueFixture
-{
-};
+using EnvironmentSerializationLimitTest = ScriptValueFixture;
 
 TEST_F(EnvironmentSerializationLimitTest, IsUsually256MiB)
 {

@@ -8,11 +8,7 @@
 namespace tbScripts::test
 {
 
-using ::testing::IsEmpty;
-
-class EnvironmentTeardownTest : public TeardownFixture
-{
-};
+using EnvironmentTeardownTest = TeardownFixture;
 
 TEST_F(EnvironmentTeardownTest, GoesFromFunctionsOverGlobalsToTheInterpreterOnce)
 {
@@ -56,7 +52,6 @@ TEST_F(EnvironmentTeardownTest, GlobalsAreClearedPastMetamethods)
     destroyEnvironment();
 
     EXPECT_EQ(m_trace.text(), "Ge");
-    EXPECT_THAT(m_log.takeEntries(), IsEmpty());
 }
 
 TEST_F(EnvironmentTeardownTest, LoadedModulesGoWithTheGlobals)
@@ -147,13 +142,10 @@ TEST_F(EnvironmentTeardownTest, FinalisersMayRaiseWhileASwitchClosesTheInterpret
     environment().setEnvironmentFor(INTERPRETER_LUA);
 
     EXPECT_EQ(m_trace.text(), "GG");
-    EXPECT_THAT(m_log.takeEntries(), IsEmpty());
 }
 
 // What the host may still do while an environment ends, and ends that come from inside.
-class EnvironmentTeardownCallsTest : public TeardownFixture
-{
-};
+using EnvironmentTeardownCallsTest = TeardownFixture;
 
 // The end of a callable is host code, which may call the environment that is being destroyed.
 TEST_F(EnvironmentTeardownCallsTest, NothingIsFoundDeclaredReadOrSetMeanwhile)

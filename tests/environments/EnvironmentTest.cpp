@@ -2,15 +2,12 @@
 
 #include "support/EnvironmentFixture.h"
 #include "support/Execution.h"
+#include "support/RowName.h"
 
 namespace tbScripts::test
 {
 
-using ::testing::IsEmpty;
-
-class EnvironmentTest : public EnvironmentFixture
-{
-};
+using EnvironmentTest = EnvironmentFixture;
 
 class NewEnvironmentTest : public LogFixture
 {
@@ -120,10 +117,7 @@ TEST_F(EnvironmentTest, ResultReferenceOutlivesASwitchAndShowsRunsAfterIt)
 }
 
 // Every value but that of Lua is unknown, none included.
-class UnknownInterpreterTest : public EnvironmentFixture,
-                               public ::testing::WithParamInterface<std::uint32_t>
-{
-};
+using UnknownInterpreterTest = OnValues<EnvironmentFixture, std::uint32_t>;
 
 TEST_P(UnknownInterpreterTest, IsLoggedAndDisables)
 {
@@ -208,9 +202,7 @@ TEST_F(EnvironmentTest, AnotherEnvironmentMayBeSwitchedFromInside)
 }
 
 // Collections that the host asks for.
-class EnvironmentCollectionTest : public EnvironmentFixture
-{
-};
+using EnvironmentCollectionTest = EnvironmentFixture;
 
 TEST_F(EnvironmentCollectionTest, CollectsWhatNothingRefersToAndRunsFinalisers)
 {

@@ -50,7 +50,6 @@ TEST_F(EnvironmentUserTypesTest, InertTypeDeclaresNothing)
     type->clear();
 
     EXPECT_FALSE(environment().isVarSet("T"));
-    expectLogged({});
 }
 
 TEST_F(EnvironmentUserTypesTest, InertTypeIsDestroyedWithTheEnvironment)
@@ -61,7 +60,6 @@ TEST_F(EnvironmentUserTypesTest, InertTypeIsDestroyedWithTheEnvironment)
     ASSERT_EQ(CountedObject::getLiving(), 1);
     destroyEnvironment();
     EXPECT_EQ(CountedObject::getLiving(), 0);
-    expectLogged({});
 }
 
 TEST_F(EnvironmentUserTypesTest, TypeLivesAsLongAsTheLastCopy)

@@ -9,8 +9,6 @@ namespace tbScripts::test
 namespace
 {
 
-using test::operator<<;
-
 constexpr unsigned char F0 = 0xF0;
 
 struct ReadRow
@@ -160,15 +158,11 @@ struct ShortRow
 
 } // namespace
 
-class ReadRowFixture : public ScriptValueFixture, public ::testing::WithParamInterface<ReadRow>
-{
-};
+using ReadRowFixture = OnRows<ScriptValueFixture, ReadRow>;
 
-class PlainBytesTest : public ReadRowFixture
-{
-};
+using PlainBytesTest = ReadRowFixture;
 
-INSTANTIATE_TEST_SUITE_P(Values, PlainBytesTest, ::testing::ValuesIn(plainValues()), RowName());
+ROWS(PlainBytesTest, plainValues());
 
 TEST_P(PlainBytesTest, AreReadAsTheirValueWhichIsAScriptObject)
 {
@@ -178,11 +172,9 @@ TEST_P(PlainBytesTest, AreReadAsTheirValueWhichIsAScriptObject)
     EXPECT_EQ(environment().deserializeScriptObject(GetParam().bytes).getType(), 9);
 }
 
-class EntryBytesTest : public ReadRowFixture
-{
-};
+using EntryBytesTest = ReadRowFixture;
 
-INSTANTIATE_TEST_SUITE_P(Entries, EntryBytesTest, ::testing::ValuesIn(entries()), RowName());
+ROWS(EntryBytesTest, entries());
 
 TEST_P(EntryBytesTest, AreReadAsEntries)
 {
@@ -221,33 +213,24 @@ TEST_P(EntryBytesTest, AreReadInAFurtherTable)
     EXPECT_TRUE(holds(GetParam().expectation));
 }
 
-class UnreadableBytesTest : public ScriptValueFixture,
-                            public ::testing::WithParamInterface<UnreadableRow>
-{
-};
+using UnreadableBytesTest = OnRows<ScriptValueFixture, UnreadableRow>;
 
-INSTANTIATE_TEST_SUITE_P(
-    Buffers, UnreadableBytesTest, ::testing::ValuesIn(unreadable()), RowName());
+ROWS(UnreadableBytesTest, unreadable());
 
 TEST_P(UnreadableBytesTest, GiveAnEmptyReference)
 {
     EXPECT_FALSE(read(GetParam().bytes));
 }
 
-class ShortBytesTest : public ScriptValueFixture, public ::testing::WithParamInterface<ShortRow>
-{
-};
+using ShortBytesTest = OnRows<ScriptValueFixture, ShortRow>;
 
-INSTANTIATE_TEST_SUITE_P(
-    Tags,
+ROWS(
     ShortBytesTest,
-    ::testing::Values(
-        ShortRow{"Truth", 'b', 3},
-        ShortRow{"Number", 'n', 11},
-        ShortRow{"Text", 's', 2},
-        ShortRow{"Instance", 'u', 11},
-        ShortRow{"Table", '{', 7}),
-    RowName());
+    {"Truth", 'b', 3},
+    {"Number", 'n', 11},
+    {"Text", 's', 2},
+    {"Instance", 'u', 11},
+    {"Table", '{', 7});
 
 TEST_P(ShortBytesTest, AreAScriptObjectThatIsNilUnlessThereIsOneByteMore)
 {
@@ -262,9 +245,7 @@ TEST_P(ShortBytesTest, AreAScriptObjectThatIsNilUnlessThereIsOneByteMore)
     EXPECT_EQ(environment().deserializeScriptObject(Bytes{GetParam().tag}).getType(), 9);
 }
 
-class ScriptValueBytesReadTest : public ScriptValueFixture
-{
-};
+using ScriptValueBytesReadTest = ScriptValueFixture;
 
 TEST_F(ScriptValueBytesReadTest, FunctionIsAScriptFunction)
 {

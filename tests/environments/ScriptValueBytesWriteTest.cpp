@@ -6,12 +6,8 @@
 namespace tbScripts::test
 {
 
-using ::testing::IsEmpty;
-
 namespace
 {
-
-using test::operator<<;
 
 struct WriteRow
 {
@@ -87,17 +83,11 @@ std::vector<WriteRow> entries()
 
 } // namespace
 
-class ScriptValueBytesWriteRowTest : public ScriptValueFixture,
-                                     public ::testing::WithParamInterface<WriteRow>
-{
-};
+using ScriptValueBytesWriteRowTest = OnRows<ScriptValueFixture, WriteRow>;
 
-class PlainValueBytesTest : public ScriptValueBytesWriteRowTest
-{
-};
+using PlainValueBytesTest = ScriptValueBytesWriteRowTest;
 
-INSTANTIATE_TEST_SUITE_P(
-    Values, PlainValueBytesTest, ::testing::ValuesIn(plainValues()), RowName());
+ROWS(PlainValueBytesTest, plainValues());
 
 TEST_P(PlainValueBytesTest, AreOneRecord)
 {
@@ -117,11 +107,9 @@ TEST_P(PlainValueBytesTest, AreTheSameInATable)
         write(table), joined({{'{', 0, 0, 0, 'k', 'v', 0, 0}, GetParam().bytes, {'}', 0, 0, 0}}));
 }
 
-class TableEntryBytesTest : public ScriptValueBytesWriteRowTest
-{
-};
+using TableEntryBytesTest = ScriptValueBytesWriteRowTest;
 
-INSTANTIATE_TEST_SUITE_P(Entries, TableEntryBytesTest, ::testing::ValuesIn(entries()), RowName());
+ROWS(TableEntryBytesTest, entries());
 
 TEST_P(TableEntryBytesTest, StandBetweenStartAndEnd)
 {
@@ -129,9 +117,7 @@ TEST_P(TableEntryBytesTest, StandBetweenStartAndEnd)
         write(GetParam().expression), joined({{'{', 0, 0, 0}, GetParam().bytes, {'}', 0, 0, 0}}));
 }
 
-class ScriptValueBytesWriteTest : public ScriptValueFixture
-{
-};
+using ScriptValueBytesWriteTest = ScriptValueFixture;
 
 TEST_F(ScriptValueBytesWriteTest, NothingIsWrittenForNil)
 {

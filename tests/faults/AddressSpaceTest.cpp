@@ -58,8 +58,6 @@ struct GreedyRow
     const char* sources;
 };
 
-using test::operator<<;
-
 } // namespace
 
 class AddressSpaceFixture : public UserTypeFixture
@@ -82,7 +80,7 @@ protected:
     }
 };
 
-class GreedyScriptTest : public AddressSpaceFixture, public ::testing::WithParamInterface<GreedyRow>
+class GreedyScriptTest : public OnRows<AddressSpaceFixture, GreedyRow>
 {
 protected:
     int runGreedily()
@@ -104,23 +102,17 @@ protected:
     }
 };
 
-INSTANTIATE_TEST_SUITE_P(
-    Scripts,
+ROWS(
     GreedyScriptTest,
-    ::testing::Values(
-        GreedyRow{"Tables", "local all = {} while true do all[#all + 1] = {} end"},
-        GreedyRow{"Texts", "local all = {} for i = 1, 1e9 do all[i] = ('a'):rep(1000) .. i end"},
-        GreedyRow{"OneText", "local all = 'a' while true do all = all .. all end"},
-        GreedyRow{
-            "CompiledLoop",
-            "local all = {} for i = 1, 1000 do all[i] = i end "
-            "for i = 1, 1e9 do all[i] = {i, i + 1} end"},
-        GreedyRow{"InterpretedLoop", "jit.off() local all = {} for i = 1, 1e9 do all[i] = {i} end"},
-        GreedyRow{"Instances", "local all = {} while true do all[#all + 1] = Vec.new() end"},
-        GreedyRow{
-            "Coroutines",
-            "local all = {} while true do all[#all + 1] = coroutine.wrap(print) end"}),
-    RowName());
+    {"Tables", "local all = {} while true do all[#all + 1] = {} end"},
+    {"Texts", "local all = {} for i = 1, 1e9 do all[i] = ('a'):rep(1000) .. i end"},
+    {"OneText", "local all = 'a' while true do all = all .. all end"},
+    {"CompiledLoop",
+     "local all = {} for i = 1, 1000 do all[i] = i end "
+     "for i = 1, 1e9 do all[i] = {i, i + 1} end"},
+    {"InterpretedLoop", "jit.off() local all = {} for i = 1, 1e9 do all[i] = {i} end"},
+    {"Instances", "local all = {} while true do all[#all + 1] = Vec.new() end"},
+    {"Coroutines", "local all = {} while true do all[#all + 1] = coroutine.wrap(print) end"});
 
 TEST_P(GreedyScriptTest, FailsAndLeavesAUsableEnvironment)
 {

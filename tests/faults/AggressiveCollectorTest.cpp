@@ -2,6 +2,7 @@
 // as soon as one ends, and every host function collects everything. Nothing may differ.
 
 #include "support/EnvironmentFixture.h"
+#include "support/RowName.h"
 
 #include <functional>
 #include <string>
@@ -10,8 +11,6 @@
 
 namespace tbScripts::test
 {
-
-using ::testing::ElementsAre;
 
 enum class COLLECTOR
 {
@@ -66,11 +65,7 @@ protected:
     }
 };
 
-INSTANTIATE_TEST_SUITE_P(
-    Collectors,
-    AggressiveCollectorTest,
-    ::testing::Values(COLLECTOR::AS_USUAL, COLLECTOR::AGGRESSIVE),
-    ::testing::PrintToStringParamName());
+VALUES(AggressiveCollectorTest, ::testing::Values(COLLECTOR::AS_USUAL, COLLECTOR::AGGRESSIVE));
 
 TEST_P(AggressiveCollectorTest, TextsSurviveTheirWayThroughTheHost)
 {

@@ -12,9 +12,6 @@
 namespace tbScripts::test
 {
 
-using ::testing::Each;
-using ::testing::SizeIs;
-
 class CallDepthTest : public EnvironmentFixture
 {
 protected:

@@ -23,28 +23,21 @@ struct NestingRow
     const char* repeated;
 };
 
-using test::operator<<;
-
 } // namespace
 
-class DeepSourceTest : public LogFixture, public ::testing::WithParamInterface<NestingRow>
-{
-};
+using DeepSourceTest = OnRows<LogFixture, NestingRow>;
 
-INSTANTIATE_TEST_SUITE_P(
-    Nestings,
+ROWS(
     DeepSourceTest,
-    ::testing::Values(
-        NestingRow{"Parentheses", "return ", "("},
-        NestingRow{"Tables", "return ", "{"},
-        NestingRow{"Concatenations", "return 'a'", "..'a'"},
-        NestingRow{"Operators", "return ", "not "},
-        NestingRow{"Minuses", "return ", "- "},
-        NestingRow{"Functions", "", "function f() "},
-        NestingRow{"Blocks", "", "do "},
-        NestingRow{"Calls", "f", "(f"},
-        NestingRow{"Indices", "return a", "[a"}),
-    RowName());
+    {"Parentheses", "return ", "("},
+    {"Tables", "return ", "{"},
+    {"Concatenations", "return 'a'", "..'a'"},
+    {"Operators", "return ", "not "},
+    {"Minuses", "return ", "- "},
+    {"Functions", "", "function f() "},
+    {"Blocks", "", "do "},
+    {"Calls", "f", "(f"},
+    {"Indices", "return a", "[a"});
 
 TEST_P(DeepSourceTest, IsASyntaxErrorOnASmallStack)
 {

@@ -20,8 +20,6 @@
 namespace tbScripts::test
 {
 
-using ::testing::ElementsAre;
-
 namespace
 {
 
@@ -65,8 +63,6 @@ bool isTemporary(const std::string& name)
     return name.size() > begin.size() + end.size() && name.compare(0, begin.size(), begin) == 0 &&
            name.compare(name.size() - end.size(), end.size(), end) == 0;
 }
-
-} // namespace
 
 class FileReplacementTest : public LoadingFixture
 {
@@ -134,9 +130,6 @@ TEST_F(FileReplacementTest, ProcessThatDiesOfItsFilesSizeLeavesTheOldFile)
     EXPECT_THAT(listWithoutTemporaries(), ElementsAre("file"));
 }
 
-namespace
-{
-
 // A disk that cannot take a new file beside the old one.
 struct DiskRow
 {
@@ -146,22 +139,13 @@ struct DiskRow
     std::size_t newSize;
 };
 
-using test::operator<<;
+using FullDiskTest = OnRows<FileReplacementTest, DiskRow>;
 
-} // namespace
-
-class FullDiskTest : public FileReplacementTest, public ::testing::WithParamInterface<DiskRow>
-{
-};
-
-INSTANTIATE_TEST_SUITE_P(
-    Disks,
+ROWS(
     FullDiskTest,
-    ::testing::Values(
-        DiskRow{"TooSmallForTheNewFile", "size=64k", 3, 100000},
-        DiskRow{"TooSmallForBothFiles", "size=64k", 40000, 40000},
-        DiskRow{"WithoutRoomForMoreNames", "size=64k,nr_inodes=2", 3, 1000}),
-    RowName());
+    {"TooSmallForTheNewFile", "size=64k", 3, 100000},
+    {"TooSmallForBothFiles", "size=64k", 40000, 40000},
+    {"WithoutRoomForMoreNames", "size=64k,nr_inodes=2", 3, 1000});
 
 TEST_P(FullDiskTest, LeavesTheOldFile)
 {
@@ -227,9 +211,6 @@ TEST_F(FileReplacementTest, MountedFileIsWrittenInPlace)
     EXPECT_THAT(m_folder.list(), ElementsAre("file", "outside"));
 }
 
-namespace
-{
-
 constexpr int KILLS = 200;
 constexpr unsigned int LONGEST_WAIT = 15000000; // steps of an empty loop, a save or two long
 
@@ -239,8 +220,6 @@ void dawdle(unsigned int steps)
     for (volatile unsigned int i = 0; i < steps;)
         i = i + 1;
 }
-
-} // namespace
 
 // Saves a project with a script "a" over and over, with different sources in turn.
 class SaveInterruptionTest : public FileReplacementTest
@@ -317,5 +296,7 @@ TEST_F(SaveInterruptionTest, NextProcessSavesAfterAKill)
 
     EXPECT_EQ(m_folder.read("level_scripts.tbscripts"), m_first);
 }
+
+} // namespace
 
 } // namespace tbScripts::test

@@ -8,7 +8,6 @@
 #include <tbScripts/ProjectLoader.h>
 
 #include <functional>
-#include <ostream>
 #include <string>
 
 namespace tbScripts::test
@@ -16,8 +15,6 @@ namespace tbScripts::test
 
 using namespace std::string_literals;
 using tbMemory::StringView;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 namespace
 {
@@ -38,8 +35,6 @@ struct HostileDocument
     std::string error;
     std::string context;
 };
-
-using test::operator<<;
 
 std::vector<HostileDocument> allHostileDocuments()
 {
@@ -121,13 +116,9 @@ std::vector<HostileDocument> allHostileDocuments()
 
 } // namespace
 
-class HostileDocumentTest : public LoadingFixture,
-                            public ::testing::WithParamInterface<HostileDocument>
-{
-};
+using HostileDocumentTest = OnRows<LoadingFixture, HostileDocument>;
 
-INSTANTIATE_TEST_SUITE_P(
-    Documents, HostileDocumentTest, ::testing::ValuesIn(allHostileDocuments()), RowName());
+ROWS(HostileDocumentTest, allHostileDocuments());
 
 TEST_P(HostileDocumentTest, IsAParsingErrorAsDeclarationsAndAProjectWithoutScripts)
 {

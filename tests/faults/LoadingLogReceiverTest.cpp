@@ -14,9 +14,6 @@
 namespace tbScripts::test
 {
 
-using ::testing::ElementsAre;
-using ::testing::SizeIs;
-
 namespace
 {
 

@@ -17,8 +17,6 @@
 namespace tbScripts::test
 {
 
-using ::testing::SizeIs;
-
 namespace
 {
 
@@ -49,8 +47,6 @@ struct Trigger
     void (*pull)(Environment& environment);
     const char* firstMessage;
 };
-
-using test::operator<<;
 
 bool callGlobal(Environment& environment, const char* name, FUNCTION_PARAMETER_TYPE output)
 {
@@ -153,7 +149,7 @@ std::vector<Trigger> allTriggers()
 
 } // namespace
 
-class LogReceiverTest : public ::testing::Test, public ::testing::WithParamInterface<Trigger>
+class LogReceiverTest : public OnRows<::testing::Test, Trigger>
 {
 protected:
     LogReceiverTest()
@@ -187,7 +183,7 @@ private:
     std::shared_ptr<int> m_witness;
 };
 
-INSTANTIATE_TEST_SUITE_P(Triggers, LogReceiverTest, ::testing::ValuesIn(allTriggers()), RowName());
+ROWS(LogReceiverTest, allTriggers());
 
 TEST_P(LogReceiverTest, MayDestroyTheEnvironmentThatItIsToldAbout)
 {

@@ -3,15 +3,13 @@
 
 #include "support/CallContextFixture.h"
 #include "support/GlobalOperations.h"
+#include "support/RowName.h"
 
 #include <memory>
 #include <string>
 
 namespace tbScripts::test
 {
-
-using ::testing::Each;
-using ::testing::SizeIs;
 
 namespace
 {
@@ -46,16 +44,9 @@ protected:
     static LogEntry failure() { return LogEntry{"finaliser failed", "LuaEnvironment"}; }
 };
 
-class RaisingFinaliserAccessTest : public RaisingFinaliserFixture,
-                                   public ::testing::WithParamInterface<GlobalOperation>
-{
-};
+using RaisingFinaliserAccessTest = OnValues<RaisingFinaliserFixture, GlobalOperation>;
 
-INSTANTIATE_TEST_SUITE_P(
-    Accesses,
-    RaisingFinaliserAccessTest,
-    ::testing::ValuesIn(allGlobalOperations()),
-    ::testing::PrintToStringParamName());
+VALUES(RaisingFinaliserAccessTest, ::testing::ValuesIn(allGlobalOperations()));
 
 TEST_P(RaisingFinaliserAccessTest, IsAnsweredNeutrallyAndLoggedAndTheNextAccessWorks)
 {
@@ -70,16 +61,9 @@ TEST_P(RaisingFinaliserAccessTest, IsAnsweredNeutrallyAndLoggedAndTheNextAccessW
     EXPECT_EQ(environment().getVar("known", 0), 42);
 }
 
-class RaisingFinaliserTest : public RaisingFinaliserFixture,
-                             public ::testing::WithParamInterface<CALL_CONTEXT>
-{
-};
+using RaisingFinaliserTest = OnValues<RaisingFinaliserFixture, CALL_CONTEXT>;
 
-INSTANTIATE_TEST_SUITE_P(
-    Contexts,
-    RaisingFinaliserTest,
-    ::testing::ValuesIn(allCallContexts()),
-    ::testing::PrintToStringParamName());
+VALUES(RaisingFinaliserTest, ::testing::ValuesIn(allCallContexts()));
 
 TEST_P(RaisingFinaliserTest, CollectionLogsEachFinaliserAndGoesOn)
 {
@@ -104,9 +88,7 @@ TEST_P(RaisingFinaliserTest, EndOfTheEnvironmentLogsEachFinaliser)
     EXPECT_THAT(entries, Each(failure()));
 }
 
-class RaisingFinaliserCallTest : public RaisingFinaliserFixture
-{
-};
+using RaisingFinaliserCallTest = RaisingFinaliserFixture;
 
 TEST_F(RaisingFinaliserCallTest, ReleaseOfAReferenceDoesNotMeetIt)
 {

@@ -2,6 +2,7 @@
 // where there is no more room on the interpreter's stack.
 
 #include "support/CallContextFixture.h"
+#include "support/RowName.h"
 #include "support/ScriptValueFixture.h"
 
 #include <memory>
@@ -9,9 +10,6 @@
 
 namespace tbScripts::test
 {
-
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 namespace
 {
@@ -37,11 +35,7 @@ protected:
     ScriptValueContextTest() { run(std::string("value = ") + NESTED); }
 };
 
-INSTANTIATE_TEST_SUITE_P(
-    Contexts,
-    ScriptValueContextTest,
-    ::testing::ValuesIn(allCallContexts()),
-    ::testing::PrintToStringParamName());
+VALUES(ScriptValueContextTest, ::testing::ValuesIn(allCallContexts()));
 
 TEST_P(ScriptValueContextTest, TablesAndFunctionsAreWrittenAndRead)
 {
@@ -74,9 +68,7 @@ TEST_P(ScriptValueContextTest, CycleIsNotWritten)
     EXPECT_TRUE(bytes.empty());
 }
 
-class ScriptValueCallsTest : public ScriptValueFixture
-{
-};
+using ScriptValueCallsTest = ScriptValueFixture;
 
 TEST_F(ScriptValueCallsTest, RaisingFinaliserGivesNoBytesIsLoggedAndLeavesTheOwnersAsTheyWere)
 {
@@ -152,9 +144,7 @@ TEST_F(ScriptValueCallsTest, FunctionThatACoroutineReadsHasTheEnvironmentsGlobal
 }
 
 // The number of arguments of a host function, around what the interpreter gives to one.
-class FullStackTest : public ScriptValueFixture, public ::testing::WithParamInterface<int>
-{
-};
+using FullStackTest = OnValues<ScriptValueFixture, int>;
 
 INSTANTIATE_TEST_SUITE_P(
     Arguments,

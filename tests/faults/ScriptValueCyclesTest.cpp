@@ -10,9 +10,6 @@
 namespace tbScripts::test
 {
 
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
-
 namespace
 {
 
@@ -24,31 +21,25 @@ struct TableRow
 
 using test::operator<<;
 
-} // namespace
-
-class CyclicTableTest : public ScriptValueFixture, public ::testing::WithParamInterface<TableRow>
+class CyclicTableTest : public OnRows<ScriptValueFixture, TableRow>
 {
 protected:
     CyclicTableTest() { run(GetParam().code); }
 };
 
-INSTANTIATE_TEST_SUITE_P(
-    Tables,
+ROWS(
     CyclicTableTest,
-    ::testing::Values(
-        TableRow{"Direct", "v = {} v.v = v"},
-        TableRow{"DirectAmongOthers", "v = {1, 2, {3}, {4}, 'text'} v.v = v"},
-        TableRow{"ThroughAChild", "v = {child = {}} v.child.parent = v"},
-        TableRow{"ThroughTwoLevels", "v = {{{}}} v[1][1][1] = v"},
-        TableRow{"OfAChild", "v = {{}} v[1][1] = v[1]"},
-        TableRow{"OfAGrandchild", "v = {{{}}} v[1][1][1] = v[1]"},
-        TableRow{"OfAllChildren", "v = {} for i = 1, 100 do v[i] = {parent = v} end"},
-        TableRow{
-            "AmongChildrenThatAreDeeper",
-            "v = {} local t = v for i = 1, 50 do t.a = {{{{}}}, 1, {}} t.z = {} t = t.z end"
-            " t.z = v"},
-        TableRow{"ThroughItsMetatableOfAnotherValue", "v = setmetatable({}, {}) v[1] = v"}),
-    RowName());
+    {"Direct", "v = {} v.v = v"},
+    {"DirectAmongOthers", "v = {1, 2, {3}, {4}, 'text'} v.v = v"},
+    {"ThroughAChild", "v = {child = {}} v.child.parent = v"},
+    {"ThroughTwoLevels", "v = {{{}}} v[1][1][1] = v"},
+    {"OfAChild", "v = {{}} v[1][1] = v[1]"},
+    {"OfAGrandchild", "v = {{{}}} v[1][1][1] = v[1]"},
+    {"OfAllChildren", "v = {} for i = 1, 100 do v[i] = {parent = v} end"},
+    {"AmongChildrenThatAreDeeper",
+     "v = {} local t = v for i = 1, 50 do t.a = {{{{}}}, 1, {}} t.z = {} t = t.z end"
+     " t.z = v"},
+    {"ThroughItsMetatableOfAnotherValue", "v = setmetatable({}, {}) v[1] = v"});
 
 TEST_P(CyclicTableTest, CannotBeWrittenNorAsPartOfAnotherAndLeavesTheOwnersOfItsInstances)
 {
@@ -100,23 +91,17 @@ TEST_P(CycleLengthTest, DoesNotMatterUnlessTheRoundIsOpened)
         8U + static_cast<unsigned>(length - 1) * ((8 + 8) + (8 + 8) + 24));
 }
 
-class SharedTableTest : public ScriptValueFixture, public ::testing::WithParamInterface<TableRow>
-{
-};
+using SharedTableTest = OnRows<ScriptValueFixture, TableRow>;
 
-INSTANTIATE_TEST_SUITE_P(
-    Tables,
+ROWS(
     SharedTableTest,
-    ::testing::Values(
-        TableRow{"Beside", "local s = {7} v = {s, s, s, s}"},
-        TableRow{"BesideAndBelow", "local s = {7} v = {s, {s, {s, {s, {s}}}}, s}"},
-        TableRow{"BelowAndBeside", "local s = {7} v = {{{{{s}, s}, s}, s}, s}"},
-        TableRow{
-            "AtEveryDepth",
-            "local s = {7} v = {} local t = v"
-            " for i = 1, 200 do t.before = s t.next = {} t.zafter = s t = t.next end"},
-        TableRow{"TwiceInEachOfSixteen", "v = {7} for i = 1, 16 do v = {v, v} end"}),
-    RowName());
+    {"Beside", "local s = {7} v = {s, s, s, s}"},
+    {"BesideAndBelow", "local s = {7} v = {s, {s, {s, {s, {s}}}}, s}"},
+    {"BelowAndBeside", "local s = {7} v = {{{{{s}, s}, s}, s}, s}"},
+    {"AtEveryDepth",
+     "local s = {7} v = {} local t = v"
+     " for i = 1, 200 do t.before = s t.next = {} t.zafter = s t = t.next end"},
+    {"TwiceInEachOfSixteen", "v = {7} for i = 1, 16 do v = {v, v} end"});
 
 TEST_P(SharedTableTest, IsWrittenAsOftenAsItIsReached)
 {
@@ -131,9 +116,6 @@ TEST_P(SharedTableTest, IsWrittenAsOftenAsItIsReached)
 
 // Values that nest deeper than the C stack and the interpreter's stack reach.
 
-namespace
-{
-
 constexpr int DEPTHS[] = {1, 2, 62, 63, 64, 65, 66, 127, 128, 129, 1000, 10000, 100000};
 
 // Tables in tables, each with an entry before and one after the next: `depth` of them.
@@ -142,8 +124,6 @@ std::string nested(int depth)
     return "(function() local v = {} local t = v for i = 2, " + std::to_string(depth) +
            " do t[1] = i t[2] = {} t[3] = 'after' t = t[2] end t[1] = 'last' return v end)()";
 }
-
-} // namespace
 
 class ScriptValueDepthTest : public ScriptValueFixture, public ::testing::WithParamInterface<int>
 {
@@ -224,5 +204,7 @@ TEST_P(ScriptValueDepthTest, WithoutEndsCannotBeRead)
 
     EXPECT_FALSE(read(bytes));
 }
+
+} // namespace
 
 } // namespace tbScripts::test

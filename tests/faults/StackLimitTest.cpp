@@ -2,14 +2,13 @@
 // as scripts do; nothing is written beyond the end.
 
 #include "support/EnvironmentFixture.h"
+#include "support/RowName.h"
 
 #include <string>
 #include <vector>
 
 namespace tbScripts::test
 {
-
-using ::testing::IsEmpty;
 
 class StackLimitTest : public EnvironmentFixture
 {
@@ -30,9 +29,7 @@ protected:
     std::vector<FunctionParameter> m_outputs{FunctionParameter(0), FunctionParameter(0)};
 };
 
-class ManyInputsTest : public StackLimitTest, public ::testing::WithParamInterface<int>
-{
-};
+using ManyInputsTest = OnValues<StackLimitTest, int>;
 
 INSTANTIATE_TEST_SUITE_P(
     Counts, ManyInputsTest, ::testing::Values(1, 19, 20, 21, 300, 8000, 10000, 20000));

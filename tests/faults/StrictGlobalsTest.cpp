@@ -3,6 +3,7 @@
 
 #include "support/CallContextFixture.h"
 #include "support/GlobalOperations.h"
+#include "support/RowName.h"
 
 #include <string>
 #include <tuple>
@@ -28,7 +29,7 @@ std::string rowName(const ::testing::TestParamInfo<Row>& row)
 
 } // namespace
 
-class StrictGlobalsTest : public CallContextFixture, public ::testing::WithParamInterface<Row>
+class StrictGlobalsTest : public OnValues<CallContextFixture, Row>
 {
 protected:
     const GlobalOperation& operation() const { return std::get<0>(GetParam()); }
@@ -59,16 +60,9 @@ TEST_P(StrictGlobalsTest, AccessIsAnsweredNeutrallyAndLoggedAndTheNextIsOneLikeA
     EXPECT_EQ(known, 42);
 }
 
-class StrictGlobalsContextTest : public CallContextFixture,
-                                 public ::testing::WithParamInterface<CALL_CONTEXT>
-{
-};
+using StrictGlobalsContextTest = OnValues<CallContextFixture, CALL_CONTEXT>;
 
-INSTANTIATE_TEST_SUITE_P(
-    Contexts,
-    StrictGlobalsContextTest,
-    ::testing::ValuesIn(allCallContexts()),
-    ::testing::PrintToStringParamName());
+VALUES(StrictGlobalsContextTest, ::testing::ValuesIn(allCallContexts()));
 
 TEST_P(StrictGlobalsContextTest, EndOfAnEnvironmentLogsWhatItsFunctionsCannotRemove)
 {
@@ -241,16 +235,9 @@ TEST_F(ProxyGlobalsTest, MetamethodThatCallsTheHostSeesItsOwnEnvironment)
     EXPECT_EQ(environment().getVar("score", -1), 9);
 }
 
-class ProxyGlobalsContextTest : public CallContextFixture,
-                                public ::testing::WithParamInterface<CALL_CONTEXT>
-{
-};
+using ProxyGlobalsContextTest = OnValues<CallContextFixture, CALL_CONTEXT>;
 
-INSTANTIATE_TEST_SUITE_P(
-    Contexts,
-    ProxyGlobalsContextTest,
-    ::testing::ValuesIn(allCallContexts()),
-    ::testing::PrintToStringParamName());
+VALUES(ProxyGlobalsContextTest, ::testing::ValuesIn(allCallContexts()));
 
 TEST_P(ProxyGlobalsContextTest, WhatWasSetIsRead)
 {

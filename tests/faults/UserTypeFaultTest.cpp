@@ -6,14 +6,11 @@
 #include <tbScripts/Namespace.h>
 
 #include <algorithm>
-#include <ostream>
 #include <stdexcept>
 #include <tuple>
 
 namespace tbScripts::test
 {
-
-using ::testing::IsEmpty;
 
 namespace
 {
@@ -131,9 +128,7 @@ protected:
 };
 
 /// What is left to the interpreter.
-class UserTypeUncaughtTest : public UserTypeThrowTest
-{
-};
+using UserTypeUncaughtTest = UserTypeThrowTest;
 
 TEST_P(UserTypeUncaughtTest, IsAScriptErrorWithoutTextThatLeavesTheTypeAsItWas)
 {
@@ -177,9 +172,7 @@ INSTANTIATE_TEST_SUITE_P(
     ::testing::Combine(::testing::Values(METHOD), ::testing::Values(OTHER)),
     &rowOf);
 
-class UserTypeRaisedTextTest : public UserTypeThrowTest
-{
-};
+using UserTypeRaisedTextTest = UserTypeThrowTest;
 
 TEST_P(UserTypeRaisedTextTest, IsTheErrorAndNotLogged)
 {
@@ -192,9 +185,7 @@ INSTANTIATE_TEST_SUITE_P(
     ::testing::Combine(::testing::Values(SETTER, ARRAY_READ, ARRAY_WRITE), ::testing::Values(TEXT)),
     &rowOf);
 
-class UserTypeLoggedTextTest : public UserTypeThrowTest
-{
-};
+using UserTypeLoggedTextTest = UserTypeThrowTest;
 
 TEST_P(UserTypeLoggedTextTest, IsTheErrorAndLogged)
 {

@@ -67,8 +67,7 @@ protected:
     }
 };
 
-INSTANTIATE_TEST_SUITE_P(
-    Declarations, DeclarationEndTest, ::testing::ValuesIn(allDeclarations()), RowName());
+ROWS(DeclarationEndTest, allDeclarations());
 
 TEST_P(DeclarationEndTest, GivesNullIfAMetamethodDestroysTheEnvironment)
 {
@@ -136,9 +135,7 @@ TEST_P(DeclarationEndTest, SurvivesThatAnInertWayIsReleasedMeanwhile)
     EXPECT_EQ(environment().getNamespace("x"), outer);
 }
 
-class RepeatedTypeEndTest : public NamespaceFixture
-{
-};
+using RepeatedTypeEndTest = NamespaceFixture;
 
 TEST_F(RepeatedTypeEndTest, GivesNullIfTheEndOfAMethodDestroysTheEnvironment)
 {

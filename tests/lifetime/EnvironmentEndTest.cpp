@@ -17,8 +17,6 @@
 namespace tbScripts::test
 {
 
-using ::testing::ElementsAre;
-
 namespace
 {
 
@@ -39,8 +37,6 @@ public:
 private:
     std::vector<std::string>& m_events;
 };
-
-} // namespace
 
 // Scripts end the environment by `quit` and leave remarks by `note`. Two functions and a value of
 // the script tell when they go.
@@ -110,9 +106,6 @@ protected:
     std::unique_ptr<Environment> m_environment;
 };
 
-namespace
-{
-
 struct WayRow
 {
     const char* row;
@@ -171,11 +164,9 @@ std::vector<WayRow> allWays()
          }}};
 }
 
-} // namespace
-
 using EnvironmentEndTest = OnRows<EnvironmentEndFixture, WayRow>;
 
-INSTANTIATE_TEST_SUITE_P(Ways, EnvironmentEndTest, ::testing::ValuesIn(allWays()), RowName());
+ROWS(EnvironmentEndTest, allWays());
 
 TEST_P(EnvironmentEndTest, EverythingFollowsWhenTheOutermostCallReturns)
 {
@@ -202,13 +193,9 @@ TEST_P(EnvironmentEndTest, ScriptThatIsNestedDeepStaysAliveToo)
 }
 
 // The metamethods of the globals are scripts that a host call runs, too.
-using EnvironmentEndByMetamethodTest = OnRows<EnvironmentEndFixture, GlobalOperation>;
+using EnvironmentEndByMetamethodTest = OnValues<EnvironmentEndFixture, GlobalOperation>;
 
-INSTANTIATE_TEST_SUITE_P(
-    Operations,
-    EnvironmentEndByMetamethodTest,
-    ::testing::ValuesIn(allGlobalOperations()),
-    ::testing::PrintToStringParamName());
+VALUES(EnvironmentEndByMetamethodTest, ::testing::ValuesIn(allGlobalOperations()));
 
 TEST_P(EnvironmentEndByMetamethodTest, EverythingFollowsWhenTheOperationReturns)
 {
@@ -237,9 +224,7 @@ TEST_P(EnvironmentEndByMetamethodTest, ErrorAfterwardsIsLoggedBeforeTheEnd)
             "Function 'note' does not exist anymore."));
 }
 
-class EnvironmentEndDetailTest : public EnvironmentEndFixture
-{
-};
+using EnvironmentEndDetailTest = EnvironmentEndFixture;
 
 TEST_F(EnvironmentEndDetailTest, FailureAfterwardsIsReportedUnderTheLastNames)
 {
@@ -398,5 +383,7 @@ TEST_F(EnvironmentEndDetailTest, FinaliserMayEndItDuringADeclaration)
     EXPECT_EQ(m_environment, nullptr);
     EXPECT_EQ(m_events[0], "quit");
 }
+
+} // namespace
 
 } // namespace tbScripts::test

@@ -9,8 +9,6 @@
 namespace tbScripts::test
 {
 
-using ::testing::SizeIs;
-
 class FailedRivalTypeTest : public UserTypeFixture
 {
 protected:

@@ -86,7 +86,7 @@ std::string nameOf(const Case& row)
 
 } // namespace
 
-class InertNamespaceEndTest : public OnRows<NamespaceFixture, Case>
+class InertNamespaceEndTest : public OnValues<NamespaceFixture, Case>
 {
 protected:
     InertNamespaceEndTest()

@@ -8,6 +8,7 @@
 
 #include <string>
 #include <tuple>
+#include <vector>
 
 namespace tbScripts::test
 {
@@ -27,7 +28,7 @@ struct Ending
     void (*perform)(Environment& environment);
 };
 
-const MethodKind KINDS[] = {
+const std::vector<MethodKind> KINDS = {
     {"Method", [](UserType& type) { return type.setMethod("m", false); }},
     {"MethodOfAnOwnedInstance", [](UserType& type) { return type.setMethod("m", true); }},
     {"StaticMethod", [](UserType& type) { return type.setStaticMethod("m"); }},
@@ -60,7 +61,7 @@ protected:
     UserType* m_type; // good until it has ended
 };
 
-INSTANTIATE_TEST_SUITE_P(Kinds, MethodDeclarationEndTest, ::testing::ValuesIn(KINDS), RowName());
+ROWS(MethodDeclarationEndTest, KINDS);
 
 TEST_P(MethodDeclarationEndTest, GivesNullIfTheLogReceiverDestroysTheEnvironment)
 {
@@ -140,9 +141,7 @@ TEST_P(MethodDeclarationReleaseTest, GivesNullIfTheEndOfTheEarlierOneTakesIt)
     EXPECT_EQ(kind.declare(*m_type), nullptr);
 }
 
-class FunctionDeclarationEndTest : public NamespaceFixture
-{
-};
+using FunctionDeclarationEndTest = NamespaceFixture;
 
 TEST_F(FunctionDeclarationEndTest, GivesNullIfWhatWaitedReleasesTheNamespace)
 {
@@ -164,9 +163,7 @@ TEST_F(FunctionDeclarationEndTest, GivesNullIfWhatWaitedReleasesTheNamespace)
     forgetLog(); // that it was declared already
 }
 
-class EndingUserTypeTest : public NamespaceFixture
-{
-};
+using EndingUserTypeTest = NamespaceFixture;
 
 TEST_F(EndingUserTypeTest, DeclaresNothingMore)
 {

@@ -164,7 +164,7 @@ protected:
     bool m_hasEnded = false;
 };
 
-class NamespaceEndTest : public OnRows<NamespaceEndFixture, Case>
+class NamespaceEndTest : public OnValues<NamespaceEndFixture, Case>
 {
 protected:
     NamespaceEndTest()

@@ -13,8 +13,6 @@
 namespace tbScripts::test
 {
 
-using ::testing::ElementsAre;
-
 namespace
 {
 
@@ -89,7 +87,7 @@ protected:
     ScriptObjectReference m_give;
 };
 
-INSTANTIATE_TEST_SUITE_P(Ends, OutlivingReferenceTest, ::testing::ValuesIn(allEnds()), RowName());
+ROWS(OutlivingReferenceTest, allEnds());
 
 TEST_P(OutlivingReferenceTest, IsDestroyedWithoutEffect)
 {
@@ -170,9 +168,7 @@ TEST_P(OutlivingReferenceTest, CallbacksThatTheHostKeepsAreReportedDead)
     EXPECT_THAT(m_log.takeEntries(), ElementsAre(callOfNil(), callOfNil(), callOfNil()));
 }
 
-class ForeignReferenceTest : public EnvironmentFixture
-{
-};
+using ForeignReferenceTest = EnvironmentFixture;
 
 TEST_F(ForeignReferenceTest, ReferenceOfALivingEnvironmentDesignatesNothingInAnother)
 {

@@ -8,10 +8,6 @@
 namespace tbScripts::test
 {
 
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
-using ::testing::UnorderedElementsAre;
-
 class OwnedParameterTest : public UserTypeFixture
 {
 protected:

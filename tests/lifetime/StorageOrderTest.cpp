@@ -65,9 +65,7 @@ void fillMembers(Members& members)
 } // namespace
 
 template <typename Members>
-class MemberOrderTest : public LogFixture
-{
-};
+using MemberOrderTest = LogFixture;
 
 using Orders = ::testing::Types<ReferencesLast, ReferencesFirst>;
 
@@ -126,9 +124,7 @@ TYPED_TEST(MemberOrderTest, ObjectsInStaticStorageDieInTheirOrder)
         "");
 }
 
-class StorageOrderTest : public EnvironmentFixture
-{
-};
+using StorageOrderTest = EnvironmentFixture;
 
 TEST_F(StorageOrderTest, VoidIsThereBeforeMain)
 {

@@ -17,8 +17,6 @@
 namespace tbScripts::test
 {
 
-using ::testing::ElementsAre;
-
 class DepartureFixture : public EnvironmentFixture
 {
 protected:
@@ -37,13 +35,9 @@ protected:
     }
 };
 
-using TeardownAccessTest = OnRows<DepartureFixture, GlobalOperation>;
+using TeardownAccessTest = OnValues<DepartureFixture, GlobalOperation>;
 
-INSTANTIATE_TEST_SUITE_P(
-    Accesses,
-    TeardownAccessTest,
-    ::testing::ValuesIn(allGlobalOperations()),
-    ::testing::PrintToStringParamName());
+VALUES(TeardownAccessTest, ::testing::ValuesIn(allGlobalOperations()));
 
 TEST_P(TeardownAccessTest, IsNeutralWhileFunctionsGo)
 {
@@ -52,7 +46,6 @@ TEST_P(TeardownAccessTest, IsNeutralWhileFunctionsGo)
     declareDeparting("departing", [&] { answer = GetParam().perform(dying, "_VERSION"); });
     destroyEnvironment();
     EXPECT_EQ(answer, GetParam().neutralAnswer);
-    expectLogged({});
 }
 
 TEST_P(TeardownAccessTest, IsNeutralWhileTheStateCloses)
@@ -61,7 +54,6 @@ TEST_P(TeardownAccessTest, IsNeutralWhileTheStateCloses)
     finaliseBy([&] { answer = GetParam().perform(environment(), "_VERSION"); });
     restart();
     EXPECT_EQ(answer, GetParam().neutralAnswer);
-    expectLogged({});
 }
 
 namespace
@@ -101,8 +93,7 @@ std::vector<RequestRow> allRequests()
 
 using TeardownRequestTest = OnRows<DepartureFixture, RequestRow>;
 
-INSTANTIATE_TEST_SUITE_P(
-    Requests, TeardownRequestTest, ::testing::ValuesIn(allRequests()), RowName());
+ROWS(TeardownRequestTest, allRequests());
 
 TEST_P(TeardownRequestTest, IsRefusedWhileFunctionsGo)
 {
@@ -115,7 +106,6 @@ TEST_P(TeardownRequestTest, IsRefusedWhileFunctionsGo)
     destroyEnvironment();
 
     EXPECT_FALSE(isDone);
-    expectLogged({});
 }
 
 TEST_P(TeardownRequestTest, IsRefusedWhileTheStateCloses)
@@ -128,12 +118,9 @@ TEST_P(TeardownRequestTest, IsRefusedWhileTheStateCloses)
     restart();
 
     EXPECT_FALSE(isDone);
-    expectLogged({});
 }
 
-class TeardownTest : public DepartureFixture
-{
-};
+using TeardownTest = DepartureFixture;
 
 TEST_F(TeardownTest, FunctionsGoInTheOrderOfTheirDeclaration)
 {
@@ -281,7 +268,6 @@ TEST_F(TeardownTest, SwitchWhileFunctionsGoHasNoEffect)
     destroyEnvironment();
 
     EXPECT_EQ(late, nullptr);
-    expectLogged({});
 }
 
 TEST_F(TeardownTest, SwitchWhileFunctionsGoHasNoEffectWithoutInterpreterEither)

@@ -10,17 +10,11 @@
 namespace tbScripts::test
 {
 
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
-using ::testing::UnorderedElementsAre;
-
 namespace
 {
 
 const auto NO_OPERATOR = ::testing::HasSubstr("attempt to perform arithmetic");
 constexpr const char* TYPE_IS_GONE = "User type 'world::Vec' does not exist anymore.";
-
-} // namespace
 
 class UserTypeEndTest : public UserTypeFixture
 {
@@ -51,9 +45,6 @@ public:
 
     void release() { environment().getNamespace("world")->release(); }
 };
-
-namespace
-{
 
 TypeStep release()
 {
@@ -129,8 +120,6 @@ const Facts<UserTypeEndTest> FACTS(
           is("type(box)", "userdata"),
           is("getmetatable(box)", "nil")}},
     });
-
-} // namespace
 
 TEST_F(UserTypeEndTest, WhatTheDestructorCapturedLivesUntilTheLastInstanceIsDestroyed)
 {
@@ -226,5 +215,7 @@ TEST_F(UserTypeEndTest, FunctionRevivedByAFinaliserInTheCallThatEndedTheTypeIsAn
 
     raises("revived(io.stdout)", TYPE_IS_GONE);
 }
+
+} // namespace
 
 } // namespace tbScripts::test

@@ -11,11 +11,10 @@
 #include <functional>
 #include <memory>
 #include <tuple>
+#include <vector>
 
 namespace tbScripts::test
 {
-
-using ::testing::ElementsAre;
 
 namespace
 {
@@ -191,7 +190,7 @@ void collectGarbage(Environment& environment)
     environment.requestGarbageCollection();
 }
 
-const RunningKind KINDS[] = {
+const std::vector<RunningKind> KINDS = {
     {"Getter", &declareGetter, "return v['a field with a name that has memory of its own']"},
     {"Setter",
      &declareSetter,
@@ -279,9 +278,7 @@ INSTANTIATE_TEST_SUITE_P(
     { return std::string(std::get<0>(row.param).row) + "Under" + std::get<1>(row.param).row; });
 
 /// What runs when a replaced callable goes changes the type again.
-class UserTypeReplacedCallableTest : public UserTypeRedeclarationTest
-{
-};
+using UserTypeReplacedCallableTest = UserTypeRedeclarationTest;
 
 TEST_P(UserTypeReplacedCallableTest, MayChangeTheTypeAtItsEnd)
 {
@@ -385,6 +382,6 @@ TEST_P(UserTypeQuitTest, OwnedInstancesAreDestroyedOnceAllTheSame)
         EXPECT_EQ(std::count(m_destroyed.begin(), m_destroyed.end(), &vec), 1);
 }
 
-INSTANTIATE_TEST_SUITE_P(Kinds, UserTypeQuitTest, ::testing::ValuesIn(KINDS), RowName());
+ROWS(UserTypeQuitTest, KINDS);
 
 } // namespace tbScripts::test

@@ -17,8 +17,6 @@ namespace tbScripts::test
 
 using tbMemory::StringView;
 using tbResources::ResourceManager;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 class ContentLoaderOutputTest : public LoadingFixture
 {

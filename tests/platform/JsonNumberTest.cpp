@@ -9,7 +9,6 @@
 
 #include <cmath>
 #include <limits>
-#include <ostream>
 #include <string>
 
 namespace
@@ -17,10 +16,9 @@ namespace
 
 using tbExport::ExporterLoadResult;
 using tbExport::JsonExporter;
-using tbScripts::test::operator<<;
 using tbExport::Node;
 using tbMemory::String;
-using tbScripts::test::RowName;
+using tbScripts::test::OnRows;
 
 constexpr double INFINITE = std::numeric_limits<double>::infinity();
 
@@ -38,9 +36,7 @@ struct ReadRow
     double number;
 };
 
-class JsonNumberReadTest : public ::testing::TestWithParam<ReadRow>
-{
-};
+using JsonNumberReadTest = OnRows<::testing::Test, ReadRow>;
 
 TEST_P(JsonNumberReadTest, IsTheNearestDouble)
 {
@@ -52,33 +48,30 @@ TEST_P(JsonNumberReadTest, IsTheNearestDouble)
     EXPECT_EQ(std::signbit(result.getRoot()->getNumber()), std::signbit(GetParam().number));
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Texts,
+ROWS(
     JsonNumberReadTest,
-    ::testing::Values(
-        ReadRow{"zero", "0", 0.0},
-        ReadRow{"negativeZero", "-0", -0.0},
-        ReadRow{"negativeZeroWithFraction", "-0.0", -0.0},
-        ReadRow{"zeroTimesALargePower", "0e400", 0.0},
-        ReadRow{"negative", "-17", -17.0},
-        ReadRow{"fraction", "0.5", 0.5},
-        ReadRow{"exponent", "1e3", 1000.0},
-        ReadRow{"capitalExponent", "25E-1", 2.5},
-        ReadRow{"signedExponent", "1e+2", 100.0},
-        ReadRow{"digitsThatTheLibraryRoundsDown", "0.11935319286735585", 0.11935319286735585},
-        ReadRow{"digitsThatTheLibraryRoundsUp", "0.49431128204553837", 0.49431128204553837},
-        ReadRow{"largestSigned", "9223372036854775807", 9223372036854775807.0},
-        ReadRow{"smallestSigned", "-9223372036854775808", -9223372036854775808.0},
-        ReadRow{"largestUnsigned", "18446744073709551615", 18446744073709551615.0},
-        ReadRow{"beyondUnsigned", "18446744073709551616", 18446744073709551616.0},
-        ReadRow{"thirtyDigits", "123456789012345678901234567890", 1.2345678901234568e29},
-        ReadRow{"largest", "1.7976931348623157e308", 1.7976931348623157e308},
-        ReadRow{"smallest", "5e-324", 5e-324},
-        ReadRow{"belowTheSmallest", "1e-999", 0.0},
-        ReadRow{"negativeBelowTheSmallest", "-1e-999", -0.0},
-        ReadRow{"smallDespiteManyZeros", "0." + std::string(400, '0') + "1e401", 1.0},
-        ReadRow{"smallDespiteManyDigits", "1" + std::string(400, '0') + "e-400", 1.0}),
-    RowName());
+    {"zero", "0", 0.0},
+    {"negativeZero", "-0", -0.0},
+    {"negativeZeroWithFraction", "-0.0", -0.0},
+    {"zeroTimesALargePower", "0e400", 0.0},
+    {"negative", "-17", -17.0},
+    {"fraction", "0.5", 0.5},
+    {"exponent", "1e3", 1000.0},
+    {"capitalExponent", "25E-1", 2.5},
+    {"signedExponent", "1e+2", 100.0},
+    {"digitsThatTheLibraryRoundsDown", "0.11935319286735585", 0.11935319286735585},
+    {"digitsThatTheLibraryRoundsUp", "0.49431128204553837", 0.49431128204553837},
+    {"largestSigned", "9223372036854775807", 9223372036854775807.0},
+    {"smallestSigned", "-9223372036854775808", -9223372036854775808.0},
+    {"largestUnsigned", "18446744073709551615", 18446744073709551615.0},
+    {"beyondUnsigned", "18446744073709551616", 18446744073709551616.0},
+    {"thirtyDigits", "123456789012345678901234567890", 1.2345678901234568e29},
+    {"largest", "1.7976931348623157e308", 1.7976931348623157e308},
+    {"smallest", "5e-324", 5e-324},
+    {"belowTheSmallest", "1e-999", 0.0},
+    {"negativeBelowTheSmallest", "-1e-999", -0.0},
+    {"smallDespiteManyZeros", "0." + std::string(400, '0') + "1e401", 1.0},
+    {"smallDespiteManyDigits", "1" + std::string(400, '0') + "e-400", 1.0});
 
 struct PrintRow
 {
@@ -87,37 +80,32 @@ struct PrintRow
     const char* text;
 };
 
-class JsonNumberPrintTest : public ::testing::TestWithParam<PrintRow>
-{
-};
+using JsonNumberPrintTest = OnRows<::testing::Test, PrintRow>;
 
 TEST_P(JsonNumberPrintTest, IsTheShortestTextThatReadsBack)
 {
     EXPECT_EQ(print(GetParam().number), GetParam().text);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Numbers,
+ROWS(
     JsonNumberPrintTest,
-    ::testing::Values(
-        PrintRow{"zero", 0.0, "0\n"},
-        PrintRow{"negativeZero", -0.0, "-0.0\n"},
-        PrintRow{"one", 1.0, "1\n"},
-        PrintRow{"negative", -12.0, "-12\n"},
-        PrintRow{"million", 1e6, "1000000\n"},
-        PrintRow{"largestExactInteger", 9007199254740992.0, "9007199254740992\n"},
-        PrintRow{"largeInteger", 1e18, "1000000000000000000\n"},
-        PrintRow{"beyondIntegers", 1e22, "1e+22\n"},
-        PrintRow{"negativeBeyondIntegers", -1e22, "-1e+22\n"},
-        PrintRow{"tenth", 0.1, "0.1\n"},
-        PrintRow{"sumOfTenths", 0.1 + 0.2, "0.30000000000000004\n"},
-        PrintRow{"small", 1e-7, "1e-07\n"},
-        PrintRow{"largest", 1.7976931348623157e308, "1.7976931348623157e+308\n"},
-        PrintRow{"smallest", 5e-324, "5e-324\n"},
-        PrintRow{"infinity", INFINITE, "null\n"},
-        PrintRow{"negativeInfinity", -INFINITE, "null\n"},
-        PrintRow{"notANumber", std::numeric_limits<double>::quiet_NaN(), "null\n"}),
-    RowName());
+    {"zero", 0.0, "0\n"},
+    {"negativeZero", -0.0, "-0.0\n"},
+    {"one", 1.0, "1\n"},
+    {"negative", -12.0, "-12\n"},
+    {"million", 1e6, "1000000\n"},
+    {"largestExactInteger", 9007199254740992.0, "9007199254740992\n"},
+    {"largeInteger", 1e18, "1000000000000000000\n"},
+    {"beyondIntegers", 1e22, "1e+22\n"},
+    {"negativeBeyondIntegers", -1e22, "-1e+22\n"},
+    {"tenth", 0.1, "0.1\n"},
+    {"sumOfTenths", 0.1 + 0.2, "0.30000000000000004\n"},
+    {"small", 1e-7, "1e-07\n"},
+    {"largest", 1.7976931348623157e308, "1.7976931348623157e+308\n"},
+    {"smallest", 5e-324, "5e-324\n"},
+    {"infinity", INFINITE, "null\n"},
+    {"negativeInfinity", -INFINITE, "null\n"},
+    {"notANumber", std::numeric_limits<double>::quiet_NaN(), "null\n"});
 
 TEST(JsonNumberTest, WholeNumbersOfADocumentKeepTheirDigits)
 {

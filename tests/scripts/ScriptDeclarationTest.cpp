@@ -5,18 +5,16 @@
 
 #include <tbExport/Node.h>
 
-#include <ostream>
 #include <string>
 
 namespace tbScripts::test
 {
 
-using tbExport::Node;
-using tbMemory::StringView;
-using ::testing::IsEmpty;
-
 namespace
 {
+
+using tbExport::Node;
+using tbMemory::StringView;
 
 const LogEntry SCRIPT_WAS_DISABLED = {
     "Script type requested unknown. This will disable the Script.", "Script"};
@@ -43,11 +41,7 @@ Node declareSources(StringView sources)
     return node;
 }
 
-} // namespace
-
-class ScriptDeclarationTest : public ScriptFixture
-{
-};
+using ScriptDeclarationTest = ScriptFixture;
 
 TEST_F(ScriptDeclarationTest, ExportOfANewScriptHasEmptyTextsAndNoInterpreter)
 {
@@ -208,35 +202,22 @@ TEST_F(ScriptDeclarationTest, ImportUndoesExportButForTheName)
     EXPECT_EQ(script.getSources(), "x = 9");
 }
 
-namespace
-{
-
 struct UnknownType
 {
     const char* row;
     const char* text;
 };
 
-using test::operator<<;
+using ScriptDeclarationUnknownTypeTest = OnRows<ScriptFixture, UnknownType>;
 
-} // namespace
-
-class ScriptDeclarationUnknownTypeTest : public ScriptFixture,
-                                         public ::testing::WithParamInterface<UnknownType>
-{
-};
-
-INSTANTIATE_TEST_SUITE_P(
-    Texts,
+ROWS(
     ScriptDeclarationUnknownTypeTest,
-    ::testing::Values(
-        UnknownType{"CapitalLetter", "Lua"},
-        UnknownType{"CapitalLetters", "LUA"},
-        UnknownType{"Empty", ""},
-        UnknownType{"Unknown", "UNKNOWN"},
-        UnknownType{"BlankBehind", "lua "},
-        UnknownType{"Number", "1"}),
-    RowName());
+    {"CapitalLetter", "Lua"},
+    {"CapitalLetters", "LUA"},
+    {"Empty", ""},
+    {"Unknown", "UNKNOWN"},
+    {"BlankBehind", "lua "},
+    {"Number", "1"});
 
 TEST_P(ScriptDeclarationUnknownTypeTest, DisablesTheScriptIsLoggedAndLeavesTheSourcesToBeTaken)
 {
@@ -251,32 +232,21 @@ TEST_P(ScriptDeclarationUnknownTypeTest, DisablesTheScriptIsLoggedAndLeavesTheSo
     EXPECT_EQ(m_script.getLastCompilationResult().errorCode, 2U);
 }
 
-namespace
-{
-
 struct NoText
 {
     const char* row;
     void (*set)(Node& node);
 };
 
-} // namespace
+using ScriptDeclarationNoTextTest = OnRows<ScriptFixture, NoText>;
 
-class ScriptDeclarationNoTextTest : public ScriptFixture,
-                                    public ::testing::WithParamInterface<NoText>
-{
-};
-
-INSTANTIATE_TEST_SUITE_P(
-    Kinds,
+ROWS(
     ScriptDeclarationNoTextTest,
-    ::testing::Values(
-        NoText{"Null", [](Node& node) { node.setNull(); }},
-        NoText{"Bool", [](Node& node) { node.setBool(true); }},
-        NoText{"Number", [](Node& node) { node.setNumber(1); }},
-        NoText{"Array", [](Node& node) { node.setArray(); }},
-        NoText{"Object", [](Node& node) { node.setObject(); }}),
-    RowName());
+    {"Null", [](Node& node) { node.setNull(); }},
+    {"Bool", [](Node& node) { node.setBool(true); }},
+    {"Number", [](Node& node) { node.setNumber(1); }},
+    {"Array", [](Node& node) { node.setArray(); }},
+    {"Object", [](Node& node) { node.setObject(); }});
 
 TEST_P(ScriptDeclarationNoTextTest, IsIgnoredAsTypeAndSources)
 {
@@ -291,5 +261,7 @@ TEST_P(ScriptDeclarationNoTextTest, IsIgnoredAsTypeAndSources)
     EXPECT_EQ(m_script.getSources(), "x = 1");
     EXPECT_EQ(run(m_script), 1);
 }
+
+} // namespace
 
 } // namespace tbScripts::test

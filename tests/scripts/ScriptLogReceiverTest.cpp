@@ -12,8 +12,6 @@
 namespace tbScripts::test
 {
 
-using ::testing::ElementsAre;
-
 namespace
 {
 
@@ -46,8 +44,6 @@ const LogEntry FAILURE = {
 
 const LogEntry DISABLED = {
     "Script type requested unknown. This will disable the Script.", "Script"};
-
-} // namespace
 
 class ScriptLogReceiverTest : public ScriptFixture
 {
@@ -100,9 +96,6 @@ TEST_F(ScriptLogReceiverTest, MayLoadTheScriptAnewInVain)
             FAILURE));
 }
 
-namespace
-{
-
 // What the receiver does, what it reads then besides, and the result that is left, 99 for none.
 struct ActionRow
 {
@@ -112,42 +105,30 @@ struct ActionRow
     unsigned int code;
 };
 
-using test::operator<<;
-
 using Owned = std::unique_ptr<Script>;
 
 constexpr unsigned int NO_RESULT = 99;
 
-} // namespace
+using ScriptLogReceiverActionTest = OnRows<ScriptLogReceiverTest, ActionRow>;
 
-class ScriptLogReceiverActionTest : public ScriptLogReceiverTest,
-                                    public ::testing::WithParamInterface<ActionRow>
-{
-};
-
-INSTANTIATE_TEST_SUITE_P(
-    Actions,
+ROWS(
     ScriptLogReceiverActionTest,
-    ::testing::Values(
-        ActionRow{"Destroying", [](Owned& script) { script.reset(); }, {}, NO_RESULT},
-        ActionRow{
-            "Disabling",
-            [](Owned& script) { script->setTargetInterpreter(INTERPRETER_UNKNOWN); },
-            {DISABLED},
-            0},
-        ActionRow{
-            "ChangingNameAndSources",
-            [](Owned& script)
-            {
-                script->setName("a name that is longer than the one before, and stored elsewhere");
-                script->setSources("x = 'sources that are longer than those before'");
-            },
-            {},
-            3},
-        ActionRow{"Assigning", [](Owned& script) { *script = Script(); }, {}, 0},
-        ActionRow{"Unloading", [](Owned& script) { script->unload(); }, {}, 3},
-        ActionRow{"KillingTheManager", [](Owned&) { LogManager::getInstance()->kill(); }, {}, 3}),
-    RowName());
+    {"Destroying", [](Owned& script) { script.reset(); }, {}, NO_RESULT},
+    {"Disabling",
+     [](Owned& script) { script->setTargetInterpreter(INTERPRETER_UNKNOWN); },
+     {DISABLED},
+     0},
+    {"ChangingNameAndSources",
+     [](Owned& script)
+     {
+         script->setName("a name that is longer than the one before, and stored elsewhere");
+         script->setSources("x = 'sources that are longer than those before'");
+     },
+     {},
+     3},
+    {"Assigning", [](Owned& script) { *script = Script(); }, {}, 0},
+    {"Unloading", [](Owned& script) { script->unload(); }, {}, 3},
+    {"KillingTheManager", [](Owned&) { LogManager::getInstance()->kill(); }, {}, 3});
 
 TEST_P(ScriptLogReceiverActionTest, IsSafeWhileAScriptFailsToCompile)
 {
@@ -198,5 +179,7 @@ TEST_F(ScriptLogReceiverTest, FindsTheScriptDisabledWhenItReadsOfThat)
     EXPECT_EQ(m_own->getLastCompilationResult().errorCode, 2U);
     EXPECT_THAT(receiver.takeEntries(), ElementsAre(DISABLED));
 }
+
+} // namespace
 
 } // namespace tbScripts::test

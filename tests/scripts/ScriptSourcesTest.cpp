@@ -3,7 +3,6 @@
 #include "support/RowName.h"
 #include "support/ScriptFixture.h"
 
-#include <ostream>
 #include <string>
 #include <string_view>
 
@@ -19,8 +18,6 @@ struct OddSources
     std::string text;
     int left; // what a run leaves in the global "x", -1 for nothing
 };
-
-using test::operator<<;
 
 struct WrongSources
 {
@@ -49,30 +46,25 @@ WrongSources tooDeep(const std::string& row, const std::string& text)
 
 } // namespace
 
-class ScriptSourcesTest : public ScriptFixture, public ::testing::WithParamInterface<OddSources>
-{
-};
+using ScriptSourcesTest = OnRows<ScriptFixture, OddSources>;
 
-INSTANTIATE_TEST_SUITE_P(
-    Forms,
+ROWS(
     ScriptSourcesTest,
-    ::testing::Values(
-        OddSources{"Empty", "", -1},
-        OddSources{"Blanks", " \t\n\r\n ", -1},
-        OddSources{"OnlyAComment", "-- nothing", -1},
-        OddSources{"OnlyALongComment", "--[[ nothing\nat all ]]", -1},
-        OddSources{"OnlyAByteOrderMark", "\xef\xbb\xbf", -1},
-        OddSources{"ByteOrderMark", "\xef\xbb\xbfx = 1", 1},
-        OddSources{"OnlyAnInterpreterLine", "#!/usr/bin/lua", -1},
-        OddSources{"InterpreterLine", "#!/usr/bin/lua\nx = 1", 1},
-        OddSources{"ByteOrderMarkAndInterpreterLine", "\xef\xbb\xbf#!/usr/bin/lua\nx = 1", 1},
-        OddSources{"NoFinalNewline", "x = 1", 1},
-        OddSources{"FinalNewline", "x = 1\n", 1},
-        OddSources{"NewlinesOfTwoCharacters", "x = 1\r\nx = 2\r\n", 2},
-        OddSources{"CommentAtTheEnd", "x = 1 -- done", 1},
-        OddSources{"BytesThatAreNoUnicode", "x = #'\xff\xfe\x80'", 3},
-        OddSources{"ReturnedValue", "x = 1 return x", 1}),
-    RowName());
+    {"Empty", "", -1},
+    {"Blanks", " \t\n\r\n ", -1},
+    {"OnlyAComment", "-- nothing", -1},
+    {"OnlyALongComment", "--[[ nothing\nat all ]]", -1},
+    {"OnlyAByteOrderMark", "\xef\xbb\xbf", -1},
+    {"ByteOrderMark", "\xef\xbb\xbfx = 1", 1},
+    {"OnlyAnInterpreterLine", "#!/usr/bin/lua", -1},
+    {"InterpreterLine", "#!/usr/bin/lua\nx = 1", 1},
+    {"ByteOrderMarkAndInterpreterLine", "\xef\xbb\xbf#!/usr/bin/lua\nx = 1", 1},
+    {"NoFinalNewline", "x = 1", 1},
+    {"FinalNewline", "x = 1\n", 1},
+    {"NewlinesOfTwoCharacters", "x = 1\r\nx = 2\r\n", 2},
+    {"CommentAtTheEnd", "x = 1 -- done", 1},
+    {"BytesThatAreNoUnicode", "x = #'\xff\xfe\x80'", 3},
+    {"ReturnedValue", "x = 1 return x", 1});
 
 TEST_P(ScriptSourcesTest, CompileAndRunAndAreKeptAsTheyWereSet)
 {
@@ -83,57 +75,36 @@ TEST_P(ScriptSourcesTest, CompileAndRunAndAreKeptAsTheyWereSet)
     EXPECT_EQ(m_script.getSources(), GetParam().text);
 }
 
-class ScriptWrongSourcesTest : public ScriptFixture,
-                               public ::testing::WithParamInterface<WrongSources>
-{
-};
+using ScriptWrongSourcesTest = OnRows<ScriptFixture, WrongSources>;
 
-INSTANTIATE_TEST_SUITE_P(
-    DeepNesting,
+ROWS(
     ScriptWrongSourcesTest,
-    ::testing::Values(
-        tooDeep("Parentheses", "x = " + repeated("(", 100'000)),
-        tooDeep(
-            "ClosedParentheses", "x = " + repeated("(", 100'000) + "1" + repeated(")", 100'000)),
-        tooDeep("Tables", "x = " + repeated("{", 100'000)),
-        tooDeep("Blocks", repeated("do ", 100'000)),
-        tooDeep("Functions", "x = " + repeated("function() return ", 100'000)),
-        tooDeep("Operators", "x = -" + repeated("not ", 100'000) + "1")),
-    RowName());
+    // DeepNesting
 
-INSTANTIATE_TEST_SUITE_P(
-    Bytecode,
-    ScriptWrongSourcesTest,
-    ::testing::Values(
-        WrongSources{"OnlyTheFirstByte", "\x1b", "attempt to load chunk with wrong mode"},
-        WrongSources{"Header", "\x1bLJ\x02", "attempt to load chunk with wrong mode"},
-        WrongSources{
-            "OfTheReferenceVirtualMachine", "\x1bLua\x51", "attempt to load chunk with wrong mode"},
-        WrongSources{
-            "BehindAByteOrderMark", "\xef\xbb\xbf\x1bLJ\x02", "cannot load malformed bytecode"},
-        WrongSources{
-            "BehindAnInterpreterLine", "#!/bin/lua\n\x1bLJ\x02", "cannot load malformed bytecode"}),
-    RowName());
+    tooDeep("Parentheses", "x = " + repeated("(", 100'000)),
 
-INSTANTIATE_TEST_SUITE_P(
-    Mistakes,
-    ScriptWrongSourcesTest,
-    ::testing::Values(
-        WrongSources{
-            "UnfinishedText",
-            "x = 'abc",
-            "[string \"x = 'abc\"]:1: unfinished string near '<eof>'"},
-        WrongSources{
-            "UnfinishedLongText",
-            "x = [[abc\n",
-            "[string \"x = [[abc...\"]:2: unfinished long string near '<eof>'"},
-        WrongSources{
-            "UnfinishedBlock",
-            "if x then",
-            "[string \"if x then\"]:1: 'end' expected near '<eof>'"},
-        WrongSources{
-            "UndefinedLabel", "goto away", "[string \"goto away\"]:1: undefined label 'away'"}),
-    RowName());
+    tooDeep("ClosedParentheses", "x = " + repeated("(", 100'000) + "1" + repeated(")", 100'000)),
+
+    tooDeep("Tables", "x = " + repeated("{", 100'000)),
+
+    tooDeep("Blocks", repeated("do ", 100'000)),
+
+    tooDeep("Functions", "x = " + repeated("function() return ", 100'000)),
+
+    tooDeep("Operators", "x = -" + repeated("not ", 100'000) + "1"),
+    // Bytecode
+    {"OnlyTheFirstByte", "\x1b", "attempt to load chunk with wrong mode"},
+    {"Header", "\x1bLJ\x02", "attempt to load chunk with wrong mode"},
+    {"OfTheReferenceVirtualMachine", "\x1bLua\x51", "attempt to load chunk with wrong mode"},
+    {"BehindAByteOrderMark", "\xef\xbb\xbf\x1bLJ\x02", "cannot load malformed bytecode"},
+    {"BehindAnInterpreterLine", "#!/bin/lua\n\x1bLJ\x02", "cannot load malformed bytecode"},
+    // Mistakes
+    {"UnfinishedText", "x = 'abc", "[string \"x = 'abc\"]:1: unfinished string near '<eof>'"},
+    {"UnfinishedLongText",
+     "x = [[abc\n",
+     "[string \"x = [[abc...\"]:2: unfinished long string near '<eof>'"},
+    {"UnfinishedBlock", "if x then", "[string \"if x then\"]:1: 'end' expected near '<eof>'"},
+    {"UndefinedLabel", "goto away", "[string \"goto away\"]:1: undefined label 'away'"});
 
 TEST_P(ScriptWrongSourcesTest, AreASyntaxError)
 {
@@ -145,9 +116,7 @@ TEST_P(ScriptWrongSourcesTest, AreASyntaxError)
     EXPECT_FALSE(hasBytecode(m_script));
 }
 
-class ScriptBytecodeSourcesTest : public ScriptFixture
-{
-};
+using ScriptBytecodeSourcesTest = ScriptFixture;
 
 TEST_F(ScriptBytecodeSourcesTest, CompiledCodeThatAScriptDumpedIsRefused)
 {

@@ -1,5 +1,6 @@
 // Scripts: their names, sources and interpreters. How they compile is tested beside this.
 
+#include "support/RowName.h"
 #include "support/ScriptFixture.h"
 
 #include <tbExport/Exportable.h>
@@ -12,8 +13,6 @@
 namespace tbScripts::test
 {
 
-using ::testing::IsEmpty;
-
 namespace
 {
 
@@ -22,9 +21,7 @@ const LogEntry SCRIPT_WAS_DISABLED = {
 
 } // namespace
 
-class ScriptTest : public ScriptFixture
-{
-};
+using ScriptTest = ScriptFixture;
 
 TEST_F(ScriptTest, NewOneHasNoNameSourcesOrInterpreterAndReportsSuccess)
 {
@@ -169,11 +166,7 @@ protected:
     }
 };
 
-INSTANTIATE_TEST_SUITE_P(
-    Numbers,
-    ScriptUnknownInterpreterTest,
-    ::testing::Values(0U, 2U, 255U, 4294967295U),
-    ::testing::PrintToStringParamName());
+VALUES(ScriptUnknownInterpreterTest, ::testing::Values(0U, 2U, 255U, 4294967295U));
 
 TEST_P(ScriptUnknownInterpreterTest, KeepsTheStoredInterpreterAndDropsTheCompiledForm)
 {

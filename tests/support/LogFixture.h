@@ -1,5 +1,6 @@
 #pragma once
 
+#include "support/Matchers.h"
 #include "support/RecordingLogger.h"
 
 #include <gtest/gtest.h>

@@ -112,37 +112,6 @@ TEST_F(LuaCallBridgeMismatchTest, UnhandledKindsCannotBeRead)
     }
 }
 
-TEST_F(LuaCallBridgeMismatchTest, MismatchMessageOutsideOfAnyCallHasNoLine)
-{
-    lua_Debug activation;
-
-    const tbMemory::String message = lua::LuaCallBridge::buildTypeMismatchMessage(
-        state(), activation, LUA_TSTRING, "int", "spawn");
-
-    EXPECT_EQ(message, "Error l.-1 while calling spawn. Expected int, got string.");
-}
-
-TEST_F(LuaCallBridgeMismatchTest, MismatchMessageHasTheLineOfTheCallingScript)
-{
-    lua_pushcfunction(
-        state(),
-        [](lua_State* inner)
-        {
-            lua_Debug activation;
-            const tbMemory::String message = lua::LuaCallBridge::buildTypeMismatchMessage(
-                inner, activation, LUA_TNIL, "Enemy", "spawn");
-            lua_pushstring(inner, message.c_str());
-            return 1;
-        });
-    lua_setglobal(state(), "describe");
-
-    push("\n\nlocal text = describe() return text");
-
-    EXPECT_STREQ(
-        lua_tostring(state(), 1), "Error l.3 while calling spawn. Expected Enemy, got nil.");
-    lua_settop(state(), 0);
-}
-
 TEST_F(LuaCallBridgeMismatchTest, DecimalTextsHaveNoLeadingZeros)
 {
     EXPECT_EQ(lua::LuaCallBridge::intToDecimal(0), "0");

@@ -9,7 +9,8 @@
 namespace tbScripts::test
 {
 
-using ::testing::Each;
+namespace
+{
 
 class LuaCallBridgePushTest : public LuaCallBridgeFixture
 {
@@ -45,9 +46,6 @@ protected:
     int m_object = 0;
 };
 
-namespace
-{
-
 struct PushedKind
 {
     const char* row;
@@ -55,8 +53,6 @@ struct PushedKind
     int count;
     int luaType; // of what is pushed for an empty value
 };
-
-} // namespace
 
 using LuaCallBridgePushedKindTest = OnRows<LuaCallBridgePushTest, PushedKind>;
 
@@ -66,33 +62,18 @@ TEST_P(LuaCallBridgePushedKindTest, IsReportedByCount)
     EXPECT_EQ(lua_type(state(), 1), GetParam().luaType);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Kinds,
+ROWS(
     LuaCallBridgePushedKindTest,
-    ::testing::Values(
-        PushedKind{"Void", PARAM_TYPE_VOID, 0, LUA_TNONE},
-        PushedKind{"Bool", PARAM_TYPE_BOOL, 1, LUA_TBOOLEAN},
-        PushedKind{"Int", PARAM_TYPE_INT, 1, LUA_TNUMBER},
-        PushedKind{"Float", PARAM_TYPE_FLOAT, 1, LUA_TNUMBER},
-        PushedKind{"Double", PARAM_TYPE_DOUBLE, 1, LUA_TNUMBER},
-        PushedKind{"String", PARAM_TYPE_STRING, 1, LUA_TSTRING},
-        PushedKind{"OwnedUserType", PARAM_TYPE_USER_TYPE_OWNED, 0, LUA_TNONE},
-        PushedKind{"UserType", PARAM_TYPE_USER_TYPE, 0, LUA_TNONE},
-        PushedKind{"ScriptFunction", PARAM_TYPE_SCRIPT_FUNCTION, 1, LUA_TNIL},
-        PushedKind{"ScriptObject", PARAM_TYPE_SCRIPT_OBJECT, 1, LUA_TNIL}),
-    RowName());
-
-TEST_F(LuaCallBridgePushTest, KindsAboveNineAreLoggedAndPushNothing)
-{
-    for (const int kind : {10, 255})
-    {
-        const auto type = static_cast<FUNCTION_PARAMETER_TYPE>(kind);
-        EXPECT_EQ(pushValue(FunctionParameter::ofType(type)), 0);
-        expectLogged(
-            "Error while filling output for function 'spawn', parameter type not handled.",
-            "LuaFunction");
-    }
-}
+    {"Void", PARAM_TYPE_VOID, 0, LUA_TNONE},
+    {"Bool", PARAM_TYPE_BOOL, 1, LUA_TBOOLEAN},
+    {"Int", PARAM_TYPE_INT, 1, LUA_TNUMBER},
+    {"Float", PARAM_TYPE_FLOAT, 1, LUA_TNUMBER},
+    {"Double", PARAM_TYPE_DOUBLE, 1, LUA_TNUMBER},
+    {"String", PARAM_TYPE_STRING, 1, LUA_TSTRING},
+    {"OwnedUserType", PARAM_TYPE_USER_TYPE_OWNED, 0, LUA_TNONE},
+    {"UserType", PARAM_TYPE_USER_TYPE, 0, LUA_TNONE},
+    {"ScriptFunction", PARAM_TYPE_SCRIPT_FUNCTION, 1, LUA_TNIL},
+    {"ScriptObject", PARAM_TYPE_SCRIPT_OBJECT, 1, LUA_TNIL});
 
 TEST_F(LuaCallBridgePushTest, UserTypeIsABoxWithItsOwner)
 {
@@ -130,17 +111,12 @@ TEST_F(LuaCallBridgePushTest, SameObjectPushedTwiceIsTwoBoxes)
     EXPECT_FALSE(lua_rawequal(state(), 1, 2));
 }
 
-namespace
-{
-
 struct NameOfNoType
 {
     const char* row;
     tbMemory::StringView typeName;
     std::size_t reports;
 };
-
-} // namespace
 
 using LuaCallBridgeNameOfNoTypeTest = OnRows<LuaCallBridgePushTest, NameOfNoType>;
 
@@ -154,16 +130,13 @@ TEST_P(LuaCallBridgeNameOfNoTypeTest, GivesABoxWithoutMetatable)
     EXPECT_EQ(m_log.takeEntries().size(), GetParam().reports);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Names,
+ROWS(
     LuaCallBridgeNameOfNoTypeTest,
-    ::testing::Values(
-        NameOfNoType{"Null", tbMemory::StringView(), 0},
-        NameOfNoType{"Empty", "", 0},
-        NameOfNoType{"Unknown", "Nobody", 1},
-        NameOfNoType{"MetatableOfFiles", "FILE*", 1},
-        NameOfNoType{"TableOfModules", "_LOADED", 1}),
-    RowName());
+    {"Null", tbMemory::StringView(), 0},
+    {"Empty", "", 0},
+    {"Unknown", "Nobody", 1},
+    {"MetatableOfFiles", "FILE*", 1},
+    {"TableOfModules", "_LOADED", 1});
 
 TEST_F(LuaCallBridgePushTest, RegistryEntryThatIsNoTableGivesABoxWithoutMetatable)
 {
@@ -199,5 +172,7 @@ TEST_F(LuaCallBridgePushTest, ReferenceOfAnotherStateIsNil)
     EXPECT_TRUE(lua_isnil(state(), 1));
     other.close();
 }
+
+} // namespace
 
 } // namespace tbScripts::test

@@ -20,8 +20,6 @@ struct ReadValue
     const char* value;
 };
 
-} // namespace
-
 class LuaCallBridgeReadTest : public LuaCallBridgeFixture
 {
 protected:
@@ -58,26 +56,17 @@ TEST_P(LuaCallBridgeReadValueTest, IsFilledInStorageThatWasPreparedForOthers)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Kinds,
+ROWS(
     LuaCallBridgeReadValueTest,
-    ::testing::Values(
-        ReadValue{"Bool", false, "{}", "true"},
-        ReadValue{"Int", 0, "-2.9", "-2"},
-        ReadValue{"Float", 0.0F, "0.1", "0.100000001"},
-        ReadValue{"Double", 0.0, "0.1", "0.1"},
-        ReadValue{"Text", "earlier", "'spear'", "spear"},
-        ReadValue{
-            "UserType",
-            FunctionParameter::ofType(PARAM_TYPE_USER_TYPE),
-            "enemy",
-            "an object of Enemy"},
-        ReadValue{
-            "OwnedUserType", FunctionParameter(nullptr, "", true), "enemy", "an object of Enemy"},
-        ReadValue{
-            "Function", FunctionParameter::ofType(PARAM_TYPE_SCRIPT_FUNCTION), "print", "function"},
-        ReadValue{"Table", FunctionParameter::ofType(PARAM_TYPE_SCRIPT_OBJECT), "{}", "table"}),
-    RowName());
+    {"Bool", false, "{}", "true"},
+    {"Int", 0, "-2.9", "-2"},
+    {"Float", 0.0F, "0.1", "0.100000001"},
+    {"Double", 0.0, "0.1", "0.1"},
+    {"Text", "earlier", "'spear'", "spear"},
+    {"UserType", FunctionParameter::ofType(PARAM_TYPE_USER_TYPE), "enemy", "an object of Enemy"},
+    {"OwnedUserType", FunctionParameter(nullptr, "", true), "enemy", "an object of Enemy"},
+    {"Function", FunctionParameter::ofType(PARAM_TYPE_SCRIPT_FUNCTION), "print", "function"},
+    {"Table", FunctionParameter::ofType(PARAM_TYPE_SCRIPT_OBJECT), "{}", "table"});
 
 TEST_F(LuaCallBridgeReadTest, NumberReadAsTextBecomesOneInItsSlot)
 {
@@ -156,9 +145,6 @@ TEST_F(LuaCallBridgeReadTest, OthersKeepTheReferenceThatIsReplaced)
     lua_settop(state(), 0);
 }
 
-namespace
-{
-
 struct Acceptance
 {
     const char* row;
@@ -166,8 +152,6 @@ struct Acceptance
     const char* accepted;
     const char* refused; // null if nothing is
 };
-
-} // namespace
 
 using LuaCallBridgeAcceptanceTest = OnRows<LuaCallBridgeReadTest, Acceptance>;
 
@@ -182,21 +166,18 @@ TEST_P(LuaCallBridgeAcceptanceTest, SaysWhatReadingWouldDo)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Kinds,
+ROWS(
     LuaCallBridgeAcceptanceTest,
-    ::testing::Values(
-        Acceptance{"Bool", PARAM_TYPE_BOOL, "nil", nullptr},
-        Acceptance{"Int", PARAM_TYPE_INT, "'5'", "'five'"},
-        Acceptance{"Float", PARAM_TYPE_FLOAT, "0.5", "true"},
-        Acceptance{"Double", PARAM_TYPE_DOUBLE, "0/0", "nil"},
-        Acceptance{"String", PARAM_TYPE_STRING, "7", "{}"},
-        Acceptance{"OwnedUserType", PARAM_TYPE_USER_TYPE_OWNED, "enemy", "io.stdout"},
-        Acceptance{"UserType", PARAM_TYPE_USER_TYPE, "nil", "7"},
-        Acceptance{"UserTypeByItsName", PARAM_TYPE_USER_TYPE, "enemy", "player"},
-        Acceptance{"ScriptFunction", PARAM_TYPE_SCRIPT_FUNCTION, "print", "{}"},
-        Acceptance{"ScriptObject", PARAM_TYPE_SCRIPT_OBJECT, "{}", "print"}),
-    RowName());
+    {"Bool", PARAM_TYPE_BOOL, "nil", nullptr},
+    {"Int", PARAM_TYPE_INT, "'5'", "'five'"},
+    {"Float", PARAM_TYPE_FLOAT, "0.5", "true"},
+    {"Double", PARAM_TYPE_DOUBLE, "0/0", "nil"},
+    {"String", PARAM_TYPE_STRING, "7", "{}"},
+    {"OwnedUserType", PARAM_TYPE_USER_TYPE_OWNED, "enemy", "io.stdout"},
+    {"UserType", PARAM_TYPE_USER_TYPE, "nil", "7"},
+    {"UserTypeByItsName", PARAM_TYPE_USER_TYPE, "enemy", "player"},
+    {"ScriptFunction", PARAM_TYPE_SCRIPT_FUNCTION, "print", "{}"},
+    {"ScriptObject", PARAM_TYPE_SCRIPT_OBJECT, "{}", "print"});
 
 TEST_F(LuaCallBridgeReadTest, UserTypeWithoutNameAcceptsEveryInstance)
 {
@@ -206,5 +187,7 @@ TEST_F(LuaCallBridgeReadTest, UserTypeWithoutNameAcceptsEveryInstance)
     EXPECT_TRUE(accepts(parameter, "enemy"));
     EXPECT_FALSE(accepts(parameter, "io.stdout"));
 }
+
+} // namespace
 
 } // namespace tbScripts::test

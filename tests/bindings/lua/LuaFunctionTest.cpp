@@ -6,8 +6,6 @@
 namespace tbScripts::test
 {
 
-using ::testing::ElementsAre;
-
 namespace
 {
 
@@ -212,7 +210,6 @@ TEST_F(LuaFunctionTest, OutlivesItsStateWithoutTouchingIt)
     m_function->addParameter(PARAM_TYPE_INT);
     m_function->reset();
     m_function.reset();
-    expectLogged({});
 }
 
 TEST_F(LuaFunctionTest, IsNotInstalledInAClosedState)

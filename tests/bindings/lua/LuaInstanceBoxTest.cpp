@@ -138,27 +138,24 @@ TEST_P(LuaInstanceBoxForeignTest, IsNoInstance)
     EXPECT_EQ(instanceIn(GetParam().expression).box, nullptr);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Values,
+ROWS(
     LuaInstanceBoxForeignTest,
-    ::testing::Values(
-        Foreign{"Nil", "nil"},
-        Foreign{"Number", "7"},
-        Foreign{"Text", "'Enemy'"},
-        Foreign{"Table", "{}"},
-        Foreign{"TableWithTheMetatable", "derived"},
-        Foreign{"TheMetatableItself", "debug.getmetatable(enemy)"},
-        Foreign{"ForgedName", "forged"},
-        Foreign{"ProxyWithTheMetatable", "proxied"},
-        Foreign{"Proxy", "newproxy()"},
-        Foreign{"FileHandle", "io.stdout"},
-        Foreign{"BlockOfTheSizeWithOtherMetatable", "foreign"},
-        Foreign{"BlockOfTheSizeWithoutMetatable", "bare"},
-        Foreign{"SmallerBlock", "small"},
-        Foreign{"LargerBlock", "large"},
-        Foreign{"LightUserdata", "light"},
-        Foreign{"BoxedInteger", "1LL"}),
-    RowName());
+    {"Nil", "nil"},
+    {"Number", "7"},
+    {"Text", "'Enemy'"},
+    {"Table", "{}"},
+    {"TableWithTheMetatable", "derived"},
+    {"TheMetatableItself", "debug.getmetatable(enemy)"},
+    {"ForgedName", "forged"},
+    {"ProxyWithTheMetatable", "proxied"},
+    {"Proxy", "newproxy()"},
+    {"FileHandle", "io.stdout"},
+    {"BlockOfTheSizeWithOtherMetatable", "foreign"},
+    {"BlockOfTheSizeWithoutMetatable", "bare"},
+    {"SmallerBlock", "small"},
+    {"LargerBlock", "large"},
+    {"LightUserdata", "light"},
+    {"BoxedInteger", "1LL"});
 
 TEST_F(LuaInstanceBoxTest, EmptySlotIsNoInstance)
 {

@@ -85,13 +85,10 @@ TEST_P(UserTypeKindAllocationTest, ScriptCallWithInstancesNeedsNone)
     EXPECT_EQ(outputs[0].getUserTypeObject(), &m_object);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Kinds,
+ROWS(
     UserTypeKindAllocationTest,
-    ::testing::Values(
-        AllocationKind{"Owned", PARAM_TYPE_USER_TYPE_OWNED},
-        AllocationKind{"Kept", PARAM_TYPE_USER_TYPE}),
-    RowName());
+    {"Owned", PARAM_TYPE_USER_TYPE_OWNED},
+    {"Kept", PARAM_TYPE_USER_TYPE});
 
 TEST_F(UserTypeCallAllocationTest, ResultOfAShortTypeNameNeedsNone)
 {

@@ -6,8 +6,6 @@
 namespace tbScripts::test
 {
 
-using ::testing::ElementsAre;
-
 namespace
 {
 
@@ -186,13 +184,10 @@ TEST_P(UserTypeParameterKindTest, WithoutNameStaysSoAndInACopyOfTheFunctionToo)
     EXPECT_THAT(m_names, ElementsAre("Enemy", "Player", "Player"));
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Kinds,
+ROWS(
     UserTypeParameterKindTest,
-    ::testing::Values(
-        KindOfUserType{"Owned", PARAM_TYPE_USER_TYPE_OWNED},
-        KindOfUserType{"Kept", PARAM_TYPE_USER_TYPE}),
-    RowName());
+    {"Owned", PARAM_TYPE_USER_TYPE_OWNED},
+    {"Kept", PARAM_TYPE_USER_TYPE});
 
 class UserTypeParameterForeignTest : public OnRows<UserTypeParameterTest, ForeignArgument>
 {
@@ -219,24 +214,21 @@ TEST_P(UserTypeParameterForeignTest, IsAMismatchWithAndWithoutDeclaredName)
     EXPECT_THAT(m_names, ElementsAre());
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Values,
+ROWS(
     UserTypeParameterForeignTest,
-    ::testing::Values(
-        ForeignArgument{"Bool", "true", "boolean"},
-        ForeignArgument{"Number", "7", "number"},
-        ForeignArgument{"Text", "'Enemy'", "string"},
-        ForeignArgument{"Table", "{}", "table"},
-        ForeignArgument{"TableWithTheMetatable", "derived", "table"},
-        ForeignArgument{"Function", "print", "function"},
-        ForeignArgument{"FileHandle", "io.stdout", "userdata"},
-        ForeignArgument{"Proxy", "newproxy()", "userdata"},
-        ForeignArgument{"ProxyWithMetatable", "newproxy(true)", "userdata"},
-        ForeignArgument{"ProxyWithTheMetatable", "proxied", "userdata"},
-        ForeignArgument{"ForgedName", "forged", "userdata"},
-        ForeignArgument{"LightUserdata", "light", "userdata"},
-        ForeignArgument{"BlockWithoutMetatable", "bare", "userdata"}),
-    RowName());
+    {"Bool", "true", "boolean"},
+    {"Number", "7", "number"},
+    {"Text", "'Enemy'", "string"},
+    {"Table", "{}", "table"},
+    {"TableWithTheMetatable", "derived", "table"},
+    {"Function", "print", "function"},
+    {"FileHandle", "io.stdout", "userdata"},
+    {"Proxy", "newproxy()", "userdata"},
+    {"ProxyWithMetatable", "newproxy(true)", "userdata"},
+    {"ProxyWithTheMetatable", "proxied", "userdata"},
+    {"ForgedName", "forged", "userdata"},
+    {"LightUserdata", "light", "userdata"},
+    {"BlockWithoutMetatable", "bare", "userdata"});
 
 TEST_F(UserTypeParameterTest, OwnedValueReturnedIsTheSameScriptValue)
 {

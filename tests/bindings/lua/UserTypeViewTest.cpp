@@ -11,8 +11,6 @@
 namespace tbScripts::test
 {
 
-using ::testing::ElementsAre;
-
 class UserTypeViewTest : public LuaFunctionFixture
 {
 protected:

@@ -14,8 +14,6 @@ namespace tbScripts::test
 {
 
 using lua::LuaScriptObjectInterpreterReference;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 namespace
 {

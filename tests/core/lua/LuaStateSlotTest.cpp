@@ -12,9 +12,6 @@
 namespace tbScripts::test
 {
 
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
-
 namespace
 {
 
@@ -37,9 +34,7 @@ private:
 
 } // namespace
 
-class LuaStateSlotTest : public LuaStateFixture
-{
-};
+using LuaStateSlotTest = LuaStateFixture;
 
 TEST_F(LuaStateSlotTest, OpenSlotRunsOnItsMainThread)
 {

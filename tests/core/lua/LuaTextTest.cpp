@@ -10,12 +10,14 @@
 
 #include <cmath>
 #include <limits>
-#include <ostream>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace tbScripts::test
+{
+
+namespace
 {
 
 class LuaTextTest : public LuaStateFixture
@@ -102,9 +104,6 @@ TEST_F(LuaTextTest, StringsAreReadWithAllTheirBytesNumbersAsStringsAndOtherValue
     lua_settop(state(), 0);
 }
 
-namespace
-{
-
 constexpr double INFINITE = std::numeric_limits<double>::infinity();
 constexpr double NOT_A_NUMBER = std::numeric_limits<double>::quiet_NaN();
 
@@ -116,42 +115,33 @@ struct Conversion
     int lowBits;
 };
 
-using test::operator<<;
+using LuaNumberToIntTest = OnRows<::testing::Test, Conversion>;
 
-} // namespace
-
-class LuaNumberToIntTest : public ::testing::TestWithParam<Conversion>
-{
-};
-
-INSTANTIATE_TEST_SUITE_P(
-    Numbers,
+ROWS(
     LuaNumberToIntTest,
-    ::testing::Values(
-        Conversion{"Zero", 0.0, 0, 0},
-        Conversion{"NegativeZero", -0.0, 0, 0},
-        Conversion{"Whole", 7.0, 7, 7},
-        Conversion{"Fraction", 2.99, 2, 2},
-        Conversion{"NegativeFraction", -2.99, -2, -2},
-        Conversion{"LessThanOne", -0.5, 0, 0},
-        Conversion{"Highest", 2147483647.0, 2147483647, 2147483647},
-        Conversion{"FractionAboveHighest", 2147483647.5, 2147483647, 2147483647},
-        Conversion{"OneAboveHighest", 2147483648.0, 2147483647, -2147483647 - 1},
-        Conversion{"Lowest", -2147483648.0, -2147483647 - 1, -2147483647 - 1},
-        Conversion{"FractionBelowLowest", -2147483648.5, -2147483647 - 1, -2147483647 - 1},
-        Conversion{"OneBelowLowest", -2147483649.0, -2147483647 - 1, 2147483647},
-        Conversion{"AllBitsOf32", 4294967295.0, 2147483647, -1},
-        Conversion{"OneAbove32Bits", 4294967297.0, 2147483647, 1},
-        Conversion{"OneBelow32Bits", -4294967297.0, -2147483647 - 1, -1},
-        Conversion{"HighestOf64Bits", 9223372036854774784.0, 2147483647, -1024},
-        Conversion{"Above64Bits", 9223372036854775808.0, 2147483647, 0},
-        Conversion{"LowestOf64Bits", -9223372036854775808.0, -2147483647 - 1, 0},
-        Conversion{"Huge", 1e300, 2147483647, 0},
-        Conversion{"NegativeHuge", -1e300, -2147483647 - 1, 0},
-        Conversion{"Infinite", INFINITE, 2147483647, 0},
-        Conversion{"NegativeInfinite", -INFINITE, -2147483647 - 1, 0},
-        Conversion{"NotANumber", NOT_A_NUMBER, 0, 0}),
-    RowName());
+    {"Zero", 0.0, 0, 0},
+    {"NegativeZero", -0.0, 0, 0},
+    {"Whole", 7.0, 7, 7},
+    {"Fraction", 2.99, 2, 2},
+    {"NegativeFraction", -2.99, -2, -2},
+    {"LessThanOne", -0.5, 0, 0},
+    {"Highest", 2147483647.0, 2147483647, 2147483647},
+    {"FractionAboveHighest", 2147483647.5, 2147483647, 2147483647},
+    {"OneAboveHighest", 2147483648.0, 2147483647, -2147483647 - 1},
+    {"Lowest", -2147483648.0, -2147483647 - 1, -2147483647 - 1},
+    {"FractionBelowLowest", -2147483648.5, -2147483647 - 1, -2147483647 - 1},
+    {"OneBelowLowest", -2147483649.0, -2147483647 - 1, 2147483647},
+    {"AllBitsOf32", 4294967295.0, 2147483647, -1},
+    {"OneAbove32Bits", 4294967297.0, 2147483647, 1},
+    {"OneBelow32Bits", -4294967297.0, -2147483647 - 1, -1},
+    {"HighestOf64Bits", 9223372036854774784.0, 2147483647, -1024},
+    {"Above64Bits", 9223372036854775808.0, 2147483647, 0},
+    {"LowestOf64Bits", -9223372036854775808.0, -2147483647 - 1, 0},
+    {"Huge", 1e300, 2147483647, 0},
+    {"NegativeHuge", -1e300, -2147483647 - 1, 0},
+    {"Infinite", INFINITE, 2147483647, 0},
+    {"NegativeInfinite", -INFINITE, -2147483647 - 1, 0},
+    {"NotANumber", NOT_A_NUMBER, 0, 0});
 
 TEST_P(LuaNumberToIntTest, TruncatesTowardZeroAndSaturatesOrKeepsTheLowBits)
 {
@@ -182,9 +172,6 @@ TEST(LuaNumberToFloatTest, IsInfiniteFromHalfAStepAboveTheLargestFloatOn)
     EXPECT_EQ(lua::narrowToFloat(INFINITE), INFINITE_FLOAT);
 }
 
-namespace
-{
-
 struct ErrorValue
 {
     const char* row;
@@ -194,42 +181,32 @@ struct ErrorValue
 
 using test::operator<<;
 
-} // namespace
+using LuaErrorTextTest = OnRows<LuaStateFixture, ErrorValue>;
 
-class LuaErrorTextTest : public LuaStateFixture, public ::testing::WithParamInterface<ErrorValue>
-{
-};
-
-INSTANTIATE_TEST_SUITE_P(
-    Values,
+ROWS(
     LuaErrorTextTest,
-    ::testing::Values(
-        ErrorValue{"Text", "return 'out of fuel'", "out of fuel"},
-        ErrorValue{"EmptyText", "return ''", ""},
-        ErrorValue{"TextWithAZero", "return 'a\\0b'", std::string("a\0b", 3)},
-        ErrorValue{"WholeNumber", "return 42", "42"},
-        ErrorValue{"NegativeFraction", "return -0.5", "-0.5"},
-        ErrorValue{"LongFraction", "return 1 / 3", "0.33333333333333"},
-        ErrorValue{"LargeNumber", "return 1e300", "1e+300"},
-        ErrorValue{"Infinity", "return math.huge", "inf"},
-        ErrorValue{"NegativeInfinity", "return -math.huge", "-inf"},
-        ErrorValue{"NotANumber", "return 0/0", "nan"},
-        ErrorValue{"Nil", "return nil", "(error object is a nil value)"},
-        ErrorValue{"Boolean", "return false", "(error object is a boolean value)"},
-        ErrorValue{"Table", "return {}", "(error object is a table value)"},
-        ErrorValue{"Function", "return print", "(error object is a function value)"},
-        ErrorValue{"Userdata", "return newproxy()", "(error object is a userdata value)"},
-        ErrorValue{
-            "Coroutine", "return coroutine.create(print)", "(error object is a thread value)"},
-        ErrorValue{
-            "TableWithATextOfItsOwn",
-            "return setmetatable({}, { __tostring = function() return 'hidden' end })",
-            "(error object is a table value)"},
-        ErrorValue{
-            "ForeignInteger",
-            "return require('ffi').new('int64_t', 7)",
-            "(error object is a cdata value)"}),
-    RowName());
+    {"Text", "return 'out of fuel'", "out of fuel"},
+    {"EmptyText", "return ''", ""},
+    {"TextWithAZero", "return 'a\\0b'", std::string("a\0b", 3)},
+    {"WholeNumber", "return 42", "42"},
+    {"NegativeFraction", "return -0.5", "-0.5"},
+    {"LongFraction", "return 1 / 3", "0.33333333333333"},
+    {"LargeNumber", "return 1e300", "1e+300"},
+    {"Infinity", "return math.huge", "inf"},
+    {"NegativeInfinity", "return -math.huge", "-inf"},
+    {"NotANumber", "return 0/0", "nan"},
+    {"Nil", "return nil", "(error object is a nil value)"},
+    {"Boolean", "return false", "(error object is a boolean value)"},
+    {"Table", "return {}", "(error object is a table value)"},
+    {"Function", "return print", "(error object is a function value)"},
+    {"Userdata", "return newproxy()", "(error object is a userdata value)"},
+    {"Coroutine", "return coroutine.create(print)", "(error object is a thread value)"},
+    {"TableWithATextOfItsOwn",
+     "return setmetatable({}, { __tostring = function() return 'hidden' end })",
+     "(error object is a table value)"},
+    {"ForeignInteger",
+     "return require('ffi').new('int64_t', 7)",
+     "(error object is a cdata value)"});
 
 TEST_P(LuaErrorTextTest, IsTheStringOrTheKindWithoutAnAllocationOrAChange)
 {
@@ -246,5 +223,7 @@ TEST_P(LuaErrorTextTest, IsTheStringOrTheKindWithoutAnAllocationOrAChange)
     EXPECT_EQ(lua_type(state(), -1), type);
     lua_settop(state(), 0);
 }
+
+} // namespace
 
 } // namespace tbScripts::test

@@ -7,16 +7,15 @@
 
 #include <cstddef>
 #include <memory>
-#include <ostream>
 #include <string>
 
 namespace tbScripts::test
 {
 
-using namespace std::string_literals;
-
 namespace
 {
+
+using namespace std::string_literals;
 
 /// What has become of the bytes of a chunk.
 struct DamageRow
@@ -24,8 +23,6 @@ struct DamageRow
     const char* row;
     std::string (*damage)(std::string bytes);
 };
-
-using test::operator<<;
 
 std::string compiled(const char* sources)
 {
@@ -39,8 +36,6 @@ lua::LuaBytecode bytecodeOf(const std::string& bytes)
 {
     return {tbMemory::Buffer(bytes.data(), bytes.size()), 1, 1};
 }
-
-} // namespace
 
 class LuaChunkMakerTest : public LuaStateFixture
 {
@@ -93,10 +88,7 @@ TEST_F(LuaChunkMakerTest, MakesALongChunk)
     lua_settop(state(), 0);
 }
 
-class LuaChunkMakerDamageTest : public LuaChunkMakerTest,
-                                public ::testing::WithParamInterface<DamageRow>
-{
-};
+using LuaChunkMakerDamageTest = OnRows<LuaChunkMakerTest, DamageRow>;
 
 TEST_P(LuaChunkMakerDamageTest, IsNoMaker)
 {
@@ -107,34 +99,24 @@ TEST_P(LuaChunkMakerDamageTest, IsNoMaker)
     EXPECT_EQ(lua_gettop(state()), 0);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Damages,
+ROWS(
     LuaChunkMakerDamageTest,
-    ::testing::Values(
-        DamageRow{"NoBytes", [](std::string) { return std::string(); }},
-        DamageRow{"OnlyTheSignature", [](std::string bytes) { return bytes.substr(0, 4); }},
-        DamageRow{
-            "WithoutItsEnd",
-            [](std::string bytes) { return bytes.substr(0, bytes.size() - 1) + 'x'; }},
-        DamageRow{
-            "WithoutDebugInformation",
-            [](std::string bytes)
-            {
-                bytes[4] = static_cast<char>(bytes[4] | 2);
-                return bytes;
-            }},
-        DamageRow{
-            "OfAnotherVersion",
-            [](std::string bytes)
-            {
-                bytes[3] = 99;
-                return bytes;
-            }},
-        DamageRow{"NoCompiledCode", [](std::string) { return std::string("return 1 -- \0", 13); }}),
-    RowName());
-
-namespace
-{
+    {"NoBytes", [](std::string) { return std::string(); }},
+    {"OnlyTheSignature", [](std::string bytes) { return bytes.substr(0, 4); }},
+    {"WithoutItsEnd", [](std::string bytes) { return bytes.substr(0, bytes.size() - 1) + 'x'; }},
+    {"WithoutDebugInformation",
+     [](std::string bytes)
+     {
+         bytes[4] = static_cast<char>(bytes[4] | 2);
+         return bytes;
+     }},
+    {"OfAnotherVersion",
+     [](std::string bytes)
+     {
+         bytes[3] = 99;
+         return bytes;
+     }},
+    {"NoCompiledCode", [](std::string) { return std::string("return 1 -- \0", 13); }});
 
 struct FrameRow
 {
@@ -144,34 +126,25 @@ struct FrameRow
 
 using test::operator<<;
 
-} // namespace
+using WholeDumpTest = OnRows<::testing::Test, FrameRow>;
 
-class WholeDumpTest : public ::testing::TestWithParam<FrameRow>
-{
-};
-
-INSTANTIATE_TEST_SUITE_P(
-    Frames,
+ROWS(
     WholeDumpTest,
-    ::testing::Values(
-        FrameRow{"WithoutNameAndFunctions", "\x1BLJ\x02\x02\0"s},
-        FrameRow{"WithNameAndWithoutFunctions", "\x1BLJ\x02\x08\x02@n\0"s},
-        FrameRow{
-            "WithoutNameOfOneFunction",
-            "\x1BLJ\x02\x0A\x03"
-            "abc"
-            "\0"s},
-        FrameRow{
-            "WithNameOfTwoFunctions",
-            "\x1BLJ\x02\x08\x01n\x01"
-            "a"
-            "\x02"
-            "bc"
-            "\0"s},
-        FrameRow{"WithALongFunction", "\x1BLJ\x02\x02\x80\x01" + std::string(128, 'x') + "\0"s},
-        FrameRow{"WithFlagsOfTwoBytes", "\x1BLJ\x02\x82\x01\0"s},
-        FrameRow{"WithMoreBehind", "\x1BLJ\x02\x02\0more"s}),
-    RowName());
+    {"WithoutNameAndFunctions", "\x1BLJ\x02\x02\0"s},
+    {"WithNameAndWithoutFunctions", "\x1BLJ\x02\x08\x02@n\0"s},
+    {"WithoutNameOfOneFunction",
+     "\x1BLJ\x02\x0A\x03"
+     "abc"
+     "\0"s},
+    {"WithNameOfTwoFunctions",
+     "\x1BLJ\x02\x08\x01n\x01"
+     "a"
+     "\x02"
+     "bc"
+     "\0"s},
+    {"WithALongFunction", "\x1BLJ\x02\x02\x80\x01" + std::string(128, 'x') + "\0"s},
+    {"WithFlagsOfTwoBytes", "\x1BLJ\x02\x82\x01\0"s},
+    {"WithMoreBehind", "\x1BLJ\x02\x02\0more"s});
 
 TEST_P(WholeDumpTest, IsWhole)
 {
@@ -187,28 +160,21 @@ TEST_P(WholeDumpTest, IsNotWholeBeforeItsEnd)
         EXPECT_FALSE(lua::isWholeDump(tbMemory::StringView(GetParam().chunk.data(), size)));
 }
 
-class BrokenDumpTest : public ::testing::TestWithParam<FrameRow>
-{
-};
+using BrokenDumpTest = OnRows<::testing::Test, FrameRow>;
 
-INSTANTIATE_TEST_SUITE_P(
-    Frames,
+ROWS(
     BrokenDumpTest,
-    ::testing::Values(
-        FrameRow{"FlagsWithoutEnd", "\x1BLJ\x02\x82\x82\x82\x82\x82\x82\x01\0"s},
-        FrameRow{"NameBeyondTheEnd", "\x1BLJ\x02\x08\x05n\0"s},
-        FrameRow{"HugeName", "\x1BLJ\x02\x08\xFF\xFF\xFF\xFF\x7Fn\0"s},
-        FrameRow{
-            "FunctionBeyondTheEnd",
-            "\x1BLJ\x02\x02\x05"
-            "ab"
-            "\0"s},
-        FrameRow{"HugeFunction", "\x1BLJ\x02\x02\xFF\xFF\xFF\xFF\x7F\0"s},
-        FrameRow{
-            "NoEndAfterAFunction",
-            "\x1BLJ\x02\x02\x01"
-            "a"s}),
-    RowName());
+    {"FlagsWithoutEnd", "\x1BLJ\x02\x82\x82\x82\x82\x82\x82\x01\0"s},
+    {"NameBeyondTheEnd", "\x1BLJ\x02\x08\x05n\0"s},
+    {"HugeName", "\x1BLJ\x02\x08\xFF\xFF\xFF\xFF\x7Fn\0"s},
+    {"FunctionBeyondTheEnd",
+     "\x1BLJ\x02\x02\x05"
+     "ab"
+     "\0"s},
+    {"HugeFunction", "\x1BLJ\x02\x02\xFF\xFF\xFF\xFF\x7F\0"s},
+    {"NoEndAfterAFunction",
+     "\x1BLJ\x02\x02\x01"
+     "a"s});
 
 TEST_P(BrokenDumpTest, IsNotWhole)
 {
@@ -245,5 +211,7 @@ TEST_F(LuaDumpFrameTest, SourceTextIsNoDump)
     EXPECT_FALSE(lua::isDump("return 1"));
     EXPECT_FALSE(lua::isDump(""));
 }
+
+} // namespace
 
 } // namespace tbScripts::test

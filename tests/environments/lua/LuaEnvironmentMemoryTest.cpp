@@ -13,6 +13,9 @@
 namespace tbScripts::test
 {
 
+namespace
+{
+
 class LuaEnvironmentMemoryTest : public LogFixture
 {
 protected:
@@ -34,9 +37,6 @@ protected:
     InjectedAllocator m_allocator; // goes first
 };
 
-namespace
-{
-
 // Ways to ask for memory without end.
 struct GreedRow
 {
@@ -44,14 +44,7 @@ struct GreedRow
     const char* body;
 };
 
-using test::operator<<;
-
-} // namespace
-
-class LuaEnvironmentGreedTest : public LuaEnvironmentMemoryTest,
-                                public ::testing::WithParamInterface<GreedRow>
-{
-};
+using LuaEnvironmentGreedTest = OnRows<LuaEnvironmentMemoryTest, GreedRow>;
 
 TEST_P(LuaEnvironmentGreedTest, FailsACallWithCode6)
 {
@@ -69,16 +62,11 @@ TEST_P(LuaEnvironmentGreedTest, FailsACallWithCode6)
     expectLogged("not enough memory", "LuaEnvironment");
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Bodies,
+ROWS(
     LuaEnvironmentGreedTest,
-    ::testing::Values(
-        GreedRow{"Tables", "local list = {}  while true do list[#list + 1] = {} end"},
-        GreedRow{"Texts", "local list = {}  for i = 1, 1e9 do list[i] = 'text' .. i end"},
-        GreedRow{
-            "Closures",
-            "local last  while true do local p = last  last = function() return p end end"}),
-    RowName());
+    {"Tables", "local list = {}  while true do list[#list + 1] = {} end"},
+    {"Texts", "local list = {}  for i = 1, 1e9 do list[i] = 'text' .. i end"},
+    {"Closures", "local last  while true do local p = last  last = function() return p end end"});
 
 TEST_F(LuaEnvironmentMemoryTest, InputsThatFindNoMemoryFailWithCode6)
 {
@@ -116,9 +104,6 @@ TEST_F(LuaEnvironmentMemoryTest, ChunkThatFindsNoMemoryToBeLoadedFailsWithCode5)
     m_log.takeEntries();
 }
 
-namespace
-{
-
 // What a chunk that is none does to a run.
 struct ChunkRow
 {
@@ -126,12 +111,7 @@ struct ChunkRow
     std::string bytes;
 };
 
-} // namespace
-
-class LuaBrokenChunkTest : public LuaEnvironmentMemoryTest,
-                           public ::testing::WithParamInterface<ChunkRow>
-{
-};
+using LuaBrokenChunkTest = OnRows<LuaEnvironmentMemoryTest, ChunkRow>;
 
 TEST_P(LuaBrokenChunkTest, FailsWithCode5AsCallingAText)
 {
@@ -147,13 +127,12 @@ TEST_P(LuaBrokenChunkTest, FailsWithCode5AsCallingAText)
     EXPECT_EQ(lua_gettop(m_strategy.getHandle().get()), 0);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Chunks,
+ROWS(
     LuaBrokenChunkTest,
-    ::testing::Values(
-        ChunkRow{"NoSentence", "return +"},
-        ChunkRow{"TruncatedBytecode", "\x1bLJ"},
-        ChunkRow{"BytecodeOfAnotherVersion", std::string("\x1bLJ\x7f\x02\x00", 6)}),
-    RowName());
+    {"NoSentence", "return +"},
+    {"TruncatedBytecode", "\x1bLJ"},
+    {"BytecodeOfAnotherVersion", std::string("\x1bLJ\x7f\x02\x00", 6)});
+
+} // namespace
 
 } // namespace tbScripts::test

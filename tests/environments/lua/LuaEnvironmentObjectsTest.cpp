@@ -128,14 +128,9 @@ struct OutputRow
     bool isAccepted;
 };
 
-using test::operator<<;
-
 } // namespace
 
-class LuaEnvironmentObjectOutputTest : public LuaEnvironmentObjectsTest,
-                                       public ::testing::WithParamInterface<OutputRow>
-{
-};
+using LuaEnvironmentObjectOutputTest = OnRows<LuaEnvironmentObjectsTest, OutputRow>;
 
 TEST_P(LuaEnvironmentObjectOutputTest, IsReadIfItsTypeIsExpectedAndLeavesNoLivingView)
 {
@@ -154,17 +149,14 @@ TEST_P(LuaEnvironmentObjectOutputTest, IsReadIfItsTypeIsExpectedAndLeavesNoLivin
     EXPECT_EQ(reference.getInterpreterReference(), nullptr); // the call has returned
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Types,
+ROWS(
     LuaEnvironmentObjectOutputTest,
-    ::testing::Values(
-        OutputRow{"Kept", "T", PARAM_TYPE_USER_TYPE, true},
-        OutputRow{"Owned", "T", PARAM_TYPE_USER_TYPE_OWNED, true},
-        OutputRow{"KeptOfAnyType", "", PARAM_TYPE_USER_TYPE, true},
-        OutputRow{"OwnedOfAnyType", "", PARAM_TYPE_USER_TYPE_OWNED, true},
-        OutputRow{"KeptOfAnotherType", "Other", PARAM_TYPE_USER_TYPE, false},
-        OutputRow{"OwnedOfAnotherType", "Other", PARAM_TYPE_USER_TYPE_OWNED, false}),
-    RowName());
+    {"Kept", "T", PARAM_TYPE_USER_TYPE, true},
+    {"Owned", "T", PARAM_TYPE_USER_TYPE_OWNED, true},
+    {"KeptOfAnyType", "", PARAM_TYPE_USER_TYPE, true},
+    {"OwnedOfAnyType", "", PARAM_TYPE_USER_TYPE_OWNED, true},
+    {"KeptOfAnotherType", "Other", PARAM_TYPE_USER_TYPE, false},
+    {"OwnedOfAnotherType", "Other", PARAM_TYPE_USER_TYPE_OWNED, false});
 
 TEST_F(LuaEnvironmentObjectsTest, OutputOfAnyTypeTakesTheNameOfTheType)
 {

@@ -15,8 +15,6 @@
 namespace tbScripts::test
 {
 
-using ::testing::IsEmpty;
-
 class LuaEnvironmentStrategyTest : public LogFixture
 {
 protected:
@@ -182,8 +180,6 @@ struct Row
     std::function<void(lua::LuaEnvironmentStrategy&)> act;
 };
 
-using test::operator<<;
-
 using Strategy = lua::LuaEnvironmentStrategy;
 
 void runText(Strategy& strategy, const char* sources)
@@ -204,8 +200,7 @@ void callWith(Strategy& strategy, const char* name, FUNCTION_PARAMETER_TYPE outp
 
 } // namespace
 
-class LuaEnvironmentStackTest : public LuaEnvironmentStrategyTest,
-                                public ::testing::WithParamInterface<Row>
+class LuaEnvironmentStackTest : public OnRows<LuaEnvironmentStrategyTest, Row>
 {
 protected:
     void expectStackLeft()
@@ -240,46 +235,43 @@ TEST_P(LuaEnvironmentStackTest, StackIsLeftAsItWasWhereGlobalsRaise)
     expectStackLeft();
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Operations,
+ROWS(
     LuaEnvironmentStackTest,
-    ::testing::Values(
-        Row{"Run", [](Strategy& s) { runText(s, "return 1, 2"); }},
-        Row{"FailedRun", [](Strategy& s) { runText(s, "return nil .. 1"); }},
-        Row{"RunOfNothing", [](Strategy& s) { s.execute(Script()); }},
-        Row{"Collection", [](Strategy& s) { s.requestGarbageCollection(); }},
-        Row{"ClearedGlobals", [](Strategy& s) { s.clearGlobals(); }},
-        Row{"SetBool", [](Strategy& s) { s.setVarBool("v", true); }},
-        Row{"SetInt", [](Strategy& s) { s.setVarInt("v", 1); }},
-        Row{"SetFloat", [](Strategy& s) { s.setVarFloat("v", 1.5F); }},
-        Row{"SetDouble", [](Strategy& s) { s.setVarDouble("v", 1.5); }},
-        Row{"SetText", [](Strategy& s) { s.setVarString("v", "text"); }},
-        Row{"SetReference",
-            [](Strategy& s) { s.setVarObjectReference("v", s.getVarObjectReference("t")); }},
-        Row{"SetEmptyReference",
-            [](Strategy& s) { s.setVarObjectReference("v", ScriptObjectReference()); }},
-        Row{"SetObject", [](Strategy& s) { s.setObject("v", "T", &s); }},
-        Row{"SetNullObject", [](Strategy& s) { s.setObject("v", "T", nullptr); }},
-        Row{"IsSet", [](Strategy& s) { s.isVarSet("n"); }},
-        Row{"GetBool", [](Strategy& s) { s.getVarBool("n", true); }},
-        Row{"GetInt", [](Strategy& s) { s.getVarInt("n", 1); }},
-        Row{"GetFloat", [](Strategy& s) { s.getVarFloat("n", 1.5F); }},
-        Row{"GetDouble", [](Strategy& s) { s.getVarDouble("n", 1.5); }},
-        Row{"GetText", [](Strategy& s) { s.getVarString("t", ""); }},
-        Row{"GetTextOfNumber", [](Strategy& s) { s.getVarString("n", ""); }},
-        Row{"GetNoText", [](Strategy& s) { s.getVarString("f", ""); }},
-        Row{"GetReference", [](Strategy& s) { s.getVarObjectReference("t"); }},
-        Row{"GetNoReference", [](Strategy& s) { s.getVarObjectReference("f"); }},
-        Row{"GetFunction", [](Strategy& s) { s.getScriptFunction("f"); }},
-        Row{"GetNoFunction", [](Strategy& s) { s.getScriptFunction("t"); }},
-        Row{"GetObject", [](Strategy& s) { s.getObject("u", "T"); }},
-        Row{"GetAnyObject", [](Strategy& s) { s.getObject("u", tbMemory::StringView()); }},
-        Row{"GetNoObject", [](Strategy& s) { s.getObject("t", "T"); }},
-        Row{"Function", [](Strategy& s) { s.createFunction("h"); }},
-        Row{"Call", [](Strategy& s) { callWith(s, "f", PARAM_TYPE_INT); }},
-        Row{"CallWithMismatch", [](Strategy& s) { callWith(s, "f", PARAM_TYPE_SCRIPT_OBJECT); }},
-        Row{"FailedCall", [](Strategy& s) { callWith(s, "t", PARAM_TYPE_INT); }}),
-    RowName());
+    {"Run", [](Strategy& s) { runText(s, "return 1, 2"); }},
+    {"FailedRun", [](Strategy& s) { runText(s, "return nil .. 1"); }},
+    {"RunOfNothing", [](Strategy& s) { s.execute(Script()); }},
+    {"Collection", [](Strategy& s) { s.requestGarbageCollection(); }},
+    {"ClearedGlobals", [](Strategy& s) { s.clearGlobals(); }},
+    {"SetBool", [](Strategy& s) { s.setVarBool("v", true); }},
+    {"SetInt", [](Strategy& s) { s.setVarInt("v", 1); }},
+    {"SetFloat", [](Strategy& s) { s.setVarFloat("v", 1.5F); }},
+    {"SetDouble", [](Strategy& s) { s.setVarDouble("v", 1.5); }},
+    {"SetText", [](Strategy& s) { s.setVarString("v", "text"); }},
+    {"SetReference",
+     [](Strategy& s) { s.setVarObjectReference("v", s.getVarObjectReference("t")); }},
+    {"SetEmptyReference",
+     [](Strategy& s) { s.setVarObjectReference("v", ScriptObjectReference()); }},
+    {"SetObject", [](Strategy& s) { s.setObject("v", "T", &s); }},
+    {"SetNullObject", [](Strategy& s) { s.setObject("v", "T", nullptr); }},
+    {"IsSet", [](Strategy& s) { s.isVarSet("n"); }},
+    {"GetBool", [](Strategy& s) { s.getVarBool("n", true); }},
+    {"GetInt", [](Strategy& s) { s.getVarInt("n", 1); }},
+    {"GetFloat", [](Strategy& s) { s.getVarFloat("n", 1.5F); }},
+    {"GetDouble", [](Strategy& s) { s.getVarDouble("n", 1.5); }},
+    {"GetText", [](Strategy& s) { s.getVarString("t", ""); }},
+    {"GetTextOfNumber", [](Strategy& s) { s.getVarString("n", ""); }},
+    {"GetNoText", [](Strategy& s) { s.getVarString("f", ""); }},
+    {"GetReference", [](Strategy& s) { s.getVarObjectReference("t"); }},
+    {"GetNoReference", [](Strategy& s) { s.getVarObjectReference("f"); }},
+    {"GetFunction", [](Strategy& s) { s.getScriptFunction("f"); }},
+    {"GetNoFunction", [](Strategy& s) { s.getScriptFunction("t"); }},
+    {"GetObject", [](Strategy& s) { s.getObject("u", "T"); }},
+    {"GetAnyObject", [](Strategy& s) { s.getObject("u", tbMemory::StringView()); }},
+    {"GetNoObject", [](Strategy& s) { s.getObject("t", "T"); }},
+    {"Function", [](Strategy& s) { s.createFunction("h"); }},
+    {"Call", [](Strategy& s) { callWith(s, "f", PARAM_TYPE_INT); }},
+    {"CallWithMismatch", [](Strategy& s) { callWith(s, "f", PARAM_TYPE_SCRIPT_OBJECT); }},
+    {"FailedCall", [](Strategy& s) { callWith(s, "t", PARAM_TYPE_INT); }});
 
 TEST_F(LuaEnvironmentStrategyTest, ReferencesGiveTheirRegistrySlotsBack)
 {

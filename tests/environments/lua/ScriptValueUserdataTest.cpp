@@ -16,8 +16,6 @@
 namespace tbScripts::test
 {
 
-using ::testing::IsEmpty;
-
 namespace
 {
 
@@ -105,10 +103,7 @@ struct NameRow
     Bytes start;
 };
 
-class TypeNameRecordTest : public ScriptValueUserdataTest,
-                           public ::testing::WithParamInterface<NameRow>
-{
-};
+using TypeNameRecordTest = OnValues<ScriptValueUserdataTest, NameRow>;
 
 INSTANTIATE_TEST_SUITE_P(
     Lengths,
@@ -218,10 +213,7 @@ TEST_F(ScriptValueUserdataTest, DestroyedBlockHasNoPointerWhateverItsType)
 }
 
 // The size of a foreign block without metatable.
-class ForeignBlockTest : public ScriptValueUserdataTest,
-                         public ::testing::WithParamInterface<std::size_t>
-{
-};
+using ForeignBlockTest = OnValues<ScriptValueUserdataTest, std::size_t>;
 
 INSTANTIATE_TEST_SUITE_P(
     Sizes, ForeignBlockTest, ::testing::Values(0U, 1U, 7U, 8U, 15U, 17U, 1000U));
@@ -273,27 +265,17 @@ struct UnwrittenRow
     void (*push)(lua_State* state);
 };
 
-class UnwrittenValueTest : public ScriptValueUserdataTest,
-                           public ::testing::WithParamInterface<UnwrittenRow>
-{
-};
+using UnwrittenValueTest = OnRows<ScriptValueUserdataTest, UnwrittenRow>;
 
-INSTANTIATE_TEST_SUITE_P(
-    Kinds,
+ROWS(
     UnwrittenValueTest,
-    ::testing::Values(
-        UnwrittenRow{"Nil", [](lua_State* state) { lua_pushnil(state); }},
-        UnwrittenRow{
-            "LightUserdata", [](lua_State* state) { lua_pushlightuserdata(state, state); }},
-        UnwrittenRow{"Coroutine", [](lua_State* state) { lua_newthread(state); }},
-        UnwrittenRow{
-            "HostFunction",
-            [](lua_State* state) { lua_pushcfunction(state, [](lua_State*) { return 0; }); }},
-        UnwrittenRow{
-            "ForeignNumber",
-            [](lua_State* state)
-            { luaL_dostring(state, "return require('ffi').new('int64_t', 1)"); }}),
-    RowName());
+    {"Nil", [](lua_State* state) { lua_pushnil(state); }},
+    {"LightUserdata", [](lua_State* state) { lua_pushlightuserdata(state, state); }},
+    {"Coroutine", [](lua_State* state) { lua_newthread(state); }},
+    {"HostFunction",
+     [](lua_State* state) { lua_pushcfunction(state, [](lua_State*) { return 0; }); }},
+    {"ForeignNumber",
+     [](lua_State* state) { luaL_dostring(state, "return require('ffi').new('int64_t', 1)"); }});
 
 TEST_P(UnwrittenValueTest, GivesNoBytes)
 {

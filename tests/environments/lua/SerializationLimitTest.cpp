@@ -16,8 +16,6 @@
 namespace tbScripts::test
 {
 
-using ::testing::ElementsAre;
-
 namespace
 {
 
@@ -120,25 +118,19 @@ TEST_F(SerializationLimitTest, ZeroLeavesRoomForNothing)
     EXPECT_THAT(m_log.takeEntries(), ElementsAre(tooLong(0)));
 }
 
-class SerializationLimitValueTest : public SerializationLimitTest,
-                                    public ::testing::WithParamInterface<ValueRow>
-{
-};
+using SerializationLimitValueTest = OnRows<SerializationLimitTest, ValueRow>;
 
-INSTANTIATE_TEST_SUITE_P(
-    Values,
+ROWS(
     SerializationLimitValueTest,
-    ::testing::Values(
-        ValueRow{"Boolean", "true"},
-        ValueRow{"Number", "1.5"},
-        ValueRow{"ShortString", "'text'"},
-        ValueRow{"LongString", "string.rep('x', 5000)"},
-        ValueRow{"EmptyTable", "{}"},
-        ValueRow{"TableWithKeysOfBothKinds", "{10, 20, a = {true}, b = string.rep('y', 300)}"},
-        ValueRow{"Userdata", "newproxy()"},
-        ValueRow{"ShortFunction", "function() end"},
-        ValueRow{"LongFunction", "loadstring(string.rep('x = \"some text\" ', 500))"}),
-    RowName());
+    {"Boolean", "true"},
+    {"Number", "1.5"},
+    {"ShortString", "'text'"},
+    {"LongString", "string.rep('x', 5000)"},
+    {"EmptyTable", "{}"},
+    {"TableWithKeysOfBothKinds", "{10, 20, a = {true}, b = string.rep('y', 300)}"},
+    {"Userdata", "newproxy()"},
+    {"ShortFunction", "function() end"},
+    {"LongFunction", "loadstring(string.rep('x = \"some text\" ', 500))"});
 
 TEST_P(SerializationLimitValueTest, IsWrittenUpToTheLastByte)
 {

@@ -17,11 +17,6 @@
 namespace tbScripts::test
 {
 
-using ::testing::Each;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
-using ::testing::Not;
-
 namespace
 {
 
@@ -42,8 +37,6 @@ struct HostCallRow
     const char* neutralAnswer;
     const char* message;
 };
-
-using test::operator<<;
 
 // Calls the function with `inputs`; answers what the output is and how it ended.
 std::string callWith(Prepared& prepared, const std::vector<FunctionParameter>& inputs)
@@ -189,16 +182,9 @@ private:
     int m_height = 0;
 };
 
-class AllocationFailureAccessTest : public AllocationFailureFixture,
-                                    public ::testing::WithParamInterface<GlobalOperation>
-{
-};
+using AllocationFailureAccessTest = OnValues<AllocationFailureFixture, GlobalOperation>;
 
-INSTANTIATE_TEST_SUITE_P(
-    Accesses,
-    AllocationFailureAccessTest,
-    ::testing::ValuesIn(allGlobalOperations()),
-    ::testing::PrintToStringParamName());
+VALUES(AllocationFailureAccessTest, ::testing::ValuesIn(allGlobalOperations()));
 
 TEST_P(AllocationFailureAccessTest, IsAnsweredNeutrallyAndLogged)
 {
@@ -213,13 +199,9 @@ TEST_P(AllocationFailureAccessTest, IsAnsweredNeutrallyAndLogged)
         });
 }
 
-class AllocationFailureCallTest : public AllocationFailureFixture,
-                                  public ::testing::WithParamInterface<HostCallRow>
-{
-};
+using AllocationFailureCallTest = OnRows<AllocationFailureFixture, HostCallRow>;
 
-INSTANTIATE_TEST_SUITE_P(
-    Calls, AllocationFailureCallTest, ::testing::ValuesIn(allHostCalls()), RowName());
+ROWS(AllocationFailureCallTest, allHostCalls());
 
 TEST_P(AllocationFailureCallTest, FailsAndSaysWhy)
 {
@@ -233,9 +215,7 @@ TEST_P(AllocationFailureCallTest, FailsAndSaysWhy)
         });
 }
 
-class AllocationFailureTest : public AllocationFailureFixture
-{
-};
+using AllocationFailureTest = AllocationFailureFixture;
 
 TEST_F(AllocationFailureTest, EnvironmentEndsWithoutMemory)
 {

@@ -19,11 +19,9 @@ struct GreedyRow
     int code; // 5 if the script meets the error as a text and raises that
 };
 
-using test::operator<<;
-
 } // namespace
 
-class ExhaustedMemoryTest : public LogFixture, public ::testing::WithParamInterface<GreedyRow>
+class ExhaustedMemoryTest : public OnRows<LogFixture, GreedyRow>
 {
 protected:
     ExhaustedMemoryTest()
@@ -49,28 +47,19 @@ protected:
     Script m_script;
 };
 
-INSTANTIATE_TEST_SUITE_P(
-    Scripts,
+ROWS(
     ExhaustedMemoryTest,
-    ::testing::Values(
-        GreedyRow{"Tables", "local all = {} while true do all[#all + 1] = {} end", 6},
-        GreedyRow{"Fields", "local all = {} for i = 1, 1e9 do all['k' .. i] = i end", 6},
-        GreedyRow{"Texts", "local all = {} for i = 1, 1e9 do all[i % 9] = 'a' .. i end", 6},
-        GreedyRow{
-            "Closures", "local f while true do local g = f f = function() return g end end", 6},
-        GreedyRow{
-            "Coroutines",
-            "local all = {} while true do all[#all + 1] = coroutine.create(print) end",
-            6},
-        GreedyRow{"LoadedCode", "while true do assert(loadstring('return 1')) end", 6},
-        GreedyRow{
-            "InterpretedLoop", "jit.off() local all = {} for i = 1, 1e9 do all[i] = {i} end", 6},
-        GreedyRow{
-            "ProtectedCalls",
-            "while true do local ok, text = pcall(function() local t = {} for i = 1, 1e9 do"
-            " t[i] = {} end end) if not ok then error(text, 0) end end",
-            5}),
-    RowName());
+    {"Tables", "local all = {} while true do all[#all + 1] = {} end", 6},
+    {"Fields", "local all = {} for i = 1, 1e9 do all['k' .. i] = i end", 6},
+    {"Texts", "local all = {} for i = 1, 1e9 do all[i % 9] = 'a' .. i end", 6},
+    {"Closures", "local f while true do local g = f f = function() return g end end", 6},
+    {"Coroutines", "local all = {} while true do all[#all + 1] = coroutine.create(print) end", 6},
+    {"LoadedCode", "while true do assert(loadstring('return 1')) end", 6},
+    {"InterpretedLoop", "jit.off() local all = {} for i = 1, 1e9 do all[i] = {i} end", 6},
+    {"ProtectedCalls",
+     "while true do local ok, text = pcall(function() local t = {} for i = 1, 1e9 do"
+     " t[i] = {} end end) if not ok then error(text, 0) end end",
+     5});
 
 TEST_P(ExhaustedMemoryTest, FailsWithTheCodeOfItsErrorAndLeavesAUsableEnvironment)
 {

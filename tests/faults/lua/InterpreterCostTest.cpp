@@ -3,13 +3,11 @@
 #include "support/EnvironmentStateFixture.h"
 #include "support/GlobalOperations.h"
 #include "support/InterpreterCalls.h"
+#include "support/RowName.h"
 #include "support/Sanitizers.h"
 
 namespace tbScripts::test
 {
-
-using ::testing::Each;
-using ::testing::SizeIs;
 
 class InterpreterCostTest : public EnvironmentStateFixture
 {
@@ -50,16 +48,9 @@ TEST_F(InterpreterCostTest, RaisingFinalisersCostTheEndOfAnEnvironmentNoMoreEith
 
 #ifndef TBSCRIPTS_PROTECTED_BOUNDARY
 
-class UnprotectedAccessTest : public EnvironmentStateFixture,
-                              public ::testing::WithParamInterface<GlobalOperation>
-{
-};
+using UnprotectedAccessTest = OnValues<EnvironmentStateFixture, GlobalOperation>;
 
-INSTANTIATE_TEST_SUITE_P(
-    Accesses,
-    UnprotectedAccessTest,
-    ::testing::ValuesIn(allGlobalOperations()),
-    ::testing::PrintToStringParamName());
+VALUES(UnprotectedAccessTest, ::testing::ValuesIn(allGlobalOperations()));
 
 TEST_P(UnprotectedAccessTest, MakesNoProtectedCall)
 {

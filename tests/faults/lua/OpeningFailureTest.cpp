@@ -12,9 +12,6 @@
 namespace tbScripts::test
 {
 
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
-
 class OpeningFailureTest : public LogFixture
 {
 protected:

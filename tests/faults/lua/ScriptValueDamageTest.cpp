@@ -23,8 +23,6 @@ struct DamageRow
     const char* expression;
 };
 
-using test::operator<<;
-
 // Compiled code is trusted: changed, it may do anything. Cut off it is not accepted.
 std::vector<DamageRow> functionRows()
 {
@@ -52,10 +50,7 @@ std::vector<DamageRow> tableRows()
         {"TextsOfTags", "{'bbbb', '{{{{{{{{', '}', 'uuuuuuuuuuuuuuuu', k = 'iiiiiiiiiiiiiiii'}"}};
 }
 
-} // namespace
-
-class DamageFixture : public EnvironmentStateFixture,
-                      public ::testing::WithParamInterface<DamageRow>
+class DamageFixture : public OnRows<EnvironmentStateFixture, DamageRow>
 {
 protected:
     DamageFixture()
@@ -102,13 +97,14 @@ protected:
     int m_slots = 0;
 };
 
-class CutBytesTest : public DamageFixture
-{
-};
+using CutBytesTest = DamageFixture;
 
-INSTANTIATE_TEST_SUITE_P(Plain, CutBytesTest, ::testing::ValuesIn(plainRows()), RowName());
-INSTANTIATE_TEST_SUITE_P(Tables, CutBytesTest, ::testing::ValuesIn(tableRows()), RowName());
-INSTANTIATE_TEST_SUITE_P(Functions, CutBytesTest, ::testing::ValuesIn(functionRows()), RowName());
+INSTANTIATE_TEST_SUITE_P(
+    Plain, CutBytesTest, ::testing::ValuesIn(CutBytesTest::named(plainRows())), RowName());
+INSTANTIATE_TEST_SUITE_P(
+    Tables, CutBytesTest, ::testing::ValuesIn(CutBytesTest::named(tableRows())), RowName());
+INSTANTIATE_TEST_SUITE_P(
+    Functions, CutBytesTest, ::testing::ValuesIn(CutBytesTest::named(functionRows())), RowName());
 
 TEST_P(CutBytesTest, AreAValueOrNone)
 {
@@ -123,11 +119,9 @@ TEST_P(CutBytesTest, AreAValueOrNone)
     environment().requestGarbageCollection();
 }
 
-class CutTableTest : public DamageFixture
-{
-};
+using CutTableTest = DamageFixture;
 
-INSTANTIATE_TEST_SUITE_P(Tables, CutTableTest, ::testing::ValuesIn(tableRows()), RowName());
+ROWS(CutTableTest, tableRows());
 
 TEST_P(CutTableTest, CannotBeReadWithoutItsEnd)
 {
@@ -137,11 +131,9 @@ TEST_P(CutTableTest, CannotBeReadWithoutItsEnd)
     expectInterpreterAsBefore();
 }
 
-class CutFunctionTest : public DamageFixture
-{
-};
+using CutFunctionTest = DamageFixture;
 
-INSTANTIATE_TEST_SUITE_P(Code, CutFunctionTest, ::testing::ValuesIn(functionRows()), RowName());
+ROWS(CutFunctionTest, functionRows());
 
 TEST_P(CutFunctionTest, CannotBeRead)
 {
@@ -151,12 +143,12 @@ TEST_P(CutFunctionTest, CannotBeRead)
     expectInterpreterAsBefore();
 }
 
-class ChangedBytesTest : public DamageFixture
-{
-};
+using ChangedBytesTest = DamageFixture;
 
-INSTANTIATE_TEST_SUITE_P(Plain, ChangedBytesTest, ::testing::ValuesIn(plainRows()), RowName());
-INSTANTIATE_TEST_SUITE_P(Tables, ChangedBytesTest, ::testing::ValuesIn(tableRows()), RowName());
+INSTANTIATE_TEST_SUITE_P(
+    Plain, ChangedBytesTest, ::testing::ValuesIn(ChangedBytesTest::named(plainRows())), RowName());
+INSTANTIATE_TEST_SUITE_P(
+    Tables, ChangedBytesTest, ::testing::ValuesIn(ChangedBytesTest::named(tableRows())), RowName());
 
 TEST_P(ChangedBytesTest, AreAValueOrNone)
 {
@@ -202,17 +194,12 @@ TEST_P(ChangedBytesTest, OfOtherTagsAreAValueOrNone)
 // Damage behind the first quarter of a megabyte: readers of large buffers look ahead. Every read
 // stays inside of the bytes, and the interpreter is as before.
 
-namespace
-{
-
 constexpr const char* VALUE =
     "v = {long, 'first', {id = 1, name = 'a', pos = {x = 1, 'in'}, alive = true}, T.new(),"
     " {'b', '', 'some longer text', [0.5] = 'c'}, {untyped, 'd'}, f = print, 'last'}";
 
 constexpr unsigned char CHANGES[] = {
     0, 1, 4, 'a', 'b', 'f', 'i', 'k', 'n', 's', 'u', '{', '|', '}', 0x7F, 0x80, 0xFF};
-
-} // namespace
 
 class ScriptValueLargeDamageTest : public EnvironmentStateFixture
 {
@@ -289,5 +276,7 @@ TEST_F(ScriptValueLargeDamageTest, ChangedBytesAreAValueOrNone)
     EXPECT_EQ(countRegistrySlots(), m_slots);
     environment().requestGarbageCollection();
 }
+
+} // namespace
 
 } // namespace tbScripts::test

@@ -11,15 +11,10 @@
 
 #include <functional>
 #include <memory>
-#include <ostream>
 #include <string>
 
 namespace tbScripts::test
 {
-
-using ::testing::AnyOf;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 namespace
 {
@@ -31,11 +26,9 @@ struct ValueRow
     std::size_t instances;
 };
 
-using test::operator<<;
-
 } // namespace
 
-class ScriptValueMemoryTest : public LogFixture, public ::testing::WithParamInterface<ValueRow>
+class ScriptValueMemoryTest : public OnRows<LogFixture, ValueRow>
 {
 protected:
     // Makes an environment with the value and its bytes.
@@ -103,24 +96,19 @@ protected:
     std::size_t m_destroyed = 0;
 };
 
-INSTANTIATE_TEST_SUITE_P(
-    Values,
+ROWS(
     ScriptValueMemoryTest,
-    ::testing::Values(
-        ValueRow{"Table", "v = {1, 2, a = {b = {c = 'text'}}, d = false}", 0},
-        ValueRow{"Texts", "v = {} for i = 1, 40 do v['key' .. i] = 'value ' .. i end", 0},
-        ValueRow{
-            "NewTextsOfALargeTable", // which are made anew when they are read: without their zero
-            "v = {('x'):rep(263000)} for i = 1, 40 do v[i + 1] = ('%03d'):format(i) .. '\\0' end",
-            0},
-        ValueRow{"DeepTable", "v = {} for i = 1, 200 do v = {v, i} end", 0},
-        ValueRow{"Instance", "v = T.new()", 1},
-        ValueRow{"Instances", "v = {T.new(), {T.new()}, a = {b = T.new()}}", 3},
-        ValueRow{
-            "Function",
-            "function v(a) local function f() return a .. 'text' end return {f(), b = {a}} end",
-            0}),
-    RowName());
+    {"Table", "v = {1, 2, a = {b = {c = 'text'}}, d = false}", 0},
+    {"Texts", "v = {} for i = 1, 40 do v['key' .. i] = 'value ' .. i end", 0},
+    {"NewTextsOfALargeTable", // which are made anew when they are read: without their zero
+     "v = {('x'):rep(263000)} for i = 1, 40 do v[i + 1] = ('%03d'):format(i) .. '\\0' end",
+     0},
+    {"DeepTable", "v = {} for i = 1, 200 do v = {v, i} end", 0},
+    {"Instance", "v = T.new()", 1},
+    {"Instances", "v = {T.new(), {T.new()}, a = {b = T.new()}}", 3},
+    {"Function",
+     "function v(a) local function f() return a .. 'text' end return {f(), b = {a}} end",
+     0});
 
 TEST_P(ScriptValueMemoryTest, WritingGivesNoBytes)
 {

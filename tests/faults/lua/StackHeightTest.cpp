@@ -4,6 +4,7 @@
 #include "support/EnvironmentStateFixture.h"
 #include "support/Execution.h"
 #include "support/GlobalOperations.h"
+#include "support/RowName.h"
 #include "support/Sanitizers.h"
 
 #include <functional>
@@ -42,11 +43,7 @@ protected:
     }
 };
 
-INSTANTIATE_TEST_SUITE_P(
-    Accesses,
-    StackHeightAccessTest,
-    ::testing::ValuesIn(allGlobalOperations()),
-    ::testing::PrintToStringParamName());
+VALUES(StackHeightAccessTest, ::testing::ValuesIn(allGlobalOperations()));
 
 TEST_P(StackHeightAccessTest, IsConstantOverAccesses)
 {
