@@ -11,7 +11,7 @@ set(mayInclude_loading loading scripts core port)
 
 # Headers that not every platform has, or whose functions and types differ between platforms.
 set(platformHeaders
-    "^(unistd|fcntl|pthread|signal|dlfcn|poll|spawn|sched|termios|pwd|grp|cxxabi|execinfo)\\.h$"
+    "^(unistd|fcntl|pthread|signal|dlfcn|locale|poll|spawn|sched|termios|pwd|grp|cxxabi|wchar|execinfo)\\.h$"
     "^(windows|io|process|direct|conio)\\.h$" "^csignal$" "^(sys|mach|linux|netinet)/")
 list(JOIN platformHeaders "|" platformHeaders)
 
