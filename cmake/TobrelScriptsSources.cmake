@@ -166,6 +166,7 @@ set(TOBREL_SCRIPTS_SOURCES
 
 # What differs between platforms. Of posix/ and windows/ one is built.
 set(TOBREL_SCRIPTS_PORT
+    src/port/CharacterWidth.h
     src/port/FileAccess.h
     src/port/FileReading.h
     src/port/FileReplacing.h
@@ -177,6 +178,7 @@ set(TOBREL_SCRIPTS_PORT
     src/port/ThreadCancellation.h
     src/port/posix/BrokenPipeShield.cpp
     src/port/posix/BrokenPipeShield.h
+    src/port/posix/CharacterWidth.cpp
     src/port/posix/Descriptor.h
     src/port/posix/FileAccess.cpp
     src/port/posix/FileReading.cpp
@@ -187,6 +189,7 @@ set(TOBREL_SCRIPTS_PORT
     src/port/posix/TargetFile.cpp
     src/port/posix/Terminal.cpp
     src/port/posix/Writing.h
+    src/port/windows/CharacterWidth.cpp
     src/port/windows/FileAccess.cpp
     src/port/windows/FileReading.cpp
     src/port/windows/FileReplacing.cpp

@@ -8,7 +8,7 @@ cmake_minimum_required(VERSION 3.25)
 file(REMOVE_RECURSE ${prefix})
 file(MAKE_DIRECTORY ${prefix}/include ${prefix}/lib ${prefix}/bin)
 
-# add_package(<name> <target> <folder of headers>)
+# add_package(<name> <target> <folder of headers> [<folder that sources search, from include/>])
 function(add_package name target folder)
     if(NOT IS_DIRECTORY /usr/include/${folder})
         message(FATAL_ERROR "/usr/include/${folder} is missing; .ci/packages.txt names its package.")
@@ -18,7 +18,7 @@ function(add_package name target folder)
         "if(NOT TARGET ${target})
     add_library(${target} INTERFACE IMPORTED)
     set_target_properties(${target} PROPERTIES
-        INTERFACE_INCLUDE_DIRECTORIES ${prefix}/include)
+        INTERFACE_INCLUDE_DIRECTORIES ${prefix}/include/${ARGN})
 endif()
 ")
     # Debian has the version that we ask for; the build for this machine has looked.
@@ -28,6 +28,7 @@ endfunction()
 
 add_package(Boost Boost::headers boost)
 add_package(CLI11 CLI11::CLI11 CLI)
+add_package(utf8cpp utf8cpp utf8cpp utf8cpp)
 
 file(CREATE_LINK ${luajit} ${prefix}/include/luajit-2.1 SYMBOLIC)
 if(library)

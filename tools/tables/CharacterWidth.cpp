@@ -1,14 +1,10 @@
 #include "tables/CharacterWidth.h"
 
+#include "port/CharacterWidth.h"
 #include "tables/Character.h"
 
 #include <algorithm>
 #include <array>
-
-#if defined(__linux__)
-    #include <locale.h>
-    #include <wchar.h>
-#endif
 
 namespace tables
 {
@@ -42,54 +38,11 @@ constexpr std::array<Block, 17> BLOCKS = {
      {0x1F300, 0x1FAFF, 2},   // pictures
      {0x20000, 0x3FFFD, 2}}}; // Han, extensions
 
-#if defined(__linux__)
-
-// Widths depend on the locale of the thread. The process keeps the one it has, for scripts see it.
-class Utf8Locale
-{
-public:
-    Utf8Locale()
-        : m_before(::uselocale(_known()))
-    {
-    }
-
-    Utf8Locale(const Utf8Locale&) = delete;
-    Utf8Locale& operator=(const Utf8Locale&) = delete;
-
-    ~Utf8Locale() { ::uselocale(m_before); }
-
-private:
-    // Null, which changes nothing, where the system has no such locale. Never released.
-    static locale_t _known()
-    {
-        static const locale_t locale = ::newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
-        return locale;
-    }
-
-    locale_t m_before;
-};
-
-// Negative if the platform does not know.
-int platformWidthOf(char32_t codePoint)
-{
-    const Utf8Locale locale;
-    return ::wcwidth(static_cast<wchar_t>(codePoint));
-}
-
-#else
-
-int platformWidthOf(char32_t /*codePoint*/)
-{
-    return -1;
-}
-
-#endif
-
 } // namespace
 
 std::size_t widthOf(char32_t codePoint)
 {
-    const int width = platformWidthOf(codePoint);
+    const int width = tbScripts::port::characterWidth(codePoint);
     return width < 0 ? roughWidthOf(codePoint) : static_cast<std::size_t>(width);
 }
 
