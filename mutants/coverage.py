@@ -14,7 +14,6 @@ import subprocess
 
 import workbench as bench
 
-TRACED_FLAGS = ["-O0", "-g1", "-fsanitize-coverage=trace-pc"]
 TIME_LIMIT = 60  # seconds of processor; what takes longer is of no use for a fault
 
 _CALL = re.compile(r"\scall\s.*<__sanitizer_cov_trace_pc")
@@ -101,27 +100,21 @@ def _lines_of_blocks(library, begins, tree):
 
 
 def measure(work, jobs, say):
-    """Builds the traced library, runs each suite with it, and returns the map. Suites that fail without
-    any fault are left out."""
-    folder = work.folder / "traced"
-    say("compiling the traced library")
-    work.compile_all(folder, TRACED_FLAGS, jobs)
-    tracer = folder / "tracer.o"
-    bench.run(["g++", "-O2", "-fPIC", "-c", work.tree / "mutants" / "tracer.cpp", "-o", tracer])
-    work.link(folder, [work.object_of(folder, s) for s in work.sources()] + [tracer])
-
-    begins = _block_begins(folder / bench.LIBRARY)
-    lines = _lines_of_blocks(folder / bench.LIBRARY, begins, work.tree)
+    """Runs each suite, and returns the map. Suites that fail without any fault are left out."""
+    folder = work.folder / "runs"
+    library = work.build / bench.LIBRARY
+    begins = _block_begins(library)
+    lines = _lines_of_blocks(library, begins, work.tree)
     suites = work.suites()
     say(f"{len(begins)} blocks; running {len(suites)} suites one by one")
 
     def trace(suite):
-        place = folder / "runs" / re.sub(r"\W", "_", suite.name)
+        place = folder / re.sub(r"\W", "_", suite.name)
         shutil.rmtree(place, ignore_errors=True)
         place.mkdir(parents=True)
         note = place / "reached"
         passed, suite.seconds = bench.run_suite(
-            suite, folder, place / "scratch", TIME_LIMIT, {"MUTANTS_TRACE": str(note)})
+            suite, work.build, place / "scratch", TIME_LIMIT, {"MUTANTS_TRACE": str(note)})
         reached = _read_trace(note) if note.exists() else []
         shutil.rmtree(place, ignore_errors=True)
         return passed, reached

@@ -1,11 +1,16 @@
 # Included by CMake after project(), for planted faults only. Programs that compile the library's
 # insides in take them from the shared library instead: a fault is then one object and one library,
-# and no program has to be linked again.
+# and no program has to be linked again. The library tells which basic blocks a run reaches
+# (tracer.cpp), and is not optimised, because it is compiled once for each fault.
 
 function(tobrel_take_insides_from_library)
     set_target_properties(TobrelScriptsObjects PROPERTIES
         CXX_VISIBILITY_PRESET default
         VISIBILITY_INLINES_HIDDEN OFF)
+    foreach(target IN ITEMS TobrelScriptsObjects TobrelScriptsPort)
+        target_compile_options(${target} PRIVATE -O0 -g1 -fsanitize-coverage=trace-pc)
+    endforeach()
+    target_sources(TobrelScripts PRIVATE ${PROJECT_SOURCE_DIR}/mutants/tracer.cpp)
     set_property(TARGET TobrelScripts PROPERTY LINK_OPTIONS "") # no list of exported names
 
     add_library(TobrelScriptsInsides INTERFACE)

@@ -15,6 +15,8 @@ namespace
 
 #define UNTRACED __attribute__((no_sanitize_coverage))
 
+constexpr std::size_t SIZE = 64U << 20U; // more than any code here; a file with holes
+
 unsigned char* reached = nullptr; // null: nobody asked, or not begun
 
 UNTRACED __attribute__((constructor(101))) void begin()
@@ -25,10 +27,9 @@ UNTRACED __attribute__((constructor(101))) void begin()
     const int file = open(path, O_RDWR | O_CREAT | O_CLOEXEC, 0600);
     if (file < 0)
         return;
-    const std::size_t size = 64U << 20U; // more than any code here; a file with holes
-    if (ftruncate(file, size) == 0)
+    if (ftruncate(file, SIZE) == 0)
     {
-        void* const memory = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED, file, 0);
+        void* const memory = mmap(nullptr, SIZE, PROT_READ | PROT_WRITE, MAP_SHARED, file, 0);
         if (memory != MAP_FAILED)
             reached = static_cast<unsigned char*>(memory);
     }
@@ -37,8 +38,11 @@ UNTRACED __attribute__((constructor(101))) void begin()
 
 } // namespace
 
-extern "C" UNTRACED __attribute__((visibility("hidden"))) void __sanitizer_cov_trace_pc()
+// Programs that have a part of the library in them call this too; their own code is not noted.
+extern "C" UNTRACED __attribute__((visibility("default"))) void __sanitizer_cov_trace_pc()
 {
-    if (reached)
-        reached[static_cast<const char*>(__builtin_return_address(0)) - &__ehdr_start] = 1;
+    const std::size_t place = static_cast<std::size_t>(
+        static_cast<const char*>(__builtin_return_address(0)) - &__ehdr_start);
+    if (reached && place < SIZE)
+        reached[place] = 1;
 }

@@ -6,7 +6,6 @@ own, and pointing LD_LIBRARY_PATH there.
 """
 
 import concurrent.futures
-import hashlib
 import json
 import os
 import pathlib
@@ -18,6 +17,7 @@ import threading
 
 MEMORY_LIMIT = 6 << 30  # bytes of address space for one suite
 LIBRARY = "libTobrelScripts.so"
+TRACING = "-fsanitize-coverage=trace-pc"
 
 
 def run(command, **options):
@@ -65,6 +65,7 @@ class Workbench:
         self.build = self.tree / "build" / "debug"
         self._root = root
         self._commands = {}  # source file: how it is compiled
+        self._objects = {}  # source file: what the build has made of it
         self._link = []  # everything of the link command but objects and output
 
     def prepare(self, jobs):
@@ -94,23 +95,24 @@ class Workbench:
                 words = words[1:]
             if sources in file.parents:
                 place = words.index("-o")
-                self._commands[file] = words[:place] + words[place + 2:place + 2]
+                self._commands[file] = words[:place]
+                self._objects[file] = self.build / words[place + 1]
         listing = run(["ninja", "-C", self.build, "-t", "commands", LIBRARY])
         link = next(line for line in listing.splitlines() if f"-soname,{LIBRARY}" in line)
         words = shlex.split(next(part for part in link.split(" && ") if "-soname" in part))
         place = words.index("-o")
         del words[place:place + 2]
-        objects = [word for word in words if "TobrelScriptsObjects.dir" in word]
+        objects = [word for word in words if "TobrelScriptsObjects.dir" in word]  # not the tracer
         self._link = [word for word in words if word not in objects]
 
     def sources(self):
         return sorted(self._commands)
 
-    def compile(self, source, output, flags, overlay=None):
+    def compile(self, source, output, flags, overlay=None, without=None):
         """Compiles a file of the library. With an overlay, a folder whose files take the place of
         those of the tree, its own files are compiled and included instead."""
         output.parent.mkdir(parents=True, exist_ok=True)
-        command = list(self._commands[source])
+        command = [word for word in self._commands[source] if word != without]
         actual = source
         if overlay:
             replaced = overlay / source.relative_to(self.tree)
@@ -121,30 +123,17 @@ class Workbench:
             cwd=self.build, check=True, stderr=subprocess.PIPE,
         )
 
-    def object_of(self, folder, source):
-        return folder / (str(source.relative_to(self.tree / "src")).replace("/", "-") + ".o")
+    def object_of(self, source):
+        """Returns the object of the build, without a fault."""
+        return self._objects[source]
 
-    def compile_all(self, folder, flags, jobs):
-        """Compiles the whole library into `folder`, as far as it is older than the sources."""
-        with concurrent.futures.ThreadPoolExecutor(jobs) as pool:
-            list(pool.map(lambda s: self.compile(s, self.object_of(folder, s), flags), self._stale(folder, flags)))
-
-    def _stale(self, folder, flags):
-        """Returns the sources that, or whose flags, are not those that the objects were made of."""
-        folder.mkdir(parents=True, exist_ok=True)
-        stale = []
-        digests = {}  # of the files: most are included by many
-        for source in self.sources():
-            digest = hashlib.sha256(repr(flags).encode())
-            for file in sorted(self.dependencies(source)):
-                if file not in digests:
-                    digests[file] = hashlib.sha256(file.read_bytes()).digest()
-                digest.update(digests[file])
-            note = self.object_of(folder, source).with_suffix(".digest")
-            if not note.exists() or note.read_text() != digest.hexdigest():
-                stale.append(source)
-                note.write_text(digest.hexdigest())
-        return stale
+    def is_same_code(self, source, overlay, place):
+        """Returns whether the optimiser makes the same of a source with and without an overlay."""
+        outputs = []
+        for name, files in (("sound.o", None), ("faulty.o", overlay)):
+            outputs.append(place / name)
+            self.compile(source, outputs[-1], ["-O1", "-g0"], files, without=TRACING)
+        return outputs[0].read_bytes() == outputs[1].read_bytes()
 
     def dependencies(self, source):
         """Returns the files of the tree that `source` is made of."""
