@@ -462,7 +462,6 @@ set(TOBREL_SCRIPTS_PUBLIC_TESTS
     tests/lifetime/NamespaceEndTest.cpp
     tests/lifetime/OutlivingReferenceTest.cpp
     tests/lifetime/OwnedParameterTest.cpp
-    tests/lifetime/RunningScriptTest.cpp
     tests/lifetime/SharedTableClearTest.cpp
     tests/lifetime/StorageOrderTest.cpp
     tests/lifetime/TeardownTest.cpp

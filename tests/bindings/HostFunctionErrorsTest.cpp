@@ -12,6 +12,10 @@ namespace tbScripts::test
 namespace
 {
 
+struct ForeignException
+{
+};
+
 struct Thrown
 {
     const char* row;
@@ -74,10 +78,16 @@ TEST_P(HostFunctionThrowingTest, RaisesAScriptError)
     expectLogged(GetParam().entries);
 }
 
-TEST_P(HostFunctionThrowingTest, RaisesThroughACoroutine)
+TEST_P(HostFunctionThrowingTest, EndsItsCoroutineAndNoOther)
 {
-    run("isDone, message = coroutine.resume(coroutine.create(function() fail() end))");
+    run("local failing = coroutine.create(function() fail() end)"
+        " local other = coroutine.create(function() coroutine.yield(1) return 2 end)"
+        " coroutine.resume(other)"
+        " isDone, message = coroutine.resume(failing)"
+        " state, _, second = coroutine.status(failing), coroutine.resume(other)");
     expectFailed(GetParam().message);
+    is("state", "dead");
+    is("second", "2");
     expectLogged(GetParam().entries);
 }
 
@@ -85,6 +95,7 @@ TEST_P(HostFunctionThrowingTest, EndsAnUnprotectedScript)
 {
     EXPECT_FALSE(runScript(environment(), "fail() isReached = true"));
     EXPECT_FALSE(environment().isVarSet("isReached"));
+    EXPECT_EQ(environment().getLastExecutionResult().code, 5);
     std::vector<LogEntry> expected = GetParam().entries;
     expected.push_back(
         {std::string("Error while executing script 'test' : ") + GetParam().message,
@@ -97,6 +108,26 @@ TEST_P(HostFunctionThrowingTest, RaisesWhileTheHostHandlesAnExceptionOfItsOwn)
     EXPECT_TRUE(runWhileHandling(environment(), "isDone, message = pcall(fail)"));
     expectFailed(GetParam().message);
     expectLogged(GetParam().entries);
+}
+
+TEST_P(HostFunctionThrowingTest, FailsACallByTheHostAndNoHostFunctionAroundIt)
+{
+    run("function callFail() fail() end");
+    const ScriptObjectReference callFail = environment().getScriptFunction("callFail");
+    int failures = 0;
+    Parameters outputs;
+    declareAction(
+        "outer",
+        [&] { failures += environment().callScriptFunction(callFail, {}, outputs) ? 100 : 1; });
+
+    EXPECT_FALSE(
+        environment().callScriptFunction(environment().getScriptFunction("fail"), {}, outputs));
+    EXPECT_EQ(environment().getLastExecutionResult().message, GetParam().message);
+    EXPECT_EQ(environment().getLastExecutionResult().code, 5);
+    run("outer() outer()");
+
+    forgetLog();
+    EXPECT_EQ(failures, 2);
 }
 
 TEST_P(HostFunctionThrowingTest, LeavesTheFunctionUsable)
@@ -115,6 +146,7 @@ ROWS(
      [] { throw std::string("no such weapon"); },
      "no such weapon",
      {{"no such weapon", "LuaFunction"}}},
+    {"EmptyText", [] { throw std::string(); }, "", {{"", "LuaFunction"}}},
     {"RuntimeError",
      [] { throw std::runtime_error("out of range"); },
      "out of range",
@@ -128,7 +160,8 @@ ROWS(
      "bad_function_call",
      {{"bad_function_call", "LuaFunction"}}},
     {"Int", [] { throw 7; }, "C++ exception", {}},
-    {"CharacterPointer", [] { throw "literal"; }, "C++ exception", {}});
+    {"CharacterPointer", [] { throw "literal"; }, "C++ exception", {}},
+    {"ForeignClass", [] { throw ForeignException(); }, "C++ exception", {}});
 
 TEST_F(HostFunctionErrorsTest, EmptyCallableIsLeftToTheInterpreter)
 {

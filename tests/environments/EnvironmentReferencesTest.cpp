@@ -3,7 +3,6 @@
 #include "support/CountedObject.h"
 #include "support/EnvironmentFixture.h"
 #include "support/Execution.h"
-#include "support/FakeScriptObjects.h"
 #include "support/RowName.h"
 
 namespace tbScripts::test
@@ -141,44 +140,6 @@ TEST_F(EnvironmentReferencesTest, EmptyReferenceStoresNil)
     environment().setVar("v", ScriptObjectReference());
 
     EXPECT_FALSE(environment().isVarSet("v"));
-}
-
-TEST_F(EnvironmentReferencesTest, ForeignReferencesStoreNil)
-{
-    Environment other;
-    other.setEnvironmentFor(INTERPRETER_LUA);
-    other.setVar("v", "text");
-    run("v, w = 1, 1");
-
-    environment().setVar("v", other.getVar("v"));
-    environment().setVar("w", ScriptObjectReference(new FakeReference));
-
-    EXPECT_FALSE(environment().isVarSet("v"));
-    EXPECT_FALSE(environment().isVarSet("w"));
-}
-
-TEST_F(EnvironmentReferencesTest, ReferenceOutlivesItsInterpreterAndStoresNilThen)
-{
-    run("v = {}");
-    const ScriptObjectReference stale = environment().getVar("v");
-
-    environment().setEnvironmentFor(INTERPRETER_LUA);
-
-    EXPECT_EQ(stale.getUseCount(), 1U);
-    EXPECT_THAT(m_log.takeEntries(), IsEmpty());
-    environment().setVar("v", 1);
-    environment().setVar("v", stale);
-    EXPECT_FALSE(environment().isVarSet("v"));
-}
-
-TEST_F(EnvironmentReferencesTest, ReferenceOutlivesItsEnvironment)
-{
-    run("v = {}");
-    const ScriptObjectReference stale = environment().getVar("v");
-
-    destroyEnvironment();
-
-    EXPECT_EQ(stale.getUseCount(), 1U);
 }
 
 TEST_F(EnvironmentReferencesTest, EmptyReferenceIsNoBytesAndNoBytesAreAnEmptyReference)

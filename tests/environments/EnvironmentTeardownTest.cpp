@@ -188,28 +188,6 @@ TEST_F(EnvironmentTeardownCallsTest, DeclaringIsSilentMeanwhileWithoutInterprete
     EXPECT_EQ(m_log.takeEntries().size(), 1U); // of the collection
 }
 
-TEST_F(EnvironmentTeardownCallsTest, RunsAndCallsAreRefusedMeanwhile)
-{
-    run("function callNote() note(('x'):byte()) end");
-    CompiledScript script("note(('x'):byte())");
-    Environment& going = environment();
-    const ScriptObjectReference function = going.getScriptFunction("callNote");
-    bool isDone = true;
-    declareWithEnd(
-        "f",
-        [&]
-        {
-            Parameters outputs;
-            isDone =
-                going.execute(script) || going.callScriptFunction(function, Parameters(), outputs);
-        });
-
-    destroyEnvironment();
-
-    EXPECT_FALSE(isDone);
-    EXPECT_EQ(m_trace.text(), "");
-}
-
 TEST_F(EnvironmentTeardownCallsTest, SwitchingAndAssigningDoNothingMeanwhile)
 {
     run("kept = onEnd('G')");

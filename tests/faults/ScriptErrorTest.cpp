@@ -110,14 +110,6 @@ TEST_F(ScriptErrorTest, RecursionInsideAnErrorHandlerIsReported)
     EXPECT_EQ(environment().getVar("works", 1), 1); // and the environment goes on
 }
 
-TEST_F(ScriptErrorTest, EndlessRecursionFailsTheExecution)
-{
-    EXPECT_FALSE(runScript(environment(), "local function f() return 1 + f() end f()", "round"));
-
-    EXPECT_EQ(environment().getLastExecutionResult().code, 5);
-    EXPECT_THAT(m_log.takeEntries().at(0).message, HasSubstr("stack overflow"));
-}
-
 TEST_F(ScriptErrorTest, ManyErrorsWithTracebackAreSwallowed)
 {
     environment().setVar("rounds", repetitions(100000));

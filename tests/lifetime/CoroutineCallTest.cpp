@@ -153,25 +153,6 @@ TEST_F(CoroutineCallTest, CollectionsInsideLeaveTheCoroutinesValuesAlone)
     EXPECT_TRUE(environment().getVar("done", false));
 }
 
-TEST_F(CoroutineCallTest, GlobalsAreTheMainThreadsWhateverACoroutineHas)
-{
-    declare(
-        "touch",
-        {},
-        [this](const Parameters&)
-        {
-            environment().setVar("written", environment().getVar("known", 0) + 1);
-            runScript(environment(), "executed = known");
-            return FunctionParameter::VOID;
-        });
-
-    run("known = 41 local touch = touch "
-        "coroutine.wrap(function() setfenv(0, {known = 1}) touch() end)()");
-
-    EXPECT_EQ(environment().getVar("written", 0), 42);
-    EXPECT_EQ(environment().getVar("executed", 0), 41);
-}
-
 TEST_F(CoroutineCallTest, FunctionDeclaredInsideACoroutineIsEverybodys)
 {
     declare(

@@ -131,26 +131,6 @@ TEST_F(TeardownTest, FunctionsGoInTheOrderOfTheirDeclaration)
     EXPECT_THAT(gone, ElementsAre("first", "second", "third"));
 }
 
-TEST_F(TeardownTest, FunctionsHaveLeftTheRegistryBeforeTheyGo)
-{
-    bool isSet = true;
-    Function* found = nullptr;
-    Environment& dying = environment();
-    declareDeparting(
-        "departing",
-        [&]
-        {
-            isSet = dying.isFuncSet("departing") || dying.isFuncSet("later");
-            found = dying.getFunc("later");
-        });
-    declareDeparting("later", [] {});
-
-    destroyEnvironment();
-
-    EXPECT_FALSE(isSet);
-    EXPECT_EQ(found, nullptr);
-}
-
 TEST_F(TeardownTest, LastResultCanStillBeRead)
 {
     int code = -1;
@@ -159,23 +139,6 @@ TEST_F(TeardownTest, LastResultCanStillBeRead)
     runExpectingError("error('lost')");
     destroyEnvironment();
     EXPECT_EQ(code, 5);
-}
-
-TEST_F(TeardownTest, ScriptsSeeNoFunctionsAnyMoreWhenTheirFinalisersRun)
-{
-    declare("act", {}, doing([] {}));
-    run("kept = newproxy(true) local act = act getmetatable(kept).__gc = function() act() end");
-    destroyEnvironment();
-    expectLogged("Function 'act' does not exist anymore.", "LuaEnvironment");
-}
-
-TEST_F(TeardownTest, ValuesOfLoadedModulesAreCollectedBeforeTheStateCloses)
-{
-    // What is raised while the state closes would be lost.
-    run("local kept, error = newproxy(true), error package.loaded.mine = {kept}"
-        " getmetatable(kept).__gc = function() error('collected', 0) end");
-    destroyEnvironment();
-    expectLogged("collected", "LuaEnvironment");
 }
 
 TEST_F(TeardownTest, ReferencesThatBindingsHoldAreReleasedWithThem)
@@ -253,23 +216,6 @@ TEST_F(TeardownTest, HostExceptionWhileTheStateClosesIsLost)
     EXPECT_EQ(calls, 1);
 }
 
-TEST_F(TeardownTest, SwitchWhileFunctionsGoHasNoEffect)
-{
-    Environment& dying = environment();
-    Function* late = nullptr;
-    declareDeparting(
-        "departing",
-        [&]
-        {
-            dying.setEnvironmentFor(INTERPRETER_LUA);
-            late = dying.setFunc("late");
-        });
-
-    destroyEnvironment();
-
-    EXPECT_EQ(late, nullptr);
-}
-
 TEST_F(TeardownTest, SwitchWhileFunctionsGoHasNoEffectWithoutInterpreterEither)
 {
     Environment& dying = environment();
@@ -291,39 +237,6 @@ TEST_F(TeardownTest, SwitchWhileFunctionsGoHasNoEffectWithoutInterpreterEither)
         "Requesting a garbage collection in environment 'world', which has no "
         "InterpreterType. This will have no effect.",
         "Environment");
-}
-
-TEST_F(TeardownTest, AssignmentWhileFunctionsGoDisturbsNothing)
-{
-    std::vector<std::string> gone;
-    Environment other;
-    other.setEnvironmentFor(INTERPRETER_LUA);
-    Environment& dying = environment();
-    declareDeparting("departing", [&] { dying = other; });
-    declareDeparting("later", [&gone] { gone.emplace_back("later"); });
-
-    destroyEnvironment();
-
-    EXPECT_THAT(gone, ElementsAre("later"));
-    other.setVar("known", 1);
-    EXPECT_EQ(other.getVar("known", 0), 1);
-}
-
-TEST_F(TeardownTest, CopyMadeWhileFunctionsGoHasNoInterpreter)
-{
-    std::unique_ptr<Environment> copy;
-    Environment& dying = environment();
-    declareDeparting("departing", [&] { copy = std::make_unique<Environment>(dying); });
-
-    destroyEnvironment();
-
-    EXPECT_EQ(copy->setFunc("late"), nullptr);
-    expectLogged(
-        "Requesting a function in environment 'world', which has no InterpreterType. This will "
-        "have no effect, returning nullptr.",
-        "Environment");
-    copy.reset();
-    forgetLog(); // its own teardown
 }
 
 TEST_F(TeardownTest, OtherEnvironmentsWorkWhileOneGoes)

@@ -96,13 +96,6 @@ TEST_F(LuaEnvironmentObjectsTest, OnlyTheMetatableOfATypeMakesNoInstance)
     EXPECT_EQ(m_strategy.getObject("x", "T"), nullptr);
 }
 
-TEST_F(LuaEnvironmentObjectsTest, NullObjectIsNil)
-{
-    m_strategy.setObject("v", "T", nullptr);
-
-    EXPECT_FALSE(m_strategy.isVarSet("v"));
-}
-
 TEST_F(LuaEnvironmentObjectsTest, InputOfAScriptCallIsAnInstance)
 {
     run("function f(value) w = value end");

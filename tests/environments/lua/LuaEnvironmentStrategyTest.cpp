@@ -79,74 +79,11 @@ TEST_F(LuaEnvironmentStrategyTest, ClosesItsStateAtItsEnd)
     EXPECT_EQ(handle.get(), nullptr);
 }
 
-TEST_F(LuaEnvironmentStrategyTest, MillionRunsLeaveTheStackWhereItWas)
-{
-    CompiledScript script("return 1, 2");
-    lua_pushliteral(state(), "bottom");
-    bool isDone = true;
-
-    for (int i = 0; i < 1000000; ++i)
-        isDone = m_strategy->execute(script) && isDone;
-
-    EXPECT_TRUE(isDone);
-    EXPECT_EQ(lua_gettop(state()), 1);
-    EXPECT_STREQ(lua_tostring(state(), -1), "bottom");
-    lua_settop(state(), 0);
-}
-
 TEST_F(LuaEnvironmentStrategyTest, ChunkIsNamedByItsSources)
 {
     run("name = debug.getinfo(1, 'S').source");
 
     EXPECT_EQ(m_strategy->getVarString("name", ""), "name = debug.getinfo(1, 'S').source");
-}
-
-TEST_F(LuaEnvironmentStrategyTest, ClearedGlobalsLeaveAnEmptyTable)
-{
-    run("_G[1], _G[1.5], _G[true], _G[print], text = 1, 2, 3, 4, 5");
-
-    m_strategy->clearGlobals();
-
-    EXPECT_THAT(fieldsOf(state(), LUA_GLOBALSINDEX), IsEmpty());
-}
-
-TEST_F(LuaEnvironmentStrategyTest, ClearedGlobalsTakeTheModulesAlong)
-{
-    run("package.loaded.module = {}  package.preload.module = print");
-
-    m_strategy->clearGlobals();
-
-    lua_getfield(state(), LUA_REGISTRYINDEX, "_LOADED");
-    EXPECT_THAT(fieldsOf(state(), -1), IsEmpty());
-    lua_getfield(state(), LUA_REGISTRYINDEX, "_PRELOAD");
-    EXPECT_THAT(fieldsOf(state(), -1), IsEmpty());
-    lua_settop(state(), 0);
-}
-
-TEST_F(LuaEnvironmentStrategyTest, ClearingGlobalsCollectsTwice)
-{
-    run("collectgarbage() "
-        "local newproxy, getmetatable, error = newproxy, getmetatable, error "
-        "local function chain(generation) "
-        "    getmetatable(newproxy(true)).__gc = function() "
-        "        chain(generation + 1)  error(generation .. '', 0) "
-        "    end "
-        "end "
-        "chain(1)");
-
-    m_strategy->clearGlobals();
-
-    expectLogged({{"1", "LuaEnvironment"}, {"2", "LuaEnvironment"}});
-}
-
-TEST_F(LuaEnvironmentStrategyTest, ClearingGlobalsRunsNoMetamethods)
-{
-    run("setmetatable(_G, {__newindex = error, __index = error})");
-
-    m_strategy->clearGlobals();
-
-    EXPECT_THAT(fieldsOf(state(), LUA_GLOBALSINDEX), IsEmpty());
-    EXPECT_THAT(m_log.takeEntries(), IsEmpty());
 }
 
 // The collector is about to start its cycle when the clearing begins.
