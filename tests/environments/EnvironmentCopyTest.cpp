@@ -71,17 +71,6 @@ TEST_F(EnvironmentCopyTest, StartsWithTheNameOfItsSourceAndHasOneOfItsOwn)
     EXPECT_EQ(m_copy->getName(), "copy");
 }
 
-TEST_F(EnvironmentCopyTest, KnowsFunctionsDeclaredBeforeAndNoneDeclaredLater)
-{
-    Function* const function = environment().setFunc("f");
-
-    const Environment copy(environment());
-
-    EXPECT_EQ(copy.getFunc("f"), function);
-    EXPECT_FALSE(m_copy->isFuncSet("f"));
-    EXPECT_TRUE(m_copy->isVarSet("f"));
-}
-
 TEST_F(EnvironmentCopyTest, FunctionDeclaredThroughACopyOutlivesThatCopy)
 {
     m_copy->setFunc("f")->setFunction([](const Parameters&) { return FunctionParameter(42); });

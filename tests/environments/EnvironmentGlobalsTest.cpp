@@ -376,14 +376,6 @@ TEST_F(EnvironmentNamesTest, FunctionMayHaveTheEmptyNameWhichIsAlsoTheNullName)
     run("assert(type(_G['']) == 'function')");
 }
 
-TEST_F(EnvironmentNamesTest, FunctionMayBeDeclaredUnderTheEmptyString)
-{
-    Function* const function = environment().setFunc("");
-
-    ASSERT_NE(function, nullptr);
-    run("assert(type(_G['']) == 'function')");
-}
-
 } // namespace
 
 } // namespace tbScripts::test

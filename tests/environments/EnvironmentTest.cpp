@@ -81,15 +81,6 @@ TEST_F(EnvironmentTest, ChoosingNoInterpreterDisablesAndForgetsAllGlobals)
     EXPECT_TRUE(environment().isVarSet("print"));
 }
 
-TEST_F(EnvironmentTest, ChoosingLuaAHundredTimesLeavesAWorkingEnvironment)
-{
-    for (int i = 0; i < 100; ++i)
-        environment().setEnvironmentFor(INTERPRETER_LUA);
-
-    run("answer = 42");
-    EXPECT_EQ(environment().getVar("answer", 0), 42);
-}
-
 TEST_F(EnvironmentTest, ResultIsResetByASwitch)
 {
     for (const INTERPRETER interpreter : {INTERPRETER_UNKNOWN, INTERPRETER_LUA})
@@ -191,16 +182,6 @@ INSTANTIATE_TEST_SUITE_P(
     [](const ::testing::TestParamInfo<INTERPRETER>& row)
     { return row.param == INTERPRETER_LUA ? "ToLua" : "ToNone"; });
 
-TEST_F(EnvironmentTest, AnotherEnvironmentMayBeSwitchedFromInside)
-{
-    Environment other;
-    declareAction("switchOther", [&other] { other.setEnvironmentFor(INTERPRETER_LUA); });
-
-    run("switchOther()");
-
-    EXPECT_TRUE(other.isVarSet("print"));
-}
-
 // Collections that the host asks for.
 using EnvironmentCollectionTest = EnvironmentFixture;
 
@@ -243,24 +224,6 @@ TEST_F(EnvironmentCollectionTest, LeavesTheLastResult)
     EXPECT_EQ(
         lastOutcome(environment()),
         Outcome(5, false, "Error while executing script 'test' : boom"));
-}
-
-TEST_F(EnvironmentCollectionTest, LogsEachFinaliserThatRaisesAndGoesOn)
-{
-    run("for i = 1, 3 do "
-        "    getmetatable(newproxy(true)).__gc = function() "
-        "        finalised = (finalised or 0) + 1 "
-        "        error('finaliser', 0) "
-        "    end "
-        "end");
-
-    environment().requestGarbageCollection();
-
-    EXPECT_EQ(environment().getVar("finalised", 0), 3);
-    expectLogged(
-        {{"finaliser", "LuaEnvironment"},
-         {"finaliser", "LuaEnvironment"},
-         {"finaliser", "LuaEnvironment"}});
 }
 
 TEST_F(EnvironmentCollectionTest, MayBeAskedForByAHostFunction)

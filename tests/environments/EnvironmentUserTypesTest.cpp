@@ -37,21 +37,6 @@ TEST_F(EnvironmentUserTypesTest, TheThreeRegistriesAreApart)
     EXPECT_FALSE(environment().isFuncSet("z") || environment().isUserTypeSet("z"));
 }
 
-TEST_F(EnvironmentUserTypesTest, InertTypeDeclaresNothing)
-{
-    UserType* const type = environment().setUserType("T");
-    Function* const method = type->setMethod("before", false);
-    restart();
-
-    EXPECT_EQ(type->setMethod("m", false), nullptr);
-    EXPECT_EQ(type->setStaticMethod("s"), nullptr);
-    makeCounted(type);
-    EXPECT_EQ(type->getMethod("before"), method);
-    type->clear();
-
-    EXPECT_FALSE(environment().isVarSet("T"));
-}
-
 TEST_F(EnvironmentUserTypesTest, InertTypeIsDestroyedWithTheEnvironment)
 {
     declareFilled();
@@ -60,15 +45,6 @@ TEST_F(EnvironmentUserTypesTest, InertTypeIsDestroyedWithTheEnvironment)
     ASSERT_EQ(CountedObject::getLiving(), 1);
     destroyEnvironment();
     EXPECT_EQ(CountedObject::getLiving(), 0);
-}
-
-TEST_F(EnvironmentUserTypesTest, TypeLivesAsLongAsTheLastCopy)
-{
-    Environment copy(environment());
-    makeCounted(environment().setUserType("T"));
-    destroyEnvironment();
-    EXPECT_TRUE(runScript(copy, "t = T.new()"));
-    EXPECT_EQ(CountedObject::getLiving(), 1);
 }
 
 namespace

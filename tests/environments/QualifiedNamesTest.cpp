@@ -347,20 +347,6 @@ TEST_F(QualifiedNamesTest, QueriesFindWhatInertNamespacesHold)
 // Namespaces of an environment that were made for an earlier interpreter.
 using InertNamespacesTest = Switching<NamespaceFixture>;
 
-TEST_F(InertNamespacesTest, StayRegisteredOverSwitchesToNoneAndBack)
-{
-    restart();
-    EXPECT_TRUE(environment().isNamespaceSet("a"));
-    EXPECT_EQ(environment().getNamespace("a"), &scope());
-    EXPECT_FALSE(environment().isVarSet("a"));
-
-    disable();
-    restart();
-
-    EXPECT_TRUE(environment().isNamespaceSet("a"));
-    EXPECT_EQ(environment().getNamespace("a"), &scope());
-}
-
 TEST_F(InertNamespacesTest, StillGiveWhatTheyHold)
 {
     Namespace* const inner = scope().setNamespace("b");
@@ -409,18 +395,6 @@ TEST_F(InertNamespacesTest, KeepWhatTheyHoldWhenClearedAndDropItWhenReleased)
     run("assert(a.v == 'own')");
 }
 
-TEST_F(InertNamespacesTest, AreTheSameAndPublishedWhenDeclaredAgain)
-{
-    restart();
-
-    Namespace* const declared = environment().setNamespace("a");
-
-    EXPECT_EQ(declared, &scope());
-    expectLogged({namespaceAlreadyExistant("a")});
-    scope().setVar("v", 5);
-    run("assert(a.v == 5)");
-}
-
 TEST_F(InertNamespacesTest, GetBackTheVeryObjectsTheyHeldOnlyAsTheseAreDeclaredAgain)
 {
     scope().setVar("v", 5);
@@ -452,28 +426,6 @@ TEST_F(InertNamespacesTest, ConstructorComesBackWithItsType)
     EXPECT_EQ(CountedObject::getMade(), 1);
     EXPECT_EQ(CountedObject::getLiving(), 0);
     m_log.takeEntries();
-}
-
-TEST_F(InertNamespacesTest, ArePublishedOnceWhenDeclaredTwice)
-{
-    restart();
-    environment().setNamespace("a");
-    run("a = 5");
-
-    environment().setNamespace("a");
-
-    EXPECT_EQ(environment().getVar("a", 0), 5);
-    m_log.takeEntries();
-}
-
-TEST_F(InertNamespacesTest, AreTheSameWhenDeclaredAgainWithoutInterpreter)
-{
-    disable();
-
-    Namespace* const declared = environment().setNamespace("a");
-
-    EXPECT_EQ(declared, &scope());
-    expectLogged({namespaceAlreadyExistant("a")});
 }
 
 TEST_F(InertNamespacesTest, EndSilentlyWithTheEnvironmentAfterTheirInstances)

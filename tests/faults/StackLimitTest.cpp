@@ -73,33 +73,6 @@ TEST_F(StackLimitTest, InputsBeyondTheStackFailInsideAHostFunctionAndACoroutineT
     EXPECT_TRUE(environment().getVar("state", false));
 }
 
-TEST_F(StackLimitTest, SevenThousandResultsAreRead)
-{
-    run("local numbers = {} for i = 1, 7000 do numbers[i] = i end "
-        "function give() return unpack(numbers) end");
-    std::vector<FunctionParameter> outputs(10000, FunctionParameter(-1));
-
-    call("give", {}, outputs);
-
-    EXPECT_EQ(outputs[0].getInt(), 1);
-    EXPECT_EQ(outputs[6999].getInt(), 7000);
-    EXPECT_EQ(outputs[7000].getInt(), -1); // there was no result for this one
-}
-
-TEST_F(StackLimitTest, MoreResultsThanAScriptCanReturnFailTheCall)
-{
-    run("local numbers = {} for i = 1, 10000 do numbers[i] = i end "
-        "function give() return unpack(numbers) end");
-    std::vector<FunctionParameter> outputs(10000, FunctionParameter(-1));
-    Parameters outputView(outputs);
-
-    EXPECT_FALSE(
-        environment().callScriptFunction(environment().getScriptFunction("give"), {}, outputView));
-
-    EXPECT_EQ(outputs[0].getInt(), -1);
-    expectLogged("too many results to unpack", "LuaEnvironment");
-}
-
 TEST_F(StackLimitTest, HostFunctionMayBeCalledWithMoreArgumentsThanItDeclares)
 {
     int received = 0;

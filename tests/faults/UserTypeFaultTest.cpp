@@ -277,22 +277,6 @@ TEST_F(UserTypeFaultTest, EverythingWorksUnderACollectorThatNeverRests)
     EXPECT_EQ(m_destroyed.size(), 400U);
 }
 
-TEST_F(UserTypeFaultTest, StrictGlobalsLeaveATypeUndeclaredUntilItIsDeclaredAgain)
-{
-    run("setmetatable(_G, { __newindex = function() error('strict', 0) end })");
-    EXPECT_EQ(environment().setUserType("Enemy"), nullptr);
-    expectLogged("strict", "LuaEnvironment");
-    EXPECT_TRUE(environment().isUserTypeSet("Enemy"));
-    run("setmetatable(_G, nil)");
-
-    UserType* const type = environment().setUserType("Enemy");
-    m_log.takeEntries(); // that it was declared already
-
-    ASSERT_NE(type, nullptr);
-    setMaker(*type);
-    EXPECT_EQ(evaluate("getmetatable(Enemy.new()) == Enemy"), "true");
-}
-
 TEST_F(UserTypeFaultTest, MethodsCallEachOtherUntilTheLimitOfDepth)
 {
     int deepest = 0;

@@ -82,16 +82,6 @@ TEST_F(InterpreterSwitchTest, FunctionCanBeInstalledAfterEverySwitch)
     expectLogCount(3);
 }
 
-TEST_F(InterpreterSwitchTest, NullEntriesAreSkippedAtTheEnd)
-{
-    environment().setEnvironmentFor(INTERPRETER_UNKNOWN);
-    environment().setFunc("first");
-    restart();
-    environment().setFunc("second");
-    forgetLog();
-    destroyEnvironment();
-}
-
 TEST_F(InterpreterSwitchTest, TwoSwitchesWithLivingFunctionsAndReferences)
 {
     const auto witness = std::make_shared<int>();
@@ -133,20 +123,6 @@ TEST_F(InterpreterSwitchTest, CoroutinesThatWereSuspendedGoWithTheirState)
     restart();
 
     EXPECT_EQ(finalised, 10);
-}
-
-TEST_F(InterpreterSwitchTest, LastResultKeepsItsPlaceAndIsReset)
-{
-    const ExecutionResult& result = environment().getLastExecutionResult();
-    runExpectingError("error('lost', 0)");
-    EXPECT_EQ(result.code, 5);
-
-    restart();
-
-    EXPECT_EQ(&environment().getLastExecutionResult(), &result);
-    EXPECT_EQ(result.code, 0);
-    EXPECT_TRUE(result.success);
-    EXPECT_TRUE(result.message.empty());
 }
 
 TEST_F(InterpreterSwitchTest, LastResultOfTheLatestInterpreterShowsThroughTheOldReference)

@@ -43,10 +43,10 @@ const Ending ENDINGS[] = {
 
 } // namespace
 
-class MethodDeclarationEndTest : public OnRows<NamespaceFixture, MethodKind>
+class MethodDeclarationFixture : public NamespaceFixture
 {
 protected:
-    MethodDeclarationEndTest()
+    MethodDeclarationFixture()
         : m_type(environment().setUserType("a::b::T"))
     {
     }
@@ -60,6 +60,8 @@ protected:
 
     UserType* m_type; // good until it has ended
 };
+
+using MethodDeclarationEndTest = OnRows<MethodDeclarationFixture, MethodKind>;
 
 ROWS(MethodDeclarationEndTest, KINDS);
 
@@ -106,25 +108,8 @@ TEST_P(MethodDeclarationEndTest, GivesNullIfWhatWaitedReleasesTheNamespace)
     EXPECT_EQ(environment().getUserType("a::b::T"), nullptr);
 }
 
-class MethodDeclarationReleaseTest
-    : public NamespaceFixture,
-      public ::testing::WithParamInterface<std::tuple<MethodKind, Ending>>
-{
-protected:
-    MethodDeclarationReleaseTest()
-        : m_type(environment().setUserType("a::b::T"))
-    {
-    }
-
-    void TearDown() override
-    {
-        destroyEnvironment();
-        forgetLog(); // of what was declared again
-        NamespaceFixture::TearDown();
-    }
-
-    UserType* m_type; // good until it has ended
-};
+using MethodDeclarationReleaseTest =
+    OnValues<MethodDeclarationFixture, std::tuple<MethodKind, Ending>>;
 
 INSTANTIATE_TEST_SUITE_P(
     Kinds,

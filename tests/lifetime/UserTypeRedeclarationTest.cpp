@@ -277,50 +277,44 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& row)
     { return std::string(std::get<0>(row.param).row) + "Under" + std::get<1>(row.param).row; });
 
-/// What runs when a replaced callable goes changes the type again.
-using UserTypeReplacedCallableTest = UserTypeRedeclarationTest;
+/// What runs when a replaced callable is destroyed changes the type again.
+class UserTypeReplacedCallableTest : public UserTypeRedeclarationTest
+{
+protected:
+    UserTypeReplacedCallableTest()
+    {
+        const auto perform = std::get<1>(GetParam()).perform;
+        const auto change = [this, perform]
+        {
+            ++m_ends;
+            perform(environment());
+        };
+        declare([farewell = makeFarewell(change)] {});
+    }
+
+    void declare(std::function<void()> act)
+    {
+        std::get<0>(GetParam()).declare(*typeOf(environment()), std::move(act));
+    }
+
+    int m_ends = 0;
+};
 
 TEST_P(UserTypeReplacedCallableTest, MayChangeTheTypeAtItsEnd)
 {
-    const auto& [kind, change] = GetParam();
-    const auto perform = change.perform;
-    int ends = 0;
-    {
-        const auto farewell = makeFarewell(
-            [this, perform, &ends]
-            {
-                ++ends;
-                perform(environment());
-            });
-        kind.declare(*typeOf(environment()), [farewell] {});
-    }
+    declare([] {});
 
-    kind.declare(*typeOf(environment()), [] {});
-
-    EXPECT_EQ(ends, 1);
+    EXPECT_EQ(m_ends, 1);
     run("local nothing = world.Vec");
 }
 
 TEST_P(UserTypeReplacedCallableTest, MayChangeTheTypeWhenItIsCleared)
 {
-    const auto& [kind, change] = GetParam();
-    const auto perform = change.perform;
-    int ends = 0;
-    {
-        const auto farewell = makeFarewell(
-            [this, perform, &ends]
-            {
-                ++ends;
-                perform(environment());
-            });
-        kind.declare(*typeOf(environment()), [farewell] {});
-    }
-
     environment().getNamespace("world")->release();
     forgetLog();
     restart();
 
-    EXPECT_EQ(ends, 1);
+    EXPECT_EQ(m_ends, 1);
 }
 
 INSTANTIATE_TEST_SUITE_P(

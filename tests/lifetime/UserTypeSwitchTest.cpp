@@ -40,12 +40,13 @@ TEST_F(UserTypeSwitchTest, DestroysWhatIsHandedOverWhileTheInterpreterCloses)
 
 TEST_F(UserTypeSwitchTest, InertTypeGivesNull)
 {
-    declareMethod("length", {}, returning(1));
+    Function* const length = declareMethod("length", {}, returning(1));
     restart();
     EXPECT_EQ(vec().setMethod("length", false), nullptr);
     EXPECT_EQ(vec().setStaticMethod("origin"), nullptr);
     EXPECT_EQ(vec().setOperator(BUILT_IN_FUNCTION::ADD), nullptr);
     EXPECT_EQ(vec().setOperator(static_cast<BUILT_IN_FUNCTION>(12)), nullptr);
+    EXPECT_EQ(vec().getMethod("length"), length);
 }
 
 TEST_F(UserTypeSwitchTest, InertTypeIgnoresWhatIsSet)

@@ -26,24 +26,6 @@ struct WrongSources
     std::string reason;
 };
 
-std::string repeated(const std::string& text, int count)
-{
-    std::string result;
-    result.reserve(text.size() * static_cast<std::size_t>(count));
-    for (int round = 0; round < count; ++round)
-        result += text;
-    return result;
-}
-
-// The reason shows the beginning of the sources.
-WrongSources tooDeep(const std::string& row, const std::string& text)
-{
-    return {
-        row,
-        text,
-        "[string \"" + text.substr(0, 45) + "...\"]:1: chunk has too many syntax levels"};
-}
-
 } // namespace
 
 using ScriptSourcesTest = OnRows<ScriptFixture, OddSources>;
@@ -79,26 +61,14 @@ using ScriptWrongSourcesTest = OnRows<ScriptFixture, WrongSources>;
 
 ROWS(
     ScriptWrongSourcesTest,
-    // DeepNesting
-
-    tooDeep("Parentheses", "x = " + repeated("(", 100'000)),
-
-    tooDeep("ClosedParentheses", "x = " + repeated("(", 100'000) + "1" + repeated(")", 100'000)),
-
-    tooDeep("Tables", "x = " + repeated("{", 100'000)),
-
-    tooDeep("Blocks", repeated("do ", 100'000)),
-
-    tooDeep("Functions", "x = " + repeated("function() return ", 100'000)),
-
-    tooDeep("Operators", "x = -" + repeated("not ", 100'000) + "1"),
-    // Bytecode
+    {"DeepNesting",
+     "x = " + std::string(100'000, '('),
+     "[string \"x = " + std::string(41, '(') + "...\"]:1: chunk has too many syntax levels"},
     {"OnlyTheFirstByte", "\x1b", "attempt to load chunk with wrong mode"},
     {"Header", "\x1bLJ\x02", "attempt to load chunk with wrong mode"},
     {"OfTheReferenceVirtualMachine", "\x1bLua\x51", "attempt to load chunk with wrong mode"},
     {"BehindAByteOrderMark", "\xef\xbb\xbf\x1bLJ\x02", "cannot load malformed bytecode"},
     {"BehindAnInterpreterLine", "#!/bin/lua\n\x1bLJ\x02", "cannot load malformed bytecode"},
-    // Mistakes
     {"UnfinishedText", "x = 'abc", "[string \"x = 'abc\"]:1: unfinished string near '<eof>'"},
     {"UnfinishedLongText",
      "x = [[abc\n",

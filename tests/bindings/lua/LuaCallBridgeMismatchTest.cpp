@@ -47,29 +47,6 @@ TEST_F(LuaCallBridgeMismatchTest, InstanceOfAnotherTypeIsNullAndAMismatch)
     EXPECT_EQ(parameter.getUserTypeObject(), nullptr);
 }
 
-TEST_F(LuaCallBridgeMismatchTest, NamesThatDifferInOneLetterAreThoseOfTwoTypes)
-{
-    for (std::size_t size = 1; size < 20; ++size)
-    {
-        const std::string name(size, 'T');
-        setInstance("instance", name.c_str(), &m_object);
-        FunctionParameter same(nullptr, name.c_str(), false);
-        read(same, "instance");
-        EXPECT_EQ(same.getUserTypeObject(), &m_object);
-
-        for (std::size_t position = 0; position < size; ++position)
-        {
-            std::string other = name;
-            other[position] = 'U';
-            FunctionParameter parameter(&m_object, other.c_str(), false);
-
-            readExpectingError(parameter, "instance");
-
-            EXPECT_EQ(parameter.getUserTypeObject(), nullptr) << other;
-        }
-    }
-}
-
 TEST_F(LuaCallBridgeMismatchTest, FailedReferenceIsEmptyAndGivesItsSlotBack)
 {
     const auto expectEmptied = [this](

@@ -160,19 +160,6 @@ TEST_F(LuaCallBridgePushTest, ReferenceIsTheVeryValue)
     EXPECT_TRUE(lua_rawequal(state(), -1, -2));
 }
 
-TEST_F(LuaCallBridgePushTest, ReferenceOfAnotherStateIsNil)
-{
-    lua::LuaStateHandle other = lua::LuaStateHandle::open();
-    lua_createtable(other.get(), 0, 0);
-    const int slotNumber = luaL_ref(other.get(), LUA_REGISTRYINDEX);
-    const ScriptObjectReference reference(
-        new lua::LuaScriptObjectInterpreterReference(other, PARAM_TYPE_SCRIPT_OBJECT, slotNumber));
-
-    EXPECT_EQ(pushValue(reference), 1);
-    EXPECT_TRUE(lua_isnil(state(), 1));
-    other.close();
-}
-
 } // namespace
 
 } // namespace tbScripts::test

@@ -29,38 +29,24 @@ protected:
 
 using UserTypeKindAllocationTest = OnRows<UserTypeCallAllocationTest, AllocationKind>;
 
-TEST_P(UserTypeKindAllocationTest, HostFunctionWithInstancesNeedsNone)
+TEST_P(UserTypeKindAllocationTest, HostFunctionWithInstancesNeedsNoneWithAndWithoutDeclaredType)
 {
     setInstance("enemy", "Enemy", &m_object, true);
-    declare(
-        "take",
-        doing([this](const Parameters& parameters)
-              { m_calls += parameters[0].getUserTypeObject() == &m_object ? 1 : 0; }))
-        .addParameter(GetParam().type, "Enemy");
-    run("take(enemy)");
-    ASSERT_EQ(luaL_loadstring(state(), "for i = 1, 100 do take(enemy) end"), 0);
+    for (const char* const typeName : {"Enemy", ""})
+    {
+        const auto count = [this](const Parameters& parameters)
+        { m_calls += parameters[0].getUserTypeObject() == &m_object ? 1 : 0; };
+        declare("take", doing(count)).addParameter(GetParam().type, typeName);
+        run("take(enemy)");
+        ASSERT_EQ(luaL_loadstring(state(), "for i = 1, 100 do take(enemy) end"), 0);
 
-    const AllocationCounter counter;
-    const int status = lua_pcall(state(), 0, 0, 0);
+        const AllocationCounter counter;
+        const int status = lua_pcall(state(), 0, 0, 0);
 
-    EXPECT_EQ(counter.count(), 0U);
-    EXPECT_EQ(status, 0);
-    EXPECT_EQ(m_calls, 101);
-}
-
-TEST_P(UserTypeKindAllocationTest, HostFunctionWithoutDeclaredTypeNeedsNone)
-{
-    setInstance("enemy", "Enemy", &m_object, true);
-    declare("take", doing([this] { ++m_calls; })).addParameter(GetParam().type);
-    run("take(enemy)");
-    ASSERT_EQ(luaL_loadstring(state(), "for i = 1, 100 do take(enemy) end"), 0);
-
-    const AllocationCounter counter;
-    const int status = lua_pcall(state(), 0, 0, 0);
-
-    EXPECT_EQ(counter.count(), 0U);
-    EXPECT_EQ(status, 0);
-    EXPECT_EQ(m_calls, 101);
+        EXPECT_EQ(counter.count(), 0U);
+        EXPECT_EQ(status, 0);
+    }
+    EXPECT_EQ(m_calls, 202);
 }
 
 TEST_P(UserTypeKindAllocationTest, ScriptCallWithInstancesNeedsNone)

@@ -75,34 +75,6 @@ private:
     std::unique_ptr<lua::LuaCallbackScope> m_scope;
 };
 
-TEST_F(FunctionParameterViewTest, OwnedOneLooksAtTheValueThatItWasReadFrom)
-{
-    const FunctionParameter door = readDoor(2);
-
-    EXPECT_EQ(door.getUserTypeObject(), &m_back);
-    EXPECT_TRUE(looksAt(door, 2));
-}
-
-TEST_F(FunctionParameterViewTest, OneThatTheHostKeepsLooksAtNothing)
-{
-    FunctionParameter door = FunctionParameter::ofType(PARAM_TYPE_USER_TYPE, "Door");
-
-    read(door, 1);
-
-    EXPECT_EQ(door.getUserTypeObject(), &m_front);
-    EXPECT_EQ(viewOf(door), nullptr);
-}
-
-TEST_F(FunctionParameterViewTest, CopyLooksThroughTheSameView)
-{
-    const FunctionParameter door = readDoor(1);
-
-    const FunctionParameter copy(door);
-
-    EXPECT_NE(viewOf(copy), nullptr);
-    EXPECT_EQ(viewOf(copy), viewOf(door));
-}
-
 TEST_F(FunctionParameterViewTest, ViewStaysGoodUntilTheLastCopyIsCleared)
 {
     auto door = std::make_unique<FunctionParameter>(readDoor(1));
@@ -151,21 +123,6 @@ TEST_F(FunctionParameterViewTest, ViewOfOneHolderIsRefilledInPlace)
     EXPECT_TRUE(looksAt(door, 2));
 }
 
-TEST_F(FunctionParameterViewTest, SharedViewIsLeftToItsOtherHolders)
-{
-    FunctionParameter door = readDoor(1);
-    const FunctionParameter copy(door);
-    read(door, 2);
-    EXPECT_TRUE(looksAt(copy, 1));
-    EXPECT_TRUE(looksAt(door, 2));
-    const ScriptObjectView takenByTheHost = door.getUserTypeView();
-
-    read(door, 2);
-
-    EXPECT_NE(viewOf(door), takenByTheHost.getInterpreterView());
-    EXPECT_TRUE(looksAt(door, 2));
-}
-
 TEST_F(FunctionParameterViewTest, PreparingAndNilDropTheView)
 {
     FunctionParameter prepared = readDoor(1);
@@ -180,18 +137,6 @@ TEST_F(FunctionParameterViewTest, PreparingAndNilDropTheView)
         EXPECT_EQ(viewOf(*door), nullptr);
         EXPECT_EQ(door->getUserTypeObject(), nullptr);
     }
-}
-
-TEST_F(FunctionParameterViewTest, CopyMayOutliveTheCallAndTheStateAndLooksAtNothing)
-{
-    const FunctionParameter copy(readDoor(1));
-
-    endCall();
-    EXPECT_EQ(ScriptObjectReference(copy.getUserTypeView()).getInterpreterReference(), nullptr);
-    EXPECT_EQ(copy.getUserTypeObject(), &m_front);
-    closeState();
-
-    EXPECT_EQ(ScriptObjectReference(copy.getUserTypeView()).getInterpreterReference(), nullptr);
 }
 
 } // namespace tbScripts::test

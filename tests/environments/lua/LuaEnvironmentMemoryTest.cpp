@@ -37,53 +37,6 @@ protected:
     InjectedAllocator m_allocator; // goes first
 };
 
-// Ways to ask for memory without end.
-struct GreedRow
-{
-    const char* row;
-    const char* body;
-};
-
-using LuaEnvironmentGreedTest = OnRows<LuaEnvironmentMemoryTest, GreedRow>;
-
-TEST_P(LuaEnvironmentGreedTest, FailsACallWithCode6)
-{
-    execute(std::string("function f() ") + GetParam().body + " end");
-    const ScriptObjectReference function = m_strategy.getScriptFunction("f");
-    tbMemory::BufferView<FunctionParameter> outputs;
-    m_allocator.refuseAfter(500);
-
-    const bool isDone =
-        m_strategy.callScriptFunction(function, tbMemory::BufferView<FunctionParameter>(), outputs);
-    m_allocator.allowAll();
-
-    EXPECT_FALSE(isDone);
-    EXPECT_EQ(outcome(), Outcome(6, false, "not enough memory"));
-    expectLogged("not enough memory", "LuaEnvironment");
-}
-
-ROWS(
-    LuaEnvironmentGreedTest,
-    {"Tables", "local list = {}  while true do list[#list + 1] = {} end"},
-    {"Texts", "local list = {}  for i = 1, 1e9 do list[i] = 'text' .. i end"},
-    {"Closures", "local last  while true do local p = last  last = function() return p end end"});
-
-TEST_F(LuaEnvironmentMemoryTest, InputsThatFindNoMemoryFailWithCode6)
-{
-    execute("function f() end");
-    const ScriptObjectReference function = m_strategy.getScriptFunction("f");
-    const std::vector<FunctionParameter> inputs(1000, FunctionParameter("an input of this call"));
-    tbMemory::BufferView<FunctionParameter> outputs;
-    m_allocator.refuseAfter(0);
-
-    const bool isDone = m_strategy.callScriptFunction(function, inputs, outputs);
-    m_allocator.allowAll();
-
-    EXPECT_FALSE(isDone);
-    EXPECT_EQ(outcome(), Outcome(6, false, "not enough memory"));
-    expectLogged("not enough memory", "LuaEnvironment");
-}
-
 // The failed load leaves its message where the chunk should be, and calling that is the error. The
 // interpreter needs no memory to say so if a script holds the very text already.
 TEST_F(LuaEnvironmentMemoryTest, ChunkThatFindsNoMemoryToBeLoadedFailsWithCode5)

@@ -162,6 +162,22 @@ TEST_F(StackHeightTest, IsConstantOverRunsThatFail)
     repeat(FEWER, [&] { environment().execute(script); });
 }
 
+TEST_F(StackHeightTest, IsConstantOverResultsOfAnotherKindAndCollections)
+{
+    run("function give() return {}, 2 end");
+    const ScriptObjectReference give = environment().getScriptFunction("give");
+    std::vector<FunctionParameter> outputs{FunctionParameter(0)};
+    Parameters outputView(outputs);
+
+    repeat(
+        100,
+        [&]
+        {
+            environment().callScriptFunction(give, outputs, outputView);
+            collect();
+        });
+}
+
 TEST_F(StackHeightTest, IsConstantOverQuestionsForWhatIsNotThere)
 {
     repeat(

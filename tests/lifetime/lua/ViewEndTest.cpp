@@ -60,48 +60,6 @@ protected:
     ScriptObjectView m_view;
 };
 
-TEST_F(ViewEndTest, ViewOfAParameterIsGoodDuringTheCall)
-{
-    bool isGood = false;
-    declareTake(doing(
-        [&](const Parameters& parameters)
-        {
-            const ScriptObjectReference kept(parameters[0].getUserTypeView());
-            m_strategy->setVarObjectReference("kept", kept);
-            isGood = !isEmpty(parameters[0].getUserTypeView());
-        }));
-
-    EXPECT_TRUE(run("take(thing) assert(kept == thing)"));
-
-    EXPECT_TRUE(isGood);
-}
-
-TEST_F(ViewEndTest, ViewThatIsKeptLooksAtNothingAfterwards)
-{
-    declareTake(
-        doing([&](const Parameters& parameters) { m_view = parameters[0].getUserTypeView(); }));
-
-    EXPECT_TRUE(run("take(thing)"));
-
-    EXPECT_TRUE(isEmpty(m_view));
-    EXPECT_TRUE(isEmpty(ScriptObjectView(m_view)));
-}
-
-TEST_F(ViewEndTest, ViewThatIsKeptLooksAtNothingInALaterCall)
-{
-    bool isStale = false;
-    declareTake(doing(
-        [&](const Parameters& parameters)
-        {
-            isStale = isEmpty(m_view);
-            m_view = parameters[0].getUserTypeView();
-        }));
-
-    EXPECT_TRUE(run("take(thing) take(thing)"));
-
-    EXPECT_TRUE(isStale);
-}
-
 TEST_F(ViewEndTest, ViewStaysGoodOverOtherCallsInside)
 {
     declareTake(doing(
@@ -114,56 +72,6 @@ TEST_F(ViewEndTest, ViewStaysGoodOverOtherCallsInside)
         }));
 
     EXPECT_TRUE(run("take(thing) assert(kept == thing)"));
-}
-
-TEST_F(ViewEndTest, OuterViewIsReadInsideAnInnerCall)
-{
-    int depth = 0;
-    declareTake(
-        [&](const Parameters& parameters)
-        {
-            if (++depth == 1)
-            {
-                m_view = parameters[0].getUserTypeView();
-                EXPECT_TRUE(run("local a, b = 1, 2 take(thing) assert(kept == other)"));
-                return FunctionParameter::VOID;
-            }
-            m_strategy->setVarObjectReference("kept", ScriptObjectReference(m_view));
-            return FunctionParameter::VOID;
-        });
-    m_strategy->setObject("other", "Type", &m_object);
-
-    EXPECT_TRUE(run("take(other)"));
-
-    EXPECT_EQ(depth, 2);
-}
-
-TEST_F(ViewEndTest, ViewEndsWithACallThatFails)
-{
-    declareTake(
-        [&](const Parameters& parameters) -> FunctionParameter
-        {
-            m_view = parameters[0].getUserTypeView();
-            throw 7;
-        });
-
-    EXPECT_TRUE(run("pcall(take, thing)"));
-
-    EXPECT_TRUE(isEmpty(m_view));
-}
-
-TEST_F(ViewEndTest, ViewsAmongOutputsHaveEndedWhenTheCallReturns)
-{
-    EXPECT_TRUE(run("function give() return thing end"));
-    std::vector<FunctionParameter> outputs{
-        FunctionParameter::ofType(PARAM_TYPE_USER_TYPE_OWNED, "Type")};
-    Parameters outputView(outputs);
-
-    EXPECT_TRUE(
-        m_strategy->callScriptFunction(m_strategy->getScriptFunction("give"), {}, outputView));
-
-    EXPECT_EQ(outputs[0].getUserTypeObject(), &m_object);
-    EXPECT_TRUE(isEmpty(outputs[0].getUserTypeView()));
 }
 
 TEST_F(ViewEndTest, ViewOutlivesTheStateWithoutTouchingIt)
@@ -206,22 +114,6 @@ TEST_F(ViewEndTest, CallInsideFailsIfTheViewCannotBeKept)
     EXPECT_GT(refusals, 0U);
     EXPECT_EQ(entries.size(), refusals);
     EXPECT_EQ(entries.at(0), (LogEntry{"not enough memory", "LuaEnvironment"}));
-}
-
-TEST_F(ViewEndTest, KeptValuesAreReleasedWithTheCall)
-{
-    declareTake(
-        [&](const Parameters&)
-        {
-            run("return 1");
-            return FunctionParameter::VOID;
-        });
-    EXPECT_TRUE(run("released = setmetatable({}, {__mode = 'v'}) released[1] = thing"
-                    " take(thing) thing = nil"));
-
-    m_strategy->requestGarbageCollection();
-
-    EXPECT_TRUE(run("assert(released[1] == nil)"));
 }
 
 } // namespace tbScripts::test
