@@ -78,11 +78,13 @@ set(TOBREL_SCRIPTS_SOURCES
     src/core/ScriptObjectReferenceBlock.h
     src/core/ScriptObjectView.cpp
     src/core/StringUtils.cpp
+    src/core/lua/LuaAddressMap.h
     src/core/lua/LuaApi.h
     src/core/lua/LuaErrorText.cpp
     src/core/lua/LuaErrorText.h
     src/core/lua/LuaKeptObject.h
     src/core/lua/LuaNumber.h
+    src/core/lua/LuaOwnedObjects.h
     src/core/lua/LuaPrivateState.h
     src/core/lua/LuaReportedNames.h
     src/core/lua/LuaStateHandle.cpp
@@ -343,6 +345,7 @@ set(TOBREL_SCRIPTS_TEST_SUPPORT
     tests/support/TeardownFixture.h
     tests/support/TemporaryFolder.cpp
     tests/support/TemporaryFolder.h
+    tests/support/TypeTable.h
     tests/support/UserTypeFixture.cpp
     tests/support/UserTypeFixture.h
     tests/support/UserTypeSteps.cpp
@@ -468,6 +471,7 @@ set(TOBREL_SCRIPTS_PUBLIC_TESTS
     tests/lifetime/ThreadChangeTest.cpp
     tests/lifetime/UserTypeEndTest.cpp
     tests/lifetime/UserTypeRedeclarationTest.cpp
+    tests/lifetime/UserTypeReplacedTest.cpp
     tests/lifetime/UserTypeSwitchTest.cpp
     tests/lifetime/UserTypeTeardownTest.cpp
     tests/loading/ContentLoaderFilesTest.cpp
@@ -503,6 +507,7 @@ set(TOBREL_SCRIPTS_INTERNAL_TESTS
     tests/core/CountedTest.cpp
     tests/core/StaticLifeTest.cpp
     tests/core/lua/FunctionParameterViewTest.cpp
+    tests/core/lua/LuaOwnedObjectsTest.cpp
     tests/core/lua/LuaRegistryTest.cpp
     tests/core/lua/LuaScriptObjectInterpreterReferenceTest.cpp
     tests/core/lua/LuaScriptObjectInterpreterViewTest.cpp

@@ -154,16 +154,6 @@ TEST_F(UserTypeForgeryTest, BoxWithoutMetatableIsNoInstance)
     raises("Vec.enableGc(stranger)", NO_VEC);
 }
 
-TEST_F(UserTypeForgeryTest, InstanceOfATypeDeclaredAgainStillMatches)
-{
-    declareType("world::Vec");
-    run("old = world.Vec.new()");
-    environment().getNamespace("world")->release();
-    declareType("world::Vec").setMethod("test", false)->setFunction(returning("taken"));
-    is("world.Vec.test(old)", "taken");
-    isObject("old", 0, "world::Vec");
-}
-
 const Facts<UserTypeForgeryTest> FACTS(
     "UserTypeForgeryTest",
     {

@@ -1,6 +1,7 @@
 #include "support/LuaStateFixture.h"
 
 #include "bindings/lua/values/LuaInstanceBox.h"
+#include "support/TypeTable.h"
 
 namespace tbScripts::test
 {
@@ -52,9 +53,7 @@ void LuaStateFixture::push(const std::string& code)
 
 void LuaStateFixture::declareUserType(const std::string& fullName)
 {
-    luaL_newmetatable(state(), fullName.c_str());
-    lua::registerTypeTable(slot(), state(), fullName);
-    lua_pop(state(), 1);
+    publishTypeTable(slot(), state(), fullName);
 }
 
 int LuaStateFixture::countRegistrySlots() const

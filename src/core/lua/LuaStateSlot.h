@@ -160,8 +160,11 @@ public:
     /// Stack: +1, the function that `LuaBoundary` calls protected.
     void pushTrampoline(lua_State* state) const { _pushRegistered(state, m_trampolineKey); }
 
-    /// Stack: +1, the weak table of the tables of user types and namespaces (see LuaNamedTables.h).
-    void pushTypeTables(lua_State* state) const { _pushRegistered(state, m_typeTablesKey); }
+    /// Stack: +1, the weak set of the tables of namespaces (see LuaNamedTables.h).
+    void pushNamespaceTables(lua_State* state) const
+    {
+        _pushRegistered(state, m_namespaceTablesKey);
+    }
 
     /// Stack: +1, the main thread.
     void pushMainThread(lua_State* state) const { _pushRegistered(state, m_mainThreadKey); }
@@ -171,18 +174,23 @@ public:
 
     // Types by their tables
 
-    /// Registers `table` as the table of the existing type `name`, which keeps its address until
-    /// `removeType`.
-    void addType(const void* table, const tbMemory::String& name) { m_types.add(table, name); }
+    /// Registers `type`, which keeps its address until `removeType`. A type of its name that was
+    /// registered before is replaced by it.
+    void addType(LuaTypeIdentity& type) { m_types.add(type); }
 
-    /// Removes `table`, unless it is registered with another name object. Allocates nothing.
-    void removeType(const void* table, const tbMemory::String& name)
+    /// Removes `type`, if it is registered. Allocates nothing.
+    void removeType(const LuaTypeIdentity& type) { m_types.remove(type); }
+
+    /// Returns the type that `table` belongs to, null if there is none. A type is found as long as
+    /// its table exists, also after the host has released it.
+    LuaTypeIdentity* findType(const void* table) const { return m_types.find(table); }
+
+    /// Calls `use` with each type that `findType` can find. It must register and remove none.
+    template <typename Use>
+    void forEachType(Use&& use) const
     {
-        m_types.remove(table, name);
+        m_types.forEach(use);
     }
-
-    /// Returns the name of the existing type that `table` belongs to, null if there is none.
-    const tbMemory::String* findType(const void* table) const { return m_types.find(table); }
 
     /// Notes that hosts are told of `typeName`, which nobody declared. Returns false if they have
     /// been told already. Allocates nothing.
@@ -205,11 +213,11 @@ private:
 
     int m_mainThreadKey = LUA_NOREF;
     int m_trampolineKey = LUA_NOREF;
-    int m_typeTablesKey = LUA_NOREF;
+    int m_namespaceTablesKey = LUA_NOREF;
     int m_rawgetKey = LUA_NOREF;
     int m_typeKey = LUA_NOREF;
 
-    LuaTypeDirectory m_types; // the tables whose types exist
+    LuaTypeDirectory m_types; // the types whose tables exist
 
     LuaSpareKeys m_spareKeys; // LuaRegistry.h takes them and puts them back
 

@@ -3,6 +3,7 @@
 #include "support/AllocationCounter.h"
 #include "support/LuaFunctionFixture.h"
 #include "support/RowName.h"
+#include "support/TypeTable.h"
 
 #include <memory>
 
@@ -53,9 +54,7 @@ TEST_P(UserTypeKindAllocationTest, ScriptCallWithInstancesNeedsNone)
 {
     lua::LuaEnvironmentStrategy strategy(std::make_shared<tbMemory::String>("world"));
     lua_State* const inner = strategy.getHandle().get();
-    luaL_newmetatable(inner, "Enemy");
-    lua::registerTypeTable(*strategy.getHandle().getSlot(), inner, "Enemy");
-    lua_pop(inner, 1);
+    publishTypeTable(*strategy.getHandle().getSlot(), inner, "Enemy");
     ASSERT_EQ(luaL_dostring(inner, "function pass(...) return ... end"), 0);
     const ScriptObjectReference function = strategy.getScriptFunction("pass");
     const std::vector<FunctionParameter> inputs{FunctionParameter(&m_object, "Enemy", true)};

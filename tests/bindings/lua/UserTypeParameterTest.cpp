@@ -151,14 +151,16 @@ TEST_P(UserTypeParameterKindTest, GoesByTheNameThatTheTypeWasMadeWith)
     EXPECT_THAT(m_names, ElementsAre("Enemy"));
 }
 
-TEST_P(UserTypeParameterKindTest, AcceptsAnInstanceOfAnEarlierTypeOfThatName)
+TEST_P(UserTypeParameterKindTest, RefusesAnInstanceOfAnEarlierTypeOfThatName)
 {
-    declareTake(GetParam().type, "Enemy");
     lua_pushnil(state());
     lua_setfield(state(), LUA_REGISTRYINDEX, "Enemy");
     declareUserType("Enemy");
-    run("take(enemy)");
-    EXPECT_EQ(m_object, &m_enemy);
+    declareTake(GetParam().type, "Enemy");
+    raises("take(enemy)", "Error l.1 while calling take. Expected Enemy, got userdata.");
+    declareTake(GetParam().type, "");
+    raises("take(enemy)", "Error l.1 while calling take. Expected , got userdata.");
+    forgetLog();
 }
 
 TEST_P(UserTypeParameterKindTest, WithoutNameAcceptsEveryTypeOnEveryCall)

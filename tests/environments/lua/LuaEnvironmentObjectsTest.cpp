@@ -5,6 +5,7 @@
 #include "support/Execution.h"
 #include "support/LogFixture.h"
 #include "support/RowName.h"
+#include "support/TypeTable.h"
 
 #include <cstring>
 #include <memory>
@@ -29,10 +30,10 @@ protected:
     // Publishes a metatable as declaring a type does.
     void declareType(const char* fullName)
     {
-        luaL_newmetatable(state(), fullName);
+        publishTypeTable(*m_strategy.getHandle().getSlot(), state(), fullName);
+        luaL_getmetatable(state(), fullName);
         lua_pushstring(state(), fullName);
         lua_setfield(state(), -2, "__name");
-        lua::registerTypeTable(*m_strategy.getHandle().getSlot(), state(), fullName);
         lua_pop(state(), 1);
     }
 

@@ -6,6 +6,7 @@
 #include "environments/lua/LuaEnvironmentStrategy.h"
 #include "support/LogFixture.h"
 #include "support/RowName.h"
+#include "support/TypeTable.h"
 
 #include <array>
 #include <cstring>
@@ -44,15 +45,10 @@ protected:
 
     lua_State* state() const { return m_strategy.getHandle().get(); }
 
-    const lua::LuaStateSlot& slot() const { return *m_strategy.getHandle().getSlot(); }
+    lua::LuaStateSlot& slot() const { return *m_strategy.getHandle().getSlot(); }
 
     // Publishes a metatable as declaring a type does.
-    void declareType(const std::string& fullName)
-    {
-        luaL_newmetatable(state(), fullName.c_str());
-        lua::registerTypeTable(slot(), state(), fullName);
-        lua_pop(state(), 1);
-    }
+    void declareType(const std::string& fullName) { publishTypeTable(slot(), state(), fullName); }
 
     lua::LuaInstanceBox* pushBox(const std::string& typeName, bool gcEnabled)
     {

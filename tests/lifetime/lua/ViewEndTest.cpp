@@ -4,6 +4,7 @@
 #include "environments/lua/LuaEnvironmentStrategy.h"
 #include "support/EnvironmentFixture.h"
 #include "support/InterpreterCalls.h"
+#include "support/TypeTable.h"
 
 #include <tbScripts/Script.h>
 #include <tbScripts/ScriptObjectInterpreterReference.h>
@@ -25,10 +26,8 @@ protected:
         : m_strategy(std::make_unique<lua::LuaEnvironmentStrategy>(
               std::make_shared<tbMemory::String>("world")))
     {
-        lua_State* const state = m_strategy->getHandle().get();
-        luaL_newmetatable(state, "Type");
-        lua::registerTypeTable(*m_strategy->getHandle().getSlot(), state, "Type");
-        lua_pop(state, 1);
+        const lua::LuaStateHandle& handle = m_strategy->getHandle();
+        publishTypeTable(*handle.getSlot(), handle.get(), "Type");
         m_strategy->setObject("thing", "Type", &m_object);
     }
 

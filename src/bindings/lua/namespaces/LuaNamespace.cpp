@@ -388,7 +388,9 @@ void LuaNamespace::_clear()
             if (lua_istable(state, -1))
                 LuaTypeTable::clearShared(*m_handle.getSlot(), state);
         });
-    collectGarbageTwice(call);
+    // The teardown collects once for all namespaces: a collection for each takes quadratic time.
+    if (const LuaStateSlot* const slot = m_handle.getSlot(); slot && !slot->isTearingDown())
+        collectGarbageTwice(call);
 }
 
 } // namespace tbScripts::lua

@@ -8,6 +8,7 @@
 #include <cstring>
 #include <new>
 #include <string>
+#include <vector>
 
 namespace tbScripts::lua
 {
@@ -203,11 +204,10 @@ NAMED_TABLE LuaTypeTable::pushParts(
         lua_rawseti(state, partsIndex, PART_FORMER);
         inheritDestructor(state, tableIndex, *core);
     }
-    registerTypeTable(slot, state, core->fullName);
     core->setTable(lua_topointer(state, tableIndex));
     lua_pushvalue(state, tableIndex);
     lua_rawseti(state, partsIndex, PART_TABLE);
-    pushTypeAnchor(state, core);
+    pushTypeAnchor(state, core, tableIndex);
     lua_rawseti(state, partsIndex, PART_ANCHOR);
     lua_createtable(state, 0, 0);
     lua_rawseti(state, partsIndex, PART_READERS);
@@ -259,6 +259,34 @@ void LuaTypeTable::clearShared(const LuaStateSlot& slot, lua_State* state)
 void LuaTypeTable::pushTable(lua_State* state)
 {
     pushPart(state, lua_gettop(state), PART_TABLE);
+}
+
+// A finaliser may run in between and change the types, so their keys are copied first.
+void LuaTypeTable::restoreFinalisers(const LuaStateSlot& slot, lua_State* state)
+{
+    std::vector<int> keys;
+    slot.forEachType(
+        [&keys](const LuaTypeIdentity& type)
+        {
+            if (type.partsKey != LUA_NOREF)
+                keys.push_back(type.partsKey);
+        });
+    const int top = lua_gettop(state);
+    for (const int key : keys)
+    {
+        lua_rawgeti(state, LUA_REGISTRYINDEX, key);
+        if (lua_istable(state, -1))
+        {
+            pushTable(state);
+            const LuaTypeAnchor* const anchor = anchorOfFinaliser(state, top + 2);
+            if (!anchor || !anchor->core || anchor->core->table != lua_topointer(state, top + 2))
+            {
+                lua_settop(state, top + 1);
+                publishFinaliser(state);
+            }
+        }
+        lua_settop(state, top);
+    }
 }
 
 void LuaTypeTable::publishFactory(lua_State* state)

@@ -49,6 +49,10 @@ public:
     /// Stack: +1, the type's table.
     static void pushTable(lua_State* state);
 
+    /// Puts the finalisers of all types back that scripts have removed or replaced. Stack: +0; no
+    /// parts are needed.
+    static void restoreFinalisers(const LuaStateSlot& slot, lua_State* state);
+
     static void publishFactory(lua_State* state);
     static void publishFinaliser(lua_State* state);
 

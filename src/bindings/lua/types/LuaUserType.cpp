@@ -168,6 +168,7 @@ bool LuaUserType::install(const LuaStateHandle& handle)
                 LuaTypeTable::publishFactory(state);
             lua_pushvalue(state, -1);
             m_partsKey = takeRegistrySlot(slot, state);
+            m_core->identity->partsKey = m_partsKey;
             LuaTypeTable::pushTable(state);
             m_owner.publish(slot, state, getName()); // this may change or destroy the type
             LuaTypeTable::forgetFormer(state);
@@ -186,7 +187,6 @@ bool LuaUserType::install(const LuaStateHandle& handle)
 void LuaUserType::uninstall()
 {
     m_core->isAlive = false; // first: from here on nothing can be declared
-    m_core->forgetTable();
     if (!isInstalled())
     {
         m_partsKey = LUA_NOREF;
@@ -198,7 +198,7 @@ void LuaUserType::uninstall()
     if (!isInstalled())
         return; // the destructor of a callable has destroyed this type
     LuaStateSlot& slot = *m_core->handle.getSlot();
-    freeRegistrySlot(slot, std::exchange(m_partsKey, LUA_NOREF));
+    _freeParts(slot);
     call.run([&](lua_State* state) { m_owner.unpublish(slot, state, getName()); });
     call.run([this](lua_State* state) { removeNamedTable(state, getFullName()); });
 }
@@ -330,11 +330,10 @@ bool LuaUserType::_isUsable(const LuaHostCall& call) const
 void LuaUserType::_abandon(LuaHostCall& call, NAMED_TABLE before)
 {
     m_core->isAlive = false;
-    m_core->forgetTable();
     if (before == NAMED_TABLE::OF_USER_TYPE && m_partsKey != LUA_NOREF)
         _runWithParts(call, &LuaTypeTable::restoreFormer);
     if (LuaStateSlot* const slot = m_core->handle.getSlot())
-        freeRegistrySlot(*slot, std::exchange(m_partsKey, LUA_NOREF));
+        _freeParts(*slot);
     _dropMembers(); // which may have been declared during the publishing
     if (before == NAMED_TABLE::NONE)
         call.run([this](lua_State* state) { removeNamedTable(state, getFullName()); });
@@ -432,6 +431,13 @@ bool LuaUserType::_runWithParts(LuaHostCall& call, Work&& work)
                 work(state);
         });
     return isDone && hasParts;
+}
+
+void LuaUserType::_freeParts(LuaStateSlot& slot)
+{
+    if (m_core->identity && m_core->identity->partsKey == m_partsKey)
+        m_core->identity->partsKey = LUA_NOREF;
+    freeRegistrySlot(slot, std::exchange(m_partsKey, LUA_NOREF));
 }
 
 void LuaUserType::_dropMembers()

@@ -107,6 +107,8 @@ private:
     template <typename Work>
     bool _runWithParts(LuaHostCall& call, Work&& work);
 
+    void _freeParts(LuaStateSlot& slot);
+
     void _dropMembers();
 
     LuaOwner m_owner;

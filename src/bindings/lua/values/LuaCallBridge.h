@@ -114,16 +114,15 @@ private:
         return true;
     }
 
-    // Returns false unless the value is an instance, not destroyed, of the one expected type, which
-    // still exists.
+    // Returns false unless the value is a usable instance of the one expected type.
     bool _readExpectedInstance(FunctionParameter& parameter, int stackIndex) const;
 
     void _read(FunctionParameter& parameter, int stackIndex) const;
 
     int _push(const FunctionParameter& parameter) const;
 
-    // Returns the instance in slot `stackIndex`; without box if there is none of the expected type,
-    // or if its object was destroyed.
+    // Returns the usable instance in slot `stackIndex`; without box if there is none of the
+    // expected type.
     LuaInstance _expectedInstanceAt(const FunctionParameter& parameter, int stackIndex) const;
 
     void _readNumber(FunctionParameter& parameter, int stackIndex) const;

@@ -10,61 +10,37 @@ namespace tbScripts::lua
 namespace
 {
 
-// Returns whether the value on top of the stack is the table of a user type, also of a destroyed
-// one.
-bool isTypeTable(const LuaStateSlot& slot, lua_State* state)
-{
-    if (slot.findType(lua_topointer(state, -1)))
-        return true;
-    if (!lua_istable(state, -1))
-        return false;
-    slot.pushTypeTables(state);
-    lua_pushvalue(state, -2);
-    lua_rawget(state, -2);
-    const bool isType = lua_type(state, -1) == LUA_TSTRING;
-    lua_pop(state, 2);
-    return isType;
-}
-
-// Stack: +1, the table of the user type `typeName`, or nil and false if there is no such type.
-bool pushTypeTable(const LuaStateSlot& slot, lua_State* state, const tbMemory::StringView& typeName)
+// Stack: +1, the table of the user type `typeName`, which is returned; or nil and null if there is
+// no such type.
+LuaTypeIdentity*
+pushTypeTable(const LuaStateSlot& slot, lua_State* state, const tbMemory::StringView& typeName)
 {
     pushName(state, typeName);
     lua_rawget(state, LUA_REGISTRYINDEX);
-    if (isTypeTable(slot, state))
-        return true;
+    if (LuaTypeIdentity* const type = slot.findType(lua_topointer(state, -1)))
+        return type;
     lua_pop(state, 1);
     lua_pushnil(state);
-    return false;
+    return nullptr;
 }
 
 } // namespace
 
-void registerTypeTable(
-    const LuaStateSlot& slot, lua_State* state, const tbMemory::StringView& fullName)
+void own(const LuaInstance& instance)
 {
-    slot.pushTypeTables(state);
-    lua_pushvalue(state, -2);
-    lua_pushlstring(state, fullName.empty() ? "" : fullName.data(), fullName.size());
-    lua_rawset(state, -3);
-    lua_pop(state, 1);
+    LuaInstanceBox& box = *instance.box;
+    if (box.gcEnabled)
+        return;
+    instance.type->owned.reserve(&box);
+    instance.type->owned.own(&box, box.object);
+    box.gcEnabled = true;
 }
 
-LuaInstance boxOfAnyType(const LuaStateSlot& slot, lua_State* state, int index, void* block)
+void disown(const LuaInstance& instance)
 {
-    LuaInstance instance{nullptr, tbMemory::StringView()};
-    if (!lua_getmetatable(state, index))
-        return instance;
-    slot.pushTypeTables(state);
-    lua_insert(state, -2);
-    lua_rawget(state, -2);
-    if (lua_type(state, -1) == LUA_TSTRING)
-    {
-        instance.box = static_cast<LuaInstanceBox*>(block);
-        instance.typeName = textAt(state, -1);
-    }
-    lua_pop(state, 2);
-    return instance;
+    LuaInstanceBox& box = *instance.box;
+    instance.type->owned.remove(&box);
+    box.gcEnabled = false;
 }
 
 bool pushInstance(
@@ -75,12 +51,16 @@ bool pushInstance(
     const tbMemory::StringView& typeName)
 {
     void* const block = lua_newuserdata(state, INSTANCE_BOX_SIZE);
-    const LuaInstanceBox box{object, gcEnabled, false, {}};
     std::memset(block, 0, INSTANCE_BOX_SIZE);
-    std::memcpy(block, &box, sizeof(box));
-    const bool isTyped = pushTypeTable(slot, state, typeName);
+    auto* const box = static_cast<LuaInstanceBox*>(block);
+    box->object = object;
+    LuaTypeIdentity* const type = pushTypeTable(slot, state, typeName);
+    if (gcEnabled && type)
+        own({box, type});
+    else
+        box->gcEnabled = gcEnabled;
     lua_setmetatable(state, -2);
-    return isTyped;
+    return type != nullptr;
 }
 
 void pushHostObject(
@@ -97,7 +77,7 @@ void* untypedObjectAt(const LuaStateSlot& slot, lua_State* state, int index)
     if (lua_type(state, index) != LUA_TUSERDATA || lua_objlen(state, index) < sizeof(void*))
         return nullptr;
     const LuaInstance instance = boxAt(slot, state, index);
-    if (instance.box && instance.box->isDestroyed)
+    if (instance && !instance.isUsable())
         return nullptr;
     void* object = nullptr;
     std::memcpy(&object, lua_touserdata(state, index), sizeof(object));

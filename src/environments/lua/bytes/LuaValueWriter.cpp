@@ -266,13 +266,13 @@ void LuaValueWriter::_writeInstance(lua_State* state)
 {
     const LuaInstance instance = boxAt(m_slot, state, -1);
     const LuaInstanceBox* const box = instance.box ? instance.box : untypedBoxOnTop(state);
-    const bool isAlive = box && !box->isDestroyed;
-    void* const object = isAlive ? box->object : nullptr;
-    if (instance.box)
-        _putTypedInstance(object, upToFirstNul(instance.typeName));
+    const bool isUsable = instance ? instance.isUsable() : box && !box->isDestroyed;
+    void* const object = isUsable ? box->object : nullptr;
+    if (instance)
+        _putTypedInstance(object, upToFirstNul(instance.type->fullName));
     else
         _putUntypedInstance(object);
-    if (!isAlive || !box->gcEnabled || !m_transferOwnership)
+    if (!isUsable || !box->gcEnabled || !m_transferOwnership)
         return;
     // Keeps the box alive until the whole value is written.
     lua_pushvalue(state, -1);
@@ -285,7 +285,10 @@ void LuaValueWriter::_releaseOwners(lua_State* state) const
     for (int i = 1; i <= m_ownerCount; ++i)
     {
         lua_rawgeti(state, m_ownersIndex, i);
-        static_cast<LuaInstanceBox*>(lua_touserdata(state, -1))->gcEnabled = false;
+        if (const LuaInstance instance = boxAt(m_slot, state, -1))
+            disown(instance);
+        else
+            static_cast<LuaInstanceBox*>(lua_touserdata(state, -1))->gcEnabled = false;
         lua_pop(state, 1);
     }
 }
