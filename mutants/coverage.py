@@ -18,6 +18,7 @@ TIME_LIMIT = 60  # seconds of processor; what takes longer is of no use for a fa
 
 _CALL = re.compile(r"\scall\s.*<__sanitizer_cov_trace_pc")
 _ADDRESS = re.compile(r"^\s*([0-9a-f]+):\t")
+_FUNCTION = re.compile(r"^([0-9a-f]+) <.*>:$")
 _ROW = re.compile(r"(?m)^\S.*?\s+\d+\s+(0x[0-9a-f]+)\b")
 
 
@@ -67,21 +68,29 @@ class CoverageMap:
 
 
 def _block_begins(library):
-    """Returns the addresses that the tracer sees, in order."""
+    """Returns where blocks begin, in order, each with the address that the tracer sees of it. The first
+    block of a function begins with the function, before the tracer is called."""
     begins = []
+    function = None
     isNext = False
     for line in bench.run(["objdump", "-d", "--no-show-raw-insn", library]).splitlines():
+        label = _FUNCTION.match(line)
+        if label:
+            function = int(label.group(1), 16)
         match = _ADDRESS.match(line)
         if not match:
             continue
         if isNext:
-            begins.append(int(match.group(1), 16))
+            address = int(match.group(1), 16)
+            begins.append((function or address, address))
+            function = None
         isNext = bool(_CALL.search(line))
     return sorted(begins)
 
 
 def _lines_of_blocks(library, begins, tree):
     """Returns for each block the (file, line) of the code in it."""
+    places = [place for place, _ in begins]
     table = bench.run(["objdump", "--dwarf=decodedline", library])
     addresses = sorted({int(match, 16) for match in _ROW.findall(table)})
     # The table names files by their last part only.
@@ -91,11 +100,11 @@ def _lines_of_blocks(library, begins, tree):
     )
     lines = {}
     for address, place in zip(addresses, named.stdout.splitlines()):
-        block = bisect.bisect_right(begins, address) - 1
+        block = bisect.bisect_right(places, address) - 1
         path, _, line = place.split(" ")[0].rpartition(":")
         path = os.path.normpath(path)
         if block >= 0 and line.isdigit() and path.startswith(f"{tree}/"):
-            lines.setdefault(begins[block], set()).add((os.path.relpath(path, tree), int(line)))
+            lines.setdefault(begins[block][1], set()).add((os.path.relpath(path, tree), int(line)))
     return lines
 
 

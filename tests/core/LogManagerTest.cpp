@@ -68,26 +68,9 @@ private:
 
 using LogManagerTest = LogFixture;
 
-TEST_F(LogManagerTest, AskingForAnExistingInstanceCreatesNone)
-{
-    LogManager::getInstance()->kill();
-
-    EXPECT_EQ(LogManager::getInstanceIfExisting(), nullptr);
-    EXPECT_EQ(LogManager::getInstanceIfExisting(), nullptr);
-}
-
 TEST_F(LogManagerTest, NoneExistsBeforeAnybodyAskedForIt)
 {
     EXPECT_EQ(INSTANCE_BEFORE_MAIN, nullptr);
-}
-
-TEST_F(LogManagerTest, InstanceStaysTheSameUntilItIsKilled)
-{
-    LogManager* const instance = LogManager::getInstance();
-
-    EXPECT_EQ(LogManager::getInstance(), instance);
-    EXPECT_EQ(&LogManager::getInstanceRef(), instance);
-    EXPECT_EQ(LogManager::getInstanceIfExisting(), instance);
 }
 
 TEST_F(LogManagerTest, OnlyItsSingletonMakesAndDestroysIt)

@@ -144,16 +144,6 @@ TEST_F(EnvironmentManagerTest, EnvironmentsStayInPlaceWhileOthersComeAlong)
     EXPECT_EQ(find("0"), first);
 }
 
-TEST_F(EnvironmentManagerTest, IsMadeOnFirstUse)
-{
-    EXPECT_EQ(EnvironmentManager::getInstanceIfExisting(), nullptr);
-
-    EnvironmentManager* const made = EnvironmentManager::getInstance();
-
-    EXPECT_EQ(EnvironmentManager::getInstanceIfExisting(), made);
-    EXPECT_EQ(EnvironmentManager::getInstance(), made);
-}
-
 TEST_F(EnvironmentManagerTest, KillEndsEveryEnvironmentOnceAndLeavesNone)
 {
     int ended = 0;

@@ -326,20 +326,6 @@ TEST_F(ScriptDeclarationFileTest, FileThatIsMissingOrNoDocumentIsAParsingError)
     EXPECT_EQ(m_log.takeEntries(), parseError("line 1, column 1: syntax error", ">>>x = 1"));
 }
 
-TEST_F(ScriptDeclarationFileTest, LoadingAgainUpdatesTheScriptInPlace)
-{
-    m_folder.write("file", R"({"name": "a", "type": "lua", "sources": "x = 1"})");
-    ContentLoader::loadScriptDeclaration("file", true);
-    Script* const script = getScript("a");
-    m_folder.write("file", R"({"name": "a", "type": "lua", "sources": "x = 2"})");
-
-    const Result result = ContentLoader::loadScriptDeclaration("file", true);
-
-    EXPECT_EQ(result.objects[0], script);
-    EXPECT_EQ(resultOf(*script), 2);
-    EXPECT_EQ(countScripts(), 1U);
-}
-
 TEST_F(ScriptDeclarationFileTest, FailedLoadingLeavesTheScriptsThatThereAre)
 {
     Script* const script = addScript("a", "x = 1");

@@ -256,19 +256,4 @@ TEST_F(LuaStateHandleTest, GlobalsAreThoseOfTheMainThread)
     lua_settop(state(), 0);
 }
 
-TEST_F(LuaStateHandleTest, GlobalsAreThoseOfTheMainThreadForACoroutineWithItsOwn)
-{
-    push("shared = 'of all' return nil");
-    lua_State* const coroutine = lua_newthread(state());
-    lua_createtable(coroutine, 0, 0);
-    lua_replace(coroutine, LUA_GLOBALSINDEX);
-
-    slot().pushGlobals(coroutine);
-
-    ASSERT_EQ(lua_gettop(coroutine), 1);
-    lua_getfield(coroutine, 1, "shared");
-    EXPECT_STREQ(lua_tostring(coroutine, -1), "of all");
-    lua_settop(state(), 0);
-}
-
 } // namespace tbScripts::test
