@@ -3,6 +3,7 @@
 # Public headers.
 set(TOBREL_SCRIPTS_HEADERS
     include/tbScripts/Api.h
+    include/tbScripts/BuildMark.h
     include/tbScripts/BuiltInFunction.h
     include/tbScripts/CompilationResult.h
     include/tbScripts/ContentLoadResult.h
@@ -64,6 +65,7 @@ set(TOBREL_SCRIPTS_SOURCES
     src/bindings/lua/values/LuaCallBridge.h
     src/bindings/lua/values/LuaInstanceBox.cpp
     src/bindings/lua/values/LuaInstanceBox.h
+    src/core/BuildMark.cpp
     src/core/ByteWords.h
     src/core/Counted.h
     src/core/ExceptionContainment.h
@@ -73,6 +75,7 @@ set(TOBREL_SCRIPTS_SOURCES
     src/core/LogSources.h
     src/core/NameRegistry.h
     src/core/ScriptObjectInterpreterReference.cpp
+    src/core/ScriptObjectInterpreterReferenceAccess.h
     src/core/ScriptObjectInterpreterView.cpp
     src/core/ScriptObjectReference.cpp
     src/core/ScriptObjectReferenceBlock.h

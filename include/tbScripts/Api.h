@@ -10,3 +10,5 @@
 #else
     #define TBSCRIPTS_API __attribute__((visibility("default")))
 #endif
+
+#include "tbScripts/BuildMark.h" // IWYU pragma: export

@@ -2,6 +2,7 @@
 
 #include "tbScripts/Api.h"
 #include "tbScripts/FunctionParameterType.h"
+#include "tbScripts/Interpreter.h"
 
 namespace tbScripts
 {
@@ -31,7 +32,13 @@ protected:
     explicit ScriptObjectInterpreterReference(FUNCTION_PARAMETER_TYPE type = PARAM_TYPE_VOID);
 
 private:
+    friend struct ScriptObjectInterpreterReferenceAccess;
+
     FUNCTION_PARAMETER_TYPE m_type;
+
+    // Whose class this is: known for the library's own classes only. Asking for the type of the
+    // object would not do, because a host may be built without type information.
+    INTERPRETER m_interpreter = INTERPRETER_UNKNOWN;
 };
 
 } // namespace tbScripts

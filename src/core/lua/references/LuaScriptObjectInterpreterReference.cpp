@@ -2,6 +2,7 @@
 
 #include "core/ExceptionContainment.h"
 #include "core/LogSources.h"
+#include "core/ScriptObjectInterpreterReferenceAccess.h"
 #include "core/ScriptObjectReferenceBlock.h"
 #include "core/lua/calls/LuaBoundary.h"
 #include "core/lua/references/LuaRegistry.h"
@@ -9,7 +10,6 @@
 #include "tbScripts/LogManager.h"
 
 #include <string>
-#include <typeinfo>
 #include <utility>
 
 namespace tbScripts::lua
@@ -28,6 +28,7 @@ LuaScriptObjectInterpreterReference::LuaScriptObjectInterpreterReference(
     , m_slot(slot)
     , m_hasOwnRelease(false)
 {
+    ScriptObjectInterpreterReferenceAccess::setInterpreter(*this, INTERPRETER_LUA);
 }
 
 LuaScriptObjectInterpreterReference::LuaScriptObjectInterpreterReference(
@@ -38,6 +39,7 @@ LuaScriptObjectInterpreterReference::LuaScriptObjectInterpreterReference(
     , m_hasOwnRelease(true)
     , m_release(std::move(release))
 {
+    ScriptObjectInterpreterReferenceAccess::setInterpreter(*this, INTERPRETER_LUA);
 }
 
 LuaScriptObjectInterpreterReference::~LuaScriptObjectInterpreterReference()
@@ -71,10 +73,8 @@ int LuaScriptObjectInterpreterReference::slotOf(
     const ScriptObjectReference& reference, const LuaStateHandle& handle)
 {
     const ScriptObjectInterpreterReference* const value = reference.getInterpreterReference();
-    // A comparison of exact types instead of a dynamic cast: this runs for every value that is
-    // pushed.
-    if (!value || typeid(*value) != typeid(LuaScriptObjectInterpreterReference))
-        return 0;
+    if (!value || ScriptObjectInterpreterReferenceAccess::getInterpreter(*value) != INTERPRETER_LUA)
+        return 0; // of no class of ours
     const auto& ours = static_cast<const LuaScriptObjectInterpreterReference&>(*value);
     return ours.m_handle.sharesStateWith(handle) ? ours.m_slot : 0;
 }
