@@ -349,6 +349,7 @@ set(TOBREL_SCRIPTS_TEST_SUPPORT
     tests/support/TemporaryFolder.cpp
     tests/support/TemporaryFolder.h
     tests/support/TypeTable.h
+    tests/support/UnityNames.h
     tests/support/UserTypeFixture.cpp
     tests/support/UserTypeFixture.h
     tests/support/UserTypeSteps.cpp

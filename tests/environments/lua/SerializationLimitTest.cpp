@@ -26,11 +26,6 @@ struct ValueRow
     const char* expression;
 };
 
-std::ostream& operator<<(std::ostream& stream, const ValueRow& row)
-{
-    return stream << row.row;
-}
-
 } // namespace
 
 class SerializationLimitTest : public LogFixture
