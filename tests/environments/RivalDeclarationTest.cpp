@@ -136,6 +136,7 @@ using RivalInAnotherInterpreterTest = RivalDeclarationTest;
 
 TEST_P(RivalInAnotherInterpreterTest, StaysWhereItWasDeclared)
 {
+    const Environment copy(environment()); // keeps the first interpreter
     Environment other;
     other.setEnvironmentFor(INTERPRETER_LUA);
     declareAction(

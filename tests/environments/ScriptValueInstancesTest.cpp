@@ -314,4 +314,20 @@ TEST_F(ScriptValueInstancesTest, ManyInstancesGoWithTheBytes)
     EXPECT_EQ(m_destroyed.size(), 1000U);
 }
 
+TEST_F(ScriptValueInstancesTest, InstancesBelowManyTablesGoWithTheBytes)
+{
+    const Bytes bytes = write(
+        "(function() local t = {Vec.new()} for i = 1, 200 do t = {t, Vec.new()} end return t "
+        "end)()",
+        TRANSFER);
+
+    ASSERT_TRUE(read(bytes));
+    EXPECT_TRUE(holds("(function() local depth, t = 0, read"
+                      " while type(t) == 'table' do depth, t = depth + 1, t[1] end"
+                      " return depth end)() == 201"));
+    dropAll();
+
+    EXPECT_EQ(m_destroyed.size(), 201U);
+}
+
 } // namespace tbScripts::test

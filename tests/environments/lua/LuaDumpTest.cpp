@@ -40,6 +40,18 @@ TEST(LuaDumpTest, DumpsThatAreNotWholeOrNotTheLastBytesHaveNoTail)
     EXPECT_TRUE(lua::tailOf("\x1BLJ\x02\x02\0"s).bytes.empty()); // without functions
 }
 
+TEST(LuaDumpTest, NameIsNoFunctionAndMayBeEmpty)
+{
+    const std::string named = "\x1BLJ\x02\x08\x01n\0"s;
+    const std::string unnamed = "\x1BLJ\x02\x08\0\x01"
+                                "a"
+                                "\0"s;
+
+    EXPECT_TRUE(lua::tailOf(named).bytes.empty());
+    EXPECT_EQ(lua::tailOf(unnamed).bytes, unnamed.substr(unnamed.size() - 3));
+    EXPECT_FALSE(lua::isWholeDump(unnamed.substr(0, unnamed.size() - 1)));
+}
+
 TEST(LuaDumpTest, FrontIsAllButTheEnd)
 {
     const std::string chunk = "\x1BLJ\x02\x02\x01"
