@@ -532,6 +532,7 @@ set(TOBREL_SCRIPTS_INTERNAL_TESTS
     tests/faults/lua/AllocationFailureTest.cpp
     tests/faults/lua/ExhaustedMemoryTest.cpp
     tests/faults/lua/InterpreterCostTest.cpp
+    tests/faults/lua/MemoryCeilingTest.cpp
     tests/faults/lua/OpeningFailureTest.cpp
     tests/faults/lua/ScriptValueDamageTest.cpp
     tests/faults/lua/ScriptValueMemoryTest.cpp

@@ -94,9 +94,15 @@ void StateMemory::refuseAfter(std::size_t allowed)
     m_hasRefused = false;
 }
 
+void StateMemory::refuseAbove(std::size_t bytes)
+{
+    m_ceiling = m_livingBytes + bytes;
+}
+
 void StateMemory::allowAll()
 {
     m_isRefusing = false;
+    m_ceiling = NO_CEILING;
 }
 
 bool StateMemory::hasRefused() const
@@ -125,18 +131,23 @@ void* StateMemory::_allocate(void* self, void* block, std::size_t oldSize, std::
     if (newSize == 0)
     {
         memory.m_livingBlocks -= block ? 1 : 0;
+        memory.m_livingBytes -= block ? oldSize : 0;
         std::free(block);
         return nullptr;
     }
     // Shrinking always works, as the interpreter requires.
-    if (newSize > oldSize && memory._isRefused())
+    const std::size_t before = block ? oldSize : 0;
+    if (newSize > before && memory._isRefused(newSize - before))
         return nullptr;
     memory.m_livingBlocks += block ? 0 : 1;
+    memory.m_livingBytes += newSize - before;
     return std::realloc(block, newSize);
 }
 
-bool StateMemory::_isRefused()
+bool StateMemory::_isRefused(std::size_t growth)
 {
+    if (m_livingBytes + growth > m_ceiling)
+        return true;
     if (!m_isRefusing)
         return false;
     if (m_allowed > 0)

@@ -3,6 +3,7 @@
 #include "core/lua/LuaApi.h"
 
 #include <cstddef>
+#include <limits>
 
 namespace tbScripts::test
 {
@@ -48,6 +49,9 @@ public:
     /// own allocator never does.
     void refuseAfter(std::size_t allowed);
 
+    /// Refuses requests that would leave the states with more than `bytes` more than they have now.
+    void refuseAbove(std::size_t bytes);
+
     /// Lets all requests pass.
     void allowAll();
 
@@ -61,12 +65,16 @@ public:
     lua_State* open();
 
 private:
+    static constexpr std::size_t NO_CEILING = std::numeric_limits<std::size_t>::max();
+
     static void* _allocate(void* self, void* block, std::size_t oldSize, std::size_t newSize);
 
-    bool _isRefused();
+    bool _isRefused(std::size_t growth = 0);
 
     std::size_t m_allowed = 0;
     std::size_t m_livingBlocks = 0;
+    std::size_t m_livingBytes = 0;
+    std::size_t m_ceiling = NO_CEILING;
     bool m_isRefusing = false;
     bool m_hasRefused = false;
 };
