@@ -247,6 +247,24 @@ void releaseNamespace(World& world)
         scope->release();
 }
 
+// Whatever scripts keep of the released type belongs to no type any more.
+void releaseAndDeclareAnew(World& world)
+{
+    world.trace("release and declare anew");
+    Environment& environment = world.anyEnvironment();
+    Namespace* const scope = environment.getNamespace("n");
+    if (!scope)
+        return;
+    const unsigned int activity = world.getActivity();
+    scope->release();
+    UserType* const made =
+        activity == world.getActivity() ? environment.setUserType("n::T") : nullptr;
+    if (made && activity == world.getActivity())
+        world.makeBranded(*made);
+    else
+        world.objects().allowLeaks(); // the type may be there, without destructor
+}
+
 } // namespace
 
 void performBindingCall(World& world)
@@ -284,7 +302,8 @@ void performNamespaceCall(World& world)
          {2, &setNamespaceType},
          {3, &setNamespaceNamespace},
          {4, &clearNamespace},
-         {5, &releaseNamespace}});
+         {5, &releaseNamespace},
+         {6, &releaseAndDeclareAnew}});
     world.bytes().caseOf(CALLS)(world);
 }
 

@@ -47,6 +47,7 @@ void makeFresh(World& world)
 void copy(World& world)
 {
     world.trace("copy");
+    world.noteSharing();
     EnvironmentSlot& slot = world.anySlot();
     const EnvironmentSlot& source = world.anySlot();
     if (!source.environment)
@@ -64,6 +65,7 @@ void copy(World& world)
 
 void assign(World& world)
 {
+    world.noteSharing();
     world.trace("assign");
     EnvironmentSlot& slot = world.anySlot();
     EnvironmentSlot& source = world.anySlot();
@@ -196,6 +198,12 @@ void declareNamespace(World& world)
         note(slot, generation, slot.namespaces, name, slot.environment->isNamespaceSet(name));
 }
 
+void compileScripts(World& world)
+{
+    world.trace("compile scripts");
+    world.compileScripts();
+}
+
 } // namespace
 
 void performEnvironmentCall(World& world)
@@ -212,7 +220,8 @@ void performEnvironmentCall(World& world)
          {8, &callFunction},
          {9, &declareFunction},
          {10, &declareUserType},
-         {11, &declareNamespace}});
+         {11, &declareNamespace},
+         {12, &compileScripts}});
     world.bytes().caseOf(CALLS)(world);
 }
 

@@ -83,7 +83,19 @@ constexpr std::array STATEMENTS{
     "f1 = f0",
     "T = nil n = nil",
     "_G.n = { T = T }",
-    "do return v0, v1 end"};
+    "do return v0, v1 end",
+    "v0 = 'a\\0b' v1 = f0(v0, 'x\\0y')",
+    "n['a\\0b'] = v0 v2 = { ['k\\0l'] = 'm\\0n' }",
+    "_G['v0\\0'] = f1 v1 = ('a'):rep(300, '\\0')",
+    "old = old or v2  pcall(f0, old)",
+    "if old then n.T.m(old) end",
+    "if old then v1 = old.x old.x = 3 end",
+    "if old then n.T.__index(old, 'x') end",
+    "if old then n.T.__gc(old) end",
+    "if old then v1 = old + v2 v3 = v2 + old end",
+    "old = nil collectgarbage()",
+    "for i = 1, 200 do v0.x = v0.x + i end",
+    "for i = 1, 200 do f0(v0, i) end"};
 
 // Their effects on ownership are not followed. Numbered by their places as well.
 constexpr std::array LEAKING_STATEMENTS{

@@ -171,7 +171,7 @@ UserType::Destructor World::makeDestructor()
         trace("destructor");
         m_objects.destroy(object);
         act();
-        if (m_bytes.below(16) == 15)
+        if (m_bytes.below(16) == 15 && !m_isCompilingScripts)
             throw std::runtime_error("destructor");
     };
 }
@@ -186,6 +186,59 @@ void World::makeInstantiable(UserType* type)
         type->setConstructor(_makeConstructor());
 }
 
+void World::makeBranded(UserType& type)
+{
+    const int brand = ++m_brand;
+    const unsigned int activity = m_activity;
+    const auto expectOwn = [this, brand](void* object)
+    {
+        if (!m_isSharing)
+            m_objects.expectBrand(object, brand);
+    };
+    const UserType::Destructor destroy = makeDestructor();
+    type.setDestructor(
+        [expectOwn, destroy](void* object)
+        {
+            expectOwn(object);
+            destroy(object);
+        });
+    if (activity != m_activity)
+        return m_objects.allowLeaks(); // the type may be gone
+    UserTypeFieldDescriptor field;
+    field.name = "x";
+    field.getter = [expectOwn](void* object)
+    {
+        expectOwn(object);
+        return FunctionParameter(1);
+    };
+    type.setField(field);
+    if (Function* const method = activity == m_activity ? type.setMethod("m", false) : nullptr)
+    {
+        method->setFunction(
+            [expectOwn](const Parameters& arguments)
+            {
+                expectOwn(arguments[0].getUserTypeObject());
+                return FunctionParameter::VOID;
+            });
+    }
+    const UserType::Constructor construct = _makeConstructor();
+    if (activity != m_activity)
+        return;
+    type.setConstructor(
+        [construct, brand](const Parameters& arguments)
+        {
+            void* const object = construct(arguments);
+            if (object)
+                static_cast<HostObject*>(object)->brand = brand;
+            return object;
+        });
+}
+
+void World::compileScripts()
+{
+    m_isCompilingScripts = m_isCompilingScripts || m_isFirstCall;
+}
+
 void World::act()
 {
     ++m_activity;
@@ -193,8 +246,28 @@ void World::act()
         return;
     ++m_depth;
     for (std::size_t count = m_bytes.below(MAX_CALLS_AT_ONCE + 1); count > 0; --count)
-        _performOne();
+    {
+        // No byte chooses, so that kept inputs mean what they meant.
+        if (m_activity % 2 == 0)
+            _performOne();
+        else
+            _performInHandler();
+    }
     --m_depth;
+}
+
+// While the host handles an exception of its own, the library enters the interpreter in another
+// way.
+void World::_performInHandler()
+{
+    try
+    {
+        throw std::runtime_error("handled");
+    }
+    catch (const std::runtime_error&)
+    {
+        _performOne();
+    }
 }
 
 void World::trace(const char* what, const std::string& detail) const
@@ -282,6 +355,7 @@ void World::_performOne()
          {8, &performBytesCall},
          {9, &performManagerCall}});
     m_bytes.caseOf(CALLS)(*this);
+    m_isFirstCall = false;
 }
 
 void World::_checkNames() const

@@ -105,6 +105,20 @@ public:
     /// there is no instance whose object nobody destroys. Does nothing for null.
     void makeInstantiable(UserType* type);
 
+    /// Declares, on a type that was just declared under the name of a released one, members that
+    /// accept only what the new constructor makes.
+    void makeBranded(UserType& type);
+
+    /// From here on scripts run compiled, and no finaliser raises: the interpreter dies of those in
+    /// collections that compiled code starts, which no test of ours can stop. Does nothing unless
+    /// it is the first call.
+    void compileScripts();
+
+    bool isCompilingScripts() const { return m_isCompilingScripts; }
+
+    /// Notes that environments share an interpreter, where declarations of one name are one type.
+    void noteSharing() { m_isSharing = true; }
+
     /// Makes random calls from inside of host code.
     void act();
 
@@ -125,6 +139,7 @@ private:
     FunctionParameter _answer(const Parameters& arguments);
     void _keep(const FunctionParameter& argument);
     void _performOne();
+    void _performInHandler();
     void _checkNames() const;
     void _closeAll();
 
@@ -141,6 +156,10 @@ private:
     unsigned int m_activity = 0;
     int m_depth = 0;
     int m_budget = 400; // calls; loops of scripts make many of one byte
+    int m_brand = 0;    // the last one
+    bool m_isSharing = false;
+    bool m_isFirstCall = true;
+    bool m_isCompilingScripts = false;
     bool m_isClosing = false;
     bool m_isTraced = false;
 };

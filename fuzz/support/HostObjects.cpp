@@ -42,6 +42,14 @@ void HostObjects::destroy(void* object)
         destroyed.destructions == 1 || destroyed.fate == FATE::ANY, "nothing is destroyed twice");
 }
 
+void HostObjects::expectBrand(void* object, int brand) const
+{
+    if (!contains(object))
+        return;
+    const int actual = objectAt(object).brand;
+    require(actual == 0 || actual == brand, "no type is given an instance of an earlier one");
+}
+
 void HostObjects::use(void* object) const
 {
     if (!object)
@@ -57,6 +65,7 @@ void HostObjects::shareWith(void* object, bool isOwner)
         return;
     HostObject& shared = objectAt(object);
     shared.isAliased = true;
+    shared.brand = 0; // an instance that is made by name belongs to the present type
     if (isOwner)
         shared.fate = FATE::ANY;
 }
@@ -65,6 +74,7 @@ void HostObjects::write(void* object, bool isTransfer)
 {
     HostObject& written = objectAt(object);
     written.isAliased = true;
+    written.brand = 0;
     if (!isTransfer)
         return;
     ++written.transfers;

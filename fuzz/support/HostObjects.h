@@ -23,6 +23,7 @@ struct HostObject
     int destructions = 0;
     int transfers = 0;
     bool isAliased = false; // has instances that do not own it: they may be used after its end
+    int brand = 0;          // of the declaration whose constructor made it; 0: of any
     FATE fate = FATE::NEVER;
 };
 
@@ -37,6 +38,10 @@ public:
 
     /// Notes that a destructor was called.
     void destroy(void* object);
+
+    /// Expects `object` to be one that the declaration `brand` made, or any that has no brand. Null
+    /// is fine.
+    void expectBrand(void* object, int brand) const;
 
     /// Notes that an instance is used. Requires: `object` is one of these, or null.
     void use(void* object) const;
