@@ -104,6 +104,10 @@ set(TOBREL_SCRIPTS_SOURCES
     src/core/lua/calls/LuaCallbackScope.h
     src/core/lua/calls/LuaHostCall.cpp
     src/core/lua/calls/LuaHostCall.h
+    src/core/lua/calls/LuaStackGuards.cpp
+    src/core/lua/calls/LuaStackGuards.h
+    src/core/lua/calls/LuaStackRoom.cpp
+    src/core/lua/calls/LuaStackRoom.h
     src/core/lua/references/LuaRegistry.cpp
     src/core/lua/references/LuaRegistry.h
     src/core/lua/references/LuaScriptObjectInterpreterReference.cpp
@@ -177,7 +181,7 @@ set(TOBREL_SCRIPTS_PORT
     src/port/FileReplacing.h
     src/port/HandledException.h
     src/port/SignalHold.h
-    src/port/StackEnd.h
+    src/port/StackBounds.h
     src/port/TargetFile.h
     src/port/Terminal.h
     src/port/ThreadCancellation.h
@@ -190,7 +194,7 @@ set(TOBREL_SCRIPTS_PORT
     src/port/posix/FileReplacing.cpp
     src/port/posix/HandledException.cpp
     src/port/posix/SignalHold.cpp
-    src/port/posix/StackEnd.cpp
+    src/port/posix/StackBounds.cpp
     src/port/posix/TargetFile.cpp
     src/port/posix/Terminal.cpp
     src/port/posix/Writing.h
@@ -201,7 +205,7 @@ set(TOBREL_SCRIPTS_PORT
     src/port/windows/Handle.cpp
     src/port/windows/Handle.h
     src/port/windows/SignalHold.cpp
-    src/port/windows/StackEnd.cpp
+    src/port/windows/StackBounds.cpp
     src/port/windows/TargetFile.cpp
     src/port/windows/Terminal.cpp
     src/port/windows/Windows.h)
@@ -316,6 +320,8 @@ set(TOBREL_SCRIPTS_TEST_SUPPORT
     tests/support/FakeScriptObjects.cpp
     tests/support/FakeScriptObjects.h
     tests/support/Farewell.h
+    tests/support/Fiber.cpp
+    tests/support/Fiber.h
     tests/support/GlobalOperations.cpp
     tests/support/GlobalOperations.h
     tests/support/LoadingFixture.cpp
@@ -441,6 +447,8 @@ set(TOBREL_SCRIPTS_PUBLIC_TESTS
     tests/faults/CallDepthTest.cpp
     tests/faults/CopyDuringTeardownTest.cpp
     tests/faults/DeepSourceTest.cpp
+    tests/faults/EndlessCallbackTest.cpp
+    tests/faults/FiberStackTest.cpp
     tests/faults/FileFaultTest.cpp
     tests/faults/FileReplacementTest.cpp
     tests/faults/HostExceptionTest.cpp

@@ -3,6 +3,8 @@
 #include "core/ExceptionContainment.h"
 #include "core/lua/LuaStateHandle.h"
 #include "core/lua/calls/LuaBoundary.h"
+#include "core/lua/calls/LuaStackGuards.h"
+#include "port/StackBounds.h"
 
 #include <array>
 #include <cstddef>
@@ -59,6 +61,7 @@ int LuaStateSlot::_furnish(lua_State* state)
 {
     LuaStateSlot& slot = *static_cast<LuaStateSlot*>(lua_touserdata(state, 1));
     luaL_openlibs(state);
+    guardLibraries(slot, state);
     lua_pushthread(state);
     slot.m_mainThreadKey = luaL_ref(state, LUA_REGISTRYINDEX);
     lua_pushcfunction(state, &runProtectedWork);
@@ -93,6 +96,7 @@ void LuaStateSlot::close()
     lua_State* const state = std::exchange(m_main, nullptr);
     m_running = nullptr;
     m_isClosing = true;
+    m_places = {port::getPlaceOnStack(), port::getPlaceOnStack()}; // for finalisers of scripts
     contain([state] { lua_close(state); }, [] {});
     m_isClosing = false;
     m_kept.release();

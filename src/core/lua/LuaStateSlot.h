@@ -29,6 +29,7 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <utility>
@@ -56,6 +57,13 @@ struct LuaOuterCallback
 {
     lua_State* thread;
     LuaCallbackScope* scope;
+};
+
+/// Where on the stack the outermost host call and the innermost one began (see LuaStackRoom.h).
+struct LuaCallPlaces
+{
+    std::uintptr_t outermost = 0;
+    std::uintptr_t innermost = 0;
 };
 
 class LuaStateSlot : public HolderCount
@@ -136,6 +144,11 @@ public:
     }
 
     bool isInHostCall() const { return m_hostCalls > 0; }
+
+    /// Returns where on the stack host calls began.
+    const LuaCallPlaces& getPlaces() const { return m_places; }
+
+    void setPlaces(const LuaCallPlaces& places) { m_places = places; }
 
     /// Returns whether code of scripts or finalisers may be on the C stack.
     bool isRunning() const { return isInHostCall() || m_isClosing; }
@@ -222,6 +235,7 @@ private:
     LuaSpareKeys m_spareKeys; // LuaRegistry.h takes them and puts them back
 
     unsigned m_hostCalls = 0; // entered and not left
+    LuaCallPlaces m_places;
     bool m_isClosing = false;
     bool m_isTearingDown = false;
     LuaCallbackScope* m_innermostCallback = nullptr;

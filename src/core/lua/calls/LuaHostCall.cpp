@@ -4,11 +4,8 @@
 #include "core/LogSources.h"
 #include "core/lua/LuaTables.h"
 #include "core/lua/calls/LuaCallbackScope.h"
-#include "port/StackEnd.h"
 
 #include "tbScripts/LogManager.h"
-
-#include <cstdint>
 
 namespace tbScripts::lua
 {
@@ -42,14 +39,14 @@ bool LuaHostCall::_admitOrExplain(std::string& errorText)
     return !scope || scope->keepViews(errorText);
 }
 
-bool LuaHostCall::_isStackLeft()
+bool LuaHostCall::_isStackLeft(std::uintptr_t outermost, std::uintptr_t place)
 {
-    constexpr std::uintptr_t RESERVE = std::uintptr_t{32} * 1024; // the interpreter needs some too
-    thread_local const std::uintptr_t end = port::findEndOfStack();
-    const char here = 0;
-    const auto place = reinterpret_cast<std::uintptr_t>(&here);
-    // Below the end it is another stack, which the host has created.
-    return place < end || place - end > RESERVE;
+    const LuaStackRoom room(place, [outermost] { return outermost; });
+    if (!room.isAnotherStack())
+        return room.getLeft() > LuaStackRoom::RESERVE_OF_HOST_CALL;
+    // The host has switched stacks, so this is the outermost call on this one.
+    m_slot->setPlaces({place, place});
+    return true;
 }
 
 void LuaHostCall::recoverMemory()

@@ -2,7 +2,10 @@
 
 #include "core/lua/LuaStateHandle.h"
 #include "core/lua/calls/LuaBoundary.h"
+#include "core/lua/calls/LuaStackRoom.h"
+#include "port/StackBounds.h"
 
+#include <cstdint>
 #include <string>
 
 namespace tbScripts::lua
@@ -11,7 +14,8 @@ namespace tbScripts::lua
 /// Returns whether this is what the interpreter says when it runs out of memory.
 bool isOutOfMemory(const std::string& errorText);
 
-/// One call of the host into an interpreter, from its beginning to its end.
+/// One call of the host into an interpreter, from its beginning to its end. How deep calls nest:
+/// docs/decisions/0029-stacks-of-the-host.md.
 ///
 /// Every operation that touches a state creates it first, so that it is destroyed last: the
 /// destructor of the outermost call runs the deferred actions, which may destroy the object that
@@ -22,10 +26,6 @@ public:
     /// Calls nest this deep at most, so that scripts and host functions that call each other
     /// without end get an error before the C stack overflows.
     static constexpr unsigned MAX_DEPTH = 200;
-
-    /// Calls nest this deep without a check of the remaining stack; deeper ones are checked,
-    /// because threads may have a small stack.
-    static constexpr unsigned SHALLOW_DEPTH = 20;
 
     enum class ENTRY
     {
@@ -50,7 +50,7 @@ public:
         const bool isUpkeep = entry == ENTRY::UPKEEP;
         if (m_slot->isTearingDown() && !isUpkeep)
             m_slot = nullptr;
-        else if (_mayNest(m_slot->enterHostCall()) || isUpkeep)
+        else if (_enter(port::getPlaceOnStack()) || isUpkeep)
             m_state = m_slot->getRunning();
     }
 
@@ -59,8 +59,10 @@ public:
 
     ~LuaHostCall()
     {
-        if (m_slot)
-            m_slot->leaveHostCall();
+        if (!m_slot)
+            return;
+        m_slot->setPlaces(m_outerPlaces);
+        m_slot->leaveHostCall();
     }
 
     /// Returns the coroutine to work on, null if the call was refused.
@@ -113,20 +115,29 @@ public:
     }
 
 private:
-    static bool _mayNest(unsigned depth)
+    // Counts the call. Returns whether it may nest in those that are open. Calls may run on any
+    // thread, and on a stack of the host's own, so deep ones look at it.
+    bool _enter(std::uintptr_t place)
     {
-        return depth < SHALLOW_DEPTH || (depth < MAX_DEPTH && _isStackLeft());
+        const unsigned depth = m_slot->enterHostCall();
+        m_outerPlaces = m_slot->getPlaces();
+        const std::uintptr_t outermost = depth == 0 ? place : m_outerPlaces.outermost;
+        m_slot->setPlaces({outermost, place});
+        return depth < MAX_DEPTH &&
+               (outermost - place < LuaStackRoom::SHALLOW || _isStackLeft(outermost, place));
     }
 
     bool _admitOrExplain(std::string& errorText);
 
-    // Returns whether this thread's stack has room for a few more calls.
-    static bool _isStackLeft();
+    // Returns whether the stack has room for a few more calls.
+    bool _isStackLeft(std::uintptr_t outermost, std::uintptr_t place);
 
     void _reportFailure(const std::string& errorText);
 
     LuaStateSlot* m_slot; // null if there is no state to work on
     lua_State* m_state;   // null if the call was refused
+
+    LuaCallPlaces m_outerPlaces; // of the call around this one
 };
 
 } // namespace tbScripts::lua

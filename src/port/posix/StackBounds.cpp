@@ -1,4 +1,4 @@
-#include "port/StackEnd.h"
+#include "port/StackBounds.h"
 
 #include <cstddef>
 #include <pthread.h>
@@ -6,29 +6,37 @@
 namespace tbScripts::port
 {
 
+namespace
+{
+
+[[maybe_unused]] constexpr StackBounds ALL_ADDRESSES{0, UINTPTR_MAX};
+
+} // namespace
+
 #if defined(__linux__)
-std::uintptr_t findEndOfStack()
+StackBounds findStackOfThread()
 {
     pthread_attr_t attributes;
     if (::pthread_getattr_np(::pthread_self(), &attributes) != 0)
-        return 0;
+        return ALL_ADDRESSES;
     void* lowest = nullptr;
     std::size_t size = 0;
     ::pthread_attr_getstack(&attributes, &lowest, &size);
     ::pthread_attr_destroy(&attributes);
-    return reinterpret_cast<std::uintptr_t>(lowest);
+    const auto end = reinterpret_cast<std::uintptr_t>(lowest);
+    return size > 0 ? StackBounds{end, end + size} : ALL_ADDRESSES;
 }
 #elif defined(__APPLE__) // written from the system's manual, never built
-std::uintptr_t findEndOfStack()
+StackBounds findStackOfThread()
 {
     const pthread_t thread = ::pthread_self();
     const auto highest = reinterpret_cast<std::uintptr_t>(::pthread_get_stackaddr_np(thread));
-    return highest - ::pthread_get_stacksize_np(thread);
+    return StackBounds{highest - ::pthread_get_stacksize_np(thread), highest};
 }
 #else
-std::uintptr_t findEndOfStack()
+StackBounds findStackOfThread()
 {
-    return 0;
+    return ALL_ADDRESSES;
 }
 #endif
 

@@ -1,16 +1,16 @@
-#include "port/StackEnd.h"
+#include "port/StackBounds.h"
 
 #include "port/windows/Windows.h"
 
 namespace tbScripts::port
 {
 
-std::uintptr_t findEndOfStack()
+StackBounds findStackOfThread()
 {
     ULONG_PTR lowest = 0;
     ULONG_PTR highest = 0;
     ::GetCurrentThreadStackLimits(&lowest, &highest);
-    return static_cast<std::uintptr_t>(lowest);
+    return StackBounds{static_cast<std::uintptr_t>(lowest), static_cast<std::uintptr_t>(highest)};
 }
 
 } // namespace tbScripts::port

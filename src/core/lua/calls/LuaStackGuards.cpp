@@ -1,0 +1,227 @@
+// Why: docs/decisions/0028-guards-of-the-c-stack.md
+
+#include "core/lua/calls/LuaStackGuards.h"
+
+#include "core/lua/LuaStateSlot.h"
+#include "core/lua/calls/LuaStackRoom.h"
+#include "port/StackBounds.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <utility>
+
+namespace tbScripts::lua
+{
+
+namespace
+{
+
+/// What a function takes of the stack before it calls back, as measured, with some more.
+enum class NEED
+{
+    LITTLE,
+    BUFFERS,  // luaL_Buffer is on the stack
+    PARSER,   // 200 levels of source text that is nested as deep as the parser allows
+    COROUTINE // little, but see mayNestCoroutines
+};
+
+struct GuardedFunction
+{
+    const char* library; // null: a method of string buffers, which scripts load by `require`
+    const char* name;
+    NEED need;
+};
+
+constexpr std::array FUNCTIONS{
+    GuardedFunction{"_G", "collectgarbage", NEED::LITTLE},
+    GuardedFunction{"_G", "dofile", NEED::PARSER},
+    GuardedFunction{"_G", "load", NEED::PARSER},
+    GuardedFunction{"_G", "loadfile", NEED::PARSER},
+    GuardedFunction{"_G", "loadstring", NEED::PARSER},
+    GuardedFunction{"_G", "module", NEED::LITTLE},
+    GuardedFunction{"_G", "print", NEED::LITTLE},
+    GuardedFunction{"_G", "require", NEED::PARSER},
+    GuardedFunction{"coroutine", "create", NEED::COROUTINE},
+    GuardedFunction{"coroutine", "wrap", NEED::COROUTINE},
+    GuardedFunction{"os", "time", NEED::LITTLE},
+    GuardedFunction{"string", "format", NEED::LITTLE},
+    GuardedFunction{"string", "gsub", NEED::BUFFERS},
+    GuardedFunction{"table", "sort", NEED::LITTLE},
+    GuardedFunction{nullptr, "put", NEED::LITTLE},
+    GuardedFunction{nullptr, "putf", NEED::LITTLE}};
+
+// The functions of the interpreter that the guards call. All states of a process have the same.
+std::array<lua_CFunction, FUNCTIONS.size()> guarded{};
+lua_CFunction openBuffers = nullptr;
+
+// Its address is the key of the slot in the registry.
+const char slotKey = 0;
+
+std::uintptr_t bytesOf(NEED need, std::uintptr_t stackSize)
+{
+    constexpr std::uintptr_t SMALLEST_FOR_ALL_SOURCES = 224 * LuaStackRoom::KIBIBYTE;
+    switch (need)
+    {
+    case NEED::LITTLE:
+    case NEED::COROUTINE:
+        return 0;
+    case NEED::BUFFERS:
+        return 10 * LuaStackRoom::KIBIBYTE;
+    case NEED::PARSER:
+        // On smaller stacks the usual ones must do.
+        return (stackSize < SMALLEST_FOR_ALL_SOURCES ? 12 : 130) * LuaStackRoom::KIBIBYTE;
+    }
+    return 0;
+}
+
+// What stays free behind a guard, for patterns, error handling and host functions.
+std::uintptr_t reserveOf(std::uintptr_t stackSize)
+{
+    constexpr std::uintptr_t ENOUGH = 64 * LuaStackRoom::KIBIBYTE;
+    return std::min(ENOUGH, stackSize / 4);
+}
+
+// Only deep places need it, and stacks that nobody knows, so that this may take its time.
+const LuaStateSlot* findSlot(lua_State* state)
+{
+    lua_pushlightuserdata(state, const_cast<char*>(&slotKey));
+    lua_rawget(state, LUA_REGISTRYINDEX);
+    const auto* const slot = static_cast<const LuaStateSlot*>(lua_touserdata(state, -1));
+    lua_pop(state, 1);
+    return slot;
+}
+
+std::uintptr_t findOutermostPlace(lua_State* state)
+{
+    const LuaStateSlot* const slot = findSlot(state);
+    return slot ? slot->getPlaces().outermost : 0;
+}
+
+// Coroutines take so little stack that 8 MiB hold 100,000 inside each other. An error that leaves
+// all of them takes minutes, because each adds to the message. So they get no more than this,
+// counted from the innermost call of the host: some 6,500 levels.
+bool mayNestCoroutines(lua_State* state, std::uintptr_t place, const LuaStackRoom& room)
+{
+    constexpr std::uintptr_t MOST = 512 * LuaStackRoom::KIBIBYTE;
+    if (room.getSize() - room.getLeft() < MOST)
+        return true;
+    const LuaStateSlot* const slot = findSlot(state);
+    return slot && slot->getPlaces().innermost - place < MOST;
+}
+
+bool isRoomLeft(lua_State* state, NEED need)
+{
+    const std::uintptr_t place = port::getPlaceOnStack();
+    const LuaStackRoom room(place, [state] { return findOutermostPlace(state); });
+    return room.getLeft() > reserveOf(room.getSize()) + bytesOf(need, room.getSize()) &&
+           (need != NEED::COROUTINE || mayNestCoroutines(state, place, room));
+}
+
+// This frame and those above it, up to the interpreter's, own nothing.
+int raiseOverflow(lua_State* state)
+{
+    luaL_where(state, 1);
+    lua_pushliteral(state, "C stack overflow");
+    lua_concat(state, 2);
+    return lua_error(state);
+}
+
+template <std::size_t index>
+int callGuarded(lua_State* state)
+{
+    return isRoomLeft(state, FUNCTIONS[index].need) ? guarded[index](state) : raiseOverflow(state);
+}
+
+template <std::size_t... index>
+constexpr std::array<lua_CFunction, sizeof...(index)> makeGuards(std::index_sequence<index...>)
+{
+    return {&callGuarded<index>...};
+}
+
+constexpr auto GUARDS = makeGuards(std::make_index_sequence<FUNCTIONS.size()>());
+
+// Has the function on top of the stack call `guard` instead of its C function, which it returns;
+// null if that cannot be.
+//
+// The interpreter has no call for this. A function object begins with five or six words, and one of
+// them is the address that `lua_tocfunction` returns: in all versions the last one.
+lua_CFunction replaceFunction(lua_State* state, lua_CFunction guard)
+{
+    constexpr std::size_t WORDS = 6;
+    const lua_CFunction function = lua_tocfunction(state, -1);
+    if (!function || function == guard)
+        return nullptr;
+    auto* word = static_cast<unsigned char*>(const_cast<void*>(lua_topointer(state, -1)));
+    for (std::size_t i = 0; i < WORDS; ++i, word += sizeof(function))
+    {
+        if (std::memcmp(word, &function, sizeof(function)) != 0)
+            continue;
+        std::memcpy(word, &guard, sizeof(guard));
+        return function;
+    }
+    return nullptr;
+}
+
+// Guards field FUNCTIONS[index].name of the table on top of the stack. Stack: +0.
+void guardField(lua_State* state, std::size_t index)
+{
+    lua_getfield(state, -1, FUNCTIONS[index].name);
+    if (const lua_CFunction function = replaceFunction(state, GUARDS[index]))
+        guarded[index] = function;
+    lua_pop(state, 1);
+}
+
+// Opens the library of string buffers, whose functions are created then. Returns its table.
+int openGuardedBuffers(lua_State* state)
+{
+    const int results = openBuffers(state);
+    lua_getfield(state, -1, "new");
+    lua_call(state, 0, 1);
+    if (luaL_getmetafield(state, -1, "__index") != 0)
+    {
+        for (std::size_t i = 0; i < FUNCTIONS.size(); ++i)
+        {
+            if (!FUNCTIONS[i].library)
+                guardField(state, i);
+        }
+        lua_pop(state, 1);
+    }
+    lua_pop(state, 1);
+    return results;
+}
+
+void guardBuffers(lua_State* state)
+{
+    lua_getfield(state, LUA_REGISTRYINDEX, "_PRELOAD");
+    if (lua_istable(state, -1))
+    {
+        lua_getfield(state, -1, "string.buffer");
+        if (const lua_CFunction function = replaceFunction(state, &openGuardedBuffers))
+            openBuffers = function;
+        lua_pop(state, 1);
+    }
+    lua_pop(state, 1);
+}
+
+} // namespace
+
+void guardLibraries(LuaStateSlot& slot, lua_State* state)
+{
+    lua_pushlightuserdata(state, const_cast<char*>(&slotKey));
+    lua_pushlightuserdata(state, &slot);
+    lua_rawset(state, LUA_REGISTRYINDEX);
+    for (std::size_t i = 0; i < FUNCTIONS.size(); ++i)
+    {
+        if (!FUNCTIONS[i].library)
+            continue;
+        lua_getglobal(state, FUNCTIONS[i].library);
+        guardField(state, i);
+        lua_pop(state, 1);
+    }
+    guardBuffers(state);
+}
+
+} // namespace tbScripts::lua
