@@ -32,6 +32,7 @@ RowList makeRows()
     addGlobalRows(rows);
     addReferenceRows(rows);
     addExecuteRows(rows);
+    addCallingBackRows(rows);
     addScriptValueRows(rows);
     addCompileRows(rows);
     addDocumentRows(rows);

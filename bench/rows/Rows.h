@@ -17,6 +17,7 @@ void addScriptCallRows(RowList& rows);
 void addGlobalRows(RowList& rows);
 void addReferenceRows(RowList& rows);
 void addExecuteRows(RowList& rows);
+void addCallingBackRows(RowList& rows);
 void addScriptValueRows(RowList& rows);
 void addCompileRows(RowList& rows);
 void addDocumentRows(RowList& rows);
