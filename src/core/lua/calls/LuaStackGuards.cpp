@@ -28,6 +28,8 @@ enum class NEED
     COROUTINE // little, but see mayNestCoroutines
 };
 
+constexpr std::size_t NEEDS = 4;
+
 struct GuardedFunction
 {
     const char* library; // null: a method of string buffers, which scripts load by `require`
@@ -100,21 +102,53 @@ std::uintptr_t findOutermostPlace(lua_State* state)
     return slot ? slot->getPlaces().outermost : 0;
 }
 
+constexpr std::uintptr_t MOST_FOR_COROUTINES = 512 * LuaStackRoom::KIBIBYTE;
+
 // Coroutines take so little stack that 8 MiB hold 100,000 inside each other. An error that leaves
 // all of them takes minutes, because each adds to the message. So they get no more than this,
 // counted from the innermost call of the host: some 6,500 levels.
 bool mayNestCoroutines(lua_State* state, std::uintptr_t place, const LuaStackRoom& room)
 {
-    constexpr std::uintptr_t MOST = 512 * LuaStackRoom::KIBIBYTE;
-    if (room.getSize() - room.getLeft() < MOST)
+    if (room.getSize() - room.getLeft() < MOST_FOR_COROUTINES)
         return true;
     const LuaStateSlot* const slot = findSlot(state);
-    return slot && slot->getPlaces().innermost - place < MOST;
+    return slot && slot->getPlaces().innermost - place < MOST_FOR_COROUTINES;
 }
 
-bool isRoomLeft(lua_State* state, NEED need)
+// Between these two a place on this thread's stack has room for each NEED. Found once for each
+// thread: a guard may cost no more than a few instructions.
+struct PlacesWithRoom
 {
-    const std::uintptr_t place = port::getPlaceOnStack();
+    std::uintptr_t highest;
+    std::array<std::uintptr_t, NEEDS> lowest;
+};
+
+#if defined(__GLIBC__) // which reserves static TLS for libraries that are loaded later
+thread_local PlacesWithRoom placesWithRoom __attribute__((tls_model("initial-exec"))){};
+#else
+thread_local PlacesWithRoom placesWithRoom{};
+#endif
+
+void findPlacesWithRoom()
+{
+    const port::StackBounds stack = LuaStackRoom::getStackOfThread();
+    const std::uintptr_t size = stack.highest - stack.lowest;
+    for (std::size_t i = 0; i < NEEDS; ++i)
+    {
+        const NEED need = static_cast<NEED>(i);
+        const std::uintptr_t lowest = stack.lowest + reserveOf(size) + bytesOf(need, size);
+        const bool isBounded = need == NEED::COROUTINE && size > MOST_FOR_COROUTINES;
+        placesWithRoom.lowest[i] =
+            isBounded ? std::max(lowest, stack.highest - MOST_FOR_COROUTINES) : lowest;
+    }
+    placesWithRoom.highest = stack.highest;
+}
+
+// Looks again, at other stacks and at the call of the host.
+bool isRoomLeft(lua_State* state, NEED need, std::uintptr_t place)
+{
+    if (placesWithRoom.highest == 0)
+        findPlacesWithRoom();
     const LuaStackRoom room(place, [state] { return findOutermostPlace(state); });
     return room.getLeft() > reserveOf(room.getSize()) + bytesOf(need, room.getSize()) &&
            (need != NEED::COROUTINE || mayNestCoroutines(state, place, room));
@@ -132,7 +166,12 @@ int raiseOverflow(lua_State* state)
 template <std::size_t index>
 int callGuarded(lua_State* state)
 {
-    return isRoomLeft(state, FUNCTIONS[index].need) ? guarded[index](state) : raiseOverflow(state);
+    constexpr NEED need = FUNCTIONS[index].need;
+    const std::uintptr_t place = port::getPlaceOnStack();
+    if (place < placesWithRoom.highest &&
+        place > placesWithRoom.lowest[static_cast<std::size_t>(need)])
+        return guarded[index](state);
+    return isRoomLeft(state, need, place) ? guarded[index](state) : raiseOverflow(state);
 }
 
 template <std::size_t... index>

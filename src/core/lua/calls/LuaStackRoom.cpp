@@ -3,18 +3,13 @@
 namespace tbScripts::lua
 {
 
-namespace
-{
-
-const port::StackBounds& getStackOfThread()
+const port::StackBounds& LuaStackRoom::getStackOfThread()
 {
     thread_local port::StackBounds bounds; // found once for each thread
     if (bounds.isEmpty())
         bounds = port::findStackOfThread();
     return bounds;
 }
-
-} // namespace
 
 bool LuaStackRoom::_measureKnown(std::uintptr_t place)
 {

@@ -40,6 +40,9 @@ public:
             _guess(findOutermost() - place);
     }
 
+    /// Returns the stack that the system has created for this thread.
+    static const port::StackBounds& getStackOfThread();
+
     std::uintptr_t getSize() const { return m_size; }
 
     std::uintptr_t getLeft() const { return m_left; }
