@@ -126,7 +126,7 @@ const Facts<EndlessCallbackTest> callbackFacts("EndlessCallbackTest", {
         {overflows("local function f() coroutine.wrap(f)() end f()")}},
     {"IteratorsInIterators",
         {[](EndlessCallbackTest& test)
-         { test.overflows({256}, "local function f() for _ in coroutine.wrap(f) do end end f()"); }}},
+         { test.overflows({256}, unnamed + "local function f() for _ in coroutine.wrap(f) do end end f()"); }}},
     {"FinalisersThatCollect",
         {overflowsOnSmallStacks("local collect = collectgarbage collect() collect('stop') "
                    "for i = 1, 5000 do getmetatable(newproxy(true)).__gc = function() "
