@@ -203,8 +203,8 @@ const Facts<UserTypeReplacedTest> FACTS(
               test.run("value = {old, shown}");
               environment.setVar(
                   "read",
-                  environment.deserializeScriptObject(environment.serializeScriptObject(
-                      environment.getVar("value"), true)));
+                  environment.deserializeScriptObject(
+                      environment.serializeScriptObject(environment.getVar("value"), true)));
               test.is("getmetatable(read[1]) == world.Vec", "true");
               test.run("first, second = read[1], read[2]");
               EXPECT_EQ(environment.getObject("first", "world::Vec"), nullptr);
