@@ -53,6 +53,8 @@ set(TOBREL_SCRIPTS_SOURCES
     src/bindings/lua/functions/LuaFunctionClosure.h
     src/bindings/lua/namespaces/LuaNamespace.cpp
     src/bindings/lua/namespaces/LuaNamespace.h
+    src/bindings/lua/types/LuaFinalisers.cpp
+    src/bindings/lua/types/LuaFinalisers.h
     src/bindings/lua/types/LuaTypeClosures.cpp
     src/bindings/lua/types/LuaTypeClosures.h
     src/bindings/lua/types/LuaTypeCore.cpp
@@ -81,13 +83,11 @@ set(TOBREL_SCRIPTS_SOURCES
     src/core/ScriptObjectReferenceBlock.h
     src/core/ScriptObjectView.cpp
     src/core/StringUtils.cpp
-    src/core/lua/LuaAddressMap.h
     src/core/lua/LuaApi.h
     src/core/lua/LuaErrorText.cpp
     src/core/lua/LuaErrorText.h
     src/core/lua/LuaKeptObject.h
     src/core/lua/LuaNumber.h
-    src/core/lua/LuaOwnedObjects.h
     src/core/lua/LuaPrivateState.h
     src/core/lua/LuaReportedNames.h
     src/core/lua/LuaStateHandle.cpp
@@ -519,7 +519,6 @@ set(TOBREL_SCRIPTS_INTERNAL_TESTS
     tests/core/CountedTest.cpp
     tests/core/StaticLifeTest.cpp
     tests/core/lua/FunctionParameterViewTest.cpp
-    tests/core/lua/LuaOwnedObjectsTest.cpp
     tests/core/lua/LuaRegistryTest.cpp
     tests/core/lua/LuaScriptObjectInterpreterReferenceTest.cpp
     tests/core/lua/LuaScriptObjectInterpreterViewTest.cpp

@@ -42,10 +42,6 @@ public:
     /// Removes every global and every loaded module, for the teardown.
     virtual void clearGlobals() = 0;
 
-    /// Collects, during the teardown, what the releases of all namespaces have left. Does nothing
-    /// for an interpreter that leaves nothing.
-    virtual void collectAfterNamespaces() {}
-
     /// Returns whether a call of the host into the interpreter runs, or its cleanup.
     virtual bool isRunning() const = 0;
 

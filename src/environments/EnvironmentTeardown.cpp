@@ -38,8 +38,6 @@ void tearDown(EnvironmentStrategy& strategy, EnvironmentBindings& bindings)
     take([&] { strategy.clearGlobals(); }); // 2
     for (const std::unique_ptr<Namespace>& scope : bindings.namespaces)
         take([&] { scope->release(); }); // 3
-    if (!bindings.namespaces.empty())
-        take([&] { strategy.collectAfterNamespaces(); });
     for (const std::unique_ptr<UserType>& type : bindings.userTypes)
         take([&] { type->clear(); });                   // 4
     take([&] { strategy.requestGarbageCollection(); }); // 5

@@ -2,6 +2,8 @@
 
 #include "support/UserTypeSteps.h"
 
+#include <tbScripts/Namespace.h>
+
 namespace tbScripts::test
 {
 
@@ -114,15 +116,31 @@ const Facts<UserTypeScriptEntriesTest> FACTS(
           run("Vec.new()  Vec.__gc = Other.__gc"),
           collect(),
           isDestroyed({0})}},
-        {"InstanceThatIsCollectedWithoutFinaliserIsDestroyedWithItsType",
-         {run("Vec.new()  Vec.__gc = nil  collectgarbage()  collectgarbage()"),
-          isDestroyed({}),
-          destroyEnvironment(),
+        {"ReplacedFinaliserIsPutBackBeforeTheInterpreterCloses",
+         {run("package.loaded.kept = Vec.new()  function Vec.__gc() while true do end end"),
+          restart(),
           isDestroyed({0})}},
-        {"InstanceThatTheScriptGaveBackIsNot",
-         {run("Vec.new():disableGc()  Vec.__gc = nil  collectgarbage()  collectgarbage()"),
-          destroyEnvironment(),
-          isDestroyed({})}},
+        {"RemovedFinaliserIsPutBackBeforeANamespaceIsCleared",
+         {run("Vec.new()  Vec.__gc = nil"),
+          [](auto& test) { test.environment().setNamespace("other")->clear(); },
+          isDestroyed({0})}},
+        {"ReplacedFinaliserIsPutBackWhenTheTypeIsReleased",
+         {[](auto& test) { test.declareType("world::Late"); },
+          run("late = world.Late.new()  function world.Late.__gc() while true do end end"),
+          [](auto& test) { test.environment().getNamespace("world")->release(); },
+          run("late = nil"),
+          collect(),
+          isDestroyed({0})}},
+        {"FinaliserThatReleasesTypesMeanwhileIsHarmless",
+         {[](auto& test)
+          {
+              test.declareType("world::Late");
+              test.declareAction(
+                  "release", [&test] { test.environment().getNamespace("world")->release(); });
+          },
+          run("for i = 1, 50 do getmetatable(newproxy(true)).__gc = release end"
+              " Vec.__gc = nil  world.Late.__gc = nil"),
+          collect()}},
         {"NewDestructorBringsTheFinaliserBack",
          {run("Vec.__gc = nil"), maker(), run("Vec.new()"), collect(), isDestroyed({0})}},
         {"ReplacedReadIsTheScripts",

@@ -46,8 +46,6 @@ public:
 
     void clearGlobals() override { m_steps.emplace_back("globals cleared"); }
 
-    void collectAfterNamespaces() override { m_steps.emplace_back("namespaces collected"); }
-
     void requestGarbageCollection() override { m_steps.emplace_back("collected"); }
 
     void shutDown() override { m_steps.emplace_back("closed"); }
@@ -222,7 +220,6 @@ TEST_F(EnvironmentTeardownOrderTest, NamespacesAndUserTypesHaveTheirSteps)
             "globals cleared",
             "namespace released",
             "namespace released",
-            "namespaces collected",
             "user type cleared",
             "user type cleared",
             "collected",

@@ -10,7 +10,6 @@ namespace tbScripts::test
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-using ::testing::UnorderedElementsAre;
 
 namespace
 {
@@ -170,12 +169,6 @@ const Facts<UserTypeReplacedTest> FACTS(
           destroyedByFirst(true)}},
         {"CollectionCallsTheirOwnDestructor",
          {run("old = nil"), collect(), destroyedByFirst(true)}},
-        {"CollectionWithoutFinaliserCallsTheirOwnDestructorWithTheirTable",
-         {run("Old.__gc = nil  old = nil  collectgarbage()  collectgarbage()"),
-          destroyedByFirst(false),
-          run("Old, shown = nil, nil"),
-          collect(),
-          destroyedByFirst(true)}},
         {"HostReadsNoObject",
          {[](auto& test)
           {
@@ -251,6 +244,55 @@ TEST_F(UserTypeReplacedTest, InstancesOfTheLastTypeAreStillTakenAfterItsRelease)
 
     EXPECT_THAT(m_given, ElementsAre(&m_second, &m_second));
     raises("take(old)", mismatch("take"));
+    forgetLog();
+}
+
+TEST_F(UserTypeReplacedTest, DeclarationThatFailsReplacesNothing)
+{
+    environment().getNamespace("world")->release();
+    environment().setNamespace("world");
+    run("setmetatable(world, {__newindex = function() error('no', 0) end})");
+
+    EXPECT_EQ(environment().setUserType("world::Vec"), nullptr);
+    forgetLog();
+
+    run("take(new)");
+    EXPECT_THAT(m_given, ElementsAre(&m_second));
+}
+
+// The type's own closures are gone by then, and so is what they keep.
+TEST_F(UserTypeReplacedTest, InstanceWhoseTableAScriptHasEmptiedStays)
+{
+    run("last = new");
+    environment().getNamespace("world")->release();
+    run("local table = getmetatable(last)  for k in pairs(table) do table[k] = nil end"
+        " new = nil  collectgarbage()  collectgarbage()");
+
+    EXPECT_EQ(environment().getObject("last", nullptr), &m_second);
+    EXPECT_THAT(m_destroyedBySecond, IsEmpty());
+}
+
+// Tables of types that are gone give their addresses to others.
+TEST_F(UserTypeReplacedTest, ManyTypesThatComeAndGoInOneCallAreToldApart)
+{
+    declareAction(
+        "exchange",
+        [this]
+        {
+            for (int i = 0; i < 300; ++i)
+            {
+                const std::string name = "world::T" + std::to_string(i);
+                if (Namespace* const world = environment().getNamespace("world"))
+                    world->release();
+                UserType& type = declareType(name);
+                type.setMethod("number", false)->setFunction(returning(i));
+                run("local T = world.T" + std::to_string(i) +
+                    "  assert(T.new():number() == " + std::to_string(i) + ")  collectgarbage()");
+            }
+        });
+
+    run("exchange()");
+
     forgetLog();
 }
 

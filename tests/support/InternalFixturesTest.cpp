@@ -199,7 +199,7 @@ TEST_F(LuaFunctionFixtureTest, MakesInstancesOfTheNamedType)
     EXPECT_EQ(box.object, &object);
     EXPECT_TRUE(box.gcEnabled);
     push("return enemy");
-    EXPECT_EQ(lua::instanceAt(slot(), state(), 1).type->fullName, "Enemy");
+    EXPECT_EQ(lua::instanceAt(slot(), state(), 1).typeName, "Enemy");
     lua_pop(state(), 1);
 }
 

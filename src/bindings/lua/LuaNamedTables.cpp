@@ -6,16 +6,17 @@
 namespace tbScripts::lua
 {
 
+// The set of our tables holds the full name for those of user types, `false` for others.
 NAMED_TABLE kindOfTable(const LuaStateSlot& slot, lua_State* state)
 {
-    if (slot.findType(lua_topointer(state, -1)))
-        return NAMED_TABLE::OF_USER_TYPE;
-    slot.pushNamespaceTables(state);
+    slot.pushTypeTables(state);
     lua_pushvalue(state, -2);
     lua_rawget(state, -2);
-    const bool isOfNamespace = lua_toboolean(state, -1) != 0;
+    const int noted = lua_type(state, -1);
     lua_pop(state, 2);
-    return isOfNamespace ? NAMED_TABLE::OF_NAMESPACE : NAMED_TABLE::FOREIGN;
+    if (noted == LUA_TSTRING)
+        return NAMED_TABLE::OF_USER_TYPE;
+    return noted == LUA_TBOOLEAN ? NAMED_TABLE::OF_NAMESPACE : NAMED_TABLE::FOREIGN;
 }
 
 NAMED_TABLE
@@ -43,9 +44,11 @@ makeNamedTable(const LuaStateSlot& slot, lua_State* state, const tbMemory::Strin
 
 void registerNamespaceTable(const LuaStateSlot& slot, lua_State* state)
 {
-    slot.pushNamespaceTables(state);
+    if (kindOfTable(slot, state) != NAMED_TABLE::FOREIGN)
+        return;
+    slot.pushTypeTables(state);
     lua_pushvalue(state, -2);
-    lua_pushboolean(state, 1);
+    lua_pushboolean(state, 0);
     lua_rawset(state, -3);
     lua_pop(state, 1);
 }

@@ -27,7 +27,7 @@ makeNamedTable(const LuaStateSlot& slot, lua_State* state, const tbMemory::Strin
 /// Returns what the table on top of the stack is to us, never NONE. Never raises. Stack: +0.
 NAMED_TABLE kindOfTable(const LuaStateSlot& slot, lua_State* state);
 
-/// Registers the table on top of the stack as one of a namespace, which a user type may share.
+/// Registers the table on top of the stack as one of a namespace, unless it belongs to a user type.
 /// Stack: +0.
 void registerNamespaceTable(const LuaStateSlot& slot, lua_State* state);
 

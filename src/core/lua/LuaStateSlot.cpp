@@ -16,13 +16,13 @@ namespace tbScripts::lua
 namespace
 {
 
-// Creates the set of the tables of namespaces. It is weak, so that a table is collected when
-// nothing else refers to it.
-int refNamespaceTables(lua_State* state)
+// Creates the weak table of the tables of types and namespaces. It is weak in both directions, so
+// that a type's table is collected when nothing else refers to it.
+int refTypeTables(lua_State* state)
 {
     lua_createtable(state, 0, 0);
     lua_createtable(state, 0, 1);
-    lua_pushliteral(state, "k");
+    lua_pushliteral(state, "kv");
     lua_setfield(state, -2, "__mode");
     lua_setmetatable(state, -2);
     return luaL_ref(state, LUA_REGISTRYINDEX);
@@ -66,7 +66,7 @@ int LuaStateSlot::_furnish(lua_State* state)
     slot.m_mainThreadKey = luaL_ref(state, LUA_REGISTRYINDEX);
     lua_pushcfunction(state, &runProtectedWork);
     slot.m_trampolineKey = luaL_ref(state, LUA_REGISTRYINDEX);
-    slot.m_namespaceTablesKey = refNamespaceTables(state);
+    slot.m_typeTablesKey = refTypeTables(state);
     slot.m_rawgetKey = refGlobal(state, "rawget");
     slot.m_typeKey = refGlobal(state, "type");
     reserveReferences(state);

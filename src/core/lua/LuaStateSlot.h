@@ -27,6 +27,7 @@
 #include <tbMemory/String.h>
 #include <tbMemory/StringView.h>
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -50,6 +51,7 @@ struct LuaSpareKeys
 
     std::array<int, CAPACITY> keys{};
     std::size_t count = 0;
+    unsigned freed = 0; // how many values have been released in this way or another
 };
 
 /// The thread and the scope that a callback replaces while it runs.
@@ -164,6 +166,9 @@ public:
     /// Returns how many registry slots can be reused (see LuaRegistry.h).
     std::size_t countSpareKeys() const { return m_spareKeys.count; }
 
+    /// Counts the values that the host has released.
+    unsigned countFreedKeys() const { return m_spareKeys.freed; }
+
     /// Stack: +1, the interpreter's own `rawget`.
     void pushRawget(lua_State* state) const { _pushRegistered(state, m_rawgetKey); }
 
@@ -173,11 +178,8 @@ public:
     /// Stack: +1, the function that `LuaBoundary` calls protected.
     void pushTrampoline(lua_State* state) const { _pushRegistered(state, m_trampolineKey); }
 
-    /// Stack: +1, the weak set of the tables of namespaces (see LuaNamedTables.h).
-    void pushNamespaceTables(lua_State* state) const
-    {
-        _pushRegistered(state, m_namespaceTablesKey);
-    }
+    /// Stack: +1, the weak table of the tables of user types and namespaces (see LuaNamedTables.h).
+    void pushTypeTables(lua_State* state) const { _pushRegistered(state, m_typeTablesKey); }
 
     /// Stack: +1, the main thread.
     void pushMainThread(lua_State* state) const { _pushRegistered(state, m_mainThreadKey); }
@@ -187,23 +189,33 @@ public:
 
     // Types by their tables
 
-    /// Registers `type`, which keeps its address until `removeType`. A type of its name that was
-    /// registered before is replaced by it.
-    void addType(LuaTypeIdentity& type) { m_types.add(type); }
+    /// Registers `table` as the table of the existing type `name`, which keeps its address until
+    /// `removeType`.
+    void addType(const void* table, const tbMemory::String& name) { m_types.add(table, name); }
 
-    /// Removes `type`, if it is registered. Allocates nothing.
-    void removeType(const LuaTypeIdentity& type) { m_types.remove(type); }
+    /// Removes `table`, with whatever name. Allocates nothing.
+    void forgetType(const void* table) { m_types.forget(table); }
 
-    /// Returns the type that `table` belongs to, null if there is none. A type is found as long as
-    /// its table exists, also after the host has released it.
-    LuaTypeIdentity* findType(const void* table) const { return m_types.find(table); }
-
-    /// Calls `use` with each type that `findType` can find. It must register and remove none.
-    template <typename Use>
-    void forEachType(Use&& use) const
+    /// Removes `table`, unless it is registered with another name object. Allocates nothing.
+    void removeType(const void* table, const tbMemory::String& name)
     {
-        m_types.forEach(use);
+        m_types.remove(table, name);
     }
+
+    /// Returns the name of the existing type that `table` belongs to, null if there is none.
+    const tbMemory::String* findType(const void* table) const { return m_types.find(table); }
+
+    /// Lists the registry slot `key`, which holds the parts of an existing type (see
+    /// LuaTypeTable.h).
+    void addTypeParts(int key) { m_typeParts.push_back(key); }
+
+    void removeTypeParts(int key)
+    {
+        m_typeParts.erase(
+            std::remove(m_typeParts.begin(), m_typeParts.end(), key), m_typeParts.end());
+    }
+
+    const std::vector<int>& getTypeParts() const { return m_typeParts; }
 
     /// Notes that hosts are told of `typeName`, which nobody declared. Returns false if they have
     /// been told already. Allocates nothing.
@@ -226,11 +238,12 @@ private:
 
     int m_mainThreadKey = LUA_NOREF;
     int m_trampolineKey = LUA_NOREF;
-    int m_namespaceTablesKey = LUA_NOREF;
+    int m_typeTablesKey = LUA_NOREF;
     int m_rawgetKey = LUA_NOREF;
     int m_typeKey = LUA_NOREF;
 
-    LuaTypeDirectory m_types; // the types whose tables exist
+    LuaTypeDirectory m_types; // the tables whose types exist
+    std::vector<int> m_typeParts;
 
     LuaSpareKeys m_spareKeys; // LuaRegistry.h takes them and puts them back
 

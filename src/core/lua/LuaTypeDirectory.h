@@ -1,91 +1,101 @@
 #pragma once
 
-#include "core/lua/LuaAddressMap.h"
-#include "core/lua/LuaApi.h"
-#include "core/lua/LuaOwnedObjects.h"
-
 #include <tbMemory/String.h>
 
-#include <memory>
-#include <string_view>
-#include <unordered_map>
-#include <utility>
+#include <cstddef>
+#include <cstdint>
+#include <vector>
 
 namespace tbScripts::lua
 {
 
-/// What makes a user type this type and no other: the table that its instances have as metatable.
-/// Types that share a table share the identity (docs/decisions/0018-two-types-of-one-name.md).
-struct LuaTypeIdentity : std::enable_shared_from_this<LuaTypeIdentity>
-{
-    LuaTypeIdentity(const void* typeTable, const tbMemory::String& name)
-        : fullName(name)
-        , table(typeTable)
-    {
-    }
-
-    const tbMemory::String fullName;
-    const void* const table;
-    bool isReplaced = false; // a type of this name was declared later, with a table of its own
-    int partsKey =
-        LUA_NOREF; // registry slot of what LuaTypeTable.h calls the parts, while they exist
-    LuaOwnedObjects owned;
-};
-
-/// The types of one state whose tables exist, by their tables and by their names.
+/// Maps the address of a user type's table to the type's name, for the types of one state that keep
+/// their tables alive.
+///
+/// The library looks up every instance that it reads from a script here, so this is a hash table
+/// with open addressing: entries lie in one block, each at or behind the place of its address.
 class LuaTypeDirectory
 {
 public:
-    /// Adds `type`. An earlier type of its name is replaced from then on.
+    /// Adds `table` of the type `name`. A table that is listed already gets the new name.
     ///
-    /// Requires: `type` stays at its address until `remove`, and no other has its table.
-    void add(LuaTypeIdentity& type)
+    /// Requires: `name` stays at its address until `remove`.
+    void add(const void* table, const tbMemory::String& name)
     {
-        m_types.reserve();
-        _setLatest(type);
-        m_types.set(type.table, &type);
+        if ((m_count + 1) * 2 > m_entries.size())
+            _grow();
+        Entry& entry = m_entries[_placeOf(table)];
+        m_count += entry.table ? 0 : 1;
+        entry = {table, &name};
     }
 
-    /// Removes `type`, if it was added. Allocates nothing.
-    void remove(const LuaTypeIdentity& type)
+    /// Removes `table`, unless a later `add` has given it another name object. Needs no memory.
+    void remove(const void* table, const tbMemory::String& name)
     {
-        if (find(type.table) == &type)
-            m_types.remove(type.table);
-        const auto latest = m_latest.find(_keyOf(type));
-        if (latest != m_latest.end() && latest->second == &type)
-            m_latest.erase(latest);
+        if (find(table) == &name)
+            forget(table);
     }
 
-    /// Returns the type whose table this is, null if there is none.
-    LuaTypeIdentity* find(const void* table) const { return m_types.find(table); }
-
-    /// Calls `use` with each type. It must add and remove none.
-    template <typename Use>
-    void forEach(Use&& use) const
+    /// Removes `table`, if it is listed. Needs no memory.
+    void forget(const void* table)
     {
-        m_types.forEach([&use](const LuaTypeIdentity* type) { use(*type); });
+        if (!find(table))
+            return;
+        std::size_t place = _placeOf(table);
+        m_entries[place] = Entry();
+        --m_count;
+        // Entries behind may lie there only because this place was taken.
+        for (place = (place + 1) & m_mask; m_entries[place].table; place = (place + 1) & m_mask)
+        {
+            const Entry moved = m_entries[place];
+            m_entries[place] = Entry();
+            m_entries[_placeOf(moved.table)] = moved;
+        }
+    }
+
+    /// Returns the name of the type whose table this is, null if there is none.
+    const tbMemory::String* find(const void* table) const
+    {
+        return m_entries[_placeOf(table)].name;
     }
 
 private:
-    static std::string_view _keyOf(const LuaTypeIdentity& type)
+    struct Entry
     {
-        return {type.fullName.data(), type.fullName.size()};
+        const void* table = nullptr;
+        const tbMemory::String* name = nullptr;
+    };
+
+    static constexpr std::size_t FIRST_SIZE = 16; // a power of two, as all sizes are
+
+    // The entry of `table`, or the free one where it belongs.
+    std::size_t _placeOf(const void* table) const
+    {
+        constexpr std::uint64_t FIBONACCI = 0x9E3779B97F4A7C15U; // spreads neighbouring addresses
+        constexpr unsigned UPPER_HALF = 32;
+        const std::uint64_t spread = reinterpret_cast<std::uintptr_t>(table) * FIBONACCI;
+        std::size_t place = static_cast<std::size_t>(spread >> UPPER_HALF) & m_mask;
+        while (m_entries[place].table != table && m_entries[place].table)
+            place = (place + 1) & m_mask;
+        return place;
     }
 
-    void _setLatest(LuaTypeIdentity& type)
+    void _grow()
     {
-        const auto [known, isNew] = m_latest.try_emplace(_keyOf(type), &type);
-        if (isNew)
-            return;
-        known->second->isReplaced = true;
-        auto node = m_latest.extract(known); // its key is a part of the replaced type
-        node.key() = _keyOf(type);
-        node.mapped() = &type;
-        m_latest.insert(std::move(node));
+        std::vector<Entry> old(m_entries.size() * 2);
+        old.swap(m_entries);
+        m_mask = m_entries.size() - 1;
+        m_count = 0;
+        for (const Entry& entry : old)
+        {
+            if (entry.table)
+                add(entry.table, *entry.name);
+        }
     }
 
-    LuaAddressMap<LuaTypeIdentity> m_types;                          // by their tables
-    std::unordered_map<std::string_view, LuaTypeIdentity*> m_latest; // by their full names
+    std::vector<Entry> m_entries = std::vector<Entry>(FIRST_SIZE); // twice as many as are used
+    std::size_t m_mask = FIRST_SIZE - 1;
+    std::size_t m_count = 0;
 };
 
 } // namespace tbScripts::lua

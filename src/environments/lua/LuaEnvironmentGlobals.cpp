@@ -211,7 +211,7 @@ void* LuaEnvironmentStrategy::getObject(
                 return;
             }
             const LuaInstance instance = instanceAt(slot, state, -1);
-            if (instance && instance.type->fullName == userTypeName)
+            if (instance.box && instance.typeName == userTypeName)
                 object = instance.box->object;
         });
     return object;

@@ -2,7 +2,7 @@
 
 #include "environments/lua/LuaEnvironmentStrategy.h"
 
-#include "bindings/lua/types/LuaTypeTable.h"
+#include "bindings/lua/types/LuaFinalisers.h"
 #include "core/LogSources.h"
 #include "core/lua/LuaTables.h"
 #include "core/lua/calls/LuaHostCall.h"
@@ -73,20 +73,14 @@ bool LuaEnvironmentStrategy::execute(const Script& script)
 void LuaEnvironmentStrategy::requestGarbageCollection()
 {
     LuaHostCall call(m_handle, LuaHostCall::entryOfCollection(m_handle));
-    _restoreFinalisers(call);
-    collectGarbageTwice(call);
-}
-
-void LuaEnvironmentStrategy::collectAfterNamespaces()
-{
-    LuaHostCall call(m_handle, LuaHostCall::ENTRY::UPKEEP);
+    restoreFinalisers(call);
     collectGarbageTwice(call);
 }
 
 void LuaEnvironmentStrategy::clearGlobals()
 {
     LuaHostCall call(m_handle, LuaHostCall::ENTRY::UPKEEP);
-    _restoreFinalisers(call);
+    restoreFinalisers(call);
     call.run(&keepForeignTables);
     call.run([this](lua_State* state) { clearAllGlobals(*m_handle.getSlot(), state); });
     collectGarbageTwice(call);
@@ -176,22 +170,16 @@ void LuaEnvironmentStrategy::beginTeardown()
 
 void LuaEnvironmentStrategy::shutDown()
 {
+    {
+        LuaHostCall call(m_handle, LuaHostCall::ENTRY::UPKEEP);
+        restoreFinalisers(call);
+    }
     m_handle.close();
 }
 
 void LuaEnvironmentStrategy::defer(std::function<void()> action)
 {
     m_handle.getSlot()->defer(std::move(action));
-}
-
-// What scripts stored in the place of a finaliser must not run on behalf of the host, which may be
-// about to destroy the environment.
-void LuaEnvironmentStrategy::_restoreFinalisers(LuaHostCall& call)
-{
-    if (!call.getState())
-        return; // refused; the work that follows says why
-    call.run([this](lua_State* state)
-             { LuaTypeTable::restoreFinalisers(*m_handle.getSlot(), state); });
 }
 
 bool LuaEnvironmentStrategy::_fail(const tbMemory::StringView& message, std::int32_t code)

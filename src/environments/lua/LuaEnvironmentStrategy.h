@@ -30,7 +30,6 @@ public:
     bool execute(const Script& script) override;
     void requestGarbageCollection() override;
     void clearGlobals() override;
-    void collectAfterNamespaces() override;
     void setVarObjectReference(
         const tbMemory::StringView& name, const ScriptObjectReference& value) override;
     void setVarString(const tbMemory::StringView& name, const tbMemory::StringView& value) override;
@@ -79,8 +78,6 @@ public:
 
 private:
     // Sets the result and logs its message. Returns false, the outcome of a failure.
-    void _restoreFinalisers(LuaHostCall& call);
-
     bool _fail(const tbMemory::StringView& message, std::int32_t code);
 
     template <typename PushValue>

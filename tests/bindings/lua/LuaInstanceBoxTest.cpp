@@ -55,7 +55,7 @@ TEST_F(LuaInstanceBoxTest, NewOneIsAnInstanceOfItsType)
     ASSERT_NE(instance.box, nullptr);
     EXPECT_EQ(instance.box->object, &m_object);
     EXPECT_TRUE(instance.box->gcEnabled);
-    EXPECT_EQ(instance.type->fullName, "Enemy");
+    EXPECT_EQ(instance.typeName, "Enemy");
 }
 
 TEST_F(LuaInstanceBoxTest, InstanceWithoutObjectIsOneToo)
@@ -76,7 +76,7 @@ TEST_F(LuaInstanceBoxTest, TypeNameIsTheOneThatTheTypeWasMadeWith)
 {
     setInstance("enemy", "Enemy", &m_object, false);
     run("debug.getmetatable(enemy).__name = 'Player'");
-    EXPECT_EQ(instanceIn("enemy").type->fullName, "Enemy");
+    EXPECT_EQ(instanceIn("enemy").typeName, "Enemy");
 }
 
 TEST_F(LuaInstanceBoxTest, IsNoInstanceWhereALaterTypeHasTheNameOfItsOwn)
@@ -88,14 +88,14 @@ TEST_F(LuaInstanceBoxTest, IsNoInstanceWhereALaterTypeHasTheNameOfItsOwn)
     run("assert(debug.getmetatable(old) ~= debug.getmetatable(young))");
     EXPECT_EQ(instanceIn("old").box, nullptr);
     EXPECT_EQ(untypedObjectIn("old"), nullptr);
-    EXPECT_EQ(instanceIn("young").type->fullName, "Enemy");
+    EXPECT_EQ(instanceIn("young").typeName, "Enemy");
     EXPECT_EQ(untypedObjectIn("young"), &m_object);
 }
 
 TEST_F(LuaInstanceBoxTest, TypeMayHaveAnyName)
 {
     setInstance("enemy", std::string("0"), &m_object, false);
-    EXPECT_EQ(instanceIn("enemy").type->fullName, "0");
+    EXPECT_EQ(instanceIn("enemy").typeName, "0");
 }
 
 namespace

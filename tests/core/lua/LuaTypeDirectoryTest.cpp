@@ -3,9 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <memory>
-#include <set>
-#include <string>
 #include <vector>
 
 namespace tbScripts::test
@@ -16,72 +13,56 @@ class LuaTypeDirectoryTest : public ::testing::Test
 protected:
     static constexpr std::size_t MANY = 5000;
 
-    LuaTypeDirectoryTest()
-    {
-        for (const char& table : m_tables)
-            m_types.push_back(std::make_unique<lua::LuaTypeIdentity>(&table, nameOf(&table)));
-    }
-
-    tbMemory::String nameOf(const char* table) const
-    {
-        return tbMemory::String(std::to_string(table - m_tables.data()));
-    }
-
-    // Adds `MANY` types, each with a table and a name of its own.
+    // Adds `MANY` tables, each with a name of its own.
     void addMany()
     {
-        for (const auto& type : m_types)
-            m_directory.add(*type);
-    }
-
-    const lua::LuaTypeIdentity* find(std::size_t number) const
-    {
-        return m_directory.find(&m_tables[number]);
+        for (std::size_t i = 0; i < MANY; ++i)
+            m_directory.add(&m_tables[i], m_names[i]);
     }
 
     lua::LuaTypeDirectory m_directory;
     std::array<char, MANY> m_tables{}; // only their addresses count
-    std::vector<std::unique_ptr<lua::LuaTypeIdentity>> m_types;
+    std::vector<tbMemory::String> m_names = std::vector<tbMemory::String>(MANY, "T");
 };
 
 TEST_F(LuaTypeDirectoryTest, KnowsNothingAtFirst)
 {
-    EXPECT_EQ(find(0), nullptr);
+    EXPECT_EQ(m_directory.find(&m_tables[0]), nullptr);
     EXPECT_EQ(m_directory.find(nullptr), nullptr);
 }
 
-TEST_F(LuaTypeDirectoryTest, FindsTheTypeOfEachTable)
+TEST_F(LuaTypeDirectoryTest, FindsTheNameOfEachTable)
 {
     addMany();
 
     for (std::size_t i = 0; i < MANY; ++i)
-        ASSERT_EQ(find(i), m_types[i].get()) << i;
+        ASSERT_EQ(m_directory.find(&m_tables[i]), &m_names[i]) << i;
 }
 
-TEST_F(LuaTypeDirectoryTest, VisitsEachTypeOnce)
+TEST_F(LuaTypeDirectoryTest, TableIsRemovedUnlessItHasAnotherNameByNow)
 {
-    addMany();
-    std::set<const lua::LuaTypeIdentity*> visited;
+    m_directory.add(&m_tables[0], m_names[0]);
+    m_directory.add(&m_tables[0], m_names[1]);
+    EXPECT_EQ(m_directory.find(&m_tables[0]), &m_names[1]);
 
-    m_directory.forEach([&visited](const lua::LuaTypeIdentity& type)
-                        { EXPECT_TRUE(visited.insert(&type).second); });
+    m_directory.remove(&m_tables[0], m_names[0]);
+    EXPECT_EQ(m_directory.find(&m_tables[0]), &m_names[1]);
+    m_directory.remove(&m_tables[0], m_names[1]);
 
-    EXPECT_EQ(visited.size(), MANY);
+    EXPECT_EQ(m_directory.find(&m_tables[0]), nullptr);
 }
 
-TEST_F(LuaTypeDirectoryTest, RemovingUnknownTypesDoesNothing)
+TEST_F(LuaTypeDirectoryTest, RemovingUnknownTablesDoesNothing)
 {
-    m_directory.remove(*m_types[0]);
-    m_directory.add(*m_types[1]);
-    m_directory.remove(*m_types[0]);
-    const lua::LuaTypeIdentity twin(&m_tables[1], "1");
-    m_directory.remove(twin);
+    m_directory.remove(&m_tables[0], m_names[0]);
+    m_directory.add(&m_tables[1], m_names[1]);
+    m_directory.remove(&m_tables[0], m_names[0]);
 
-    EXPECT_EQ(find(1), m_types[1].get());
+    EXPECT_EQ(m_directory.find(&m_tables[1]), &m_names[1]);
 }
 
 // Whatever order they go in: those behind a gap have to be found all the same.
-TEST_F(LuaTypeDirectoryTest, OthersAreFoundWhileTypesAreRemoved)
+TEST_F(LuaTypeDirectoryTest, OthersAreFoundWhileTablesAreRemoved)
 {
     constexpr std::size_t STEP = 1777; // has no divisor in common with the number
     addMany();
@@ -89,57 +70,27 @@ TEST_F(LuaTypeDirectoryTest, OthersAreFoundWhileTypesAreRemoved)
     for (std::size_t removed = 0; removed < MANY; ++removed)
     {
         const std::size_t gone = removed * STEP % MANY;
-        m_directory.remove(*m_types[gone]);
-        ASSERT_EQ(find(gone), nullptr) << gone;
+        m_directory.remove(&m_tables[gone], m_names[gone]);
+        ASSERT_EQ(m_directory.find(&m_tables[gone]), nullptr) << gone;
         const std::size_t next = (removed + 1) * STEP % MANY;
         const std::size_t last = (MANY - 1) * STEP % MANY;
         if (removed + 1 < MANY)
         {
-            ASSERT_EQ(find(next), m_types[next].get()) << next;
-            ASSERT_EQ(find(last), m_types[last].get()) << last;
+            ASSERT_EQ(m_directory.find(&m_tables[next]), &m_names[next]) << next;
+            ASSERT_EQ(m_directory.find(&m_tables[last]), &m_names[last]) << last;
         }
     }
 }
 
-TEST_F(LuaTypeDirectoryTest, TypesCanBeAddedAgain)
+TEST_F(LuaTypeDirectoryTest, TablesCanBeAddedAgain)
 {
     addMany();
-    for (const auto& type : m_types)
-        m_directory.remove(*type);
+    for (std::size_t i = 0; i < MANY; ++i)
+        m_directory.remove(&m_tables[i], m_names[i]);
 
     addMany();
 
-    EXPECT_EQ(find(MANY / 2), m_types[MANY / 2].get());
-}
-
-TEST_F(LuaTypeDirectoryTest, LaterTypeOfANameReplacesTheOneBefore)
-{
-    lua::LuaTypeIdentity second(&m_tables[1], "0");
-    lua::LuaTypeIdentity third(&m_tables[2], "0");
-    m_directory.add(*m_types[0]);
-    EXPECT_FALSE(m_types[0]->isReplaced);
-
-    m_directory.add(second);
-    EXPECT_TRUE(m_types[0]->isReplaced);
-    EXPECT_FALSE(second.isReplaced);
-    EXPECT_EQ(find(0), m_types[0].get());
-
-    m_directory.remove(*m_types[0]); // the name stays that of the second
-    m_types[0].reset();
-    m_directory.add(third);
-    EXPECT_TRUE(second.isReplaced);
-}
-
-TEST_F(LuaTypeDirectoryTest, TypeAfterTheEndOfTheOneBeforeReplacesNone)
-{
-    m_directory.add(*m_types[0]);
-    m_directory.remove(*m_types[0]);
-    lua::LuaTypeIdentity second(&m_tables[1], "0");
-
-    m_directory.add(second);
-
-    EXPECT_FALSE(m_types[0]->isReplaced);
-    EXPECT_FALSE(second.isReplaced);
+    EXPECT_EQ(m_directory.find(&m_tables[MANY / 2]), &m_names[MANY / 2]);
 }
 
 } // namespace tbScripts::test

@@ -4,6 +4,8 @@
 #include "bindings/lua/LuaDuplicateDeclaration.h"
 #include "bindings/lua/LuaNamedTables.h"
 #include "bindings/lua/functions/LuaFunction.h"
+#include "bindings/lua/functions/LuaFunctionClosure.h"
+#include "bindings/lua/types/LuaFinalisers.h"
 #include "bindings/lua/types/LuaTypeTable.h"
 #include "bindings/lua/types/LuaUserType.h"
 #include "bindings/lua/values/LuaInstanceBox.h"
@@ -68,6 +70,48 @@ void dropAll(OwningRegistry<LuaFunction> functions, const LuaStateHandle& handle
         const LuaStateHandle own = function->getHandle();
         destroyWhenIdle(own, handle, std::move(function));
     }
+}
+
+// Returns whether what the value at `index` refers to may be an instance, or lead to one. Tables of
+// types and namespaces do not count: the registry holds them too.
+bool mayLeadToInstances(const LuaStateSlot& slot, lua_State* state, int index)
+{
+    switch (lua_type(state, index))
+    {
+    case LUA_TNIL:
+    case LUA_TBOOLEAN:
+    case LUA_TNUMBER:
+    case LUA_TSTRING:
+    case LUA_TLIGHTUSERDATA:
+        return false;
+    case LUA_TFUNCTION:
+        return lua_tocfunction(state, index) != &callHostFunction;
+    case LUA_TTABLE:
+    {
+        lua_pushvalue(state, index);
+        const NAMED_TABLE kind = kindOfTable(slot, state);
+        lua_pop(state, 1);
+        return kind == NAMED_TABLE::FOREIGN;
+    }
+    default:
+        return true;
+    }
+}
+
+// Looks at the fields of the table on top of the stack. Stack: +0.
+bool mayHoldInstances(const LuaStateSlot& slot, lua_State* state)
+{
+    const int tableIndex = lua_gettop(state);
+    bool mayHold = false;
+    lua_pushnil(state);
+    while (!mayHold && lua_next(state, tableIndex))
+    {
+        mayHold = mayLeadToInstances(slot, state, tableIndex + 1) ||
+                  mayLeadToInstances(slot, state, tableIndex + 2);
+        lua_pop(state, 1);
+    }
+    lua_settop(state, tableIndex);
+    return mayHold;
 }
 
 } // namespace
@@ -374,6 +418,9 @@ void LuaNamespace::_unpublish()
 void LuaNamespace::_clear()
 {
     LuaHostCall call(m_handle, LuaHostCall::ENTRY::UPKEEP);
+    const LuaStateSlot* const slot = m_handle.getSlot();
+    const unsigned freedBefore = slot ? slot->countFreedKeys() : 0;
+    bool mayLeaveInstances = true;
     for (LuaFunction* const function : objectsOf(m_functions))
         function->reset();
     for (LuaNamespace* const inner : objectsOf(m_namespaces))
@@ -382,15 +429,22 @@ void LuaNamespace::_clear()
             inner->_clear();
     }
     call.run(
-        [this](lua_State* state)
+        [&](lua_State* state)
         {
             pushNamedTable(state, m_fullName);
-            if (lua_istable(state, -1))
-                LuaTypeTable::clearShared(*m_handle.getSlot(), state);
+            if (!lua_istable(state, -1))
+                return;
+            mayLeaveInstances = mayHoldInstances(*slot, state);
+            LuaTypeTable::clearShared(*slot, state);
         });
-    // The teardown collects once for all namespaces: a collection for each takes quadratic time.
-    if (const LuaStateSlot* const slot = m_handle.getSlot(); slot && !slot->isTearingDown())
-        collectGarbageTwice(call);
+    // The teardown clears all namespaces and collects once more at its end. A collection for each
+    // would take quadratic time, so only those are collected whose instances are destroyed by that,
+    // in the order of the namespaces.
+    if (slot && slot->isTearingDown() && !mayLeaveInstances &&
+        slot->countFreedKeys() == freedBefore)
+        return;
+    restoreFinalisers(call);
+    collectGarbageTwice(call);
 }
 
 } // namespace tbScripts::lua

@@ -11,10 +11,8 @@
 
 #include <cstring>
 #include <memory>
-#include <new>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 namespace tbScripts::lua
@@ -61,11 +59,16 @@ int raiseFieldIsGone(lua_State* state, const LuaFieldLink* link)
     return raiseTypeIsGone(state, link ? link->anchor : nullptr);
 }
 
-// Returns the box on top of the stack, null if there is none of this type.
-LuaInstanceBox* boxOnTop(const LuaTypeCore& core, lua_State* state)
+// Returns the box on top of the stack, null if it is none with the metatable that is the second
+// upvalue. The finaliser has that table, because it serves a type that is gone, and no other.
+LuaInstanceBox* boxToFinalise(lua_State* state)
 {
     const int top = lua_gettop(state);
-    return top > 0 ? core.boxAt(state, top) : nullptr;
+    void* const block = top > 0 ? boxSizedBlockAt(state, top) : nullptr;
+    const void* const metatable = block ? pushMetatable(state, top) : nullptr;
+    const bool isOurs = metatable && metatable == lua_topointer(state, lua_upvalueindex(2)) &&
+                        hasFlagsOfABox(block);
+    return isOurs ? static_cast<LuaInstanceBox*>(block) : nullptr;
 }
 
 int runReadField(lua_State* state)
@@ -256,87 +259,27 @@ int runWriteElement(lua_State* state)
     return core && core->isAlive ? runWriteArray(*core, state) : raiseTypeIsGone(state);
 }
 
-// For scripts a lack of memory is the same, whoever has met it. The interpreter keeps this string,
-// so pushing it takes no memory.
-int raiseOutOfMemory(lua_State* state)
-{
-    return raiseText(state, "not enough memory");
-}
-
-// Returns false if `work` has met a lack of memory.
-template <typename Work>
-bool isDone(Work&& work)
-{
-    try
-    {
-        work();
-        return true;
-    }
-    catch (const std::bad_alloc&)
-    {
-        return false;
-    }
-}
-
-// Room for the object of a new instance among the owned objects, made before the object exists: a
-// lack of memory must not leave an object without owner.
-class RoomForObject
-{
-public:
-    RoomForObject(LuaOwnedObjects& owned, const void* block)
-        : m_owned(owned)
-        , m_block(block)
-        , m_isMade(isDone([&] { owned.reserve(block); }))
-    {
-    }
-
-    RoomForObject(const RoomForObject&) = delete;
-    RoomForObject& operator=(const RoomForObject&) = delete;
-
-    ~RoomForObject()
-    {
-        if (m_block)
-            m_owned.remove(m_block);
-    }
-
-    bool isMade() const { return m_isMade; }
-
-    void own(void* object) { m_owned.own(std::exchange(m_block, nullptr), object); }
-
-private:
-    LuaOwnedObjects& m_owned;
-    const void* m_block; // null when the object is listed
-    bool m_isMade;
-};
-
-int createInstance(const LuaTypeCore& core, lua_State* state)
-{
-    // The block gets its metatable after its object: until then nothing must be destroyed.
-    void* const block = lua_newuserdata(state, INSTANCE_BOX_SIZE);
-    std::memset(block, 0, INSTANCE_BOX_SIZE);
-    if (!core.isAlive || !core.constructor)
-        return raiseTypeIsGone(state); // a finaliser that ran for the block has destroyed the type
-
-    auto* const box = static_cast<LuaInstanceBox*>(block);
-    RoomForObject room(core.identity->owned, block);
-    if (!room.isMade())
-        return raiseOutOfMemory(state);
-    LuaCallbackScope scope(*core.handle.getSlot(), state);
-    const DefinitionCall<ConstructorDefinition> call(*core.constructor);
-    box->object = call.getCallable()(tbMemory::BufferView<FunctionParameter>());
-    box->gcEnabled = true;
-    room.own(box->object);
-    lua_pushvalue(state, lua_upvalueindex(2));
-    lua_setmetatable(state, -2);
-    return 1;
-}
-
 int runMakeInstance(lua_State* state)
 {
     const LuaTypeCore* const core = coreOf(state);
     if (!core || !core->isAlive || !core->handle.get())
         return raiseTypeIsGone(state);
-    return createInstance(*core, state);
+    // The block gets its metatable after its object: until then nothing must be destroyed.
+    void* const block = lua_newuserdata(state, INSTANCE_BOX_SIZE);
+    std::memset(block, 0, INSTANCE_BOX_SIZE);
+    if (!core->isAlive || !core->constructor)
+        return raiseTypeIsGone(state); // a finaliser that ran for the block has destroyed the type
+
+    LuaCallbackScope scope(*core->handle.getSlot(), state);
+    const DefinitionCall<ConstructorDefinition> call(*core->constructor);
+    void* const object = call.getCallable()(tbMemory::BufferView<FunctionParameter>());
+
+    auto* const box = static_cast<LuaInstanceBox*>(block);
+    box->object = object;
+    box->gcEnabled = true;
+    lua_pushvalue(state, lua_upvalueindex(2));
+    lua_setmetatable(state, -2);
+    return 1;
 }
 
 int runFinaliseInstance(lua_State* state)
@@ -344,17 +287,15 @@ int runFinaliseInstance(lua_State* state)
     const LuaTypeCore* const core = coreOf(state);
     if (!core)
         return 0;
-    LuaInstanceBox* const box = boxOnTop(*core, state);
+    LuaInstanceBox* const box = boxToFinalise(state);
     if (!box)
         return raiseNotAnInstance(state, *core);
-    // What a box says counts only if the object is listed as well.
-    const bool isListed = core->identity->owned.remove(box);
-    if (!isListed || !box->gcEnabled || box->isDestroyed)
+    if (!box->gcEnabled || box->isDestroyed)
         return 0;
-    box->isDestroyed = true; // before the destructor, which may call this function again
 
     LuaCallbackScope scope(*core->handle.getSlot(), state);
-    const DefinitionCall<DestructorDefinition> call(*core->destructor);
+    const DefinitionCall<DestructorDefinition> call(*core->destructor); // may lack memory
+    box->isDestroyed = true; // before the destructor, which may call this function again
     call.getCallable()(box->object);
     return 0;
 }
@@ -367,14 +308,10 @@ int runSetGcEnabled(lua_State* state, bool isEnabled)
     const int top = lua_gettop(state);
     const LuaInstance instance =
         top > 0 ? boxAt(*core->handle.getSlot(), state, top) : LuaInstance{};
-    if (!instance)
+    if (!instance.box)
         return raiseNotAnInstance(state, *core);
-    if (instance.box->isDestroyed)
-        return 0;
-    if (!isEnabled)
-        disown(instance);
-    else if (!isDone([&] { own(instance); }))
-        return raiseOutOfMemory(state);
+    if (!instance.box->isDestroyed)
+        instance.box->gcEnabled = isEnabled;
     return 0;
 }
 

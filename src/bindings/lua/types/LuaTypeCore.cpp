@@ -1,8 +1,5 @@
 #include "bindings/lua/types/LuaTypeCore.h"
 
-#include "core/ExceptionContainment.h"
-#include "core/lua/calls/LuaCallbackScope.h"
-
 #include <cstring>
 #include <new>
 #include <utility>
@@ -13,8 +10,6 @@ namespace tbScripts::lua
 namespace
 {
 
-// Other holders may release the core before the closures are destroyed, so the anchor forgets it.
-// While the state closes, instances may still be created and finalised.
 int releaseTypeAnchor(lua_State* state)
 {
     auto* const anchor = static_cast<LuaTypeAnchor*>(lua_touserdata(state, 1));
@@ -23,15 +18,10 @@ int releaseTypeAnchor(lua_State* state)
     const std::shared_ptr<LuaTypeCore> core = std::move(anchor->hold);
     LuaStateSlot& slot = *core->handle.getSlot();
     if (slot.isClosing())
-    {
-        slot.keepUntilClosed(core);
-        return 0;
-    }
-    if (core->isKeptUntilClosed())
-        return 0;
-    anchor->core = nullptr;
-    const LuaCallbackScope scope(slot, state);
-    core->destroyLeftObjects();
+        slot.keepUntilClosed(core); // instances may still be created and finalised
+    else if (!core->isKeptUntilClosed())
+        anchor->core =
+            nullptr; // other holders may release the core before the closures are destroyed
     return 0;
 }
 
@@ -45,46 +35,36 @@ LuaTypeCore::LuaTypeCore(const LuaStateHandle& stateHandle, const tbMemory::Stri
 
 LuaTypeCore::~LuaTypeCore()
 {
-    destroyLeftObjects();
-    if (identity && identity.use_count() == 1)
-        handle.getSlot()->removeType(*identity);
+    forgetTable();
 }
 
 void LuaTypeCore::setTable(const void* typeTable)
 {
-    LuaStateSlot& slot = *handle.getSlot();
-    if (LuaTypeIdentity* const shared = slot.findType(typeTable))
-    {
-        identity = shared->shared_from_this();
-    }
-    else
-    {
-        auto made = std::make_shared<LuaTypeIdentity>(typeTable, fullName);
-        slot.addType(*made);
-        identity = std::move(made);
-    }
+    handle.getSlot()->addType(typeTable, fullName);
     table = typeTable;
 }
 
-void LuaTypeCore::destroyLeftObjects() noexcept
+void LuaTypeCore::forgetTable()
 {
-    if (!identity || identity.use_count() > 1)
-        return;
-    // Contained one by one: an exception of one destructor must not save the others their call.
-    identity->owned.drain(
-        [this](void* object)
-        {
-            contain(
-                [&]
-                {
-                    const DefinitionCall<DestructorDefinition> call(*destructor);
-                    call.getCallable()(object);
-                },
-                [] {});
-        });
+    if (const void* const forgotten = std::exchange(table, nullptr))
+        handle.getSlot()->removeType(forgotten, fullName);
 }
 
-void pushTypeAnchor(lua_State* state, const std::shared_ptr<LuaTypeCore>& core, int tableIndex)
+LuaInstanceBox* LuaTypeCore::boxAt(lua_State* state, int index) const
+{
+    void* const block = boxSizedBlockAt(state, index);
+    const void* const metatable = block ? pushMetatable(state, index) : nullptr;
+    const bool isOurs = metatable && metatable == table && hasFlagsOfABox(block);
+    return isOurs ? static_cast<LuaInstanceBox*>(block) : nullptr;
+}
+
+LuaInstanceBox* LuaTypeCore::instanceAt(lua_State* state, int index) const
+{
+    LuaInstanceBox* const box = boxAt(state, index);
+    return box && !box->isDestroyed ? box : nullptr;
+}
+
+void pushTypeAnchor(lua_State* state, const std::shared_ptr<LuaTypeCore>& core)
 {
     const std::size_t nameSize = core->fullName.size();
     void* const block = lua_newuserdata(state, sizeof(LuaTypeAnchor) + nameSize);
@@ -92,8 +72,6 @@ void pushTypeAnchor(lua_State* state, const std::shared_ptr<LuaTypeCore>& core, 
     if (nameSize > 0)
         std::memcpy(static_cast<void*>(anchor + 1), core->fullName.data(), nameSize);
 
-    lua_pushvalue(state, tableIndex);
-    lua_setfenv(state, -2);
     lua_createtable(state, 0, 1);
     lua_pushcfunction(state, &releaseTypeAnchor);
     lua_setfield(state, -2, "__gc");

@@ -44,41 +44,26 @@ struct LuaTypeCore : LuaKeptObject
 
     ~LuaTypeCore();
 
-    /// Makes this the core of the type with that table. Types that share a table share its
-    /// identity, and so the objects that their instances own.
+    /// Registers `typeTable` as the type's table, by which the library recognises its instances.
     void setTable(const void* typeTable);
 
-    /// Destroys the objects that scripts owned through instances that were collected without being
-    /// finalised, because scripts had removed the finaliser. Does nothing if another type shares
-    /// the table.
-    ///
-    /// Requires: all instances of the table are gone.
-    void destroyLeftObjects() noexcept;
+    /// Unregisters the table: it may be collected before the closures, and another table may get
+    /// its address.
+    void forgetTable();
 
-    /// Returns the box at `index`, counted from the bottom, if it is one of this type, also if its
-    /// object was destroyed; else null.
+    /// Returns the box at `index`, counted from the bottom, if it is one of this existing type,
+    /// also if its object was destroyed; else null.
     ///
     /// Stack: may leave the metatable there, which closures leave behind their results.
-    LuaInstanceBox* boxAt(lua_State* state, int index) const
-    {
-        void* const block = boxSizedBlockAt(state, index);
-        const void* const metatable = block ? pushMetatable(state, index) : nullptr;
-        const bool isOurs = metatable && metatable == table && hasFlagsOfABox(block);
-        return isOurs ? static_cast<LuaInstanceBox*>(block) : nullptr;
-    }
+    LuaInstanceBox* boxAt(lua_State* state, int index) const;
 
     /// Returns the box at `index` if it is an instance of this type whose object exists, else null.
-    LuaInstanceBox* instanceAt(lua_State* state, int index) const
-    {
-        LuaInstanceBox* const box = boxAt(state, index);
-        return box && !box->isDestroyed ? box : nullptr;
-    }
+    LuaInstanceBox* instanceAt(lua_State* state, int index) const;
 
     LuaStateHandle handle;
     tbMemory::String fullName;
-    bool isAlive = true;                       // false after the type was destroyed
-    std::shared_ptr<LuaTypeIdentity> identity; // null before `setTable`
-    const void* table = nullptr;               // of the identity
+    bool isAlive = true;         // false after the type was destroyed
+    const void* table = nullptr; // identity of the type's table; null after `forgetTable`
     Counted<ConstructorDefinition> constructor;
     Counted<DestructorDefinition> destructor; // never empty
     bool hasOwnDestructor = false;            // whether the host has set one
@@ -96,9 +81,7 @@ struct LuaTypeCore : LuaKeptObject
 /// holds the core for them. The type's name follows the block.
 ///
 /// The block is older than every instance, and closures of the type's table keep it alive, so the
-/// interpreter finalises the block after the last instance. The block keeps the table alive in
-/// turn: as long as a closure of the type can run, no other table gets the address by which it
-/// recognises instances.
+/// interpreter finalises the block after the last instance.
 struct LuaTypeAnchor
 {
     LuaTypeCore* core; // null after the core may have been destroyed
@@ -119,7 +102,7 @@ struct LuaFieldLink
     const LuaTypeField* field; // part of the anchor's core, valid as long as the core
 };
 
-/// Stack: +1, a new anchor of `core`, which keeps the table at `tableIndex` alive.
-void pushTypeAnchor(lua_State* state, const std::shared_ptr<LuaTypeCore>& core, int tableIndex);
+/// Stack: +1, a new anchor of `core`.
+void pushTypeAnchor(lua_State* state, const std::shared_ptr<LuaTypeCore>& core);
 
 } // namespace tbScripts::lua

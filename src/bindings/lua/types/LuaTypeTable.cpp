@@ -8,7 +8,6 @@
 #include <cstring>
 #include <new>
 #include <string>
-#include <vector>
 
 namespace tbScripts::lua
 {
@@ -163,6 +162,42 @@ const LuaTypeAnchor* anchorOfFinaliser(lua_State* state, int tableIndex)
     return anchor;
 }
 
+// Returns whether the table at `tableIndex` has a finaliser that serves instances of this table.
+// That of another type that shares the table counts. Stack: +0.
+bool hasOwnFinaliser(lua_State* state, int tableIndex)
+{
+    bool isOwn = false;
+    lua_pushstring(state, FINALISER);
+    lua_rawget(state, tableIndex);
+    if (lua_tocfunction(state, -1) == &finaliseInstance && lua_getupvalue(state, -1, 2))
+    {
+        isOwn = lua_rawequal(state, -1, tableIndex) != 0;
+        lua_pop(state, 1);
+    }
+    lua_pop(state, 1);
+    return isOwn;
+}
+
+// Stops the collector, also one that a script has stopped already: the collection that follows
+// starts it in any case.
+class StoppedCollector
+{
+public:
+    explicit StoppedCollector(lua_State* state)
+        : m_state(state)
+    {
+        lua_gc(state, LUA_GCSTOP, 0);
+    }
+
+    StoppedCollector(const StoppedCollector&) = delete;
+    StoppedCollector& operator=(const StoppedCollector&) = delete;
+
+    ~StoppedCollector() { lua_gc(m_state, LUA_GCRESTART, -1); }
+
+private:
+    lua_State* m_state;
+};
+
 // Takes over the destructor of the former type of the table at `tableIndex`, which destroys that
 // type's instances until the host sets another (docs/decisions/0018-two-types-of-one-name.md).
 void inheritDestructor(lua_State* state, int tableIndex, LuaTypeCore& core)
@@ -204,10 +239,11 @@ NAMED_TABLE LuaTypeTable::pushParts(
         lua_rawseti(state, partsIndex, PART_FORMER);
         inheritDestructor(state, tableIndex, *core);
     }
+    registerTypeTable(slot, state, core->fullName);
     core->setTable(lua_topointer(state, tableIndex));
     lua_pushvalue(state, tableIndex);
     lua_rawseti(state, partsIndex, PART_TABLE);
-    pushTypeAnchor(state, core, tableIndex);
+    pushTypeAnchor(state, core);
     lua_rawseti(state, partsIndex, PART_ANCHOR);
     lua_createtable(state, 0, 0);
     lua_rawseti(state, partsIndex, PART_READERS);
@@ -261,31 +297,32 @@ void LuaTypeTable::pushTable(lua_State* state)
     pushPart(state, lua_gettop(state), PART_TABLE);
 }
 
-// A finaliser may run in between and change the types, so their keys are copied first.
+void LuaTypeTable::replaceEarlier(const LuaTypeCore& core, lua_State* state)
+{
+    pushTable(state);
+    replaceEarlierType(*core.handle.getSlot(), state, core.fullName);
+    lua_pop(state, 1);
+}
+
+void LuaTypeTable::restoreFinaliser(lua_State* state)
+{
+    const int partsIndex = lua_gettop(state);
+    pushTable(state);
+    const bool isThere = hasOwnFinaliser(state, partsIndex + 1);
+    lua_settop(state, partsIndex);
+    if (!isThere)
+        publishFinaliser(state);
+}
+
 void LuaTypeTable::restoreFinalisers(const LuaStateSlot& slot, lua_State* state)
 {
-    std::vector<int> keys;
-    slot.forEachType(
-        [&keys](const LuaTypeIdentity& type)
-        {
-            if (type.partsKey != LUA_NOREF)
-                keys.push_back(type.partsKey);
-        });
-    const int top = lua_gettop(state);
-    for (const int key : keys)
+    const StoppedCollector noFinaliserChangesTheTypes(state);
+    for (const int key : slot.getTypeParts())
     {
         lua_rawgeti(state, LUA_REGISTRYINDEX, key);
-        if (lua_istable(state, -1))
-        {
-            pushTable(state);
-            const LuaTypeAnchor* const anchor = anchorOfFinaliser(state, top + 2);
-            if (!anchor || !anchor->core || anchor->core->table != lua_topointer(state, top + 2))
-            {
-                lua_settop(state, top + 1);
-                publishFinaliser(state);
-            }
-        }
-        lua_settop(state, top);
+        if (lua_istable(state, -1)) // see reserveReferences in LuaStateSlot.cpp
+            restoreFinaliser(state);
+        lua_pop(state, 1);
     }
 }
 
@@ -302,7 +339,13 @@ void LuaTypeTable::publishFactory(lua_State* state)
 
 void LuaTypeTable::publishFinaliser(lua_State* state)
 {
-    setAnchoredEntry(state, lua_gettop(state), FINALISER, &finaliseInstance);
+    const int partsIndex = lua_gettop(state);
+    pushPart(state, partsIndex, PART_TABLE);
+    pushPart(state, partsIndex, PART_ANCHOR);
+    lua_pushvalue(state, -2);
+    lua_pushcclosure(state, &finaliseInstance, 2);
+    setEntry(state, partsIndex + 1, FINALISER);
+    lua_settop(state, partsIndex);
 }
 
 void LuaTypeTable::publishGetter(

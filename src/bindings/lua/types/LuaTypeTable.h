@@ -49,8 +49,14 @@ public:
     /// Stack: +1, the type's table.
     static void pushTable(lua_State* state);
 
-    /// Puts the finalisers of all types back that scripts have removed or replaced. Stack: +0; no
-    /// parts are needed.
+    /// Makes the type the one that its name designates. Stack: +0, the parts are needed.
+    static void replaceEarlier(const LuaTypeCore& core, lua_State* state);
+
+    /// Puts the type's finaliser back if a script has removed or replaced it.
+    static void restoreFinaliser(lua_State* state);
+
+    /// The same for all existing types, before the host collects garbage: what scripts stored must
+    /// not run on its behalf. Stack: +0; no parts are needed.
     static void restoreFinalisers(const LuaStateSlot& slot, lua_State* state);
 
     static void publishFactory(lua_State* state);

@@ -168,9 +168,10 @@ bool LuaUserType::install(const LuaStateHandle& handle)
                 LuaTypeTable::publishFactory(state);
             lua_pushvalue(state, -1);
             m_partsKey = takeRegistrySlot(slot, state);
-            m_core->identity->partsKey = m_partsKey;
+            slot.addTypeParts(m_partsKey);
             LuaTypeTable::pushTable(state);
             m_owner.publish(slot, state, getName()); // this may change or destroy the type
+            LuaTypeTable::replaceEarlier(*m_core, state);
             LuaTypeTable::forgetFormer(state);
         });
     if (!isDone)
@@ -187,6 +188,7 @@ bool LuaUserType::install(const LuaStateHandle& handle)
 void LuaUserType::uninstall()
 {
     m_core->isAlive = false; // first: from here on nothing can be declared
+    m_core->forgetTable();
     if (!isInstalled())
     {
         m_partsKey = LUA_NOREF;
@@ -198,6 +200,9 @@ void LuaUserType::uninstall()
     if (!isInstalled())
         return; // the destructor of a callable has destroyed this type
     LuaStateSlot& slot = *m_core->handle.getSlot();
+    _runWithParts(call, &LuaTypeTable::restoreFinaliser);
+    if (!isInstalled())
+        return; // a finaliser has destroyed this type
     _freeParts(slot);
     call.run([&](lua_State* state) { m_owner.unpublish(slot, state, getName()); });
     call.run([this](lua_State* state) { removeNamedTable(state, getFullName()); });
@@ -330,6 +335,7 @@ bool LuaUserType::_isUsable(const LuaHostCall& call) const
 void LuaUserType::_abandon(LuaHostCall& call, NAMED_TABLE before)
 {
     m_core->isAlive = false;
+    m_core->forgetTable();
     if (before == NAMED_TABLE::OF_USER_TYPE && m_partsKey != LUA_NOREF)
         _runWithParts(call, &LuaTypeTable::restoreFormer);
     if (LuaStateSlot* const slot = m_core->handle.getSlot())
@@ -435,8 +441,7 @@ bool LuaUserType::_runWithParts(LuaHostCall& call, Work&& work)
 
 void LuaUserType::_freeParts(LuaStateSlot& slot)
 {
-    if (m_core->identity && m_core->identity->partsKey == m_partsKey)
-        m_core->identity->partsKey = LUA_NOREF;
+    slot.removeTypeParts(m_partsKey);
     freeRegistrySlot(slot, std::exchange(m_partsKey, LUA_NOREF));
 }
 

@@ -72,7 +72,7 @@ bool LuaCallBridge::accepts(const FunctionParameter& parameter, int stackIndex) 
         return lua_isstring(m_state, stackIndex) != 0;
     case PARAM_TYPE_USER_TYPE_OWNED:
     case PARAM_TYPE_USER_TYPE:
-        return lua_isnil(m_state, stackIndex) || _expectedInstanceAt(parameter, stackIndex);
+        return lua_isnil(m_state, stackIndex) || _expectedInstanceAt(parameter, stackIndex).box;
     case PARAM_TYPE_SCRIPT_FUNCTION:
         return lua_isfunction(m_state, stackIndex);
     case PARAM_TYPE_SCRIPT_OBJECT:
@@ -212,9 +212,9 @@ LuaInstance
 LuaCallBridge::_expectedInstanceAt(const FunctionParameter& parameter, int stackIndex) const
 {
     const LuaInstance instance = instanceAt(m_scope.getSlot(), m_state, stackIndex);
-    const bool isExpected = instance && (Access::acceptsAnyUserType(parameter) ||
-                                         instance.type->fullName == parameter.getUserTypeName());
-    return isExpected ? instance : LuaInstance{};
+    const bool isExpected = instance.box && (Access::acceptsAnyUserType(parameter) ||
+                                             instance.typeName == parameter.getUserTypeName());
+    return isExpected ? instance : LuaInstance{nullptr, tbMemory::StringView()};
 }
 
 bool LuaCallBridge::_readExpectedInstance(FunctionParameter& parameter, int stackIndex) const
@@ -223,10 +223,9 @@ bool LuaCallBridge::_readExpectedInstance(FunctionParameter& parameter, int stac
     if (!expectedName)
         return false;
     auto* const box = static_cast<const LuaInstanceBox*>(boxSizedBlockAt(m_state, stackIndex));
-    const LuaTypeIdentity* const type =
-        box ? typeAt(m_scope.getSlot(), m_state, stackIndex) : nullptr;
-    if (!type || !hasFlagsOfABox(box) || box->isDestroyed || type->isReplaced ||
-        !isSameName(type->fullName, *expectedName))
+    const tbMemory::String* const name =
+        box ? livingTypeAt(m_scope.getSlot(), m_state, stackIndex) : nullptr;
+    if (!name || !hasFlagsOfABox(box) || box->isDestroyed || !isSameName(*name, *expectedName))
         return false;
     Access::storeObject(parameter, box->object);
     if (parameter.getType() == PARAM_TYPE_USER_TYPE_OWNED)
@@ -239,10 +238,10 @@ void LuaCallBridge::_readUserType(FunctionParameter& parameter, int stackIndex) 
     Access::storeObject(parameter, nullptr);
     const bool acceptsAny = Access::acceptsAnyUserType(parameter);
     const LuaInstance instance = _expectedInstanceAt(parameter, stackIndex);
-    if (instance)
+    if (instance.box)
     {
         if (acceptsAny)
-            Access::storeTypeName(parameter, instance.type->fullName);
+            Access::storeTypeName(parameter, instance.typeName);
         Access::storeObject(parameter, instance.box->object);
         if (parameter.getType() == PARAM_TYPE_USER_TYPE_OWNED)
             _lendView(parameter, stackIndex);

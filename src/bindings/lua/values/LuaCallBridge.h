@@ -114,15 +114,16 @@ private:
         return true;
     }
 
-    // Returns false unless the value is a usable instance of the one expected type.
+    // Returns false unless the value is an instance, not destroyed, of the one expected type, which
+    // still exists.
     bool _readExpectedInstance(FunctionParameter& parameter, int stackIndex) const;
 
     void _read(FunctionParameter& parameter, int stackIndex) const;
 
     int _push(const FunctionParameter& parameter) const;
 
-    // Returns the usable instance in slot `stackIndex`; without box if there is none of the
-    // expected type.
+    // Returns the instance in slot `stackIndex`; without box if there is none of the expected type,
+    // or if its object was destroyed.
     LuaInstance _expectedInstanceAt(const FunctionParameter& parameter, int stackIndex) const;
 
     void _readNumber(FunctionParameter& parameter, int stackIndex) const;

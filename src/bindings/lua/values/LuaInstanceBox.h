@@ -47,15 +47,29 @@ inline void* boxSizedBlockAt(lua_State* state, int index)
 /// A box on the stack that a user type created.
 struct LuaInstance
 {
-    LuaInstanceBox* box = nullptr;   // null if the value is no instance
-    LuaTypeIdentity* type = nullptr; // valid while its table exists
+    LuaInstanceBox* box;           // null if the value is no instance
+    tbMemory::StringView typeName; // the full name of the type; valid while its table exists
 
-    explicit operator bool() const { return box != nullptr; }
+    // A type of this name was declared after the release of the instance's own type, which is
+    // another one (docs/decisions/0032-replaced-types.md).
+    bool isOfReplacedType = false;
 
-    /// Returns whether the object may be used: it was not destroyed, and its type is still the one
-    /// that its name designates (docs/decisions/0032-replaced-types.md).
-    bool isUsable() const { return box && !box->isDestroyed && !type->isReplaced; }
+    /// Returns whether the object may be used.
+    bool isUsable() const { return box && !box->isDestroyed && !isOfReplacedType; }
 };
+
+/// Registers the table on top of the stack as the metatable of the user type `fullName`.
+/// Stack: +0.
+void registerTypeTable(
+    const LuaStateSlot& slot, lua_State* state, const tbMemory::StringView& fullName);
+
+/// Makes the table on top of the stack the one that `fullName` designates. From here on instances
+/// of the type that had the name before are those of a replaced type. Stack: +0.
+void replaceEarlierType(LuaStateSlot& slot, lua_State* state, const tbMemory::StringView& fullName);
+
+/// Returns the box `block` at `index` if it has the metatable of a user type, also of a destroyed
+/// one. Never raises.
+LuaInstance boxOfAnyType(const LuaStateSlot& slot, lua_State* state, int index, void* block);
 
 /// Pushes the metatable of the value at `index` and returns its address; pushes nothing and returns
 /// null if it has none.
@@ -64,8 +78,8 @@ inline const void* pushMetatable(lua_State* state, int index)
     return lua_getmetatable(state, index) ? lua_topointer(state, -1) : nullptr;
 }
 
-/// Returns the type whose metatable the value at `index` has, null if there is none.
-inline LuaTypeIdentity* typeAt(const LuaStateSlot& slot, lua_State* state, int index)
+/// Returns the name of the existing type whose metatable the value at `index` has, else null.
+inline const tbMemory::String* livingTypeAt(const LuaStateSlot& slot, lua_State* state, int index)
 {
     const void* const table = pushMetatable(state, index);
     if (!table)
@@ -74,15 +88,16 @@ inline LuaTypeIdentity* typeAt(const LuaStateSlot& slot, lua_State* state, int i
     return slot.findType(table);
 }
 
-/// Returns the box at `index`, also if its object was destroyed or its type replaced; without box
-/// if the value is no instance. Never raises.
+/// Returns the box at `index`, also if its object was destroyed; without box if the value is no
+/// instance. Never raises.
 inline LuaInstance boxAt(const LuaStateSlot& slot, lua_State* state, int index)
 {
     void* const block = boxSizedBlockAt(state, index);
     if (!block || !hasFlagsOfABox(block))
-        return {};
-    LuaTypeIdentity* const type = typeAt(slot, state, index);
-    return type ? LuaInstance{static_cast<LuaInstanceBox*>(block), type} : LuaInstance{};
+        return {nullptr, tbMemory::StringView()};
+    if (const tbMemory::String* const name = livingTypeAt(slot, state, index))
+        return {static_cast<LuaInstanceBox*>(block), *name};
+    return boxOfAnyType(slot, state, index, block);
 }
 
 /// Returns the instance at `index`; without box if the value is no instance, or if its object may
@@ -90,15 +105,8 @@ inline LuaInstance boxAt(const LuaStateSlot& slot, lua_State* state, int index)
 inline LuaInstance instanceAt(const LuaStateSlot& slot, lua_State* state, int index)
 {
     const LuaInstance instance = boxAt(slot, state, index);
-    return instance.isUsable() ? instance : LuaInstance{};
+    return instance.isUsable() ? instance : LuaInstance{nullptr, tbMemory::StringView()};
 }
-
-/// Makes scripts the owner of the instance's object, unless they are already. Throws if there is no
-/// memory to list it.
-void own(const LuaInstance& instance);
-
-/// Takes the object away from scripts, if they own it. Allocates nothing.
-void disown(const LuaInstance& instance);
 
 /// Stack: +1, a new box for `object`. Returns false if `typeName` names no user type; the box then
 /// has no metatable.

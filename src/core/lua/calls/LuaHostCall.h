@@ -68,6 +68,9 @@ public:
     /// Returns the coroutine to work on, null if the call was refused.
     lua_State* getState() const { return m_state; }
 
+    /// Requires: the call was not refused.
+    LuaStateSlot& getSlot() const { return *m_slot; }
+
     /// Returns whether the call is admitted; if not, `errorText` says why, and is empty if there is
     /// no state. Stack indices may change their meaning from here on, so this anchors the values of
     /// the host's views.

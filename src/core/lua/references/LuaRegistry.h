@@ -32,6 +32,7 @@ inline void giveRegistrySlotBack(LuaStateSlot& slot, lua_State* state, int key)
     if (key <= 0)
         return;
     LuaSpareKeys& spare = slot.m_spareKeys;
+    ++spare.freed;
     if (spare.count == spare.keys.size())
     {
         luaL_unref(state, LUA_REGISTRYINDEX, key);

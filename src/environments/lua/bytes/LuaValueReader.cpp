@@ -111,10 +111,7 @@ void LuaValueReader::handOverOwnership(lua_State* state) const
     for (int i = 1; i <= count; ++i)
     {
         lua_rawgeti(state, m_ownersIndex, i);
-        auto* const box = static_cast<LuaInstanceBox*>(lua_touserdata(state, -1));
-        if (const LuaInstance instance = boxAt(m_slot, state, -1))
-            instance.type->owned.own(box, box->object); // `_pushInstance` has made room
-        box->gcEnabled = true;
+        static_cast<LuaInstanceBox*>(lua_touserdata(state, -1))->gcEnabled = true;
         lua_pop(state, 1);
     }
 }
@@ -375,8 +372,6 @@ std::size_t LuaValueReader::_pushInstance(lua_State* state)
     // Only the first of several instances of one object may destroy it.
     if (object && record[TRANSFER_OFFSET] != 0 && m_ownedObjects.insert(object).second)
     {
-        if (const LuaInstance instance = boxAt(m_slot, state, -1))
-            instance.type->owned.reserve(instance.box);
         lua_pushvalue(state, -1);
         lua_rawseti(state, m_ownersIndex, static_cast<int>(m_ownedObjects.size()));
     }

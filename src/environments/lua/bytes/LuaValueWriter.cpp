@@ -266,10 +266,10 @@ void LuaValueWriter::_writeInstance(lua_State* state)
 {
     const LuaInstance instance = boxAt(m_slot, state, -1);
     const LuaInstanceBox* const box = instance.box ? instance.box : untypedBoxOnTop(state);
-    const bool isUsable = instance ? instance.isUsable() : box && !box->isDestroyed;
+    const bool isUsable = instance.box ? instance.isUsable() : box && !box->isDestroyed;
     void* const object = isUsable ? box->object : nullptr;
-    if (instance)
-        _putTypedInstance(object, upToFirstNul(instance.type->fullName));
+    if (instance.box)
+        _putTypedInstance(object, upToFirstNul(instance.typeName));
     else
         _putUntypedInstance(object);
     if (!isUsable || !box->gcEnabled || !m_transferOwnership)
@@ -285,10 +285,7 @@ void LuaValueWriter::_releaseOwners(lua_State* state) const
     for (int i = 1; i <= m_ownerCount; ++i)
     {
         lua_rawgeti(state, m_ownersIndex, i);
-        if (const LuaInstance instance = boxAt(m_slot, state, -1))
-            disown(instance);
-        else
-            static_cast<LuaInstanceBox*>(lua_touserdata(state, -1))->gcEnabled = false;
+        static_cast<LuaInstanceBox*>(lua_touserdata(state, -1))->gcEnabled = false;
         lua_pop(state, 1);
     }
 }
