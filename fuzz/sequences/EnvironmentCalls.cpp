@@ -2,6 +2,7 @@
 
 #include "sequences/Names.h"
 #include "sequences/World.h"
+#include "support/MemoryCeiling.h"
 #include "support/Require.h"
 
 #include <utility>
@@ -204,6 +205,22 @@ void compileScripts(World& world)
     world.compileScripts();
 }
 
+// In compiled code a lack of memory can end the process, which is the interpreter's own fault.
+void limitMemory(World& world)
+{
+    world.trace("limit memory");
+    constexpr std::size_t UNIT = std::size_t{2} * 1024;
+    const std::size_t bytes = UNIT * (1 + world.bytes().byte());
+    if (!world.isCompilingScripts())
+        MemoryCeiling::set(bytes);
+}
+
+void liftLimit(World& world)
+{
+    world.trace("lift limit");
+    MemoryCeiling::lift();
+}
+
 } // namespace
 
 void performEnvironmentCall(World& world)
@@ -221,7 +238,9 @@ void performEnvironmentCall(World& world)
          {9, &declareFunction},
          {10, &declareUserType},
          {11, &declareNamespace},
-         {12, &compileScripts}});
+         {12, &compileScripts},
+         {13, &limitMemory},
+         {14, &liftLimit}});
     world.bytes().caseOf(CALLS)(world);
 }
 

@@ -3,6 +3,7 @@
 #include "sequences/Names.h"
 #include "sequences/ScriptTexts.h"
 #include "sequences/World.h"
+#include "support/MemoryCeiling.h"
 #include "support/Require.h"
 
 #include <tbScripts/ContentLoader.h>
@@ -49,7 +50,9 @@ void compile(World& world)
     script.setTargetInterpreter(INTERPRETER_LUA);
     script.setSources(anyText(world));
     const bool isDone = script.load();
-    require(isDone || activity != world.getActivity(), "the statements are correct");
+    require(
+        isDone || activity != world.getActivity() || MemoryCeiling::hasRefused(),
+        "the statements are correct");
 }
 
 // The usual thing to do: without it, two calls have to meet by chance for anything to run.

@@ -1,6 +1,7 @@
 #include "sequences/World.h"
 
 #include "sequences/Names.h"
+#include "support/MemoryCeiling.h"
 #include "support/Require.h"
 
 #include <tbScripts/EnvironmentManager.h>
@@ -40,6 +41,7 @@ void World::run()
         _checkNames();
     }
     _closeAll();
+    MemoryCeiling::lift();
     m_objects.check();
 }
 

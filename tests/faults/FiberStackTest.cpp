@@ -23,7 +23,7 @@ public:
     // Runs `work` on small fibres of both kinds of memory; it may not use more than they have.
     void onSmallFibers(const std::function<void()>& work)
     {
-        for (const std::size_t kibibytes : {64, 128, 256})
+        for (const std::size_t kibibytes : {std::size_t{64}, std::size_t{128}, std::size_t{256}})
         {
             // A checked build has frames several times as large.
             const std::size_t stackSize = kibibytes << (IS_SANITIZED ? 12 : 10);
