@@ -62,6 +62,10 @@ int LuaStateSlot::_furnish(lua_State* state)
     LuaStateSlot& slot = *static_cast<LuaStateSlot*>(lua_touserdata(state, 1));
     luaL_openlibs(state);
     guardLibraries(slot, state);
+    // LuaJIT allocates when it meets the first light userdata of a range of addresses. The boundary
+    // passes addresses on the stack, also when there is no memory left.
+    lua_pushlightuserdata(state, &state);
+    lua_pop(state, 1);
     lua_pushthread(state);
     slot.m_mainThreadKey = luaL_ref(state, LUA_REGISTRYINDEX);
     lua_pushcfunction(state, &runProtectedWork);
