@@ -5,6 +5,7 @@ set(TOBREL_SCRIPTS_HEADERS
     include/tbScripts/Api.h
     include/tbScripts/BuildMark.h
     include/tbScripts/BuiltInFunction.h
+    include/tbScripts/Callable.h
     include/tbScripts/CompilationResult.h
     include/tbScripts/ContentLoadResult.h
     include/tbScripts/ContentLoader.h
@@ -16,6 +17,7 @@ set(TOBREL_SCRIPTS_HEADERS
     include/tbScripts/FunctionParameterType.h
     include/tbScripts/Interpreter.h
     include/tbScripts/LogManager.h
+    include/tbScripts/MemberCallable.h
     include/tbScripts/Namespace.h
     include/tbScripts/ProjectLoader.h
     include/tbScripts/ProjectQueries.h
@@ -69,6 +71,7 @@ set(TOBREL_SCRIPTS_SOURCES
     src/bindings/lua/values/LuaInstanceBox.h
     src/core/BuildMark.cpp
     src/core/ByteWords.h
+    src/core/Callable.cpp
     src/core/Counted.h
     src/core/ExceptionContainment.h
     src/core/FunctionParameter.cpp
@@ -402,6 +405,7 @@ set(TOBREL_SCRIPTS_PUBLIC_TESTS
     tests/bindings/UserTypeReentranceTest.cpp
     tests/bindings/UserTypeScriptEntriesTest.cpp
     tests/bindings/UserTypeTest.cpp
+    tests/core/CallableTest.cpp
     tests/core/EmptyReferenceTest.cpp
     tests/core/FunctionParameterCopyTest.cpp
     tests/core/FunctionParameterTest.cpp

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "tbScripts/Api.h"
+#include "tbScripts/Callable.h"
 #include "tbScripts/FunctionParameter.h"
 #include "tbScripts/FunctionParameterType.h"
 
@@ -8,7 +9,6 @@
 #include <tbMemory/String.h>
 #include <tbMemory/StringView.h>
 
-#include <functional>
 #include <memory>
 
 namespace tbScripts
@@ -43,7 +43,7 @@ public:
     ///
     /// Valid until: the call returns, for the arguments.
     using Callable =
-        std::function<FunctionParameter(const tbMemory::BufferView<FunctionParameter>&)>;
+        tbScripts::Callable<FunctionParameter(const tbMemory::BufferView<FunctionParameter>&)>;
 
     /// Creates an unbound function without parameters.
     explicit Function(const tbMemory::StringView& name);

@@ -2,13 +2,12 @@
 
 #include "tbScripts/Api.h"
 #include "tbScripts/BuiltInFunction.h"
+#include "tbScripts/Callable.h"
 #include "tbScripts/UserTypeDescriptors.h"
 
 #include <tbMemory/BufferView.h>
 #include <tbMemory/String.h>
 #include <tbMemory/StringView.h>
-
-#include <functional>
 
 namespace tbScripts
 {
@@ -38,10 +37,10 @@ class TBSCRIPTS_API UserType
 {
 public:
     /// Creates the host object of a new instance; receives no parameters.
-    using Constructor = std::function<void*(const tbMemory::BufferView<FunctionParameter>&)>;
+    using Constructor = Callable<void*(const tbMemory::BufferView<FunctionParameter>&)>;
 
     /// Destroys the host object of an instance that the script owns.
-    using Destructor = std::function<void(void*)>;
+    using Destructor = Callable<void(void*)>;
 
     /// Creates a type whose full name is `name` too.
     explicit UserType(const tbMemory::StringView& name);

@@ -1,12 +1,11 @@
 #pragma once
 
+#include "tbScripts/Callable.h"
 #include "tbScripts/FunctionParameter.h"
 #include "tbScripts/FunctionParameterType.h"
 
 #include <tbMemory/BufferView.h>
 #include <tbMemory/StringView.h>
-
-#include <functional>
 
 namespace tbScripts
 {
@@ -16,11 +15,11 @@ struct UserTypeFieldDescriptor
 {
     /// Receives the instance's object and returns the field's value. If it is empty, scripts cannot
     /// read the field. The interpreter reports what it throws.
-    std::function<FunctionParameter(void*)> getter;
+    Callable<FunctionParameter(void*)> getter;
 
     /// Receives the instance and the value. If it is empty, writing has no effect. A `std::string`
     /// that it throws becomes a script error; the interpreter reports other exceptions.
-    std::function<void(const tbMemory::BufferView<FunctionParameter>&)> setter;
+    Callable<void(const tbMemory::BufferView<FunctionParameter>&)> setter;
 
     tbMemory::StringView name; ///< name of the field in scripts; copied
 
@@ -36,11 +35,11 @@ struct UserTypeArrayDescriptor
 {
     /// Receives the instance and the index and returns the element. If it is empty, every element
     /// is nil.
-    std::function<FunctionParameter(const tbMemory::BufferView<FunctionParameter>&)> read;
+    Callable<FunctionParameter(const tbMemory::BufferView<FunctionParameter>&)> read;
 
     /// Receives the instance, the index and the value. If it is empty, writing has no effect. A
     /// `std::string` that `read` or `write` throws becomes a script error.
-    std::function<void(const tbMemory::BufferView<FunctionParameter>&)> write;
+    Callable<void(const tbMemory::BufferView<FunctionParameter>&)> write;
 
     /// Kind of the value that `write` receives; another kind is a script error.
     FUNCTION_PARAMETER_TYPE type = PARAM_TYPE_VOID;
