@@ -87,6 +87,7 @@ set(TOBREL_SCRIPTS_SOURCES
     src/core/ScriptObjectView.cpp
     src/core/StringUtils.cpp
     src/core/lua/LuaApi.h
+    src/core/lua/LuaDumpReader.h
     src/core/lua/LuaErrorText.cpp
     src/core/lua/LuaErrorText.h
     src/core/lua/LuaKeptObject.h
@@ -173,8 +174,14 @@ set(TOBREL_SCRIPTS_SOURCES
     src/scripts/ScriptStrategy.cpp
     src/scripts/ScriptStrategy.h
     src/scripts/lua/LuaBytecode.h
+    src/scripts/lua/LuaCodeProbe.cpp
+    src/scripts/lua/LuaCodeProbe.h
+    src/scripts/lua/LuaEmptySlots.cpp
+    src/scripts/lua/LuaEmptySlots.h
     src/scripts/lua/LuaScriptStrategy.cpp
-    src/scripts/lua/LuaScriptStrategy.h)
+    src/scripts/lua/LuaScriptStrategy.h
+    src/scripts/lua/LuaTableStores.cpp
+    src/scripts/lua/LuaTableStores.h)
 
 # What differs between platforms. Of posix/ and windows/ one is built.
 set(TOBREL_SCRIPTS_PORT
@@ -550,6 +557,7 @@ set(TOBREL_SCRIPTS_INTERNAL_TESTS
     tests/faults/lua/StackHeightTest.cpp
     tests/lifetime/lua/DyingEnvironmentTest.cpp
     tests/lifetime/lua/ViewEndTest.cpp
+    tests/scripts/lua/LuaEmptySlotsTest.cpp
     tests/scripts/lua/LuaScriptStrategyTest.cpp
     tests/support/InternalFixturesTest.cpp)
 set(TOBREL_PLATFORM_TESTS

@@ -2,6 +2,7 @@
 #include "rows/ScriptRow.h"
 #include "support/Failure.h"
 
+#include <tbScripts/Environment.h>
 #include <tbScripts/Script.h>
 
 #include <memory>
@@ -55,6 +56,17 @@ for round = 1, 3 do
 end
 total = 0
 for _, entity in ipairs(entities) do total = total + entity.life end
+)";
+
+// Defines `run(n)`, which creates tables in a function that a script has left behind.
+constexpr const char* TABLES = R"(
+local latest
+function run(n)
+    for i = 1, n do
+        latest = { id = i, x = i, y = i, life = 100, kind = 'guard' }
+    end
+    return latest.id
+end
 )";
 
 // The hand-written side keeps the loaded chunk and calls it again.
@@ -116,6 +128,13 @@ void addExecuteRows(RowList& rows)
     constexpr std::size_t FEW = 10'000; // of those that take tens of microseconds
     rows.push_back(makeExecuteRow("a script: a loop of 1,000 steps", LOOP, MANY));
     rows.push_back(makeExecuteRow("a script of 40 lines", LARGER, FEW));
+    rows.push_back(makeScriptRow(
+        {SUBJECT,
+         "tables made in a script",
+         1.05,
+         TABLES,
+         [](tbScripts::Environment&) {},
+         [](lua_State*) {}}));
 }
 
 } // namespace bench

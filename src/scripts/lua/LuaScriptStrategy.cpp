@@ -7,6 +7,8 @@
 #include "core/lua/LuaPrivateState.h"
 #include "core/lua/LuaText.h"
 #include "scripts/ScriptMessages.h"
+#include "scripts/lua/LuaCodeProbe.h"
+#include "scripts/lua/LuaEmptySlots.h"
 
 #include "tbScripts/LogManager.h"
 
@@ -61,6 +63,14 @@ int compile(lua_State* state)
     return 0;
 }
 
+void restoreEmptySlots(tbMemory::Buffer& code)
+{
+    const std::string restored = withEmptySlots(
+        tbMemory::StringView(reinterpret_cast<const char*>(code.data()), code.size()));
+    if (!restored.empty() && isCodeUnderstood())
+        code = tbMemory::Buffer(restored.data(), restored.size());
+}
+
 void compileInPrivateState(const tbMemory::StringView& sources, Compilation& compilation)
 {
     compilation.sources = std::string_view(upToFirstNul(sources));
@@ -68,6 +78,8 @@ void compileInPrivateState(const tbMemory::StringView& sources, Compilation& com
     const LuaPrivateState state;
     if (!state.get() || lua_cpcall(state.get(), &compile, &compilation) != 0)
         compilation.status = LUA_ERRMEM;
+    else if (compilation.status == 0)
+        restoreEmptySlots(compilation.bytecode->code);
 }
 
 } // namespace

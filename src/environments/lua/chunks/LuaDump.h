@@ -1,14 +1,7 @@
 #pragma once
 
-// What we know of the interpreter's compiled code, in one place.
-//
-// Compiled code begins with an escape, two letters and one byte of version. Then come the flags;
-// the length of the chunk's name and the name, unless a flag says that there is no debug
-// information; each function after its length, inner ones before the one that creates them; a
-// length of zero at the end. All lengths, and the flags, are numbers of 7 bits a byte, the lowest
-// first, and the last byte is below 128.
-//
-// What is in the functions is the interpreter's affair: we trust it, and never look.
+// Compiled code by its parts, which LuaDumpReader.h describes. What is in the functions does not
+// matter here.
 
 #include <tbMemory/StringView.h>
 
