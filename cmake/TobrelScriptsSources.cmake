@@ -91,6 +91,8 @@ set(TOBREL_SCRIPTS_SOURCES
     src/core/lua/LuaErrorText.cpp
     src/core/lua/LuaErrorText.h
     src/core/lua/LuaKeptObject.h
+    src/core/lua/LuaMetatableWord.cpp
+    src/core/lua/LuaMetatableWord.h
     src/core/lua/LuaNumber.h
     src/core/lua/LuaPrivateState.h
     src/core/lua/LuaReportedNames.h
@@ -530,6 +532,7 @@ set(TOBREL_SCRIPTS_INTERNAL_TESTS
     tests/core/CountedTest.cpp
     tests/core/StaticLifeTest.cpp
     tests/core/lua/FunctionParameterViewTest.cpp
+    tests/core/lua/LuaMetatableWordTest.cpp
     tests/core/lua/LuaRegistryTest.cpp
     tests/core/lua/LuaScriptObjectInterpreterReferenceTest.cpp
     tests/core/lua/LuaScriptObjectInterpreterViewTest.cpp

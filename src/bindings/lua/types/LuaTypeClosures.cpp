@@ -65,7 +65,7 @@ LuaInstanceBox* boxToFinalise(lua_State* state)
 {
     const int top = lua_gettop(state);
     void* const block = top > 0 ? boxSizedBlockAt(state, top) : nullptr;
-    const void* const metatable = block ? pushMetatable(state, top) : nullptr;
+    const void* const metatable = block ? metatableOf(state, top, block) : nullptr;
     const bool isOurs = metatable && metatable == lua_topointer(state, lua_upvalueindex(2)) &&
                         hasFlagsOfABox(block);
     return isOurs ? static_cast<LuaInstanceBox*>(block) : nullptr;

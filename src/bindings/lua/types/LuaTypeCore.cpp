@@ -53,7 +53,7 @@ void LuaTypeCore::forgetTable()
 LuaInstanceBox* LuaTypeCore::boxAt(lua_State* state, int index) const
 {
     void* const block = boxSizedBlockAt(state, index);
-    const void* const metatable = block ? pushMetatable(state, index) : nullptr;
+    const void* const metatable = block ? metatableOf(state, index, block) : nullptr;
     const bool isOurs = metatable && metatable == table && hasFlagsOfABox(block);
     return isOurs ? static_cast<LuaInstanceBox*>(block) : nullptr;
 }

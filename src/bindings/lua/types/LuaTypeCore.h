@@ -53,8 +53,6 @@ struct LuaTypeCore : LuaKeptObject
 
     /// Returns the box at `index`, counted from the bottom, if it is one of this existing type,
     /// also if its object was destroyed; else null.
-    ///
-    /// Stack: may leave the metatable there, which closures leave behind their results.
     LuaInstanceBox* boxAt(lua_State* state, int index) const;
 
     /// Returns the box at `index` if it is an instance of this type whose object exists, else null.

@@ -224,7 +224,7 @@ bool LuaCallBridge::_readExpectedInstance(FunctionParameter& parameter, int stac
         return false;
     auto* const box = static_cast<const LuaInstanceBox*>(boxSizedBlockAt(m_state, stackIndex));
     const tbMemory::String* const name =
-        box ? livingTypeAt(m_scope.getSlot(), m_state, stackIndex) : nullptr;
+        box ? livingTypeAt(m_scope.getSlot(), m_state, stackIndex, box) : nullptr;
     if (!name || !hasFlagsOfABox(box) || box->isDestroyed || !isSameName(*name, *expectedName))
         return false;
     Access::storeObject(parameter, box->object);

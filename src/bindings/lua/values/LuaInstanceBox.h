@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/lua/LuaApi.h"
+#include "core/lua/LuaMetatableWord.h"
 #include "core/lua/LuaStateHandle.h"
 
 #include <tbMemory/StringView.h>
@@ -71,21 +72,13 @@ void replaceEarlierType(LuaStateSlot& slot, lua_State* state, const tbMemory::St
 /// one. Never raises.
 LuaInstance boxOfAnyType(const LuaStateSlot& slot, lua_State* state, int index, void* block);
 
-/// Pushes the metatable of the value at `index` and returns its address; pushes nothing and returns
-/// null if it has none.
-inline const void* pushMetatable(lua_State* state, int index)
+/// Returns the name of the existing type whose metatable the box-sized `block` at `index` has, else
+/// null.
+inline const tbMemory::String*
+livingTypeAt(const LuaStateSlot& slot, lua_State* state, int index, const void* block)
 {
-    return lua_getmetatable(state, index) ? lua_topointer(state, -1) : nullptr;
-}
-
-/// Returns the name of the existing type whose metatable the value at `index` has, else null.
-inline const tbMemory::String* livingTypeAt(const LuaStateSlot& slot, lua_State* state, int index)
-{
-    const void* const table = pushMetatable(state, index);
-    if (!table)
-        return nullptr;
-    lua_pop(state, 1);
-    return slot.findType(table);
+    const void* const table = metatableOf(state, index, block);
+    return table ? slot.findType(table) : nullptr;
 }
 
 /// Returns the box at `index`, also if its object was destroyed; without box if the value is no
@@ -95,7 +88,7 @@ inline LuaInstance boxAt(const LuaStateSlot& slot, lua_State* state, int index)
     void* const block = boxSizedBlockAt(state, index);
     if (!block || !hasFlagsOfABox(block))
         return {nullptr, tbMemory::StringView()};
-    if (const tbMemory::String* const name = livingTypeAt(slot, state, index))
+    if (const tbMemory::String* const name = livingTypeAt(slot, state, index, block))
         return {static_cast<LuaInstanceBox*>(block), *name};
     return boxOfAnyType(slot, state, index, block);
 }
