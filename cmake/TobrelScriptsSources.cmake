@@ -85,6 +85,8 @@ set(TOBREL_SCRIPTS_SOURCES
     src/core/ScriptObjectReference.cpp
     src/core/ScriptObjectReferenceBlock.h
     src/core/ScriptObjectView.cpp
+    src/core/ScriptObjectViewAccess.h
+    src/core/SharedViewRoom.h
     src/core/StringUtils.cpp
     src/core/lua/LuaApi.h
     src/core/lua/LuaDumpReader.h
@@ -173,6 +175,8 @@ set(TOBREL_SCRIPTS_SOURCES
     src/scripts/ScriptDeclaration.cpp
     src/scripts/ScriptManager.cpp
     src/scripts/ScriptMessages.h
+    src/scripts/ScriptRegistry.h
+    src/scripts/ScriptState.h
     src/scripts/ScriptStrategy.cpp
     src/scripts/ScriptStrategy.h
     src/scripts/lua/LuaBytecode.h

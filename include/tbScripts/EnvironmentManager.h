@@ -5,10 +5,6 @@
 #include <tbCommon/SingletonClass.h>
 #include <tbMemory/StringView.h>
 
-#include <memory>
-#include <string>
-#include <unordered_map>
-
 namespace tbScripts
 {
 class EnvironmentManager;
@@ -56,7 +52,9 @@ private:
 
     void _dropAll();
 
-    std::unordered_map<std::string, std::shared_ptr<Environment>> m_environments;
+    struct Environments;
+
+    Environments* m_environments; // owned
 };
 
 } // namespace tbScripts

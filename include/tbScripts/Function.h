@@ -6,10 +6,7 @@
 #include "tbScripts/FunctionParameterType.h"
 
 #include <tbMemory/BufferView.h>
-#include <tbMemory/String.h>
 #include <tbMemory/StringView.h>
-
-#include <memory>
 
 namespace tbScripts
 {
@@ -90,10 +87,7 @@ private:
 
     void _adopt(FunctionDefinition* definition);
 
-    Callable _defaultCallable() const;
-
-    std::shared_ptr<tbMemory::String> m_name; // shared with default callables and running calls
-    FunctionDefinition* m_definition;         // never null, counted: running calls share it
+    FunctionDefinition* m_definition; // never null, counted: running calls share it
 };
 
 } // namespace tbScripts

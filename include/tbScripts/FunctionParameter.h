@@ -11,7 +11,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <memory>
 #include <type_traits>
 
 namespace tbScripts
@@ -162,20 +161,15 @@ public:
     FUNCTION_PARAMETER_TYPE getType() const { return m_type; }
 
     ///@{
-    /// Returns the value; false or 0 for another kind. Nothing is converted.
-    bool getBool() const { return _is(PARAM_TYPE_BOOL, MEMBER::BOOL) && m_storage.boolean; }
+    /// Returns the value; false or 0 for another kind. Nothing is converted. The kind need not be
+    /// looked at: it agrees with the stored member for numbers and booleans.
+    bool getBool() const { return m_live == MEMBER::BOOL && m_storage.boolean; }
 
-    int getInt() const { return _is(PARAM_TYPE_INT, MEMBER::INT) ? m_storage.integer : 0; }
+    int getInt() const { return m_live == MEMBER::INT ? m_storage.integer : 0; }
 
-    float getFloat() const
-    {
-        return _is(PARAM_TYPE_FLOAT, MEMBER::FLOAT) ? m_storage.single : 0.0F;
-    }
+    float getFloat() const { return m_live == MEMBER::FLOAT ? m_storage.single : 0.0F; }
 
-    double getDouble() const
-    {
-        return _is(PARAM_TYPE_DOUBLE, MEMBER::DOUBLE) ? m_storage.number : 0.0;
-    }
+    double getDouble() const { return m_live == MEMBER::DOUBLE ? m_storage.number : 0.0; }
 
     ///@}
 
@@ -249,11 +243,19 @@ private:
 
     struct UserTypeValue
     {
-        tbMemory::String typeName;
-        void* object = nullptr; // never owned
+        UserTypeValue();
+        UserTypeValue(void* host, const tbMemory::StringView& name);
+        UserTypeValue(const UserTypeValue& other);
+        UserTypeValue(UserTypeValue&& other) noexcept;
+        UserTypeValue& operator=(const UserTypeValue&) = delete;
+        ~UserTypeValue();
 
-        // Shared by copies: a look at the value that was read from a script, or a `SharedGrant`.
-        mutable std::shared_ptr<ScriptObjectInterpreterView> view;
+        tbMemory::String typeName;
+        void* object; // never owned
+
+        // A shared pointer, as in `ScriptObjectView`. Shared by copies: a look at the value that
+        // was read from a script, or a `SharedGrant`.
+        alignas(void*) mutable unsigned char view[2 * sizeof(void*)];
     };
 
     union Storage
@@ -338,14 +340,6 @@ private:
     void _storeTypeName(const tbMemory::StringView& typeName)
     {
         m_storage.userType.typeName = typeName;
-    }
-
-    std::shared_ptr<ScriptObjectInterpreterView>& _editView() { return m_storage.userType.view; }
-
-    // Null unless it was read from a script.
-    ScriptObjectInterpreterView* _getView() const
-    {
-        return m_grant == GRANT::SHARED ? nullptr : m_storage.userType.view.get();
     }
 
     bool _hasGrant() const

@@ -8,11 +8,10 @@
 #include <tbMemory/String.h>
 #include <tbMemory/StringView.h>
 
-#include <memory>
-
 namespace tbScripts
 {
 
+struct ScriptState;
 class ScriptStrategy;
 
 /// Named source text together with its compiled form for one interpreter.
@@ -106,13 +105,7 @@ private:
 
     ScriptStrategy* _getStrategy() const;
 
-    // Shared with the strategy and with runs in progress, which may outlive this object and then
-    // report with the last name.
-    std::shared_ptr<tbMemory::String> m_name;
-
-    tbMemory::String m_sources;
-    std::shared_ptr<ScriptStrategy> m_strategy; // never null, shared by copies
-    INTERPRETER m_targetInterpreter;
+    ScriptState* m_state; // owned
 };
 
 } // namespace tbScripts

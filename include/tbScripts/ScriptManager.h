@@ -5,10 +5,6 @@
 #include <tbCommon/SingletonClass.h>
 #include <tbMemory/StringView.h>
 
-#include <memory>
-#include <string>
-#include <unordered_map>
-
 namespace tbScripts
 {
 class ScriptManager;
@@ -20,9 +16,8 @@ extern template class TBSCRIPTS_API tbCommon::SingletonClass<tbScripts::ScriptMa
 namespace tbScripts
 {
 
-class ContentLoader;
-class ProjectLoader;
 class Script;
+class ScriptRegistry;
 
 /// The process's scripts by name, reached through `getInstance`. The manager owns them.
 ///
@@ -71,24 +66,12 @@ public:
 
 private:
     friend class tbCommon::SingletonClass<ScriptManager>;
-    friend class ContentLoader; // holds the script that it works on
-    friend class ProjectLoader; // walks the scripts in their order
-
-    using Scripts = std::unordered_map<std::string, std::shared_ptr<Script>>;
+    friend struct ScriptManagerAccess; // lends the scripts to loading, which holds and walks them
 
     ScriptManager();
     ~ScriptManager() override;
 
-    // Return a share of the script that is filed under `name`, and of `script` wherever it is
-    // filed; null if it is not.
-    std::shared_ptr<Script> _share(const tbMemory::StringView& name) const;
-    std::shared_ptr<Script> _shareOf(const Script& script) const;
-
-    // Whether `script` lives on when its share is dropped: it is filed, or a rename has given it
-    // away. Host code may erase scripts, or kill the manager, while one is worked on.
-    static bool _hasOwner(const std::shared_ptr<Script>& script);
-
-    Scripts m_scripts;
+    ScriptRegistry* m_registry; // owned
 };
 
 } // namespace tbScripts

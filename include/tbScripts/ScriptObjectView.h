@@ -1,8 +1,7 @@
 #pragma once
 
 #include "tbScripts/Api.h"
-
-#include <memory>
+#include "tbScripts/Callable.h"
 
 namespace tbScripts
 {
@@ -24,8 +23,13 @@ public:
     /// Ownership: the caller's; `view` has to outlive this object and its copies.
     explicit ScriptObjectView(ScriptObjectInterpreterView* view);
 
-    /// Creates a view on the value of `view`, which may be null, and shares `view`.
-    explicit ScriptObjectView(std::shared_ptr<ScriptObjectInterpreterView> view);
+    /// Creates a view on the value of `view`, a `std::shared_ptr` that may be null, and shares
+    /// `view`.
+    template <typename Shared, typename = decltype(ScriptObjectView(Shared().get(), nullptr))>
+    explicit ScriptObjectView(Shared view)
+        : ScriptObjectView(view.get(), [view] {})
+    {
+    }
 
     ///@{
     /// Shows the value of `other`; a moved-from view is empty.
@@ -43,7 +47,14 @@ public:
     ScriptObjectInterpreterView* getInterpreterView() const;
 
 private:
-    std::shared_ptr<ScriptObjectInterpreterView> m_view; // may be null
+    friend struct ScriptObjectViewAccess; // the library creates views of what it shares
+
+    // Views `view` and holds `owner` as long as copies exist.
+    ScriptObjectView(ScriptObjectInterpreterView* view, Callable<void()> owner);
+
+    // A shared pointer of the standard library, which may be null. Its header takes longer to
+    // compile than all of ours, and a host has no use for it here.
+    alignas(void*) unsigned char m_room[2 * sizeof(void*)];
 };
 
 } // namespace tbScripts

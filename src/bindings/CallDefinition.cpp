@@ -18,7 +18,7 @@ std::vector<FunctionParameter> declarationsOf(const std::vector<FunctionParamete
 
 } // namespace
 
-CallDeclaration::CallDeclaration(std::shared_ptr<const tbMemory::String> name)
+CallDeclaration::CallDeclaration(std::shared_ptr<tbMemory::String> name)
     : m_name(std::move(name))
 {
 }

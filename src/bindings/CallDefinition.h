@@ -22,14 +22,17 @@ namespace tbScripts
 class CallDeclaration : public HolderCount
 {
 public:
-    explicit CallDeclaration(std::shared_ptr<const tbMemory::String> name);
+    explicit CallDeclaration(std::shared_ptr<tbMemory::String> name);
 
     CallDeclaration(const CallDeclaration&) = delete;
     CallDeclaration& operator=(const CallDeclaration&) = delete;
 
     const tbMemory::String& getName() const { return *m_name; }
 
-    const std::shared_ptr<const tbMemory::String>& getSharedName() const { return m_name; }
+    const std::shared_ptr<tbMemory::String>& getSharedName() const { return m_name; }
+
+    /// Changes the name, also of all definitions that share it.
+    void rename(const tbMemory::StringView& name) { *m_name = name; }
 
     /// Returns the parameters of the outermost call, which fills them in place.
     const std::vector<FunctionParameter>& getParameters() const { return m_parameters; }
@@ -64,7 +67,7 @@ protected:
 private:
     std::vector<FunctionParameter>& _innerParametersOfNextCall();
 
-    std::shared_ptr<const tbMemory::String> m_name;
+    std::shared_ptr<tbMemory::String> m_name; // shared with default callables and other definitions
     std::vector<FunctionParameter> m_parameters;
     std::vector<std::unique_ptr<std::vector<FunctionParameter>>> m_innerParameters;
 };

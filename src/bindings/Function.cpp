@@ -6,6 +6,7 @@
 
 #include "tbScripts/LogManager.h"
 
+#include <memory>
 #include <utility>
 
 namespace tbScripts
@@ -20,33 +21,46 @@ FunctionParameter reportUnbound(const tbMemory::StringView& functionName)
     return FunctionParameter::VOID;
 }
 
+// The callable holds the name, not the function: copies of it may outlive the function, and then
+// report with the function's last name.
+Counted<FunctionDefinition> makeUnbound(const std::shared_ptr<tbMemory::String>& name)
+{
+    auto definition = makeCounted<FunctionDefinition>(name);
+    definition->callable = [name](const tbMemory::BufferView<FunctionParameter>&)
+    { return reportUnbound(*name); };
+    return definition;
+}
+
+Counted<FunctionDefinition>
+copyOf(const FunctionDefinition& source, const std::shared_ptr<tbMemory::String>& name)
+{
+    auto definition = makeCounted<FunctionDefinition>(name);
+    definition->setParameters(source.getParameters());
+    definition->callable = source.callable;
+    return definition;
+}
+
 } // namespace
 
 Function::Function(const tbMemory::StringView& name)
-    : m_name(std::make_shared<tbMemory::String>(name))
-    , m_definition(nullptr)
+    : m_definition(makeUnbound(std::make_shared<tbMemory::String>(name)).detach())
 {
-    reset();
 }
 
 Function::Function(const Function& other)
-    : m_name(std::make_shared<tbMemory::String>(*other.m_name))
-    , m_definition(nullptr)
+    : m_definition(copyOf(
+                       *other.m_definition,
+                       std::make_shared<tbMemory::String>(other.m_definition->getName()))
+                       .detach())
 {
-    auto definition = makeCounted<FunctionDefinition>(m_name);
-    definition->setParameters(other.m_definition->getParameters());
-    definition->callable = other.m_definition->callable;
-    m_definition = definition.detach();
 }
 
 Function& Function::operator=(const Function& other)
 {
     if (this == &other)
         return *this;
-    auto definition = makeCounted<FunctionDefinition>(m_name);
-    definition->setParameters(other.m_definition->getParameters());
-    definition->callable = other.m_definition->callable;
-    *m_name = *other.m_name;
+    auto definition = copyOf(*other.m_definition, m_definition->getSharedName());
+    m_definition->rename(other.m_definition->getName());
     _adopt(definition.detach());
     return *this;
 }
@@ -58,7 +72,7 @@ Function::~Function()
 
 tbMemory::StringView Function::getName() const
 {
-    return *m_name;
+    return m_definition->getName();
 }
 
 void Function::addParameter(FUNCTION_PARAMETER_TYPE type, const tbMemory::StringView& typeName)
@@ -74,15 +88,13 @@ void Function::setFunction(Callable callable)
 
 void Function::reset()
 {
-    auto definition = makeCounted<FunctionDefinition>(m_name);
-    definition->callable = _defaultCallable();
-    _adopt(definition.detach());
+    _adopt(makeUnbound(m_definition->getSharedName()).detach());
 }
 
 FunctionParameter
 Function::defaultFunction(const tbMemory::BufferView<FunctionParameter>& /*parameters*/)
 {
-    return reportUnbound(*m_name);
+    return reportUnbound(getName());
 }
 
 FunctionDefinition& Function::_editDefinition()
@@ -94,17 +106,7 @@ FunctionDefinition& Function::_editDefinition()
 
 void Function::_adopt(FunctionDefinition* definition)
 {
-    // Null during the construction of this function.
-    if (FunctionDefinition* const earlier = std::exchange(m_definition, definition))
-        Counted<FunctionDefinition>::letGo(*earlier);
-}
-
-Function::Callable Function::_defaultCallable() const
-{
-    // Holds the name, not the function: copies of the callable may outlive the function, and then
-    // report with its last name.
-    return [name = m_name](const tbMemory::BufferView<FunctionParameter>&)
-    { return reportUnbound(*name); };
+    Counted<FunctionDefinition>::letGo(*std::exchange(m_definition, definition));
 }
 
 } // namespace tbScripts

@@ -29,6 +29,13 @@ void storeAddress(Room& room, void* address)
 
 } // namespace
 
+CallableStorage::CallableStorage(Code code) noexcept
+    : m_room()
+    , m_code(code)
+    , m_manager(nullptr)
+{
+}
+
 CallableStorage::CallableStorage(const CallableStorage& other)
     : m_room(other.m_room)
     , m_code(other.m_code)

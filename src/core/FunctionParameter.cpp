@@ -1,7 +1,11 @@
 #include "tbScripts/FunctionParameter.h"
 
+#include "core/FunctionParameterAccess.h"
+#include "core/ScriptObjectViewAccess.h"
+
 #include "tbScripts/ScriptObjectInterpreterView.h"
 
+#include <memory>
 #include <new>
 #include <utility>
 
@@ -18,6 +22,38 @@ public:
 
     bool isUsed = false;
 };
+
+FunctionParameter::UserTypeValue::UserTypeValue()
+    : object(nullptr)
+{
+    new (view) SharedView();
+}
+
+FunctionParameter::UserTypeValue::UserTypeValue(void* host, const tbMemory::StringView& name)
+    : typeName(name)
+    , object(host)
+{
+    new (view) SharedView();
+}
+
+FunctionParameter::UserTypeValue::UserTypeValue(const UserTypeValue& other)
+    : typeName(other.typeName)
+    , object(other.object)
+{
+    new (view) SharedView(sharedViewIn(other.view));
+}
+
+FunctionParameter::UserTypeValue::UserTypeValue(UserTypeValue&& other) noexcept
+    : typeName(std::move(other.typeName))
+    , object(other.object)
+{
+    new (view) SharedView(std::move(sharedViewIn(other.view)));
+}
+
+FunctionParameter::UserTypeValue::~UserTypeValue()
+{
+    sharedViewIn(view).~SharedView();
+}
 
 const FunctionParameter FunctionParameter::VOID;
 
@@ -42,7 +78,7 @@ FunctionParameter::FunctionParameter(
     , m_acceptsAnyUserType(typeName.empty())
     , m_grant(scriptOwned && object ? GRANT::SOLE : GRANT::NONE)
 {
-    new (&m_storage.userType) UserTypeValue{tbMemory::String(typeName), object, nullptr};
+    new (&m_storage.userType) UserTypeValue(object, typeName);
 }
 
 FunctionParameter::FunctionParameter(const ScriptObjectReference& reference)
@@ -116,8 +152,9 @@ tbMemory::StringView FunctionParameter::getUserTypeName() const
 
 ScriptObjectView FunctionParameter::getUserTypeView() const
 {
-    return _holds(MEMBER::USER_TYPE) && _getView() ? ScriptObjectView(m_storage.userType.view)
-                                                   : ScriptObjectView();
+    if (!_holds(MEMBER::USER_TYPE) || !FunctionParameterAccess::getView(*this))
+        return ScriptObjectView();
+    return ScriptObjectViewAccess::make(sharedViewIn(m_storage.userType.view));
 }
 
 const ScriptObjectReference& FunctionParameter::getScriptObject() const
@@ -179,27 +216,27 @@ void FunctionParameter::_storeReference(const ScriptObjectReference& reference)
 void FunctionParameter::_useGrant() const
 {
     if (m_grant == GRANT::SHARED)
-        static_cast<SharedGrant&>(*m_storage.userType.view).isUsed = true;
+        static_cast<SharedGrant&>(*sharedViewIn(m_storage.userType.view)).isUsed = true;
     else
         m_grant = GRANT::NONE;
 }
 
 void FunctionParameter::_shareGrant() const
 {
-    m_storage.userType.view = std::make_shared<SharedGrant>();
+    sharedViewIn(m_storage.userType.view) = std::make_shared<SharedGrant>();
     m_grant = GRANT::SHARED;
 }
 
 void FunctionParameter::_dropGrant()
 {
     if (m_grant == GRANT::SHARED)
-        m_storage.userType.view.reset();
+        sharedViewIn(m_storage.userType.view).reset();
     m_grant = GRANT::NONE;
 }
 
 bool FunctionParameter::_isSharedGrantUsed() const
 {
-    return static_cast<const SharedGrant&>(*m_storage.userType.view).isUsed;
+    return static_cast<const SharedGrant&>(*sharedViewIn(m_storage.userType.view)).isUsed;
 }
 
 FunctionParameter::MEMBER FunctionParameter::_memberOf(FUNCTION_PARAMETER_TYPE type)

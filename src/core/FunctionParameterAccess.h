@@ -1,8 +1,8 @@
 #pragma once
 
-#include "tbScripts/FunctionParameter.h"
+#include "core/SharedViewRoom.h"
 
-#include <memory>
+#include "tbScripts/FunctionParameter.h"
 
 namespace tbScripts
 {
@@ -56,16 +56,18 @@ struct FunctionParameterAccess
         parameter._storeTypeName(typeName);
     }
 
-    static std::shared_ptr<ScriptObjectInterpreterView>& editView(FunctionParameter& parameter)
+    static SharedView& editView(FunctionParameter& parameter)
     {
-        return parameter._editView();
+        return sharedViewIn(parameter.m_storage.userType.view);
     }
 
     /// Returns the view of the script value that this was read from; null if it was not read from a
     /// script.
     static const ScriptObjectInterpreterView* getView(const FunctionParameter& parameter)
     {
-        return parameter._getView();
+        if (parameter.m_grant == FunctionParameter::GRANT::SHARED)
+            return nullptr;
+        return sharedViewIn(parameter.m_storage.userType.view).get();
     }
 
     /// Returns whether an instance that is created from the value is to own the object.

@@ -1,7 +1,8 @@
 #include "tbScripts/ScriptObjectView.h"
 
-#include "tbScripts/ScriptObjectInterpreterView.h"
+#include "core/SharedViewRoom.h"
 
+#include <new>
 #include <utility>
 
 namespace tbScripts
@@ -15,31 +16,51 @@ void keepAlive(ScriptObjectInterpreterView*) {}
 
 } // namespace
 
-ScriptObjectView::ScriptObjectView() = default;
+ScriptObjectView::ScriptObjectView()
+{
+    new (m_room) SharedView();
+}
 
 ScriptObjectView::ScriptObjectView(ScriptObjectInterpreterView* view)
-    : m_view(view, &keepAlive)
 {
+    new (m_room) SharedView(view, &keepAlive);
 }
 
-ScriptObjectView::ScriptObjectView(std::shared_ptr<ScriptObjectInterpreterView> view)
-    : m_view(std::move(view))
+ScriptObjectView::ScriptObjectView(ScriptObjectInterpreterView* view, Callable<void()> owner)
 {
+    new (m_room) SharedView(view, [held = std::move(owner)](ScriptObjectInterpreterView*) {});
 }
 
-ScriptObjectView::ScriptObjectView(const ScriptObjectView& other) = default;
+ScriptObjectView::ScriptObjectView(const ScriptObjectView& other)
+{
+    new (m_room) SharedView(sharedViewIn(other.m_room));
+}
 
-ScriptObjectView::ScriptObjectView(ScriptObjectView&& other) noexcept = default;
+ScriptObjectView::ScriptObjectView(ScriptObjectView&& other) noexcept
+{
+    new (m_room) SharedView(std::move(sharedViewIn(other.m_room)));
+}
 
-ScriptObjectView& ScriptObjectView::operator=(const ScriptObjectView& other) = default;
+ScriptObjectView& ScriptObjectView::operator=(const ScriptObjectView& other)
+{
+    sharedViewIn(m_room) = sharedViewIn(other.m_room);
+    return *this;
+}
 
-ScriptObjectView& ScriptObjectView::operator=(ScriptObjectView&& other) noexcept = default;
+ScriptObjectView& ScriptObjectView::operator=(ScriptObjectView&& other) noexcept
+{
+    sharedViewIn(m_room) = std::move(sharedViewIn(other.m_room));
+    return *this;
+}
 
-ScriptObjectView::~ScriptObjectView() = default;
+ScriptObjectView::~ScriptObjectView()
+{
+    sharedViewIn(m_room).~SharedView();
+}
 
 ScriptObjectInterpreterView* ScriptObjectView::getInterpreterView() const
 {
-    return m_view.get();
+    return sharedViewIn(m_room).get();
 }
 
 } // namespace tbScripts

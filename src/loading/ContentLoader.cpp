@@ -4,6 +4,7 @@
 #include "loading/FileReplacement.h"
 #include "loading/LoadingMessages.h"
 #include "port/FileReading.h"
+#include "scripts/ScriptRegistry.h"
 
 #include "tbScripts/LogManager.h"
 #include "tbScripts/Script.h"
@@ -177,14 +178,15 @@ ContentLoader::processScriptTree(tbExport::Node* declaration, bool compile)
         return failure(messages::SCRIPT_ENTRY_WITHOUT_NAME);
     ScriptManager& manager = ScriptManager::getInstanceRef();
     manager.createOrRetrieve(name->getString());
-    const std::shared_ptr<Script> script = manager._share(name->getString());
+    const std::shared_ptr<Script> script =
+        ScriptManagerAccess::getRegistry(manager).share(name->getString());
     script->importClassFromTree(declaration);
     if (compile)
     {
         script->unload();
         script->load();
     }
-    if (!ScriptManager::_hasOwner(script))
+    if (!ScriptManagerAccess::hasOwner(script))
         return failure(messages::SCRIPT_NOT_CREATED); // the log receiver has erased it
 
     ContentLoadResult<Script> result;

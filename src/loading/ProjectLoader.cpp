@@ -1,5 +1,7 @@
 #include "tbScripts/ProjectLoader.h"
 
+#include "scripts/ScriptRegistry.h"
+
 #include "tbScripts/ContentLoader.h"
 #include "tbScripts/ResourceDeclAugmentCallback.h"
 #include "tbScripts/Script.h"
@@ -37,6 +39,8 @@ tbExport::Node* findDeclarations(tbExport::ExporterLoadResult& parsed)
     return scripts && scripts->isArray() ? scripts : nullptr;
 }
 
+using Access = ScriptManagerAccess;
+
 } // namespace
 
 void ProjectLoader::save(const ProjectSaveQuery& query)
@@ -44,7 +48,8 @@ void ProjectLoader::save(const ProjectSaveQuery& query)
     tbExport::Node root;
     root.setObject();
     tbExport::Node* declarations = nullptr;
-    for (const auto& [name, script] : ScriptManager::getInstanceRef().m_scripts)
+    const ScriptRegistry& registry = Access::getRegistry(ScriptManager::getInstanceRef());
+    for (const auto& [name, script] : registry.getScripts())
     {
         if (!declarations)
         {
@@ -73,7 +78,7 @@ ProjectLoadResult ProjectLoader::load(const ProjectLoadQuery& query)
         if (processed.objects.empty())
             continue;
         const std::shared_ptr<Script> script =
-            ScriptManager::getInstanceRef()._shareOf(*processed.objects[0]);
+            Access::getRegistry(ScriptManager::getInstanceRef()).shareOf(*processed.objects[0]);
         if (!script)
             continue;
         if (query.callback)
@@ -85,7 +90,7 @@ ProjectLoadResult ProjectLoader::load(const ProjectLoadQuery& query)
     ProjectLoadResult result;
     for (const std::shared_ptr<Script>& script : scripts)
     {
-        if (ScriptManager::_hasOwner(script))
+        if (Access::hasOwner(script))
             result.scripts.append(script.get());
     }
     return result;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "scripts/ScriptState.h"
+
 #include "tbScripts/Script.h"
 
 #include <memory>
@@ -13,7 +15,7 @@ struct ScriptAccess
     /// Returns the name, shared: it outlives the script, and a later change shows in it.
     static std::shared_ptr<const tbMemory::String> getName(const Script& script)
     {
-        return script.m_name;
+        return script.m_state->name;
     }
 
     /// Returns what holds the compiled form; never null.

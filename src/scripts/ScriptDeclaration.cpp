@@ -1,5 +1,7 @@
 // A script's declaration: an object with the strings "name", "type" and "sources".
 
+#include "scripts/ScriptState.h"
+
 #include "tbScripts/Script.h"
 #include "tbScripts/StringUtils.h"
 
@@ -35,8 +37,8 @@ void Script::exportClassToTree(tbExport::Node* node)
     if (!node)
         return;
     addText(*node, MEMBER_NAME, getName());
-    addText(*node, MEMBER_TYPE, StringUtils::interpreterToString(m_targetInterpreter));
-    addText(*node, MEMBER_SOURCES, m_sources);
+    addText(*node, MEMBER_TYPE, StringUtils::interpreterToString(m_state->targetInterpreter));
+    addText(*node, MEMBER_SOURCES, m_state->sources);
 }
 
 void Script::importClassFromTree(tbExport::Node* node)

@@ -1,6 +1,7 @@
 #include "tbScripts/ScriptManager.h"
 
 #include "core/NameRegistry.h"
+#include "scripts/ScriptRegistry.h"
 
 #include "tbScripts/Script.h"
 
@@ -30,13 +31,28 @@ struct ScriptDeleter
 
 } // namespace
 
-ScriptManager::ScriptManager() = default;
+ScriptManager::ScriptManager()
+    : m_registry(new ScriptRegistry)
+{
+}
 
-ScriptManager::ScriptManager(const ScriptManager& other) = default;
+ScriptManager::ScriptManager(const ScriptManager& other)
+    : tbCommon::SingletonClass<ScriptManager>(other)
+    , m_registry(new ScriptRegistry(*other.m_registry))
+{
+}
 
-ScriptManager& ScriptManager::operator=(const ScriptManager& other) = default;
+ScriptManager& ScriptManager::operator=(const ScriptManager& other)
+{
+    if (this != &other)
+        *m_registry = *other.m_registry;
+    return *this;
+}
 
-ScriptManager::~ScriptManager() = default;
+ScriptManager::~ScriptManager()
+{
+    delete m_registry;
+}
 
 Script* ScriptManager::createOrRetrieve(const tbMemory::StringView& name)
 {
@@ -44,54 +60,56 @@ Script* ScriptManager::createOrRetrieve(const tbMemory::StringView& name)
         return filed;
     const std::shared_ptr<Script> script(new Script, ScriptDeleter());
     script->setName(name);
-    m_scripts.emplace(keyOf(name), script);
+    m_registry->editScripts().emplace(keyOf(name), script);
     return script.get();
 }
 
 Script* ScriptManager::get(const tbMemory::StringView& name) const
 {
-    return _share(name).get();
+    return m_registry->share(name).get();
 }
 
 Script* ScriptManager::getByIndex(unsigned int index) const
 {
-    return index < m_scripts.size() ? std::next(m_scripts.begin(), index)->second.get() : nullptr;
+    const ScriptRegistry::Scripts& scripts = m_registry->getScripts();
+    return index < scripts.size() ? std::next(scripts.begin(), index)->second.get() : nullptr;
 }
 
 unsigned int ScriptManager::getCount() const
 {
-    return static_cast<unsigned int>(m_scripts.size());
+    return static_cast<unsigned int>(m_registry->getScripts().size());
 }
 
 void ScriptManager::rename(const tbMemory::StringView& name, const tbMemory::StringView& newName)
 {
     std::string newKey = keyOf(newName); // first: the views may be those of the script itself
-    const auto filed = m_scripts.find(keyOf(name));
-    if (filed == m_scripts.end())
+    ScriptRegistry::Scripts& scripts = m_registry->editScripts();
+    const auto filed = scripts.find(keyOf(name));
+    if (filed == scripts.end())
         return;
     filed->second->setName(newKey);
     // From here on entries are only moved, which needs no memory: a lack of it loses no script.
-    auto entry = m_scripts.extract(filed);
+    auto entry = scripts.extract(filed);
     entry.key() = std::move(newKey);
-    const auto refiled = m_scripts.insert(std::move(entry));
+    const auto refiled = scripts.insert(std::move(entry));
     if (!refiled.inserted)
         std::get_deleter<ScriptDeleter>(refiled.node.mapped())->isGivenAway = true;
 }
 
 void ScriptManager::erase(const tbMemory::StringView& name)
 {
-    m_scripts.erase(keyOf(name));
+    m_registry->editScripts().erase(keyOf(name));
 }
 
-std::shared_ptr<Script> ScriptManager::_share(const tbMemory::StringView& name) const
+std::shared_ptr<Script> ScriptRegistry::share(const tbMemory::StringView& name) const
 {
     const auto filed = m_scripts.find(keyOf(name));
     return filed == m_scripts.end() ? nullptr : filed->second;
 }
 
-std::shared_ptr<Script> ScriptManager::_shareOf(const Script& script) const
+std::shared_ptr<Script> ScriptRegistry::shareOf(const Script& script) const
 {
-    std::shared_ptr<Script> sameName = _share(script.getName());
+    std::shared_ptr<Script> sameName = share(script.getName());
     if (sameName.get() == &script)
         return sameName;
     // The host has changed the script's name without `rename`.
@@ -102,12 +120,12 @@ std::shared_ptr<Script> ScriptManager::_shareOf(const Script& script) const
     return filed == m_scripts.end() ? nullptr : filed->second;
 }
 
-bool ScriptManager::_hasOwner(const std::shared_ptr<Script>& script)
+bool ScriptManagerAccess::hasOwner(const std::shared_ptr<Script>& script)
 {
     if (std::get_deleter<ScriptDeleter>(script)->isGivenAway)
         return true;
-    const ScriptManager* const manager = getInstanceIfExisting();
-    return manager && manager->_shareOf(*script);
+    const ScriptManager* const manager = ScriptManager::getInstanceIfExisting();
+    return manager && getRegistry(*manager).shareOf(*script);
 }
 
 } // namespace tbScripts

@@ -241,6 +241,20 @@ TEST_F(ScriptObjectViewTest, LooksAtNothingByDefaultAndMadeFromNull)
     EXPECT_EQ(ScriptObjectView(nobody).getInterpreterView(), nullptr);
 }
 
+TEST_F(ScriptObjectViewTest, SharesWhatASharedPointerOwns)
+{
+    const auto view = std::make_shared<FakeView>();
+    {
+        const ScriptObjectView shown(view);
+        ScriptObjectView copy(shown);
+        const ScriptObjectView moved(std::move(copy));
+        EXPECT_EQ(shown.getInterpreterView(), view.get());
+        EXPECT_EQ(moved.getInterpreterView(), view.get());
+        EXPECT_GT(view.use_count(), 1);
+    }
+    EXPECT_EQ(view.use_count(), 1);
+}
+
 TEST_F(ScriptObjectViewTest, LooksThroughWhatItIsMadeFromAsDoCopyAndMoveWithoutOwningIt)
 {
     FakeView lent;

@@ -8,7 +8,7 @@ namespace tbExport
 ExporterLoadResult::ExporterLoadResult() noexcept = default;
 
 ExporterLoadResult::ExporterLoadResult(Node root)
-    : m_root(std::make_unique<Node>(std::move(root)))
+    : m_root(new Node(std::move(root)))
 {
 }
 
@@ -30,23 +30,26 @@ ExporterLoadResult& ExporterLoadResult::operator=(ExporterLoadResult&& other) no
     if (this == &other)
         return *this;
 
-    m_root = std::move(other.m_root);
+    delete std::exchange(m_root, std::exchange(other.m_root, nullptr));
     m_hasFailed = std::exchange(other.m_hasFailed, false);
     m_error = std::exchange(other.m_error, tbMemory::String());
     m_errorContext = std::exchange(other.m_errorContext, tbMemory::String());
     return *this;
 }
 
-ExporterLoadResult::~ExporterLoadResult() = default;
+ExporterLoadResult::~ExporterLoadResult()
+{
+    delete m_root;
+}
 
 Node* ExporterLoadResult::getRoot() noexcept
 {
-    return m_root.get();
+    return m_root;
 }
 
 const Node* ExporterLoadResult::getRoot() const noexcept
 {
-    return m_root.get();
+    return m_root;
 }
 
 bool ExporterLoadResult::hasFailed() const noexcept

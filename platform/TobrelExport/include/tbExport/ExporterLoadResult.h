@@ -6,8 +6,6 @@
 #include <tbMemory/String.h>
 #include <tbMemory/StringView.h>
 
-#include <memory>
-
 namespace tbExport
 {
 
@@ -57,7 +55,7 @@ public:
     tbMemory::StringView getErrorContext() const noexcept;
 
 private:
-    std::unique_ptr<Node> m_root;
+    Node* m_root = nullptr; // owned
     bool m_hasFailed = false;
     tbMemory::String m_error;
     tbMemory::String m_errorContext;

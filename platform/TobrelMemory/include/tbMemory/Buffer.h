@@ -1,8 +1,8 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
-#include <functional>
 #include <utility>
 #include <vector>
 
@@ -92,8 +92,10 @@ public:
 private:
     bool _isOwn(const unsigned char* bytes) const noexcept
     {
-        // The function objects order any two pointers; the operators only those of one array.
-        return std::greater_equal<>()(bytes, begin()) && std::less<>()(bytes, end());
+        // As numbers, any two addresses are in order; as pointers, only those of one array.
+        const auto address = reinterpret_cast<std::uintptr_t>(bytes);
+        const auto first = reinterpret_cast<std::uintptr_t>(data());
+        return address >= first && address < first + size();
     }
 
     std::vector<unsigned char> m_bytes;

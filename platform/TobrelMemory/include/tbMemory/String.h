@@ -3,7 +3,6 @@
 #include "tbMemory/StringView.h"
 
 #include <cstddef>
-#include <functional>
 #include <string>
 #include <string_view>
 #include <type_traits>

@@ -56,7 +56,7 @@ void setCallable(
     typename Definition::Callable& callable)
 {
     if (!definition)
-        definition = makeCounted<Definition>(std::make_shared<const tbMemory::String>(name));
+        definition = makeCounted<Definition>(std::make_shared<tbMemory::String>(name));
     std::swap(editDefinition(definition).callable, callable);
 }
 
