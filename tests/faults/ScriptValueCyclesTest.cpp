@@ -106,8 +106,9 @@ ROWS(
 TEST_P(SharedTableTest, IsWrittenAsOftenAsItIsReached)
 {
     run(GetParam().code);
+    // What LuaJIT 2.1.0-beta3 compiles of such a recursion does not end in one of some 400 runs.
     run("function count(t) local n = 0 for k, x in pairs(t) do"
-        " n = n + (type(x) == 'table' and count(x) or x) end return n end");
+        " n = n + (type(x) == 'table' and count(x) or x) end return n end jit.off(count)");
 
     ASSERT_TRUE(read(write(environment().getVar("v"))));
 
