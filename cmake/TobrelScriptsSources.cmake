@@ -86,6 +86,7 @@ set(TOBREL_SCRIPTS_SOURCES
     src/core/ScriptObjectReferenceBlock.h
     src/core/ScriptObjectView.cpp
     src/core/ScriptObjectViewAccess.h
+    src/core/SharedName.h
     src/core/SharedViewRoom.h
     src/core/StringUtils.cpp
     src/core/lua/LuaApi.h

@@ -18,37 +18,40 @@ std::vector<FunctionParameter> declarationsOf(const std::vector<FunctionParamete
 
 } // namespace
 
-CallDeclaration::CallDeclaration(std::shared_ptr<tbMemory::String> name)
+CallDeclaration::CallDeclaration(Counted<SharedName> name)
     : m_name(std::move(name))
 {
 }
 
 void CallDeclaration::setParameters(const std::vector<FunctionParameter>& parameters)
 {
-    m_innerParameters.clear(); // created again from the other list when they are needed
+    m_innerParameters.reset(); // created again from the other list when they are needed
     m_parameters = parameters;
 }
 
 void CallDeclaration::addParameter(FunctionParameter parameter)
 {
-    m_innerParameters.clear();
+    m_innerParameters.reset();
     m_parameters.push_back(std::move(parameter));
 }
 
 void CallDeclaration::copyDeclarations(const CallDeclaration& other)
 {
-    m_innerParameters.clear();
+    m_innerParameters.reset();
     m_parameters = declarationsOf(other.m_parameters);
 }
 
 std::vector<FunctionParameter>& CallDeclaration::_innerParametersOfNextCall()
 {
-    while (m_innerParameters.size() < runningCalls)
+    if (!m_innerParameters)
+        m_innerParameters =
+            std::make_unique<std::vector<std::unique_ptr<std::vector<FunctionParameter>>>>();
+    while (m_innerParameters->size() < runningCalls)
     {
-        m_innerParameters.push_back(
+        m_innerParameters->push_back(
             std::make_unique<std::vector<FunctionParameter>>(declarationsOf(m_parameters)));
     }
-    return *m_innerParameters[runningCalls - 1];
+    return *(*m_innerParameters)[runningCalls - 1];
 }
 
 } // namespace tbScripts

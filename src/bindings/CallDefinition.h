@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/Counted.h"
+#include "core/SharedName.h"
 
 #include "tbScripts/Function.h"
 #include "tbScripts/FunctionParameter.h"
@@ -22,17 +23,17 @@ namespace tbScripts
 class CallDeclaration : public HolderCount
 {
 public:
-    explicit CallDeclaration(std::shared_ptr<tbMemory::String> name);
+    explicit CallDeclaration(Counted<SharedName> name);
 
     CallDeclaration(const CallDeclaration&) = delete;
     CallDeclaration& operator=(const CallDeclaration&) = delete;
 
-    const tbMemory::String& getName() const { return *m_name; }
+    const tbMemory::String& getName() const { return m_name->text; }
 
-    const std::shared_ptr<tbMemory::String>& getSharedName() const { return m_name; }
+    const Counted<SharedName>& getSharedName() const { return m_name; }
 
     /// Changes the name, also of all definitions that share it.
-    void rename(const tbMemory::StringView& name) { *m_name = name; }
+    void rename(const tbMemory::StringView& name) { m_name->text = name; }
 
     /// Returns the parameters of the outermost call, which fills them in place.
     const std::vector<FunctionParameter>& getParameters() const { return m_parameters; }
@@ -67,9 +68,11 @@ protected:
 private:
     std::vector<FunctionParameter>& _innerParametersOfNextCall();
 
-    std::shared_ptr<tbMemory::String> m_name; // shared with default callables and other definitions
+    Counted<SharedName> m_name; // shared with default callables and other definitions
     std::vector<FunctionParameter> m_parameters;
-    std::vector<std::unique_ptr<std::vector<FunctionParameter>>> m_innerParameters;
+
+    // Null until a call runs inside another one. Each list keeps its address.
+    std::unique_ptr<std::vector<std::unique_ptr<std::vector<FunctionParameter>>>> m_innerParameters;
 };
 
 /// One declaration of a host callable. It is counted: each running call holds the definition, so

@@ -6,7 +6,6 @@
 
 #include "tbScripts/LogManager.h"
 
-#include <memory>
 #include <utility>
 
 namespace tbScripts
@@ -23,16 +22,16 @@ FunctionParameter reportUnbound(const tbMemory::StringView& functionName)
 
 // The callable holds the name, not the function: copies of it may outlive the function, and then
 // report with the function's last name.
-Counted<FunctionDefinition> makeUnbound(const std::shared_ptr<tbMemory::String>& name)
+Counted<FunctionDefinition> makeUnbound(const Counted<SharedName>& name)
 {
     auto definition = makeCounted<FunctionDefinition>(name);
     definition->callable = [name](const tbMemory::BufferView<FunctionParameter>&)
-    { return reportUnbound(*name); };
+    { return reportUnbound(name->text); };
     return definition;
 }
 
 Counted<FunctionDefinition>
-copyOf(const FunctionDefinition& source, const std::shared_ptr<tbMemory::String>& name)
+copyOf(const FunctionDefinition& source, const Counted<SharedName>& name)
 {
     auto definition = makeCounted<FunctionDefinition>(name);
     definition->setParameters(source.getParameters());
@@ -43,15 +42,14 @@ copyOf(const FunctionDefinition& source, const std::shared_ptr<tbMemory::String>
 } // namespace
 
 Function::Function(const tbMemory::StringView& name)
-    : m_definition(makeUnbound(std::make_shared<tbMemory::String>(name)).detach())
+    : m_definition(makeUnbound(makeCounted<SharedName>(name)).detach())
 {
 }
 
 Function::Function(const Function& other)
-    : m_definition(copyOf(
-                       *other.m_definition,
-                       std::make_shared<tbMemory::String>(other.m_definition->getName()))
-                       .detach())
+    : m_definition(
+          copyOf(*other.m_definition, makeCounted<SharedName>(other.m_definition->getName()))
+              .detach())
 {
 }
 

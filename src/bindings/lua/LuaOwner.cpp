@@ -2,32 +2,39 @@
 
 #include "core/lua/LuaText.h"
 
+#include <utility>
+
 namespace tbScripts::lua
 {
 
 LuaOwner LuaOwner::globals()
 {
-    return LuaOwner(true, tbMemory::StringView());
+    return LuaOwner(Counted<SharedName>());
 }
 
 LuaOwner LuaOwner::table(const tbMemory::StringView& fullName)
 {
-    return LuaOwner(false, fullName);
+    return LuaOwner(makeCounted<SharedName>(fullName));
 }
 
-LuaOwner::LuaOwner(bool isGlobals, const tbMemory::StringView& fullName)
-    : m_isGlobals(isGlobals)
-    , m_fullName(fullName)
+LuaOwner::LuaOwner(Counted<SharedName> fullName)
+    : m_fullName(std::move(fullName))
 {
+}
+
+void LuaOwner::becomeTable(const tbMemory::StringView& fullName)
+{
+    if (!m_fullName || m_fullName->text != fullName)
+        m_fullName = makeCounted<SharedName>(fullName);
 }
 
 void LuaOwner::publish(
     const LuaStateSlot& slot, lua_State* state, const tbMemory::StringView& name) const
 {
-    if (m_isGlobals)
-        slot.pushGlobals(state);
+    if (m_fullName)
+        pushNamedTable(state, m_fullName->text);
     else
-        pushNamedTable(state, m_fullName);
+        slot.pushGlobals(state);
     lua_insert(state, -2);
     pushName(state, name);
     lua_insert(state, -2);

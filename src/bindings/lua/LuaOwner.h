@@ -1,22 +1,25 @@
 #pragma once
 
+#include "core/SharedName.h"
 #include "core/lua/LuaApi.h"
 #include "core/lua/LuaStateHandle.h"
 
-#include <tbMemory/String.h>
 #include <tbMemory/StringView.h>
 
 namespace tbScripts::lua
 {
 
 /// The table in which scripts find a binding under its name: the globals, or the table that the
-/// registry holds under the full name of a namespace or user type.
+/// registry holds under the full name of a namespace or user type. Copies share the name.
 class LuaOwner
 {
 public:
     static LuaOwner globals();
 
     static LuaOwner table(const tbMemory::StringView& fullName);
+
+    /// Makes this the table of that name, unless it is that already.
+    void becomeTable(const tbMemory::StringView& fullName);
 
     /// Sets field `name` to the value on top of the stack, and pops the value. Raises if there is
     /// no such table, and may raise anything, because metamethods of the table run.
@@ -28,10 +31,9 @@ public:
     unpublish(const LuaStateSlot& slot, lua_State* state, const tbMemory::StringView& name) const;
 
 private:
-    LuaOwner(bool isGlobals, const tbMemory::StringView& fullName);
+    explicit LuaOwner(Counted<SharedName> fullName);
 
-    bool m_isGlobals;
-    tbMemory::String m_fullName;
+    Counted<SharedName> m_fullName; // empty for the globals
 };
 
 /// Stack: +1, the value that the registry holds under `fullName`; normally a table.

@@ -48,15 +48,23 @@ constexpr std::array<Operator, 12> OPERATORS{
      {"__lt", true},
      {"__le", true}}};
 
+// Getter and setter of a field share its name.
+Counted<SharedName> nameOf(const LuaTypeField& field, const tbMemory::StringView& name)
+{
+    if (field.getter)
+        return field.getter->getSharedName();
+    return field.setter ? field.setter->getSharedName() : makeCounted<SharedName>(name);
+}
+
 // Swapped, so that the old callable is destroyed last: its destructor may run code of the host.
 template <typename Definition>
 void setCallable(
     Counted<Definition>& definition,
-    const tbMemory::StringView& name,
+    const Counted<SharedName>& name,
     typename Definition::Callable& callable)
 {
     if (!definition)
-        definition = makeCounted<Definition>(std::make_shared<tbMemory::String>(name));
+        definition = makeCounted<Definition>(name);
     std::swap(editDefinition(definition).callable, callable);
 }
 
@@ -130,7 +138,7 @@ LuaUserType::LuaUserType(
 {
     setFullName(fullName);
     Destructor doNothing = [](void*) {};
-    setCallable(m_core->destructor, fullName, doNothing);
+    setCallable(m_core->destructor, makeCounted<SharedName>(fullName), doNothing);
     install(handle);
 }
 
@@ -152,7 +160,7 @@ bool LuaUserType::install(const LuaStateHandle& handle)
     auto core = std::make_shared<LuaTypeCore>(handle, getFullName());
     core->constructor = std::move(m_core->constructor);
     Destructor destructor = (*m_core->destructor).callable;
-    setCallable(core->destructor, getFullName(), destructor);
+    setCallable(core->destructor, makeCounted<SharedName>(getFullName()), destructor);
     core->hasOwnDestructor = m_core->hasOwnDestructor;
     m_core = std::move(core);
 
@@ -228,7 +236,7 @@ void LuaUserType::setConstructor(Constructor constructor)
     LuaHostCall call(m_core->handle);
     if (!_isUsable(call))
         return;
-    setCallable(m_core->constructor, getFullName(), constructor);
+    setCallable(m_core->constructor, makeCounted<SharedName>(getFullName()), constructor);
     _runWithParts(call, [](lua_State* state) { LuaTypeTable::publishFactory(state); });
 }
 
@@ -237,7 +245,7 @@ void LuaUserType::setDestructor(Destructor destructor)
     LuaHostCall call(m_core->handle);
     if (!_isUsable(call))
         return;
-    setCallable(m_core->destructor, getFullName(), destructor);
+    setCallable(m_core->destructor, makeCounted<SharedName>(getFullName()), destructor);
     m_core->hasOwnDestructor = true;
     _runWithParts(call, [](lua_State* state) { LuaTypeTable::publishFinaliser(state); });
 }
@@ -376,7 +384,8 @@ LuaFunction* LuaUserType::_declareMethod(
 
 LuaFunction* LuaUserType::_makeMethod(const tbMemory::StringView& name)
 {
-    auto made = std::make_unique<LuaFunction>(name, LuaOwner::table(getFullName()), m_core->handle);
+    m_ownerOfMethods.becomeTable(getFullName());
+    auto made = std::make_unique<LuaFunction>(name, m_ownerOfMethods, m_core->handle);
     if (!made->isInstalled() || !isInstalled())
         return nullptr;
     if (_findMethod(name))
@@ -405,7 +414,7 @@ void LuaUserType::_setGetter(
     decltype(UserTypeFieldDescriptor::getter)& getter)
 {
     LuaTypeField& field = m_core->fields[keyOf(name)];
-    setCallable(field.getter, name, getter);
+    setCallable(field.getter, nameOf(field, name), getter);
     _runWithParts(call, [&](lua_State* state) { LuaTypeTable::publishGetter(state, name, field); });
 }
 
@@ -416,7 +425,7 @@ void LuaUserType::_setSetter(
     std::initializer_list<FunctionParameter> parameters)
 {
     LuaTypeField& field = m_core->fields[keyOf(name)];
-    setCallable(field.setter, name, setter);
+    setCallable(field.setter, nameOf(field, name), setter);
     for (const FunctionParameter& parameter : parameters)
         (*field.setter).addParameter(parameter);
     if (name == tbMemory::StringView(ARRAY_WRITE))

@@ -112,8 +112,9 @@ private:
     void _dropMembers();
 
     LuaOwner m_owner;
-    std::shared_ptr<LuaTypeCore> m_core; // never null
-    int m_partsKey = LUA_NOREF;          // registry slot of the table's parts
+    LuaOwner m_ownerOfMethods = LuaOwner::globals(); // this type's table, from the first method on
+    std::shared_ptr<LuaTypeCore> m_core;             // never null
+    int m_partsKey = LUA_NOREF;                      // registry slot of the table's parts
 };
 
 } // namespace tbScripts::lua
