@@ -3,6 +3,7 @@
 # Public headers.
 set(TOBREL_SCRIPTS_HEADERS
     include/tbScripts/Api.h
+    include/tbScripts/Bind.h
     include/tbScripts/BuildMark.h
     include/tbScripts/BuiltInFunction.h
     include/tbScripts/Callable.h
@@ -24,6 +25,7 @@ set(TOBREL_SCRIPTS_HEADERS
     include/tbScripts/ResourceDeclAugmentCallback.h
     include/tbScripts/ResultCodes.h
     include/tbScripts/Script.h
+    include/tbScripts/ScriptFunction.h
     include/tbScripts/ScriptManager.h
     include/tbScripts/ScriptObjectInterpreterReference.h
     include/tbScripts/ScriptObjectInterpreterView.h
@@ -32,7 +34,16 @@ set(TOBREL_SCRIPTS_HEADERS
     include/tbScripts/StringUtils.h
     include/tbScripts/UserType.h
     include/tbScripts/UserTypeDescriptors.h
-    include/tbScripts/Version.h)
+    include/tbScripts/Version.h
+    include/tbScripts/typed/Arguments.h
+    include/tbScripts/typed/Call.h
+    include/tbScripts/typed/Checks.h
+    include/tbScripts/typed/Containers.h
+    include/tbScripts/typed/Declarations.h
+    include/tbScripts/typed/Defaults.h
+    include/tbScripts/typed/Members.h
+    include/tbScripts/typed/Thunks.h
+    include/tbScripts/typed/Traits.h)
 
 # Sources and private headers.
 set(TOBREL_SCRIPTS_SOURCES
@@ -42,6 +53,10 @@ set(TOBREL_SCRIPTS_SOURCES
     src/bindings/Function.cpp
     src/bindings/FunctionAccess.h
     src/bindings/Namespace.cpp
+    src/bindings/TypedCallable.cpp
+    src/bindings/TypedCallable.h
+    src/bindings/TypedNamespace.h
+    src/bindings/TypedUserType.h
     src/bindings/UserType.cpp
     src/bindings/lua/LuaDuplicateDeclaration.h
     src/bindings/lua/LuaNamedTables.cpp
@@ -55,6 +70,19 @@ set(TOBREL_SCRIPTS_SOURCES
     src/bindings/lua/functions/LuaFunctionClosure.h
     src/bindings/lua/namespaces/LuaNamespace.cpp
     src/bindings/lua/namespaces/LuaNamespace.h
+    src/bindings/lua/typed/LuaPairs.cpp
+    src/bindings/lua/typed/LuaPairs.h
+    src/bindings/lua/typed/LuaTypedCall.cpp
+    src/bindings/lua/typed/LuaTypedCall.h
+    src/bindings/lua/typed/LuaTypedCallStrategy.cpp
+    src/bindings/lua/typed/LuaTypedCallStrategy.h
+    src/bindings/lua/typed/LuaTypedPushing.cpp
+    src/bindings/lua/typed/LuaTypedPushing.h
+    src/bindings/lua/typed/LuaTypedReading.cpp
+    src/bindings/lua/typed/LuaTypedReading.h
+    src/bindings/lua/typed/LuaTypedRun.cpp
+    src/bindings/lua/typed/LuaTypedRun.h
+    src/bindings/lua/typed/LuaTypedServices.cpp
     src/bindings/lua/types/LuaFinalisers.cpp
     src/bindings/lua/types/LuaFinalisers.h
     src/bindings/lua/types/LuaTypeClosures.cpp
@@ -69,6 +97,9 @@ set(TOBREL_SCRIPTS_SOURCES
     src/bindings/lua/values/LuaCallBridge.h
     src/bindings/lua/values/LuaInstanceBox.cpp
     src/bindings/lua/values/LuaInstanceBox.h
+    src/bindings/typed/TypedCalls.cpp
+    src/bindings/typed/TypedDeclarations.cpp
+    src/bindings/typed/TypedOverloads.cpp
     src/core/BuildMark.cpp
     src/core/ByteWords.h
     src/core/Callable.cpp
@@ -107,8 +138,11 @@ set(TOBREL_SCRIPTS_SOURCES
     src/core/lua/LuaTables.h
     src/core/lua/LuaText.h
     src/core/lua/LuaTypeDirectory.h
+    src/core/lua/LuaTypeIdentity.h
     src/core/lua/calls/LuaBoundary.cpp
     src/core/lua/calls/LuaBoundary.h
+    src/core/lua/calls/LuaCallOutcome.cpp
+    src/core/lua/calls/LuaCallOutcome.h
     src/core/lua/calls/LuaCallbackScope.cpp
     src/core/lua/calls/LuaCallbackScope.h
     src/core/lua/calls/LuaHostCall.cpp
@@ -420,6 +454,10 @@ set(TOBREL_SCRIPTS_PUBLIC_TESTS
     tests/bindings/UserTypeScriptEntriesTest.cpp
     tests/bindings/UserTypeTest.cpp
     tests/core/CallableTest.cpp
+    tests/bindings/typed/ScriptFunctionTest.cpp
+    tests/bindings/typed/TypedFunctionTest.cpp
+    tests/bindings/typed/TypedTypeTest.cpp
+    tests/bindings/typed/TypedValuesTest.cpp
     tests/core/EmptyReferenceTest.cpp
     tests/core/FunctionParameterCopyTest.cpp
     tests/core/FunctionParameterTest.cpp

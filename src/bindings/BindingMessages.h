@@ -100,6 +100,32 @@ inline tbMemory::String arrayAccessNotPrepared(const tbMemory::StringView& typeN
            "' is not declared with an instance and an index.";
 }
 
+inline tbMemory::String baseNotBound(const tbMemory::StringView& typeName)
+{
+    return "User type '" + tbMemory::String(typeName) +
+           "' can't have a base class that is no user type of this environment yet.";
+}
+
+inline tbMemory::String overloadIsAmbiguous()
+{
+    return "An overload takes the same arguments as one before it. It is dropped.";
+}
+
+constexpr const char* NO_SCRIPT_FUNCTION =
+    "A script function is called that designates nothing, or whose environment is gone.";
+
+inline tbMemory::String resultNotDeclared(const tbMemory::StringView& functionName)
+{
+    return "Error while calling " + tbMemory::String(functionName) +
+           ". The type of its result is no user type of this environment.";
+}
+
+inline tbMemory::String resultTooLarge(const tbMemory::StringView& functionName)
+{
+    return "Error while calling " + tbMemory::String(functionName) +
+           ". Its result is an integer that scripts can't represent.";
+}
+
 inline tbMemory::String nameIsReserved(const tbMemory::StringView& name)
 {
     return "The interpreter uses the name '" + tbMemory::String(name) +

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "bindings/TypedCallable.h"
 #include "core/Counted.h"
 #include "core/SharedName.h"
 
@@ -83,7 +84,16 @@ struct CallDefinition : CallDeclaration
     using Callable = CallableType;
     using CallDeclaration::CallDeclaration;
 
+    /// Makes `other` what is called, and drops a callable of the typed layer. What was called until
+    /// now comes out in `other`, to be destroyed last: its destructor may run code of the host.
+    void setCallable(Callable& other)
+    {
+        const Counted<TypedCallable> dropped = std::exchange(typed, {});
+        std::swap(callable, other);
+    }
+
     Callable callable;
+    Counted<TypedCallable> typed; // called in place of `callable` if there is one
 };
 
 /// The definition of a host function.
@@ -99,6 +109,7 @@ Counted<Definition> cloneDefinition(const Definition& definition)
     auto copy = makeCounted<Definition>(definition.getSharedName());
     copy->copyDeclarations(definition);
     copy->callable = definition.callable;
+    copy->typed = definition.typed;
     return copy;
 }
 
@@ -111,6 +122,31 @@ Definition& editDefinition(Counted<Definition>& definition)
         definition = cloneDefinition(*definition);
     return *definition;
 }
+
+/// One call of the typed callable of a definition: holds both.
+template <typename Definition>
+class TypedHold
+{
+public:
+    explicit TypedHold(Definition& definition)
+        : m_definition(definition)
+    {
+        Counted<Definition>::hold(m_definition);
+        ++m_definition.runningCalls;
+    }
+
+    TypedHold(const TypedHold&) = delete;
+    TypedHold& operator=(const TypedHold&) = delete;
+
+    ~TypedHold()
+    {
+        --m_definition.runningCalls;
+        Counted<Definition>::letGo(m_definition);
+    }
+
+private:
+    Definition& m_definition;
+};
 
 /// One call of a definition: holds it, and the parameters that are this call's own.
 template <typename Definition>

@@ -36,6 +36,7 @@ copyOf(const FunctionDefinition& source, const Counted<SharedName>& name)
     auto definition = makeCounted<FunctionDefinition>(name);
     definition->setParameters(source.getParameters());
     definition->callable = source.callable;
+    definition->typed = source.typed;
     return definition;
 }
 
@@ -80,8 +81,7 @@ void Function::addParameter(FUNCTION_PARAMETER_TYPE type, const tbMemory::String
 
 void Function::setFunction(Callable callable)
 {
-    // Swapped, so that the old callable is destroyed last: its destructor may run code of the host.
-    std::swap(_editDefinition().callable, callable);
+    _editDefinition().setCallable(callable);
 }
 
 void Function::reset()

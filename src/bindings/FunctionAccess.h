@@ -1,6 +1,10 @@
 #pragma once
 
+#include "bindings/CallDefinition.h"
+
 #include "tbScripts/Function.h"
+
+#include <utility>
 
 namespace tbScripts
 {
@@ -12,6 +16,13 @@ struct FunctionAccess
     static FunctionDefinition& getDefinition(const Function& function)
     {
         return *function.m_definition;
+    }
+
+    /// Makes `callable` what scripts call. The one until now is destroyed last: its destructor may
+    /// run code of the host.
+    static void bindTyped(Function& function, Counted<TypedCallable> callable)
+    {
+        std::swap(function._editDefinition().typed, callable);
     }
 };
 

@@ -143,6 +143,13 @@ expect_failure(checkNewKind "_push only 1 have to name it" ${newKind} -Doptions=
 expect_failure(checkNewKind "_push only 0 have to name it" ${newKind} -Doptions=-Wall)
 
 make_tree(${tree})
+file(WRITE ${tree}/tests/bindings/typed/wrongBindings.txt
+    "bind(environment, \"f\", [](int number) { return number; });\n== this is wrong\n")
+expect_failure(checkWrongBindings "should say: TobrelScripts: this is wrong"
+    -Droot=${tree} -Dplatform=${root}/platform -Dcompiler=${compiler}
+    -Dscratch=${scratch}/wrongBindings)
+
+make_tree(${tree})
 file(WRITE ${tree}/src/core/lua/Raise.cpp "int f(lua_State* s) { return lua_error(s); }\n")
 expect_failure(checkRaiseSites "src/core/lua/Raise.cpp" -Droot=${tree})
 

@@ -7,7 +7,9 @@
 #include "core/lua/calls/LuaStackGuards.h"
 #include "port/StackBounds.h"
 
+#include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstddef>
 #include <utility>
 
@@ -118,6 +120,15 @@ void LuaStateSlot::runDeferred()
         for (std::function<void()>& action : due)
             action();
     }
+}
+
+bool LuaStateSlot::isEnumValue(const typed::TypeId& id, double value) const
+{
+    const auto known = m_enums.find(&id);
+    if (known == m_enums.end())
+        return true;
+    const std::vector<double>& values = known->second;
+    return std::find(values.begin(), values.end(), std::trunc(value)) != values.end();
 }
 
 void LuaStateSlot::pushGlobals(lua_State* state) const

@@ -33,6 +33,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -189,21 +190,45 @@ public:
 
     // Types by their tables
 
-    /// Registers `table` as the table of the existing type `name`, which keeps its address until
-    /// `removeType`.
-    void addType(const void* table, const tbMemory::String& name) { m_types.add(table, name); }
+    /// Registers `table` as the table of the existing type `type`, which stays until `removeType`.
+    void addType(const void* table, const LuaTypeIdentity& type) { m_types.add(table, type); }
 
-    /// Removes `table`, with whatever name. Allocates nothing.
+    /// Removes `table`, of whatever type. Allocates nothing.
     void forgetType(const void* table) { m_types.forget(table); }
 
-    /// Removes `table`, unless it is registered with another name object. Allocates nothing.
-    void removeType(const void* table, const tbMemory::String& name)
+    /// Removes `table`, unless it is registered for another type. Allocates nothing.
+    void removeType(const void* table, const LuaTypeIdentity& type) { m_types.remove(table, type); }
+
+    /// Returns the existing type that `table` belongs to, null if there is none.
+    const LuaTypeIdentity* findIdentity(const void* table) const { return m_types.find(table); }
+
+    /// Returns its name.
+    const tbMemory::String* findType(const void* table) const
     {
-        m_types.remove(table, name);
+        const LuaTypeIdentity* const type = m_types.find(table);
+        return type ? &type->fullName : nullptr;
     }
 
-    /// Returns the name of the existing type that `table` belongs to, null if there is none.
-    const tbMemory::String* findType(const void* table) const { return m_types.find(table); }
+    /// Makes `type` the one that objects of the host's type `id` are passed as.
+    void bindType(const typed::TypeId& id, const LuaTypeIdentity& type) { m_boundTypes.add(&id, type); }
+
+    /// Ends that, if it is so.
+    void unbindType(const typed::TypeId& id, const LuaTypeIdentity& type)
+    {
+        m_boundTypes.remove(&id, type);
+    }
+
+    /// Returns the type that objects of the host's type `id` are passed as, null if there is none.
+    const LuaTypeIdentity* findBoundType(const typed::TypeId& id) const { return m_boundTypes.find(&id); }
+
+    /// Declares the values of the host's enumeration `id`, in place of earlier ones.
+    void setEnumValues(const typed::TypeId& id, std::vector<double> values)
+    {
+        m_enums[&id] = std::move(values);
+    }
+
+    /// Returns whether `value` without fraction is one of `id`; true if none are declared.
+    bool isEnumValue(const typed::TypeId& id, double value) const;
 
     /// Lists the registry slot `key`, which holds the parts of an existing type (see
     /// LuaTypeTable.h).
@@ -243,6 +268,8 @@ private:
     int m_typeKey = LUA_NOREF;
 
     LuaTypeDirectory m_types; // the tables whose types exist
+    LuaTypeDirectory m_boundTypes; // those bound by type, by the addresses of their identities
+    std::unordered_map<const typed::TypeId*, std::vector<double>> m_enums;
     std::vector<int> m_typeParts;
 
     LuaSpareKeys m_spareKeys; // LuaRegistry.h takes them and puts them back

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <tbMemory/String.h>
+#include "core/lua/LuaTypeIdentity.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -9,30 +9,30 @@
 namespace tbScripts::lua
 {
 
-/// Maps the address of a user type's table to the type's name, for the types of one state that keep
-/// their tables alive.
+/// Maps the address of a user type's table to the type, for the types of one state that keep their
+/// tables alive.
 ///
 /// The library looks up every instance that it reads from a script here, so this is a hash table
 /// with open addressing: entries lie in one block, each at or behind the place of its address.
 class LuaTypeDirectory
 {
 public:
-    /// Adds `table` of the type `name`. A table that is listed already gets the new name.
+    /// Adds `table` of `type`. A table that is listed already gets the new type.
     ///
-    /// Requires: `name` stays at its address until `remove`.
-    void add(const void* table, const tbMemory::String& name)
+    /// Requires: `type` exists until `remove`.
+    void add(const void* table, const LuaTypeIdentity& type)
     {
         if ((m_count + 1) * 2 > m_entries.size())
             _grow();
         Entry& entry = m_entries[_placeOf(table)];
         m_count += entry.table ? 0 : 1;
-        entry = {table, &name};
+        entry = {table, &type};
     }
 
-    /// Removes `table`, unless a later `add` has given it another name object. Needs no memory.
-    void remove(const void* table, const tbMemory::String& name)
+    /// Removes `table`, unless a later `add` has given it to another type. Needs no memory.
+    void remove(const void* table, const LuaTypeIdentity& type)
     {
-        if (find(table) == &name)
+        if (find(table) == &type)
             forget(table);
     }
 
@@ -53,17 +53,17 @@ public:
         }
     }
 
-    /// Returns the name of the type whose table this is, null if there is none.
-    const tbMemory::String* find(const void* table) const
+    /// Returns the type whose table this is, null if there is none.
+    const LuaTypeIdentity* find(const void* table) const
     {
-        return m_entries[_placeOf(table)].name;
+        return m_entries[_placeOf(table)].type;
     }
 
 private:
     struct Entry
     {
         const void* table = nullptr;
-        const tbMemory::String* name = nullptr;
+        const LuaTypeIdentity* type = nullptr;
     };
 
     static constexpr std::size_t FIRST_SIZE = 16; // a power of two, as all sizes are
@@ -89,7 +89,7 @@ private:
         for (const Entry& entry : old)
         {
             if (entry.table)
-                add(entry.table, *entry.name);
+                add(entry.table, *entry.type);
         }
     }
 

@@ -1,7 +1,6 @@
 #include "environments/lua/LuaScriptCalls.h"
 
 #include "bindings/lua/values/LuaCallBridge.h"
-#include "core/lua/LuaErrorText.h"
 #include "core/lua/calls/LuaCallbackScope.h"
 #include "core/lua/references/LuaScriptObjectInterpreterReference.h"
 
@@ -12,38 +11,6 @@ namespace tbScripts::lua
 
 namespace
 {
-
-// Stack: the error value of a failed call stays.
-LuaCallOutcome outcomeOf(lua_State* state, int status)
-{
-    switch (status)
-    {
-    case LUA_ERRRUN:
-        return {EXECUTION_RUNTIME_ERROR, errorTextAt(state, -1)};
-    case LUA_ERRMEM:
-        return {EXECUTION_OUT_OF_MEMORY, errorTextAt(state, -1)};
-    case LUA_ERRERR:
-        return {EXECUTION_ERROR_IN_ERROR_HANDLER, errorTextAt(state, -1)};
-    default:
-        return {};
-    }
-}
-
-// For errors outside of the interpreter's own protected call, which then returns no status.
-std::int32_t codeOf(const std::string& errorText)
-{
-    return isOutOfMemory(errorText) ? EXECUTION_OUT_OF_MEMORY : EXECUTION_RUNTIME_ERROR;
-}
-
-// Completes the outcome of contained work, which completed if `isDone`.
-void completeOutcome(LuaHostCall& call, bool isDone, LuaCallOutcome& outcome)
-{
-    if (!isDone)
-        outcome.code = codeOf(outcome.errorText);
-    // By its message: a script may have caught the error and raised it again.
-    if (outcome.code != EXECUTION_SUCCESS && isOutOfMemory(outcome.errorText))
-        call.recoverMemory();
-}
 
 // Reads the topmost `count` values into `outputs`. Returns how many of them fit.
 std::size_t readOutputs(
@@ -96,7 +63,7 @@ LuaCallOutcome LuaScriptCalls::callFunction(
     LuaCallOutcome outcome;
     if (!call.admit(outcome.errorText))
     {
-        outcome.code = codeOf(outcome.errorText);
+        setCodeOfError(outcome);
         return outcome;
     }
 

@@ -2,30 +2,21 @@
 
 #include "core/lua/LuaApi.h"
 #include "core/lua/LuaStateHandle.h"
+#include "core/lua/calls/LuaCallOutcome.h"
 #include "core/lua/calls/LuaHostCall.h"
 #include "environments/lua/chunks/LuaChunkCache.h"
 #include "scripts/lua/LuaBytecode.h"
 
 #include "tbScripts/FunctionParameter.h"
-#include "tbScripts/ResultCodes.h"
 #include "tbScripts/ScriptObjectReference.h"
 
 #include <tbMemory/BufferView.h>
 #include <tbMemory/String.h>
 
 #include <cstddef>
-#include <cstdint>
-#include <string>
 
 namespace tbScripts::lua
 {
-
-/// How a run or a call ended.
-struct LuaCallOutcome
-{
-    std::int32_t code = EXECUTION_SUCCESS;
-    std::string errorText; // the interpreter's message, empty on success
-};
 
 /// Runs chunks and calls functions in one state, and caches what makes the next run faster.
 ///

@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <vector>
+#include <deque>
 
 namespace tbScripts::test
 {
@@ -13,16 +13,29 @@ class LuaTypeDirectoryTest : public ::testing::Test
 protected:
     static constexpr std::size_t MANY = 5000;
 
-    // Adds `MANY` tables, each with a name of its own.
+    struct Type final : lua::LuaTypeIdentity
+    {
+        Type()
+            : LuaTypeIdentity("T")
+        {
+        }
+    };
+
+    LuaTypeDirectoryTest()
+        : m_types(MANY)
+    {
+    }
+
+    // Adds `MANY` tables, each of a type of its own.
     void addMany()
     {
         for (std::size_t i = 0; i < MANY; ++i)
-            m_directory.add(&m_tables[i], m_names[i]);
+            m_directory.add(&m_tables[i], m_types[i]);
     }
 
     lua::LuaTypeDirectory m_directory;
     std::array<char, MANY> m_tables{}; // only their addresses count
-    std::vector<tbMemory::String> m_names = std::vector<tbMemory::String>(MANY, "T");
+    std::deque<Type> m_types;
 };
 
 TEST_F(LuaTypeDirectoryTest, KnowsNothingAtFirst)
@@ -31,34 +44,34 @@ TEST_F(LuaTypeDirectoryTest, KnowsNothingAtFirst)
     EXPECT_EQ(m_directory.find(nullptr), nullptr);
 }
 
-TEST_F(LuaTypeDirectoryTest, FindsTheNameOfEachTable)
+TEST_F(LuaTypeDirectoryTest, FindsTheTypeOfEachTable)
 {
     addMany();
 
     for (std::size_t i = 0; i < MANY; ++i)
-        ASSERT_EQ(m_directory.find(&m_tables[i]), &m_names[i]) << i;
+        ASSERT_EQ(m_directory.find(&m_tables[i]), &m_types[i]) << i;
 }
 
-TEST_F(LuaTypeDirectoryTest, TableIsRemovedUnlessItHasAnotherNameByNow)
+TEST_F(LuaTypeDirectoryTest, TableIsRemovedUnlessItIsOfAnotherTypeByNow)
 {
-    m_directory.add(&m_tables[0], m_names[0]);
-    m_directory.add(&m_tables[0], m_names[1]);
-    EXPECT_EQ(m_directory.find(&m_tables[0]), &m_names[1]);
+    m_directory.add(&m_tables[0], m_types[0]);
+    m_directory.add(&m_tables[0], m_types[1]);
+    EXPECT_EQ(m_directory.find(&m_tables[0]), &m_types[1]);
 
-    m_directory.remove(&m_tables[0], m_names[0]);
-    EXPECT_EQ(m_directory.find(&m_tables[0]), &m_names[1]);
-    m_directory.remove(&m_tables[0], m_names[1]);
+    m_directory.remove(&m_tables[0], m_types[0]);
+    EXPECT_EQ(m_directory.find(&m_tables[0]), &m_types[1]);
+    m_directory.remove(&m_tables[0], m_types[1]);
 
     EXPECT_EQ(m_directory.find(&m_tables[0]), nullptr);
 }
 
 TEST_F(LuaTypeDirectoryTest, RemovingUnknownTablesDoesNothing)
 {
-    m_directory.remove(&m_tables[0], m_names[0]);
-    m_directory.add(&m_tables[1], m_names[1]);
-    m_directory.remove(&m_tables[0], m_names[0]);
+    m_directory.remove(&m_tables[0], m_types[0]);
+    m_directory.add(&m_tables[1], m_types[1]);
+    m_directory.remove(&m_tables[0], m_types[0]);
 
-    EXPECT_EQ(m_directory.find(&m_tables[1]), &m_names[1]);
+    EXPECT_EQ(m_directory.find(&m_tables[1]), &m_types[1]);
 }
 
 // Whatever order they go in: those behind a gap have to be found all the same.
@@ -70,14 +83,14 @@ TEST_F(LuaTypeDirectoryTest, OthersAreFoundWhileTablesAreRemoved)
     for (std::size_t removed = 0; removed < MANY; ++removed)
     {
         const std::size_t gone = removed * STEP % MANY;
-        m_directory.remove(&m_tables[gone], m_names[gone]);
+        m_directory.remove(&m_tables[gone], m_types[gone]);
         ASSERT_EQ(m_directory.find(&m_tables[gone]), nullptr) << gone;
         const std::size_t next = (removed + 1) * STEP % MANY;
         const std::size_t last = (MANY - 1) * STEP % MANY;
         if (removed + 1 < MANY)
         {
-            ASSERT_EQ(m_directory.find(&m_tables[next]), &m_names[next]) << next;
-            ASSERT_EQ(m_directory.find(&m_tables[last]), &m_names[last]) << last;
+            ASSERT_EQ(m_directory.find(&m_tables[next]), &m_types[next]) << next;
+            ASSERT_EQ(m_directory.find(&m_tables[last]), &m_types[last]) << last;
         }
     }
 }
@@ -86,11 +99,11 @@ TEST_F(LuaTypeDirectoryTest, TablesCanBeAddedAgain)
 {
     addMany();
     for (std::size_t i = 0; i < MANY; ++i)
-        m_directory.remove(&m_tables[i], m_names[i]);
+        m_directory.remove(&m_tables[i], m_types[i]);
 
     addMany();
 
-    EXPECT_EQ(m_directory.find(&m_tables[MANY / 2]), &m_names[MANY / 2]);
+    EXPECT_EQ(m_directory.find(&m_tables[MANY / 2]), &m_types[MANY / 2]);
 }
 
 } // namespace tbScripts::test

@@ -3,6 +3,7 @@
 #include "bindings/BindingMessages.h"
 #include "bindings/lua/LuaRaise.h"
 #include "bindings/lua/functions/LuaFunction.h"
+#include "bindings/lua/typed/LuaTypedRun.h"
 #include "bindings/lua/values/LuaCallBridge.h"
 #include "core/LogSources.h"
 #include "core/lua/calls/LuaCallbackScope.h"
@@ -58,9 +59,19 @@ int runCatchingHostErrors(
     return RAISE_MESSAGE_ON_TOP;
 }
 
+int callTypedFunction(const LuaFunction& function, lua_State* state)
+{
+    FunctionDefinition& definition = function.getDefinition();
+    const TypedHold<FunctionDefinition> hold(definition);
+    return runTyped(
+        *function.getHandle().getSlot(), state, *definition.typed, definition.getName());
+}
+
 // The callable may destroy `function`; the call holds the definition, which it still needs.
 int callLivingFunction(LuaFunction& function, lua_State* state)
 {
+    if (function.getDefinition().typed)
+        return callTypedFunction(function, state);
     LuaCallbackScope scope(*function.getHandle().getSlot(), state);
     const HostFunctionCall call(function.getDefinition());
     std::unique_ptr<std::string> errorText;

@@ -247,6 +247,33 @@ void LuaNamespace::setVar(
         { pushHostObject(*m_handle.getSlot(), state, object, userTypeName); });
 }
 
+bool LuaNamespace::setEnumeration(
+    const typed::TypeId& type, const typed::Enumerator* enumerators, int count)
+{
+    LuaHostCall call(m_handle);
+    if (!_beginChange(call))
+        return false;
+    std::vector<double> values;
+    for (int i = 0; i < count; ++i)
+        values.push_back(static_cast<double>(enumerators[i].value));
+    call.getSlot().setEnumValues(type, std::move(values));
+    return call.run(
+        [&](lua_State* state)
+        {
+            pushNamedTable(state, m_fullName);
+            for (int i = 0; i < count; ++i)
+            {
+                const auto value = static_cast<lua_Number>(enumerators[i].value);
+                pushName(state, enumerators[i].name);
+                lua_pushnumber(state, value);
+                lua_rawset(state, -3);
+                lua_pushnumber(state, value);
+                pushName(state, enumerators[i].name);
+                lua_rawset(state, -3);
+            }
+        });
+}
+
 Namespace* LuaNamespace::setNamespace(const tbMemory::StringView& name)
 {
     return _declareIn(m_namespaces, name, [&] { return _declareNamespace(name); });

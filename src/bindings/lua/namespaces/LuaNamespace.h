@@ -1,5 +1,6 @@
 #pragma once
 
+#include "bindings/TypedNamespace.h"
 #include "bindings/lua/LuaOwner.h"
 #include "core/NameRegistry.h"
 #include "core/lua/LuaStateHandle.h"
@@ -22,7 +23,7 @@ class LuaUserType;
 ///
 /// Each operation begins with one `LuaHostCall`. A finaliser or the log receiver that runs during
 /// the call may release this namespace or its parent, which are then destroyed when the call ends.
-class LuaNamespace final : public Namespace
+class LuaNamespace final : public Namespace, public TypedNamespace
 {
 public:
     /// Publishes the namespace as global `name`. `isInstalled` returns whether that worked.
@@ -77,6 +78,8 @@ public:
     Function* setFunction(const tbMemory::StringView& name) override;
     void clear() override;
     void release() override;
+    bool setEnumeration(
+        const typed::TypeId& type, const typed::Enumerator* enumerators, int count) override;
 
 private:
     LuaNamespace(

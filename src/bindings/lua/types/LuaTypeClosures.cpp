@@ -3,7 +3,10 @@
 #include "bindings/BindingMessages.h"
 #include "bindings/lua/LuaRaise.h"
 #include "bindings/lua/functions/LuaFunction.h"
+#include "bindings/lua/typed/LuaTypedCall.h"
+#include "bindings/lua/typed/LuaTypedRun.h"
 #include "bindings/lua/types/LuaTypeCore.h"
+#include "bindings/lua/types/LuaTypeTable.h"
 #include "bindings/lua/values/LuaCallBridge.h"
 #include "core/lua/LuaNumber.h"
 #include "core/lua/LuaText.h"
@@ -71,15 +74,42 @@ LuaInstanceBox* boxToFinalise(lua_State* state)
     return isOurs ? static_cast<LuaInstanceBox*>(block) : nullptr;
 }
 
+// Returns the object of an instance, as one of the base class whose field this is.
+void* objectOf(const LuaTypeCore& core, lua_State* state, const LuaFieldLink& link, void* object)
+{
+    return link.base ? boundObjectAt(*core.handle.getSlot(), state, 1, *link.base) : object;
+}
+
+int readTypedField(const LuaTypeCore& core, lua_State* state, const LuaFieldLink& link, void* object)
+{
+    if (link.field->isReadDirectly)
+        return pushMember(state, objectOf(core, state, link, object), link.field->member);
+    GetterDefinition& definition = *link.field->getter;
+    const TypedHold<GetterDefinition> hold(definition);
+    return runTypedAccess(
+        *core.handle.getSlot(), state, *definition.typed, definition.getName());
+}
+
+bool hasTypedGetter(const LuaTypeField& field)
+{
+    return field.isReadDirectly || (field.getter && field.getter->typed);
+}
+
 int runReadField(lua_State* state)
 {
     const LuaFieldLink* const link = linkOf(state);
     const LuaTypeCore* const core = link ? link->anchor->core : nullptr;
-    if (!core || !link->field->getter)
+    if (!core || !(link->field->getter || link->field->isReadDirectly))
         return raiseFieldIsGone(state, link);
+    const int arguments = lua_gettop(state);
     const LuaInstanceBox* const box = core->instanceAt(state, 1);
     if (!box)
         return raiseNotAnInstance(state, *core);
+    if (hasTypedGetter(*link->field))
+    {
+        lua_settop(state, arguments); // the look at the instance may have left something
+        return readTypedField(*core, state, *link, box->object);
+    }
 
     LuaCallbackScope scope(*core->handle.getSlot(), state);
     const DefinitionCall<GetterDefinition> call(*link->field->getter);
@@ -113,16 +143,58 @@ int callSetter(
     return raiseText(state, errorText->c_str());
 }
 
+int writeMemberField(const LuaTypeCore& core, lua_State* state, const LuaFieldLink& link, void* object)
+{
+    constexpr int VALUE_INDEX = 2;
+    std::unique_ptr<std::string> errorText;
+    try
+    {
+        writeMember(
+            state,
+            objectOf(core, state, link, object),
+            link.field->member,
+            VALUE_INDEX,
+            link.field->memberName);
+        return 0;
+    }
+    catch (const std::string& thrown)
+    {
+        errorText = std::make_unique<std::string>(thrown);
+    }
+    return raiseText(state, errorText->c_str());
+}
+
+int writeTypedField(const LuaTypeCore& core, lua_State* state, const LuaFieldLink& link, void* object)
+{
+    if (link.field->isWrittenDirectly)
+        return writeMemberField(core, state, link, object);
+    SetterDefinition& definition = *link.field->setter;
+    const TypedHold<SetterDefinition> hold(definition);
+    return runTypedAccess(
+        *core.handle.getSlot(), state, *definition.typed, definition.getName());
+}
+
+bool hasTypedSetter(const LuaTypeField& field)
+{
+    return field.isWrittenDirectly || (field.setter && field.setter->typed);
+}
+
 int runWriteField(lua_State* state)
 {
     constexpr int VALUE_INDEX = 2;
     const LuaFieldLink* const link = linkOf(state);
     const LuaTypeCore* const core = link ? link->anchor->core : nullptr;
-    if (!core || !link->field->setter)
+    if (!core || !(link->field->setter || link->field->isWrittenDirectly))
         return raiseFieldIsGone(state, link);
+    const int arguments = lua_gettop(state);
     const LuaInstanceBox* const box = core->instanceAt(state, 1);
     if (!box)
         return raiseNotAnInstance(state, *core);
+    if (hasTypedSetter(*link->field))
+    {
+        lua_settop(state, arguments);
+        return writeTypedField(*core, state, *link, box->object);
+    }
 
     SetterDefinition& definition = *link->field->setter;
     return callSetter(
@@ -158,6 +230,7 @@ void fillIndexed(
 
 int runReadArray(const LuaTypeCore& core, lua_State* state)
 {
+    constexpr int INDEX_INDEX = 2;
     constexpr std::size_t PARAMETERS = 2;
     if (!core.arrayRead)
         return 0;
@@ -165,8 +238,16 @@ int runReadArray(const LuaTypeCore& core, lua_State* state)
     if (!box)
         return raiseNotAnInstance(state, core);
 
+    FunctionDefinition& definition = core.arrayRead->getDefinition();
+    if (definition.typed)
+    {
+        const TypedHold<FunctionDefinition> hold(definition);
+        lua_settop(state, INDEX_INDEX);
+        return runTypedAccess(*core.handle.getSlot(), state, *definition.typed, core.fullName);
+    }
+
     LuaCallbackScope scope(*core.handle.getSlot(), state);
-    const DefinitionCall<FunctionDefinition> call(core.arrayRead->getDefinition());
+    const DefinitionCall<FunctionDefinition> call(definition);
     std::unique_ptr<std::string> errorText;
     try
     {
@@ -192,11 +273,18 @@ int runWriteArray(const LuaTypeCore& core, lua_State* state)
     const LuaInstanceBox* const box = core.instanceAt(state, 1);
     if (!box)
         return raiseNotAnInstance(state, core);
+    SetterDefinition& definition = *core.arrayWrite->setter;
+    if (definition.typed)
+    {
+        const TypedHold<SetterDefinition> hold(definition);
+        lua_settop(state, VALUE_INDEX);
+        return runTypedAccess(*core.handle.getSlot(), state, *definition.typed, core.fullName);
+    }
 
     return callSetter(
         core,
         state,
-        *core.arrayWrite->setter,
+        definition,
         core.fullName,
         [&](const LuaCallBridge& bridge, std::vector<FunctionParameter>& parameters)
         {
@@ -205,11 +293,122 @@ int runWriteArray(const LuaTypeCore& core, lua_State* state)
         });
 }
 
+bool isReadable(const LuaTypeField& field)
+{
+    return hasTypedGetter(field);
+}
+
+bool isWritable(const LuaTypeField& field)
+{
+    return hasTypedSetter(field);
+}
+
+// Runs the host's look-up by name, on the arguments of the access.
+int runByName(const LuaTypeCore& core, lua_State* state, Counted<TypedCallable> callable)
+{
+    const int arguments = lua_gettop(state);
+    if (!core.instanceAt(state, 1))
+        return raiseNotAnInstance(state, core);
+    lua_settop(state, arguments);
+    return runTypedAccess(*core.handle.getSlot(), state, *callable, core.fullName);
+}
+
 // A method whose entry a script has removed from the table reads as nil, which is a result.
 bool isMethod(const LuaTypeCore& core, lua_State* state, int keyIndex)
 {
     return lua_type(state, keyIndex) == LUA_TSTRING &&
            findIn(core.methods, textAt(state, keyIndex)) != nullptr;
+}
+
+// Looks in the base classes for a field that `publish` can give to the type; returns whether there
+// is one.
+template <typename Find>
+const LuaTypeCore* findBaseWith(const LuaTypeCore& core, Find&& find)
+{
+    for (const std::shared_ptr<LuaTypeCore>& base : core.baseCores)
+    {
+        if (find(*base))
+            return base.get();
+        if (const LuaTypeCore* const further = findBaseWith(*base, find))
+            return further;
+    }
+    return nullptr;
+}
+
+const LuaTypeField* findField(const LuaTypeCore& core, lua_State* state, int keyIndex)
+{
+    const auto known = core.fields.find(keyOf(textAt(state, keyIndex)));
+    return known == core.fields.end() ? nullptr : &known->second;
+}
+
+// Adds a closure for a field of a base class to the table at `partIndex`, and leaves the closure on
+// the stack. Returns false if no base class has it. Upvalue 1 is the type's anchor.
+bool pushInheritedField(
+    const LuaTypeCore& core,
+    lua_State* state,
+    int partIndex,
+    bool (*isOffered)(const LuaTypeField& field),
+    lua_CFunction closure)
+{
+    const LuaTypeField* field = nullptr;
+    const LuaTypeCore* const base = findBaseWith(
+        core,
+        [&](const LuaTypeCore& candidate)
+        {
+            field = candidate.type ? findField(candidate, state, 2) : nullptr;
+            if (field && !isOffered(*field))
+                field = nullptr;
+            return field != nullptr;
+        });
+    if (!base)
+        return false;
+    void* const block = lua_newuserdata(state, sizeof(LuaFieldLink));
+    new (block) LuaFieldLink{anchorOf(state), field, base->type};
+    lua_pushvalue(state, lua_upvalueindex(1));
+    lua_pushcclosure(state, closure, 2);
+    lua_pushvalue(state, 2);
+    lua_pushvalue(state, -2);
+    lua_rawset(state, partIndex);
+    return true;
+}
+
+// Stack: +1, the entry of a base class for the key, and true; +0 and false if none has it.
+bool pushInheritedEntry(const LuaTypeCore& core, lua_State* state)
+{
+    const LuaTypeCore* const base = findBaseWith(
+        core,
+        [&](const LuaTypeCore& candidate)
+        {
+            if (!candidate.isAlive)
+                return false;
+            candidate.pushTable(state);
+            lua_pushvalue(state, 2);
+            lua_rawget(state, -2);
+            lua_remove(state, -2);
+            if (!lua_isnil(state, -1))
+                return true;
+            lua_pop(state, 1);
+            return false;
+        });
+    return base != nullptr;
+}
+
+// Reads what only the base classes or the host's look-up by name know; nil if they do not.
+int readFurther(const LuaTypeCore& core, lua_State* state, int readersIndex)
+{
+    if (lua_type(state, 2) != LUA_TSTRING)
+        return 0;
+    lua_settop(state, 2);
+    if (!core.baseCores.empty() &&
+        pushInheritedField(core, state, readersIndex, &isReadable, &readField))
+    {
+        lua_pushvalue(state, 1);
+        lua_call(state, 1, 1);
+        return 1;
+    }
+    if (!core.baseCores.empty() && pushInheritedEntry(core, state))
+        return 1;
+    return core.readByName ? runByName(core, state, core.readByName) : 0;
 }
 
 int runReadOther(lua_State* state)
@@ -236,7 +435,30 @@ int runReadOther(lua_State* state)
     }
     if (!isAlive)
         return raiseTypeIsGone(state);
-    return isMethod(*core, state, 2) ? 1 : 0;
+    if (isMethod(*core, state, 2))
+        return 1;
+    return core->hasFurtherReads() ? readFurther(*core, state, readersIndex) : 0;
+}
+
+// Writes what only the base classes or the host's look-up by name know.
+int writeFurther(const LuaTypeCore& core, lua_State* state)
+{
+    if (lua_type(state, 2) != LUA_TSTRING)
+        return 0;
+    lua_settop(state, 3);
+    if (!core.baseCores.empty() && core.isAlive)
+    {
+        LuaTypeTable::pushWriters(state, core.partsKey);
+        if (pushInheritedField(core, state, lua_gettop(state), &isWritable, &writeField))
+        {
+            lua_pushvalue(state, 1);
+            lua_pushvalue(state, 3);
+            lua_call(state, 2, 0);
+            return 0;
+        }
+        lua_settop(state, 3);
+    }
+    return core.writeByName ? runByName(core, state, core.writeByName) : 0;
 }
 
 int runWriteOther(lua_State* state)
@@ -244,7 +466,9 @@ int runWriteOther(lua_State* state)
     const LuaTypeCore* const core = coreOf(state);
     if (!core || !core->isAlive)
         return raiseTypeIsGone(state);
-    return lua_isnumber(state, 2) ? runWriteArray(*core, state) : 0;
+    if (lua_isnumber(state, 2))
+        return runWriteArray(*core, state);
+    return core->hasFurtherWrites() ? writeFurther(*core, state) : 0;
 }
 
 int runReadElement(lua_State* state)
@@ -264,6 +488,12 @@ int runMakeInstance(lua_State* state)
     const LuaTypeCore* const core = coreOf(state);
     if (!core || !core->isAlive || !core->handle.get())
         return raiseTypeIsGone(state);
+    if (core->constructor && core->constructor->typed)
+    {
+        ConstructorDefinition& definition = *core->constructor;
+        const TypedHold<ConstructorDefinition> hold(definition);
+        return runTypedConstructor(state, *core, *definition.typed, lua_upvalueindex(2));
+    }
     // The block gets its metatable after its object: until then nothing must be destroyed.
     void* const block = lua_newuserdata(state, INSTANCE_BOX_SIZE);
     std::memset(block, 0, INSTANCE_BOX_SIZE);
@@ -282,14 +512,23 @@ int runMakeInstance(lua_State* state)
     return 1;
 }
 
+// Gives up the share that the instance holds. Returns whether it held one.
+bool releaseShare(LuaTypeCore& core, lua_State* state, LuaInstanceBox& box)
+{
+    const LuaCallbackScope scope(*core.handle.getSlot(), state);
+    return core.releaseHolder(box);
+}
+
 int runFinaliseInstance(lua_State* state)
 {
-    const LuaTypeCore* const core = coreOf(state);
+    LuaTypeCore* const core = coreOf(state);
     if (!core)
         return 0;
     LuaInstanceBox* const box = boxToFinalise(state);
     if (!box)
         return raiseNotAnInstance(state, *core);
+    if (!core->holders.empty() && releaseShare(*core, state, *box))
+        return 0;
     if (!box->gcEnabled || box->isDestroyed)
         return 0;
 
@@ -298,6 +537,15 @@ int runFinaliseInstance(lua_State* state)
     box->isDestroyed = true; // before the destructor, which may call this function again
     call.getCallable()(box->object);
     return 0;
+}
+
+// Returns whether the instance at `index` holds a share of its object: scripts cannot own it alone.
+bool isShared(const LuaTypeCore& core, lua_State* state, int index, const LuaInstanceBox& box)
+{
+    const LuaTypeIdentity* const type = livingIdentityAt(*core.handle.getSlot(), state, index, &box);
+    // Only cores are registered as types.
+    const auto* const own = type ? static_cast<const LuaTypeCore*>(type) : &core;
+    return !own->holders.empty() && own->findHolder(box);
 }
 
 int runSetGcEnabled(lua_State* state, bool isEnabled)
@@ -310,7 +558,7 @@ int runSetGcEnabled(lua_State* state, bool isEnabled)
         top > 0 ? boxAt(*core->handle.getSlot(), state, top) : LuaInstance{};
     if (!instance.box)
         return raiseNotAnInstance(state, *core);
-    if (!instance.box->isDestroyed)
+    if (!instance.box->isDestroyed && !isShared(*core, state, top, *instance.box))
         instance.box->gcEnabled = isEnabled;
     return 0;
 }

@@ -28,26 +28,33 @@ int releaseTypeAnchor(lua_State* state)
 } // namespace
 
 LuaTypeCore::LuaTypeCore(const LuaStateHandle& stateHandle, const tbMemory::StringView& name)
-    : handle(stateHandle)
-    , fullName(name)
+    : LuaTypeIdentity(name)
+    , handle(stateHandle)
 {
 }
 
 LuaTypeCore::~LuaTypeCore()
 {
     forgetTable();
+    // Of instances whose finaliser a script has taken away.
+    for (const auto& [box, share] : holders)
+        share.release(share.holder);
 }
 
 void LuaTypeCore::setTable(const void* typeTable)
 {
-    handle.getSlot()->addType(typeTable, fullName);
+    handle.getSlot()->addType(typeTable, *this);
     table = typeTable;
 }
 
 void LuaTypeCore::forgetTable()
 {
-    if (const void* const forgotten = std::exchange(table, nullptr))
-        handle.getSlot()->removeType(forgotten, fullName);
+    const void* const forgotten = std::exchange(table, nullptr);
+    if (!forgotten)
+        return;
+    handle.getSlot()->removeType(forgotten, *this);
+    if (type)
+        handle.getSlot()->unbindType(*type, *this);
 }
 
 LuaInstanceBox* LuaTypeCore::boxAt(lua_State* state, int index) const
@@ -62,6 +69,49 @@ LuaInstanceBox* LuaTypeCore::instanceAt(lua_State* state, int index) const
 {
     LuaInstanceBox* const box = boxAt(state, index);
     return box && !box->isDestroyed ? box : nullptr;
+}
+
+void LuaTypeCore::bindTo(const typed::TypeId& id)
+{
+    if (type && type != &id)
+        handle.getSlot()->unbindType(*type, *this);
+    handle.getSlot()->bindType(id, *this);
+    type = &id;
+}
+
+void LuaTypeCore::pushTable(lua_State* state) const
+{
+    constexpr int PART_TABLE = 1; // see LuaTypeTable.cpp
+    lua_rawgeti(state, LUA_REGISTRYINDEX, partsKey);
+    lua_rawgeti(state, -1, PART_TABLE);
+    lua_remove(state, -2);
+}
+
+void LuaTypeCore::addHolder(const LuaInstanceBox& box, const LuaHolder& holder)
+{
+    holders[&box] = holder;
+}
+
+const LuaHolder* LuaTypeCore::findHolder(const LuaInstanceBox& box) const
+{
+    const auto known = holders.find(&box);
+    const bool isThere = known != holders.end() && known->second.object == box.object;
+    return isThere ? &known->second : nullptr;
+}
+
+bool LuaTypeCore::releaseHolder(LuaInstanceBox& box)
+{
+    const auto known = holders.find(&box);
+    if (known == holders.end())
+        return false;
+    // The block of an instance that a script took away from its finaliser may have become another's.
+    const bool isOfBox = known->second.object == box.object;
+    const LuaHolder holder = known->second;
+    holders.erase(known);
+    if (isOfBox)
+        box.isDestroyed = true;
+    holder.release(holder.holder);
+    return isOfBox;
 }
 
 void pushTypeAnchor(lua_State* state, const std::shared_ptr<LuaTypeCore>& core)

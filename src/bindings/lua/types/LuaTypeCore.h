@@ -6,6 +6,7 @@
 #include "core/NameRegistry.h"
 #include "core/lua/LuaApi.h"
 #include "core/lua/LuaStateHandle.h"
+#include "core/lua/LuaTypeIdentity.h"
 
 #include "tbScripts/UserType.h"
 
@@ -16,6 +17,7 @@
 #include <memory>
 #include <string>
 #include <unordered_map>
+#include <vector>
 
 namespace tbScripts::lua
 {
@@ -30,12 +32,27 @@ struct LuaTypeField
 {
     Counted<GetterDefinition> getter;
     Counted<SetterDefinition> setter; // prepared parameters: instance, value, ...
+
+    // A plain data member, which the typed layer has declared in place of getter or setter.
+    typed::Member member{};
+    tbMemory::String memberName; // of one that is written directly, for messages
+    bool isReadDirectly = false;
+    bool isWrittenDirectly = false;
+};
+
+/// A share of an object that others own too.
+struct LuaHolder
+{
+    void* holder;
+    const typed::TypeId* type; // of the holder
+    const void* object;        // what the instance showed when it got the share
+    void (*release)(void* holder);
 };
 
 /// The declarations of a user type, which its closures use. The core outlives its type as long as
 /// instances exist, because the last of them still needs the destructor
 /// (docs/decisions/0009-type-cores-outlive-types.md).
-struct LuaTypeCore : LuaKeptObject
+struct LuaTypeCore : LuaKeptObject, LuaTypeIdentity, std::enable_shared_from_this<LuaTypeCore>
 {
     LuaTypeCore(const LuaStateHandle& stateHandle, const tbMemory::StringView& name);
 
@@ -58,8 +75,33 @@ struct LuaTypeCore : LuaKeptObject
     /// Returns the box at `index` if it is an instance of this type whose object exists, else null.
     LuaInstanceBox* instanceAt(lua_State* state, int index) const;
 
+    /// Returns one more share of this core.
+    std::shared_ptr<LuaTypeCore> getShared() const
+    {
+        return std::const_pointer_cast<LuaTypeCore>(shared_from_this());
+    }
+
+    /// Makes objects of the host's type `id` instances of this type.
+    void bindTo(const typed::TypeId& id);
+
+    /// Stack: +1, the type's table. Requires: the type exists.
+    void pushTable(lua_State* state) const;
+
+    /// Notes that `box` holds a share of its object, which `release(holder)` gives up. May throw;
+    /// the share is then the caller's still.
+    void addHolder(const LuaInstanceBox& box, const LuaHolder& holder);
+
+    /// Returns the share that `box` holds, null if it has none.
+    const LuaHolder* findHolder(const LuaInstanceBox& box) const;
+
+    /// Gives up the share that `box` holds, if it has one. Returns whether it had.
+    bool releaseHolder(LuaInstanceBox& box);
+
+    bool hasFurtherReads() const { return readByName || !baseCores.empty(); }
+
+    bool hasFurtherWrites() const { return writeByName || !baseCores.empty(); }
+
     LuaStateHandle handle;
-    tbMemory::String fullName;
     bool isAlive = true;         // false after the type was destroyed
     const void* table = nullptr; // identity of the type's table; null after `forgetTable`
     Counted<ConstructorDefinition> constructor;
@@ -73,6 +115,17 @@ struct LuaTypeCore : LuaKeptObject
     OwningRegistry<LuaFunction> methods;
     LuaFunction* arrayRead = nullptr;   // among the methods
     LuaTypeField* arrayWrite = nullptr; // among the fields
+    int partsKey = LUA_NOREF;           // registry slot of the table's parts while the type exists
+
+    // The shares of instances that the typed layer made of shared pointers.
+    std::unordered_map<const LuaInstanceBox*, LuaHolder> holders;
+
+    // The host's look-up of names that are neither fields nor methods; either may be empty.
+    Counted<TypedCallable> readByName;
+    Counted<TypedCallable> writeByName;
+
+    // The types of base classes that were declared, whose fields these instances have too.
+    std::vector<std::shared_ptr<LuaTypeCore>> baseCores;
 };
 
 /// The block of the interpreter through which the closures of a type reach its core, and which
@@ -97,7 +150,10 @@ struct LuaTypeAnchor
 struct LuaFieldLink
 {
     const LuaTypeAnchor* anchor;
-    const LuaTypeField* field; // part of the anchor's core, valid as long as the core
+    const LuaTypeField* field; // part of the anchor's core, or of a base's that this holds
+
+    // The host's type whose field it is, if that is a base class; else null.
+    const typed::TypeId* base;
 };
 
 /// Stack: +1, a new anchor of `core`.

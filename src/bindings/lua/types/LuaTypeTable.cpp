@@ -5,6 +5,7 @@
 #include "core/lua/LuaTables.h"
 #include "core/lua/LuaText.h"
 
+#include <array>
 #include <cstring>
 #include <new>
 #include <string>
@@ -49,6 +50,11 @@ return read, write
 constexpr const char* NAME_OF_DISPATCHERS = "=user type";
 
 constexpr const char* FINALISER = "__gc";
+
+// What the interpreter looks up in the instance's metatable only.
+constexpr std::array<const char*, 15> INHERITED_ENTRIES{
+    "__tostring", "__unm", "__add", "__sub", "__mul", "__div", "__mod", "__pow",
+    "__concat", "__eq", "__lt", "__le", "__len", "__call", "__pairs"};
 
 // Stack: +1, part `part` of the parts at `partsIndex`.
 void pushPart(lua_State* state, int partsIndex, int part)
@@ -120,7 +126,7 @@ void publishField(
         void* const block = lua_newuserdata(state, sizeof(LuaFieldLink));
         pushPart(state, partsIndex, PART_ANCHOR);
         const auto* const anchor = static_cast<const LuaTypeAnchor*>(lua_touserdata(state, -1));
-        new (block) LuaFieldLink{anchor, &field};
+        new (block) LuaFieldLink{anchor, &field, nullptr};
         lua_pushcclosure(state, closure, 2);
         lua_rawset(state, -3);
     }
@@ -324,6 +330,33 @@ void LuaTypeTable::restoreFinalisers(const LuaStateSlot& slot, lua_State* state)
             restoreFinaliser(state);
         lua_pop(state, 1);
     }
+}
+
+void LuaTypeTable::pushWriters(lua_State* state, int partsKey)
+{
+    lua_rawgeti(state, LUA_REGISTRYINDEX, partsKey);
+    pushPart(state, lua_gettop(state), PART_WRITERS);
+    lua_remove(state, -2);
+}
+
+void LuaTypeTable::inheritOperators(lua_State* state)
+{
+    const int baseIndex = lua_gettop(state);
+    pushPart(state, baseIndex - 1, PART_TABLE);
+    const int tableIndex = baseIndex + 1;
+    for (const char* const name : INHERITED_ENTRIES)
+    {
+        lua_pushstring(state, name);
+        lua_rawget(state, tableIndex);
+        const bool isOwn = !lua_isnil(state, -1);
+        lua_pop(state, 1);
+        if (isOwn)
+            continue;
+        lua_pushstring(state, name);
+        lua_rawget(state, baseIndex);
+        setEntry(state, tableIndex, name);
+    }
+    lua_settop(state, baseIndex - 1);
 }
 
 void LuaTypeTable::publishFactory(lua_State* state)

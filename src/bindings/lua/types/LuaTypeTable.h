@@ -59,6 +59,13 @@ public:
     /// not run on its behalf. Stack: +0; no parts are needed.
     static void restoreFinalisers(const LuaStateSlot& slot, lua_State* state);
 
+    /// Stack: +1, the writers of the type whose parts have that registry slot. No parts are needed.
+    static void pushWriters(lua_State* state, int partsKey);
+
+    /// Gives the type the operators of the base class, whose table is on top of the stack, that it
+    /// has not got itself. The parts are below. Stack: -1.
+    static void inheritOperators(lua_State* state);
+
     static void publishFactory(lua_State* state);
     static void publishFinaliser(lua_State* state);
 

@@ -1,8 +1,10 @@
 #include "bindings/lua/types/LuaUserType.h"
 
 #include "bindings/BindingMessages.h"
+#include "bindings/FunctionAccess.h"
 #include "bindings/lua/LuaNamedTables.h"
 #include "bindings/lua/functions/LuaFunction.h"
+#include "bindings/lua/typed/LuaPairs.h"
 #include "bindings/lua/types/LuaTypeTable.h"
 #include "core/ExceptionContainment.h"
 #include "core/LogSources.h"
@@ -25,6 +27,7 @@ namespace
 {
 
 constexpr const char* SEPARATOR = "::";
+constexpr const char* WALK = "__pairs";
 constexpr const char* ARRAY_READ = "__arrayRead";
 constexpr const char* ARRAY_WRITE = "__arrayWrite";
 
@@ -65,7 +68,19 @@ void setCallable(
 {
     if (!definition)
         definition = makeCounted<Definition>(name);
-    std::swap(editDefinition(definition).callable, callable);
+    editDefinition(definition).setCallable(callable);
+}
+
+// The same for a callable of the typed layer.
+template <typename Definition>
+void setTyped(
+    Counted<Definition>& definition,
+    const Counted<SharedName>& name,
+    Counted<TypedCallable>& callable)
+{
+    if (!definition)
+        definition = makeCounted<Definition>(name);
+    std::swap(editDefinition(definition).typed, callable);
 }
 
 void dropMethods(LuaTypeCore& core)
@@ -90,7 +105,17 @@ void dropFields(LuaTypeCore& core)
     {
         getters.push_back(std::move(field.getter));
         setters.push_back(std::move(field.setter));
+        field.isReadDirectly = false;
+        field.isWrittenDirectly = false;
     }
+}
+
+void dropFurther(LuaTypeCore& core)
+{
+    const Counted<TypedCallable> readByName = std::exchange(core.readByName, {});
+    const Counted<TypedCallable> writeByName = std::exchange(core.writeByName, {});
+    const auto baseCores = std::exchange(core.baseCores, {});
+    core.bases.clear();
 }
 
 // Returns the method that `declare` creates, looked up after its host call has ended: deferred
@@ -162,6 +187,7 @@ bool LuaUserType::install(const LuaStateHandle& handle)
     Destructor destructor = (*m_core->destructor).callable;
     setCallable(core->destructor, makeCounted<SharedName>(getFullName()), destructor);
     core->hasOwnDestructor = m_core->hasOwnDestructor;
+    const typed::TypeId* const boundType = m_core->type;
     m_core = std::move(core);
 
     NAMED_TABLE before = NAMED_TABLE::FOREIGN;
@@ -175,8 +201,10 @@ bool LuaUserType::install(const LuaStateHandle& handle)
             if (m_core->constructor)
                 LuaTypeTable::publishFactory(state);
             lua_pushvalue(state, -1);
-            m_partsKey = takeRegistrySlot(slot, state);
-            slot.addTypeParts(m_partsKey);
+            if (boundType)
+                m_core->bindTo(*boundType);
+            m_core->partsKey = takeRegistrySlot(slot, state);
+            slot.addTypeParts(m_core->partsKey);
             LuaTypeTable::pushTable(state);
             m_owner.publish(slot, state, getName()); // this may change or destroy the type
             LuaTypeTable::replaceEarlier(*m_core, state);
@@ -199,7 +227,7 @@ void LuaUserType::uninstall()
     m_core->forgetTable();
     if (!isInstalled())
     {
-        m_partsKey = LUA_NOREF;
+        m_core->partsKey = LUA_NOREF;
         _dropMembers();
         return;
     }
@@ -218,7 +246,7 @@ void LuaUserType::uninstall()
 
 bool LuaUserType::isInstalled() const
 {
-    return m_partsKey != LUA_NOREF && m_core->handle.get();
+    return m_core->partsKey != LUA_NOREF && m_core->handle.get();
 }
 
 Function* LuaUserType::getMethod(const tbMemory::StringView& name) const
@@ -327,6 +355,132 @@ void LuaUserType::setArrayAccess(UserTypeArrayDescriptor descriptor)
          FunctionParameter::ofType(descriptor.type, descriptor.userTypeName)});
 }
 
+void LuaUserType::setType(const typed::TypeId& type)
+{
+    LuaHostCall call(m_core->handle);
+    if (_isUsable(call))
+        m_core->bindTo(type);
+}
+
+void LuaUserType::setTypedConstructor(Counted<TypedCallable> constructor)
+{
+    LuaHostCall call(m_core->handle);
+    if (!_isUsable(call))
+        return;
+    setTyped(m_core->constructor, makeCounted<SharedName>(getFullName()), constructor);
+    _runWithParts(call, [](lua_State* state) { LuaTypeTable::publishFactory(state); });
+}
+
+void LuaUserType::setMember(const tbMemory::StringView& name, const typed::Member& member)
+{
+    LuaHostCall call(m_core->handle);
+    if (!_isUsable(call))
+        return;
+    const std::shared_ptr<LuaTypeCore> core = m_core; // publishing may end this type
+    LuaTypeField& field = core->fields[keyOf(name)];
+    field.member = member;
+    field.memberName = name;
+    field.isReadDirectly = true;
+    field.isWrittenDirectly = !member.isReadOnly;
+    _runWithParts(
+        call,
+        [&](lua_State* state)
+        {
+            LuaTypeTable::publishGetter(state, name, field);
+            if (field.isWrittenDirectly)
+                LuaTypeTable::publishSetter(state, name, field);
+        });
+}
+
+void LuaUserType::setTypedProperty(
+    const tbMemory::StringView& name, Counted<TypedCallable> getter, Counted<TypedCallable> setter)
+{
+    LuaHostCall call(m_core->handle);
+    if (!_isUsable(call))
+        return;
+    const std::shared_ptr<LuaTypeCore> core = m_core; // publishing may end this type
+    LuaTypeField& field = core->fields[keyOf(name)];
+    const bool hasGetter = static_cast<bool>(getter);
+    const bool hasSetter = static_cast<bool>(setter);
+    if (hasGetter)
+    {
+        field.isReadDirectly = false;
+        setTyped(field.getter, nameOf(field, name), getter);
+    }
+    if (hasSetter)
+    {
+        field.isWrittenDirectly = false;
+        setTyped(field.setter, nameOf(field, name), setter);
+    }
+    _runWithParts(
+        call,
+        [&](lua_State* state)
+        {
+            if (hasGetter)
+                LuaTypeTable::publishGetter(state, name, field);
+            if (hasSetter)
+                LuaTypeTable::publishSetter(state, name, field);
+        });
+}
+
+void LuaUserType::setTypedIndex(Counted<TypedCallable> read, Counted<TypedCallable> write)
+{
+    LuaHostCall call(m_core->handle);
+    if (!_isUsable(call))
+        return;
+    if (read)
+    {
+        if (Function* const function = _declareMethod(ARRAY_READ, {}))
+            FunctionAccess::bindTyped(*function, std::move(read));
+    }
+    if (!write || !_isUsable(call))
+        return;
+    LuaTypeField& field = m_core->fields[keyOf(ARRAY_WRITE)];
+    setTyped(field.setter, nameOf(field, ARRAY_WRITE), write);
+    m_core->arrayWrite = &field;
+}
+
+void LuaUserType::setTypedNames(Counted<TypedCallable> read, Counted<TypedCallable> write)
+{
+    LuaHostCall call(m_core->handle);
+    if (!_isUsable(call))
+        return;
+    if (read)
+        std::swap(m_core->readByName, read);
+    if (write)
+        std::swap(m_core->writeByName, write);
+}
+
+void LuaUserType::setTypedIteration(Counted<TypedCallable> walk)
+{
+    if (Function* const function = setStaticMethod(WALK))
+        FunctionAccess::bindTyped(*function, std::move(walk));
+    LuaHostCall call(m_core->handle);
+    if (_isUsable(call))
+        call.run([&](lua_State* state) { teachPairs(call.getSlot(), state); });
+}
+
+bool LuaUserType::addBase(const typed::TypeId& base, void* (*toBase)(void* object))
+{
+    LuaHostCall call(m_core->handle);
+    if (!_isUsable(call))
+        return true; // not for want of the base class
+    const LuaTypeIdentity* const bound = call.getSlot().findBoundType(base);
+    if (!bound)
+        return false;
+    // Only cores are registered as types, and each belongs to a shared pointer.
+    const auto& baseCore = static_cast<const LuaTypeCore&>(*bound);
+    m_core->bases.push_back({&base, toBase});
+    m_core->baseCores.push_back(baseCore.getShared());
+    return _runWithParts(
+        call,
+        [&](lua_State* state)
+        {
+            baseCore.pushTable(state);
+            LuaTypeTable::inheritOperators(state);
+        });
+}
+
 void LuaUserType::clear()
 {
     LuaHostCall call(m_core->handle, LuaHostCall::ENTRY::UPKEEP);
@@ -344,7 +498,7 @@ void LuaUserType::_abandon(LuaHostCall& call, NAMED_TABLE before)
 {
     m_core->isAlive = false;
     m_core->forgetTable();
-    if (before == NAMED_TABLE::OF_USER_TYPE && m_partsKey != LUA_NOREF)
+    if (before == NAMED_TABLE::OF_USER_TYPE && m_core->partsKey != LUA_NOREF)
         _runWithParts(call, &LuaTypeTable::restoreFormer);
     if (LuaStateSlot* const slot = m_core->handle.getSlot())
         _freeParts(*slot);
@@ -414,6 +568,7 @@ void LuaUserType::_setGetter(
     decltype(UserTypeFieldDescriptor::getter)& getter)
 {
     LuaTypeField& field = m_core->fields[keyOf(name)];
+    field.isReadDirectly = false;
     setCallable(field.getter, nameOf(field, name), getter);
     _runWithParts(call, [&](lua_State* state) { LuaTypeTable::publishGetter(state, name, field); });
 }
@@ -425,6 +580,7 @@ void LuaUserType::_setSetter(
     std::initializer_list<FunctionParameter> parameters)
 {
     LuaTypeField& field = m_core->fields[keyOf(name)];
+    field.isWrittenDirectly = false;
     setCallable(field.setter, nameOf(field, name), setter);
     for (const FunctionParameter& parameter : parameters)
         (*field.setter).addParameter(parameter);
@@ -440,7 +596,7 @@ bool LuaUserType::_runWithParts(LuaHostCall& call, Work&& work)
     const bool isDone = call.run(
         [&](lua_State* state)
         {
-            lua_rawgeti(state, LUA_REGISTRYINDEX, m_partsKey);
+            lua_rawgeti(state, LUA_REGISTRYINDEX, m_core->partsKey);
             hasParts = lua_istable(state, -1); // see reserveReferences in LuaStateSlot.cpp
             if (hasParts)
                 work(state);
@@ -450,8 +606,8 @@ bool LuaUserType::_runWithParts(LuaHostCall& call, Work&& work)
 
 void LuaUserType::_freeParts(LuaStateSlot& slot)
 {
-    slot.removeTypeParts(m_partsKey);
-    freeRegistrySlot(slot, std::exchange(m_partsKey, LUA_NOREF));
+    slot.removeTypeParts(m_core->partsKey);
+    freeRegistrySlot(slot, std::exchange(m_core->partsKey, LUA_NOREF));
 }
 
 void LuaUserType::_dropMembers()
@@ -461,6 +617,7 @@ void LuaUserType::_dropMembers()
     const std::shared_ptr<LuaTypeCore> core = m_core;
     dropMethods(*core);
     dropFields(*core);
+    dropFurther(*core);
 }
 
 } // namespace tbScripts::lua

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "bindings/TypedUserType.h"
 #include "bindings/lua/LuaNamedTables.h"
 #include "bindings/lua/LuaOwner.h"
 #include "bindings/lua/types/LuaTypeCore.h"
@@ -20,7 +21,7 @@ class LuaHostCall;
 ///
 /// Each operation begins with one `LuaHostCall`. A finaliser or the log receiver that runs during
 /// the call may clear or release this type, which is then destroyed when the call ends.
-class LuaUserType final : public UserType
+class LuaUserType final : public UserType, public TypedUserType
 {
 public:
     /// Publishes the type as global `name`. `isInstalled` returns whether that worked.
@@ -62,6 +63,18 @@ public:
     void setField(UserTypeFieldDescriptor descriptor) override;
     void setArrayAccess(UserTypeArrayDescriptor descriptor) override;
     void clear() override;
+
+    void setType(const typed::TypeId& type) override;
+    void setTypedConstructor(Counted<TypedCallable> constructor) override;
+    void setMember(const tbMemory::StringView& name, const typed::Member& member) override;
+    void setTypedProperty(
+        const tbMemory::StringView& name,
+        Counted<TypedCallable> getter,
+        Counted<TypedCallable> setter) override;
+    void setTypedIndex(Counted<TypedCallable> read, Counted<TypedCallable> write) override;
+    void setTypedNames(Counted<TypedCallable> read, Counted<TypedCallable> write) override;
+    void setTypedIteration(Counted<TypedCallable> walk) override;
+    bool addBase(const typed::TypeId& base, void* (*toBase)(void* object)) override;
 
 private:
     LuaUserType(
@@ -114,7 +127,6 @@ private:
     LuaOwner m_owner;
     LuaOwner m_ownerOfMethods = LuaOwner::globals(); // this type's table, from the first method on
     std::shared_ptr<LuaTypeCore> m_core;             // never null
-    int m_partsKey = LUA_NOREF;                      // registry slot of the table's parts
 };
 
 } // namespace tbScripts::lua

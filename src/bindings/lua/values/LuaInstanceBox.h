@@ -72,13 +72,20 @@ void replaceEarlierType(LuaStateSlot& slot, lua_State* state, const tbMemory::St
 /// one. Never raises.
 LuaInstance boxOfAnyType(const LuaStateSlot& slot, lua_State* state, int index, void* block);
 
-/// Returns the name of the existing type whose metatable the box-sized `block` at `index` has, else
-/// null.
+/// Returns the existing type whose metatable the box-sized `block` at `index` has, else null.
+inline const LuaTypeIdentity*
+livingIdentityAt(const LuaStateSlot& slot, lua_State* state, int index, const void* block)
+{
+    const void* const table = metatableOf(state, index, block);
+    return table ? slot.findIdentity(table) : nullptr;
+}
+
+/// Returns its name.
 inline const tbMemory::String*
 livingTypeAt(const LuaStateSlot& slot, lua_State* state, int index, const void* block)
 {
-    const void* const table = metatableOf(state, index, block);
-    return table ? slot.findType(table) : nullptr;
+    const LuaTypeIdentity* const type = livingIdentityAt(slot, state, index, block);
+    return type ? &type->fullName : nullptr;
 }
 
 /// Returns the box at `index`, also if its object was destroyed; without box if the value is no

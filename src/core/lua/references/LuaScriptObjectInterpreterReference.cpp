@@ -72,11 +72,23 @@ bool LuaScriptObjectInterpreterReference::_runOwnRelease(std::string& errorText)
 int LuaScriptObjectInterpreterReference::slotOf(
     const ScriptObjectReference& reference, const LuaStateHandle& handle)
 {
+    const LuaScriptObjectInterpreterReference* const ours = _find(reference);
+    return ours && ours->m_handle.sharesStateWith(handle) ? ours->m_slot : 0;
+}
+
+LuaStateHandle LuaScriptObjectInterpreterReference::handleOf(const ScriptObjectReference& reference)
+{
+    const LuaScriptObjectInterpreterReference* const ours = _find(reference);
+    return ours ? ours->m_handle : LuaStateHandle();
+}
+
+const LuaScriptObjectInterpreterReference*
+LuaScriptObjectInterpreterReference::_find(const ScriptObjectReference& reference)
+{
     const ScriptObjectInterpreterReference* const value = reference.getInterpreterReference();
     if (!value || ScriptObjectInterpreterReferenceAccess::getInterpreter(*value) != INTERPRETER_LUA)
-        return 0; // of no class of ours
-    const auto& ours = static_cast<const LuaScriptObjectInterpreterReference&>(*value);
-    return ours.m_handle.sharesStateWith(handle) ? ours.m_slot : 0;
+        return nullptr;
+    return static_cast<const LuaScriptObjectInterpreterReference*>(value);
 }
 
 void pushReferenced(

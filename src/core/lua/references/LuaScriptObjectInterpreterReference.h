@@ -53,7 +53,14 @@ public:
     /// none there: an empty reference, one of another or of a closed state, one of a foreign class.
     static int slotOf(const ScriptObjectReference& reference, const LuaStateHandle& handle);
 
+    /// Returns the handle on the state whose value `reference` is, one without state for an empty
+    /// reference and one of a foreign class.
+    static LuaStateHandle handleOf(const ScriptObjectReference& reference);
+
 private:
+    // Null for an empty reference and for one that is no class of ours.
+    static const LuaScriptObjectInterpreterReference* _find(const ScriptObjectReference& reference);
+
     bool _runOwnRelease(std::string& errorText) const;
 
     LuaStateHandle m_handle;

@@ -1,0 +1,61 @@
+#pragma once
+
+#include "bindings/TypedCallable.h"
+#include "bindings/lua/types/LuaTypeCore.h"
+#include "core/lua/LuaApi.h"
+#include "core/lua/calls/LuaCallbackScope.h"
+
+#include <tbMemory/String.h>
+
+namespace tbScripts::lua
+{
+
+/// A running call of a typed callable, as the services see it
+/// (docs/decisions/0035-typed-bindings.md).
+struct LuaTypedCall : typed::Call
+{
+    LuaTypedCall(
+        LuaCallbackScope& callbackScope,
+        const typed::Signature& callSignature,
+        const tbMemory::String& functionName);
+
+    LuaCallbackScope& scope;
+    lua_State* state;
+    const tbMemory::String& name; // of the function, in messages
+    int arguments;                // how many the script has passed
+
+    const LuaTypeCore* constructed = nullptr; // the type whose `new` this is
+    int constructedTable = 0;                 // and the stack index of its table
+
+    LuaStateSlot& getSlot() const { return scope.getSlot(); }
+};
+
+/// The services of typed calls.
+extern const typed::Services TYPED_SERVICES;
+
+/// Returns the instance at `index`, if it may be used and its type exists; else null.
+struct LuaBoundInstance
+{
+    LuaInstanceBox* box;
+    const LuaTypeIdentity* type;
+};
+
+LuaBoundInstance boundInstanceAt(const LuaStateSlot& slot, lua_State* state, int index);
+
+/// Returns the object of the instance at `index` as one of the host's type `wanted`, which is that
+/// of the instance or a base class. Null if it is neither.
+void* boundObjectAt(
+    const LuaStateSlot& slot, lua_State* state, int index, const typed::TypeId& wanted);
+
+/// Returns whether the value at `index` can be read as `parameter` says.
+bool acceptsTyped(LuaTypedCall& call, const typed::Parameter& parameter, int index);
+
+/// Throws the message for the first argument of the call that does not fit; if all do, for the
+/// value at `index`, which is not what is `expected`.
+[[noreturn]] void refuseTyped(LuaTypedCall& call, int index, const tbMemory::StringView& expected);
+
+/// What the messages call a value of that kind.
+tbMemory::StringView
+nameOfExpected(const LuaStateSlot& slot, typed::KIND kind, const typed::TypeId* type);
+
+} // namespace tbScripts::lua
