@@ -298,6 +298,7 @@ set(TOBREL_SCRIPTS_GUIDE
     examples/guide/namespaces.cpp
     examples/guide/projects.cpp
     examples/guide/scripts.cpp
+    examples/guide/typed-bindings.cpp
     examples/guide/user-types.cpp
     examples/guide/values-as-bytes.cpp
     examples/guide/values.cpp)

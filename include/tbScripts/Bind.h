@@ -4,7 +4,8 @@
 // knows of them. It stands on the classes that this library declares with, `Function`, `UserType`
 // and `Namespace`; both can be mixed in one environment, one namespace and one type.
 //
-// docs/guide.md shows it by examples; docs/typed-bindings.md lists which types cross, and how.
+// docs/guide/typed-bindings.md shows it by examples; docs/typed-bindings.md lists which types
+// cross, and how.
 
 #include "tbScripts/typed/Declarations.h"
 #include "tbScripts/typed/Defaults.h"
@@ -41,7 +42,7 @@ Function* bind(Scope& scope, const char* name, Callable callable, const Defaults
 }
 
 /// The same for a function that the compiler knows: `bind<&halve>(environment, "halve")`. With
-/// several, the arguments of each call choose between them (docs/typed-bindings.md#overloads).
+/// several, the arguments of each call choose between them (see docs/typed-bindings.md).
 template <auto F, auto... Others, typename Scope>
 Function* bind(Scope& scope, const char* name)
 {
@@ -84,6 +85,7 @@ template <typename T>
 class TypeBinding
 {
 public:
+    /// Declares members of `type`, which may be null.
     explicit TypeBinding(UserType* type)
         : m_type(type)
     {
@@ -219,6 +221,7 @@ public:
         return *this;
     }
 
+    ///@{
     /// The same by callables that take the instance first.
     template <typename Getter>
     TypeBinding& property(const char* name, Getter&& getter)
@@ -240,6 +243,8 @@ public:
                 typed::boundCallable(static_cast<Setter&&>(setter)));
         return *this;
     }
+
+    ///@}
 
     ///@{
     /// Declares an operator. Its operands are what the callable takes: `2 * v` is a function of a
@@ -285,6 +290,7 @@ public:
 
     ///@}
 
+    ///@{
     /// Declares `instance[number]`, and `instance[number] = value` if there is a `Write`.
     template <auto Read, auto... Write>
     TypeBinding& index()
@@ -307,6 +313,9 @@ public:
         return *this;
     }
 
+    ///@}
+
+    ///@{
     /// Declares what names that are neither fields nor methods read as, and what writing them does.
     template <auto Read, auto... Write>
     TypeBinding& names()
@@ -327,6 +336,8 @@ public:
                 typed::optionalCallable(static_cast<Write&&>(write)));
         return *this;
     }
+
+    ///@}
 
     /// Lets scripts walk over the instance with `pairs`: over a table that `F` returns, a vector or
     /// a map. The walk does not see what changes meanwhile.
@@ -383,9 +394,11 @@ private:
 ///
 /// @code
 /// bindType<Unit>(environment, "game::Unit")
+///     .base<Entity>()
 ///     .constructor<std::string, int>()
 ///     .method<&Unit::hurt>("hurt")
-///     .field<&Unit::health>("health");
+///     .field<&Unit::health>("health")
+///     .property<&Unit::getName, &Unit::setName>("name");
 /// @endcode
 template <typename T, typename Scope>
 TypeBinding<T> bindType(Scope& scope, const char* name)
@@ -403,8 +416,8 @@ TypeBinding<T> bindType(Scope& scope, const char* name)
 template <typename T>
 struct EnumValue
 {
-    const char* name;
-    T value;
+    const char* name; ///< zero-terminated
+    T value;          ///< of the host
 };
 
 /// Declares `name` in `scope` as a table with the values of an enumeration: numbers by their names,

@@ -88,6 +88,7 @@ class ScriptFunction;
 ///
 /// @code
 /// const ScriptFunction<double(Unit&, int)> rate(environment, "rate");
+/// Unit unit("Bob", 4);
 /// const double rating = rate(unit, 3);
 /// @endcode
 template <typename R, typename... A>
@@ -143,6 +144,7 @@ public:
     /// Returns the script's function.
     const ScriptObjectReference& getReference() const { return m_reference; }
 
+    /// The same, to designate another one.
     ScriptObjectReference& editReference() { return m_reference; }
 
 private:

@@ -81,6 +81,12 @@ void* boundObjectAt(
                : nullptr;
 }
 
+void makeRoom(lua_State* state, int count)
+{
+    if (lua_checkstack(state, count) == 0)
+        throw std::string("stack overflow");
+}
+
 bool acceptsTyped(LuaTypedCall& call, const typed::Parameter& parameter, int index)
 {
     if (parameter.isOptional && lua_isnoneornil(call.state, index))

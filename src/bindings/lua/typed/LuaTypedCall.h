@@ -47,6 +47,9 @@ LuaBoundInstance boundInstanceAt(const LuaStateSlot& slot, lua_State* state, int
 void* boundObjectAt(
     const LuaStateSlot& slot, lua_State* state, int index, const typed::TypeId& wanted);
 
+/// Makes room for that many values, or throws the message of the interpreter's own overflow.
+void makeRoom(lua_State* state, int count);
+
 /// Returns whether the value at `index` can be read as `parameter` says.
 bool acceptsTyped(LuaTypedCall& call, const typed::Parameter& parameter, int index);
 

@@ -205,7 +205,7 @@ void endShared(
 int pushTable(Call& call, int elements, int fields)
 {
     lua_State* const state = stateOf(call);
-    luaL_checkstack(state, 6, nullptr);
+    makeRoom(state, 6);
     lua_createtable(state, elements, fields);
     return lua_gettop(state);
 }

@@ -192,7 +192,7 @@ int countArguments(Call& call)
 
 void reserve(Call& call, int count)
 {
-    luaL_checkstack(stateOf(call), count, nullptr);
+    makeRoom(stateOf(call), count);
 }
 
 bool isNone(Call& call, int index)
@@ -256,7 +256,7 @@ int getLength(Call& call, int table)
 int pushElement(Call& call, int table, int number)
 {
     lua_State* const state = stateOf(call);
-    luaL_checkstack(state, 4, nullptr);
+    makeRoom(state, 4);
     lua_rawgeti(state, table, number);
     return lua_gettop(state);
 }
@@ -264,7 +264,7 @@ int pushElement(Call& call, int table, int number)
 int beginFields(Call& call)
 {
     lua_State* const state = stateOf(call);
-    luaL_checkstack(state, 6, nullptr);
+    makeRoom(state, 6);
     lua_pushnil(state);
     return lua_gettop(state);
 }
