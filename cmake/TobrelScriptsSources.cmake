@@ -68,6 +68,16 @@ set(TOBREL_SCRIPTS_SOURCES
     src/bindings/lua/functions/LuaFunction.h
     src/bindings/lua/functions/LuaFunctionClosure.cpp
     src/bindings/lua/functions/LuaFunctionClosure.h
+    src/bindings/lua/leaves/LuaCompilation.cpp
+    src/bindings/lua/leaves/LuaCompilation.h
+    src/bindings/lua/leaves/LuaForeignInterface.cpp
+    src/bindings/lua/leaves/LuaForeignInterface.h
+    src/bindings/lua/leaves/LuaLeafKit.cpp
+    src/bindings/lua/leaves/LuaLeafKit.h
+    src/bindings/lua/leaves/LuaLeafSource.cpp
+    src/bindings/lua/leaves/LuaLeafSource.h
+    src/bindings/lua/leaves/LuaLeaves.cpp
+    src/bindings/lua/leaves/LuaLeaves.h
     src/bindings/lua/namespaces/LuaNamespace.cpp
     src/bindings/lua/namespaces/LuaNamespace.h
     src/bindings/lua/typed/LuaPairs.cpp
@@ -124,9 +134,11 @@ set(TOBREL_SCRIPTS_SOURCES
     src/core/lua/LuaDumpReader.h
     src/core/lua/LuaErrorText.cpp
     src/core/lua/LuaErrorText.h
+    src/core/lua/LuaFunctionObject.h
     src/core/lua/LuaKeptObject.h
     src/core/lua/LuaMetatableWord.cpp
     src/core/lua/LuaMetatableWord.h
+    src/core/lua/LuaLeafTypes.h
     src/core/lua/LuaNumber.h
     src/core/lua/LuaPrivateState.h
     src/core/lua/LuaReportedNames.h

@@ -21,6 +21,7 @@
 #include "core/Counted.h"
 #include "core/lua/LuaApi.h"
 #include "core/lua/LuaKeptObject.h"
+#include "core/lua/LuaLeafTypes.h"
 #include "core/lua/LuaReportedNames.h"
 #include "core/lua/LuaTypeDirectory.h"
 
@@ -31,6 +32,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <functional>
 #include <memory>
 #include <unordered_map>
@@ -97,9 +99,19 @@ public:
     bool hasMemory() const { return m_main || m_isClosing; }
 
     /// From here on operations of the host are refused; only upkeep may enter.
-    void beginTeardown() { m_isTearingDown = true; }
+    void beginTeardown() { m_restrictions.isTearingDown = 1; }
 
-    bool isTearingDown() const { return m_isTearingDown; }
+    bool isTearingDown() const { return m_restrictions.isTearingDown != 0; }
+
+    /// Returns whether operations have to ask what they may: during teardown, and while compiled
+    /// script code runs a leaf.
+    bool isRestricted() const
+    {
+        std::uint64_t restrictions = 0; // in one look
+        static_assert(sizeof(restrictions) == sizeof(m_restrictions));
+        std::memcpy(&restrictions, &m_restrictions, sizeof(restrictions));
+        return restrictions != 0;
+    }
 
     /// Keeps `object` until the state has closed.
     void keepUntilClosed(std::shared_ptr<LuaKeptObject> object) { m_kept.add(std::move(object)); }
@@ -194,10 +206,19 @@ public:
     void addType(const void* table, const LuaTypeIdentity& type) { m_types.add(table, type); }
 
     /// Removes `table`, of whatever type. Allocates nothing.
-    void forgetType(const void* table) { m_types.forget(table); }
+    void forgetType(const void* table)
+    {
+        m_types.forget(table);
+        m_leafTypes.forgetTable(table);
+    }
 
     /// Removes `table`, unless it is registered for another type. Allocates nothing.
-    void removeType(const void* table, const LuaTypeIdentity& type) { m_types.remove(table, type); }
+    void removeType(const void* table, const LuaTypeIdentity& type)
+    {
+        m_types.remove(table, type);
+        if (!m_types.find(table))
+            m_leafTypes.forgetTable(table);
+    }
 
     /// Returns the existing type that `table` belongs to, null if there is none.
     const LuaTypeIdentity* findIdentity(const void* table) const { return m_types.find(table); }
@@ -210,16 +231,24 @@ public:
     }
 
     /// Makes `type` the one that objects of the host's type `id` are passed as.
-    void bindType(const typed::TypeId& id, const LuaTypeIdentity& type) { m_boundTypes.add(&id, type); }
+    void bindType(const typed::TypeId& id, const LuaTypeIdentity& type)
+    {
+        m_boundTypes.add(&id, type);
+    }
 
     /// Ends that, if it is so.
     void unbindType(const typed::TypeId& id, const LuaTypeIdentity& type)
     {
         m_boundTypes.remove(&id, type);
+        if (!m_boundTypes.find(&id))
+            m_leafTypes.forgetType(id);
     }
 
     /// Returns the type that objects of the host's type `id` are passed as, null if there is none.
-    const LuaTypeIdentity* findBoundType(const typed::TypeId& id) const { return m_boundTypes.find(&id); }
+    const LuaTypeIdentity* findBoundType(const typed::TypeId& id) const
+    {
+        return m_boundTypes.find(&id);
+    }
 
     /// Declares the values of the host's enumeration `id`, in place of earlier ones.
     void setEnumValues(const typed::TypeId& id, std::vector<double> values)
@@ -242,6 +271,28 @@ public:
 
     const std::vector<int>& getTypeParts() const { return m_typeParts; }
 
+    // Leaves (docs/decisions/0034-compiled-leaves.md)
+
+    /// Returns whether compiled script code runs a leaf. It has set nothing up, so the interpreter
+    /// must not be touched until the leaf has returned.
+    bool isInLeaf() const { return m_restrictions.leaf.running != 0; }
+
+    /// Counts the leaves that run.
+    typed::LeafGuard& getLeafGuard() { return m_restrictions.leaf; }
+
+    /// Returns the registry slot of what all leaves share; `LUA_NOREF` before the first one,
+    /// `LUA_REFNIL` if there can be none.
+    int& getLeafKey() { return m_leafKey; }
+
+    /// The types that leaves expect.
+    LuaLeafTypes& getLeafTypes() { return m_leafTypes; }
+
+    /// Returns true for the first question inside the running leaf, which is to be reported;
+    /// reporting may lead to others.
+    bool beginRefusal() { return !std::exchange(m_isRefusing, true); }
+
+    void endRefusal() { m_isRefusing = false; }
+
     /// Notes that hosts are told of `typeName`, which nobody declared. Returns false if they have
     /// been told already. Allocates nothing.
     bool reportType(const tbMemory::StringView& typeName) { return m_reportedTypes.add(typeName); }
@@ -249,6 +300,13 @@ public:
 private:
     friend int takeRegistrySlot(LuaStateSlot& slot, lua_State* state);
     friend void giveRegistrySlotBack(LuaStateSlot& slot, lua_State* state, int key);
+
+    // Side by side, so that one look serves both questions. Compiled code knows the address.
+    struct Restrictions
+    {
+        typed::LeafGuard leaf{0};
+        std::int32_t isTearingDown = 0;
+    };
 
     static int _furnish(lua_State* state);
 
@@ -267,17 +325,21 @@ private:
     int m_rawgetKey = LUA_NOREF;
     int m_typeKey = LUA_NOREF;
 
-    LuaTypeDirectory m_types; // the tables whose types exist
+    LuaTypeDirectory m_types;      // the tables whose types exist
     LuaTypeDirectory m_boundTypes; // those bound by type, by the addresses of their identities
     std::unordered_map<const typed::TypeId*, std::vector<double>> m_enums;
     std::vector<int> m_typeParts;
 
     LuaSpareKeys m_spareKeys; // LuaRegistry.h takes them and puts them back
 
+    Restrictions m_restrictions;
+    LuaLeafTypes m_leafTypes;
+    int m_leafKey = LUA_NOREF;
+
     unsigned m_hostCalls = 0; // entered and not left
     LuaCallPlaces m_places;
     bool m_isClosing = false;
-    bool m_isTearingDown = false;
+    bool m_isRefusing = false; // reports an operation inside a leaf
     LuaCallbackScope* m_innermostCallback = nullptr;
     std::vector<std::function<void()>> m_deferred;
     LuaKeptObjects m_kept;

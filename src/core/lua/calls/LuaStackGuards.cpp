@@ -2,6 +2,7 @@
 
 #include "core/lua/calls/LuaStackGuards.h"
 
+#include "core/lua/LuaFunctionObject.h"
 #include "core/lua/LuaStateSlot.h"
 #include "core/lua/calls/LuaStackRoom.h"
 #include "port/StackBounds.h"
@@ -10,7 +11,6 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <utility>
 
 namespace tbScripts::lua
@@ -181,28 +181,6 @@ constexpr std::array<lua_CFunction, sizeof...(index)> makeGuards(std::index_sequ
 }
 
 constexpr auto GUARDS = makeGuards(std::make_index_sequence<FUNCTIONS.size()>());
-
-// Has the function on top of the stack call `guard` instead of its C function, which it returns;
-// null if that cannot be.
-//
-// The interpreter has no call for this. A function object begins with five or six words, and one of
-// them is the address that `lua_tocfunction` returns: in all versions the last one.
-lua_CFunction replaceFunction(lua_State* state, lua_CFunction guard)
-{
-    constexpr std::size_t WORDS = 6;
-    const lua_CFunction function = lua_tocfunction(state, -1);
-    if (!function || function == guard)
-        return nullptr;
-    auto* word = static_cast<unsigned char*>(const_cast<void*>(lua_topointer(state, -1)));
-    for (std::size_t i = 0; i < WORDS; ++i, word += sizeof(function))
-    {
-        if (std::memcmp(word, &function, sizeof(function)) != 0)
-            continue;
-        std::memcpy(word, &guard, sizeof(guard));
-        return function;
-    }
-    return nullptr;
-}
 
 // Guards field FUNCTIONS[index].name of the table on top of the stack. Stack: +0.
 void guardField(lua_State* state, std::size_t index)
