@@ -41,6 +41,7 @@ set(TOBREL_SCRIPTS_HEADERS
     include/tbScripts/typed/Containers.h
     include/tbScripts/typed/Declarations.h
     include/tbScripts/typed/Defaults.h
+    include/tbScripts/typed/LeafResult.h
     include/tbScripts/typed/Members.h
     include/tbScripts/typed/Thunks.h
     include/tbScripts/typed/Traits.h)
@@ -52,6 +53,7 @@ set(TOBREL_SCRIPTS_SOURCES
     src/bindings/CallDefinition.h
     src/bindings/Function.cpp
     src/bindings/FunctionAccess.h
+    src/bindings/LeafReport.cpp
     src/bindings/Namespace.cpp
     src/bindings/TypedCallable.cpp
     src/bindings/TypedCallable.h

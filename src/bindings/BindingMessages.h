@@ -13,6 +13,9 @@ inline tbMemory::String functionNotBound(const tbMemory::StringView& functionNam
            "' called but no user function is bound. Call having no effect.";
 }
 
+constexpr const char* LEAF_HAS_THROWN =
+    "A leaf function has thrown an exception, which it promised not to do.";
+
 inline tbMemory::String functionIsGone(const tbMemory::StringView& functionName)
 {
     return "Function '" + tbMemory::String(functionName) + "' does not exist anymore.";

@@ -67,7 +67,8 @@ struct Text
     Size size;
 };
 
-/// Counts the leaves that run in an environment: meanwhile the library refuses its operations.
+/// Says whether a leaf runs in an environment: meanwhile the library refuses its operations. An
+/// entry sets `running` to 1 before it calls the function, and to 0 after it.
 struct LeafGuard
 {
     int running;
@@ -80,6 +81,7 @@ struct LeafGuard
 /// INT as int, FLOAT, DOUBLE, TEXT as `const char*` and `size_t`, OBJECT and OBJECT_OR_NIL as
 /// `void*`. The result is the same, but BOOL is int; a TEXT is written to a `Text*`, the last
 /// parameter, and stays valid until the next leaf of the same thread; other kinds have no leaf.
+/// It catches what the function throws, and numbers pass through `asNumber` (see LeafResult.h).
 struct Leaf
 {
     void (*entry)();

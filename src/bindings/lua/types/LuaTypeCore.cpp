@@ -45,6 +45,8 @@ void LuaTypeCore::setTable(const void* typeTable)
 {
     handle.getSlot()->addType(typeTable, *this);
     table = typeTable;
+    if (type)
+        handle.getSlot()->getLeafTypes().setTable(*type, table);
 }
 
 void LuaTypeCore::forgetTable()
@@ -77,6 +79,8 @@ void LuaTypeCore::bindTo(const typed::TypeId& id)
         handle.getSlot()->unbindType(*type, *this);
     handle.getSlot()->bindType(id, *this);
     type = &id;
+    if (table)
+        handle.getSlot()->getLeafTypes().setTable(id, table);
 }
 
 void LuaTypeCore::pushTable(lua_State* state) const
@@ -104,7 +108,8 @@ bool LuaTypeCore::releaseHolder(LuaInstanceBox& box)
     const auto known = holders.find(&box);
     if (known == holders.end())
         return false;
-    // The block of an instance that a script took away from its finaliser may have become another's.
+    // The block of an instance that a script took away from its finaliser may have become
+    // another's.
     const bool isOfBox = known->second.object == box.object;
     const LuaHolder holder = known->second;
     holders.erase(known);

@@ -1,6 +1,7 @@
 #include "bindings/lua/types/LuaTypeTable.h"
 
 #include "bindings/lua/LuaNamedTables.h"
+#include "bindings/lua/leaves/LuaLeaves.h"
 #include "bindings/lua/types/LuaTypeClosures.h"
 #include "core/lua/LuaTables.h"
 #include "core/lua/LuaText.h"
@@ -22,7 +23,11 @@ constexpr int PART_ANCHOR = 2;
 constexpr int PART_READERS = 3;
 constexpr int PART_WRITERS = 4;
 constexpr int PART_FORMER = 5; // the former entries of the table, until the type is published
-constexpr int PARTS = 5;
+constexpr int PART_READ = 6;   // the dispatchers
+constexpr int PART_WRITE = 7;
+constexpr int PARTS = 7;
+constexpr int PART_READ_LEAF = 8; // a block with one word, null once the leaf must not run any more
+constexpr int PART_WRITE_LEAF = 9;
 
 // Readers hold the closure of each field, and `true` for other names that the type's table has.
 // The calls are tail calls, so that the line that reads or writes is the caller of the closure.
@@ -53,8 +58,21 @@ constexpr const char* FINALISER = "__gc";
 
 // What the interpreter looks up in the instance's metatable only.
 constexpr std::array<const char*, 15> INHERITED_ENTRIES{
-    "__tostring", "__unm", "__add", "__sub", "__mul", "__div", "__mod", "__pow",
-    "__concat", "__eq", "__lt", "__le", "__len", "__call", "__pairs"};
+    "__tostring",
+    "__unm",
+    "__add",
+    "__sub",
+    "__mul",
+    "__div",
+    "__mod",
+    "__pow",
+    "__concat",
+    "__eq",
+    "__lt",
+    "__le",
+    "__len",
+    "__call",
+    "__pairs"};
 
 // Stack: +1, part `part` of the parts at `partsIndex`.
 void pushPart(lua_State* state, int partsIndex, int part)
@@ -95,6 +113,10 @@ void setDispatchers(const LuaStateSlot& slot, lua_State* state, int partsIndex, 
     pushPart(state, partsIndex, PART_ANCHOR);
     lua_pushcclosure(state, &writeElement, 1);
     lua_call(state, ARGUMENTS, 2);
+    lua_pushvalue(state, -1);
+    lua_rawseti(state, partsIndex, PART_WRITE);
+    lua_pushvalue(state, -2);
+    lua_rawseti(state, partsIndex, PART_READ);
     lua_insert(state, -2);
     setEntry(state, tableIndex, "__index");
     setEntry(state, tableIndex, "__newindex");
@@ -211,6 +233,41 @@ void inheritDestructor(lua_State* state, int tableIndex, LuaTypeCore& core)
     const LuaTypeAnchor* const former = anchorOfFinaliser(state, tableIndex);
     if (former && former->core && !core.hasOwnDestructor)
         core.destructor = former->core->destructor;
+}
+
+// Sets upvalue `name` of the dispatcher `part` to the function on top of the stack. Stack: -1.
+void setUpvalueOf(lua_State* state, int partsIndex, int part, const char* name)
+{
+    pushPart(state, partsIndex, part);
+    lua_insert(state, -2);
+    const int dispatcherIndex = lua_gettop(state) - 1;
+    int number = 1;
+    while (const char* const known = lua_getupvalue(state, dispatcherIndex, number))
+    {
+        lua_pop(state, 1);
+        if (std::strcmp(known, name) == 0)
+        {
+            lua_setupvalue(state, dispatcherIndex, number);
+            break;
+        }
+        ++number;
+    }
+    lua_settop(state, dispatcherIndex - 1);
+}
+
+// Stack: +1, a new block with a word that is not null. The former block of that part has none any
+// more: compiled code may still have the leaf that it belongs to.
+const void* const* pushNewLeafWord(lua_State* state, int partsIndex, int part)
+{
+    pushPart(state, partsIndex, part);
+    if (auto* const former = static_cast<const void**>(lua_touserdata(state, -1)))
+        *former = nullptr;
+    lua_pop(state, 1);
+    auto* const word = static_cast<const void**>(lua_newuserdata(state, sizeof(void*)));
+    *word = word;
+    lua_pushvalue(state, -1);
+    lua_rawseti(state, partsIndex, part);
+    return word;
 }
 
 void forgetIn(lua_State* state, int part)
@@ -391,6 +448,24 @@ void LuaTypeTable::publishSetter(
     lua_State* state, const tbMemory::StringView& name, LuaTypeField& field)
 {
     publishField(state, PART_WRITERS, name, field, &writeField);
+}
+
+void LuaTypeTable::publishElementLeaf(
+    LuaStateSlot& slot, lua_State* state, ELEMENT_ACCESS access, const typed::Signature* signature)
+{
+    const bool isRead = access == ELEMENT_ACCESS::READ;
+    const int partsIndex = lua_gettop(state);
+    pushPart(state, partsIndex, PART_ANCHOR);
+    const void* const* const word =
+        pushNewLeafWord(state, partsIndex, isRead ? PART_READ_LEAF : PART_WRITE_LEAF);
+    lua_pushcclosure(state, isRead ? &readElement : &writeElement, 2);
+    if (signature)
+        wrapLeaf(slot, state, *signature, word);
+    setUpvalueOf(
+        state,
+        partsIndex,
+        isRead ? PART_READ : PART_WRITE,
+        isRead ? "readElement" : "writeElement");
 }
 
 void LuaTypeTable::forgetFields(lua_State* state)

@@ -12,6 +12,12 @@
 namespace tbScripts::lua
 {
 
+enum class ELEMENT_ACCESS
+{
+    READ,
+    WRITE
+};
+
 /// The interpreter's side of a user type: its table, which scripts reach by the type's name and
 /// which is the metatable of instances, and the tables that decide what a read or write means.
 ///
@@ -75,6 +81,14 @@ public:
     publishGetter(lua_State* state, const tbMemory::StringView& name, LuaTypeField& field);
     static void
     publishSetter(lua_State* state, const tbMemory::StringView& name, LuaTypeField& field);
+
+    /// Has elements be read or written by the leaf of `signature`, as far as that is possible; null
+    /// ends it. The leaf gets the instance, the index, and the value that is to be written.
+    static void publishElementLeaf(
+        LuaStateSlot& slot,
+        lua_State* state,
+        ELEMENT_ACCESS access,
+        const typed::Signature* signature);
 
     /// Routes no read and no write to a field any more. Allocates nothing.
     static void forgetFields(lua_State* state);

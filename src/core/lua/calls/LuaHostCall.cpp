@@ -7,6 +7,8 @@
 
 #include "tbScripts/LogManager.h"
 
+#include <cstdlib>
+
 namespace tbScripts::lua
 {
 
@@ -14,6 +16,8 @@ namespace
 {
 
 constexpr const char* TEXT_TOO_DEEP = "C stack overflow";
+constexpr const char* TEXT_IN_LEAF =
+    "A leaf function called the library, which it promised not to do. Call having no effect.";
 constexpr const char* TEXT_OF_NO_MEMORY = "not enough memory"; // the interpreter's own
 
 } // namespace
@@ -21,6 +25,25 @@ constexpr const char* TEXT_OF_NO_MEMORY = "not enough memory"; // the interprete
 bool isOutOfMemory(const std::string& errorText)
 {
     return errorText == TEXT_OF_NO_MEMORY;
+}
+
+void refuseInLeaf(LuaStateSlot& slot)
+{
+    if (!slot.beginRefusal())
+        return;
+    LuaHostCall::logFailure(TEXT_IN_LEAF);
+    slot.endRefusal();
+#if defined(TBSCRIPTS_ABORT_IN_LEAF) && !defined(NDEBUG)
+    std::abort(); // here is the call that was not to be
+#endif
+}
+
+bool LuaHostCall::_isAdmittedAllTheSame(bool isUpkeep)
+{
+    if (!m_slot->isInLeaf())
+        return isUpkeep;
+    refuseInLeaf(*m_slot);
+    return false;
 }
 
 bool LuaHostCall::_admitOrExplain(std::string& errorText)

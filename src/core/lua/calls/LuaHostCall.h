@@ -11,6 +11,10 @@
 namespace tbScripts::lua
 {
 
+/// Logs that an operation inside a leaf is refused, whose caller returns the neutral value then.
+/// What the receiver of the log asks for is refused without a message.
+void refuseInLeaf(LuaStateSlot& slot);
+
 /// Returns whether this is what the interpreter says when it runs out of memory.
 bool isOutOfMemory(const std::string& errorText);
 
@@ -48,7 +52,7 @@ public:
         if (!m_slot)
             return;
         const bool isUpkeep = entry == ENTRY::UPKEEP;
-        if (m_slot->isTearingDown() && !isUpkeep)
+        if (m_slot->isRestricted() && !_isAdmittedAllTheSame(isUpkeep))
             m_slot = nullptr;
         else if (_enter(port::getPlaceOnStack()) || isUpkeep)
             m_state = m_slot->getRunning();
@@ -80,7 +84,7 @@ public:
         return (m_state && !m_slot->getInnermostCallback()) || _admitOrExplain(errorText);
     }
 
-    /// Returns whether there is no state to work on: it is closed or closing.
+    /// Returns whether there is no state to work on: it is closed or closing, or runs a leaf.
     bool isRefused() const { return !m_slot; }
 
     /// Collects all garbage after the interpreter has run out of memory. What took the memory is
@@ -129,6 +133,10 @@ private:
         return depth < MAX_DEPTH &&
                (outermost - place < LuaStackRoom::SHALLOW || _isStackLeft(outermost, place));
     }
+
+    // Returns whether a restricted slot admits this call: during teardown only upkeep, inside a
+    // leaf nothing.
+    bool _isAdmittedAllTheSame(bool isUpkeep);
 
     bool _admitOrExplain(std::string& errorText);
 

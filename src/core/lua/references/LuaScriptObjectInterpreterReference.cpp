@@ -46,6 +46,11 @@ LuaScriptObjectInterpreterReference::~LuaScriptObjectInterpreterReference()
 {
     if (!m_handle.get())
         return;
+    if (m_hasOwnRelease && m_handle.getSlot()->isInLeaf())
+    {
+        _deferOwnRelease();
+        return;
+    }
     std::string errorText;
     const bool isReleased = m_hasOwnRelease
                                 ? _runOwnRelease(errorText)
@@ -53,6 +58,15 @@ LuaScriptObjectInterpreterReference::~LuaScriptObjectInterpreterReference()
     if (isReleased)
         return;
     contain([&] { LogManager::getInstance()->log(errorText, LOG_SOURCE_LUA_ENVIRONMENT); }, [] {});
+}
+
+// Another reference to the same value is destroyed when no leaf runs any more.
+void LuaScriptObjectInterpreterReference::_deferOwnRelease()
+{
+    const auto destroyAnother =
+        [handle = m_handle, type = getType(), slot = m_slot, release = std::move(m_release)]
+    { const LuaScriptObjectInterpreterReference another(handle, type, slot, release); };
+    contain([&] { m_handle.getSlot()->defer(destroyAnother); }, [] {});
 }
 
 bool LuaScriptObjectInterpreterReference::_runOwnRelease(std::string& errorText) const

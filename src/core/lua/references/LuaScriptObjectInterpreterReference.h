@@ -61,6 +61,7 @@ private:
     // Null for an empty reference and for one that is no class of ours.
     static const LuaScriptObjectInterpreterReference* _find(const ScriptObjectReference& reference);
 
+    void _deferOwnRelease();
     bool _runOwnRelease(std::string& errorText) const;
 
     LuaStateHandle m_handle;

@@ -2,6 +2,7 @@
 
 #include "core/LogSources.h"
 #include "core/lua/calls/LuaBoundary.h"
+#include "core/lua/calls/LuaHostCall.h"
 #include "core/lua/references/LuaRegistry.h"
 
 #include "tbScripts/LogManager.h"
@@ -62,6 +63,11 @@ ScriptObjectInterpreterReference* LuaScriptObjectInterpreterView::createReferenc
     if (!state)
         return nullptr;
     LuaStateSlot& slot = m_scope->getSlot();
+    if (slot.isInLeaf())
+    {
+        refuseInLeaf(slot);
+        return nullptr;
+    }
     const LuaStateHandle handle(&slot);
     auto reference =
         m_hasOwnRelease
