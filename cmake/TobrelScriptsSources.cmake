@@ -433,6 +433,8 @@ set(TOBREL_SCRIPTS_INTERNAL_TEST_SUPPORT
     tests/support/InjectedAllocator.h
     tests/support/InterpreterCalls.cpp
     tests/support/InterpreterCalls.h
+    tests/support/LeafFixture.cpp
+    tests/support/LeafFixture.h
     tests/support/LuaCallBridgeFixture.cpp
     tests/support/LuaCallBridgeFixture.h
     tests/support/LuaFunctionFixture.cpp
@@ -574,6 +576,11 @@ set(TOBREL_SCRIPTS_PUBLIC_TESTS
     tests/support/HelpersTest.cpp)
 set(TOBREL_SCRIPTS_INTERNAL_TESTS
     tests/bindings/lua/HostFunctionFinaliserTest.cpp
+    tests/bindings/lua/LeafArgumentTest.cpp
+    tests/bindings/lua/LeafGuardTest.cpp
+    tests/bindings/lua/LeafInstanceTest.cpp
+    tests/bindings/lua/LeafInterpreterTest.cpp
+    tests/bindings/lua/LeafMemberTest.cpp
     tests/bindings/lua/LuaCallBridgeMismatchTest.cpp
     tests/bindings/lua/LuaCallBridgePushTest.cpp
     tests/bindings/lua/LuaCallBridgeReadTest.cpp
@@ -611,6 +618,7 @@ set(TOBREL_SCRIPTS_INTERNAL_TESTS
     tests/faults/lua/AllocationFailureTest.cpp
     tests/faults/lua/ExhaustedMemoryTest.cpp
     tests/faults/lua/InterpreterCostTest.cpp
+    tests/faults/lua/LeafMemoryTest.cpp
     tests/faults/lua/MemoryCeilingTest.cpp
     tests/faults/lua/OpeningFailureTest.cpp
     tests/faults/lua/ScriptValueDamageTest.cpp

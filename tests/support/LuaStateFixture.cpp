@@ -45,6 +45,12 @@ void LuaStateFixture::closeState()
     m_handle.close();
 }
 
+void LuaStateFixture::reopenState()
+{
+    m_handle.close();
+    m_handle = lua::LuaStateHandle::open();
+}
+
 void LuaStateFixture::push(const std::string& code)
 {
     ASSERT_EQ(luaL_loadstring(state(), code.c_str()), 0) << lua_tostring(state(), -1);

@@ -26,6 +26,9 @@ protected:
     /// Closes the state before the test ends.
     void closeState();
 
+    /// Closes the state and opens another one.
+    void reopenState();
+
     /// Runs `code` and leaves its one result on the stack.
     void push(const std::string& code);
 

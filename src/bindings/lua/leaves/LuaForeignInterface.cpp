@@ -45,6 +45,20 @@ std::atomic<lua_CFunction> knownMaker{}; // of function objects "table.clear"
 // Its address is the key of the interface in the registry.
 const char interfaceKey = 0;
 
+// Returns whether there is memory for what the interface takes, 13 KiB, and more.
+// LuaJIT 2.1.0-beta3 crashes in `lua_close` if the interface gets some of its memory but not all.
+bool hasRoom(lua_State* state)
+{
+    constexpr std::size_t ENOUGH = std::size_t(64) * 1024;
+    void* self = nullptr;
+    const lua_Alloc allocate = lua_getallocf(state, &self);
+    void* const block = allocate(self, nullptr, 0, ENOUGH);
+    if (!block)
+        return false;
+    allocate(self, block, ENOUGH, 0);
+    return true;
+}
+
 void pushRaw(lua_State* state, int table, const char* name)
 {
     const int index = table < 0 ? lua_gettop(state) + table + 1 : table;
@@ -73,7 +87,7 @@ int learnFunctions(lua_State* state)
     luaL_openlibs(state);
     pushRegistered(state, "_PRELOAD", FFI);
     const lua_CFunction opener = lua_tocfunction(state, -1);
-    if (!opener)
+    if (!opener || !hasRoom(state))
         return 0;
     lua_call(state, 0, 0);
     pushRegistered(state, "_PRELOAD", "table.clear");
@@ -189,7 +203,7 @@ void pushNewlyLoaded(lua_State* state)
 bool pushForeignInterface(lua_State* state)
 {
     const int top = lua_gettop(state);
-    if (!knowsFunctions())
+    if (!knowsFunctions() || !hasRoom(state))
         return false;
     lua_pushstring(state, "_LOADED");
     lua_rawget(state, LUA_REGISTRYINDEX);

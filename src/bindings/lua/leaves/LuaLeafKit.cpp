@@ -107,12 +107,13 @@ bool runKit(LuaStateSlot& slot, lua_State* state, int interfaceIndex)
          {LUA_OWN_FUNCTION::FFI_CAST,
           LUA_OWN_FUNCTION::FFI_TYPEOF,
           LUA_OWN_FUNCTION::FFI_STRING,
-          LUA_OWN_FUNCTION::GETMETATABLE,
-          LUA_OWN_FUNCTION::SELECT})
+          LUA_OWN_FUNCTION::GETMETATABLE})
     {
         if (!pushOwnFunction(state, interfaceIndex, function))
             return false;
     }
+    if (!pushOwnFunction(state, interfaceIndex, LUA_OWN_FUNCTION::SELECT))
+        lua_pushnil(state); // the sources can do without
     if (!pushCompiles(state))
         return false;
     slot.pushType(state);

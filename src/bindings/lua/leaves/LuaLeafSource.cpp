@@ -73,7 +73,7 @@ constexpr std::array CONVERSIONS{
         'p',
         nullptr,
         ", void *",
-        "(@ or $ == nil and select('#', ...) >= %)",
+        "(@ or $ == nil and select and select('#', ...) >= %)",
         "@",
         nullptr,
         nullptr}};
