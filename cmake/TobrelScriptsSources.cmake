@@ -577,6 +577,7 @@ set(TOBREL_SCRIPTS_PUBLIC_TESTS
 set(TOBREL_SCRIPTS_INTERNAL_TESTS
     tests/bindings/lua/HostFunctionFinaliserTest.cpp
     tests/bindings/lua/LeafArgumentTest.cpp
+    tests/bindings/lua/LeafElementTest.cpp
     tests/bindings/lua/LeafGuardTest.cpp
     tests/bindings/lua/LeafInstanceTest.cpp
     tests/bindings/lua/LeafInterpreterTest.cpp

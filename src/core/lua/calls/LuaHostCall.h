@@ -12,7 +12,8 @@ namespace tbScripts::lua
 {
 
 /// Logs that an operation inside a leaf is refused, whose caller returns the neutral value then.
-/// What the receiver of the log asks for is refused without a message.
+/// What the receiver of the log asks for is refused without a message
+/// (docs/decisions/0034-compiled-leaves.md).
 void refuseInLeaf(LuaStateSlot& slot);
 
 /// Returns whether this is what the interpreter says when it runs out of memory.
