@@ -138,9 +138,9 @@ set(TOBREL_SCRIPTS_SOURCES
     src/core/lua/LuaErrorText.h
     src/core/lua/LuaFunctionObject.h
     src/core/lua/LuaKeptObject.h
+    src/core/lua/LuaLeafTypes.h
     src/core/lua/LuaMetatableWord.cpp
     src/core/lua/LuaMetatableWord.h
-    src/core/lua/LuaLeafTypes.h
     src/core/lua/LuaNumber.h
     src/core/lua/LuaPrivateState.h
     src/core/lua/LuaReportedNames.h

@@ -196,8 +196,7 @@ bool wrap(LuaStateSlot& slot, lua_State* state, const LuaLeafSource& source, con
     constexpr int ROOM = 16;
     if (source.key.empty() || lua_type(state, -1) != LUA_TFUNCTION)
         return false;
-    luaL_checkstack(state, ROOM, nullptr);
-    if (!LuaLeafKit::push(slot, state))
+    if (!lua_checkstack(state, ROOM) || !LuaLeafKit::push(slot, state))
         return false;
     wrapTop(slot, state, lua_gettop(state), source, own);
     return true;
