@@ -50,12 +50,12 @@ protected:
     CallableStorage& operator=(const CallableStorage&) = delete;
     ~CallableStorage();
 
-    void _swap(CallableStorage& other) noexcept;
+    void swapWith(CallableStorage& other) noexcept;
 
     // Stores the address of `target`, which from here on belongs to this object.
-    void _own(void* target, Manager manager) noexcept;
+    void own(void* target, Manager manager) noexcept;
 
-    [[noreturn]] static void _throwEmpty();
+    [[noreturn]] static void throwEmpty();
 
     Room m_room;
     Code m_code;       // null if there is nothing to call
@@ -130,7 +130,7 @@ public:
         // As `_hold`, written out: this is the one for lambdas, and compilers take 4 % less time
         // for a binding without the functions in between.
         if constexpr (!FITS<Target>)
-            _own(new Target(static_cast<Target&&>(target)), &_manage<Target>);
+            own(new Target(static_cast<Target&&>(target)), &_manage<Target>);
         else if constexpr (!__is_empty(Target))
             ::new (static_cast<void*>(&m_room)) Target(target);
     }
@@ -182,14 +182,14 @@ public:
     /// that meets the new one.
     Callable& operator=(Callable other) noexcept
     {
-        _swap(other);
+        swapWith(other);
         return *this;
     }
 
     ~Callable() = default;
 
     /// Exchanges the targets.
-    void swap(Callable& other) noexcept { _swap(other); }
+    void swap(Callable& other) noexcept { swapWith(other); }
 
     ///@{
     /// Returns whether `callable` is empty, or is not.
@@ -215,7 +215,7 @@ public:
     R operator()(A... arguments) const
     {
         if (!m_code)
-            _throwEmpty();
+            throwEmpty();
         void* const room = const_cast<Room*>(&m_room); // a target may change itself
         return reinterpret_cast<Call>(m_code)(room, static_cast<Passed<A>>(arguments)...);
     }
@@ -225,7 +225,7 @@ private:
     void _hold(Target& target)
     {
         if constexpr (!FITS<Target>)
-            _own(new Target(static_cast<Target&&>(target)), &_manage<Target>);
+            own(new Target(static_cast<Target&&>(target)), &_manage<Target>);
         else
             ::new (static_cast<void*>(&m_room)) Target(target);
         m_code = reinterpret_cast<Code>(&_call<Target>);

@@ -43,7 +43,8 @@ ScriptObjectView::ScriptObjectView(ScriptObjectView&& other) noexcept
 
 ScriptObjectView& ScriptObjectView::operator=(const ScriptObjectView& other)
 {
-    sharedViewIn(m_room) = sharedViewIn(other.m_room);
+    if (this != &other)
+        sharedViewIn(m_room) = sharedViewIn(other.m_room);
     return *this;
 }
 
