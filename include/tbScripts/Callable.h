@@ -10,6 +10,10 @@
 namespace tbScripts
 {
 
+/// Declared for function types only.
+template <typename Signature>
+class Callable;
+
 /// What all callables have in common, whatever they call: the base of `Callable`.
 ///
 /// The library compiles copies and destruction. A host binds hundreds of callables, each once: what
@@ -22,7 +26,10 @@ public:
     /// Returns whether there is something to call.
     explicit operator bool() const noexcept { return m_code != nullptr; }
 
-protected:
+private:
+    template <typename Signature>
+    friend class Callable; // the only class that derives from this one
+
     // A function whose type only the derived class knows.
     using Code = void (*)();
 
@@ -50,21 +57,17 @@ protected:
     CallableStorage& operator=(const CallableStorage&) = delete;
     ~CallableStorage();
 
-    void swapWith(CallableStorage& other) noexcept;
+    void _swap(CallableStorage& other) noexcept;
 
     // Stores the address of `target`, which from here on belongs to this object.
-    void own(void* target, Manager manager) noexcept;
+    void _own(void* target, Manager manager) noexcept;
 
-    [[noreturn]] static void throwEmpty();
+    [[noreturn]] static void _throwEmpty();
 
     Room m_room;
     Code m_code;       // null if there is nothing to call
     Manager m_manager; // null if the room holds everything
 };
-
-/// Declared for function types only.
-template <typename Signature>
-class Callable;
 
 /// Calls whatever a host binds: a lambda, a function, an object with a call operator, a pointer to
 /// a member, a `std::function`.
@@ -130,7 +133,7 @@ public:
         // As `_hold`, written out: this is the one for lambdas, and compilers take 4 % less time
         // for a binding without the functions in between.
         if constexpr (!FITS<Target>)
-            own(new Target(static_cast<Target&&>(target)), &_manage<Target>);
+            _own(new Target(static_cast<Target&&>(target)), &_manage<Target>);
         else if constexpr (!__is_empty(Target))
             ::new (static_cast<void*>(&m_room)) Target(target);
     }
@@ -182,14 +185,14 @@ public:
     /// that meets the new one.
     Callable& operator=(Callable other) noexcept
     {
-        swapWith(other);
+        _swap(other);
         return *this;
     }
 
     ~Callable() = default;
 
     /// Exchanges the targets.
-    void swap(Callable& other) noexcept { swapWith(other); }
+    void swap(Callable& other) noexcept { _swap(other); }
 
     ///@{
     /// Returns whether `callable` is empty, or is not.
@@ -215,7 +218,7 @@ public:
     R operator()(A... arguments) const
     {
         if (!m_code)
-            throwEmpty();
+            _throwEmpty();
         void* const room = const_cast<Room*>(&m_room); // a target may change itself
         return reinterpret_cast<Call>(m_code)(room, static_cast<Passed<A>>(arguments)...);
     }
@@ -225,7 +228,7 @@ private:
     void _hold(Target& target)
     {
         if constexpr (!FITS<Target>)
-            own(new Target(static_cast<Target&&>(target)), &_manage<Target>);
+            _own(new Target(static_cast<Target&&>(target)), &_manage<Target>);
         else
             ::new (static_cast<void*>(&m_room)) Target(target);
         m_code = reinterpret_cast<Code>(&_call<Target>);

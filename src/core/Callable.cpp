@@ -58,20 +58,20 @@ CallableStorage::~CallableStorage()
         m_manager(nullptr, addressIn(m_room));
 }
 
-void CallableStorage::swapWith(CallableStorage& other) noexcept
+void CallableStorage::_swap(CallableStorage& other) noexcept
 {
     std::swap(m_room, other.m_room);
     std::swap(m_code, other.m_code);
     std::swap(m_manager, other.m_manager);
 }
 
-void CallableStorage::own(void* target, Manager manager) noexcept
+void CallableStorage::_own(void* target, Manager manager) noexcept
 {
     storeAddress(m_room, target);
     m_manager = manager;
 }
 
-void CallableStorage::throwEmpty()
+void CallableStorage::_throwEmpty()
 {
     throw std::bad_function_call();
 }
