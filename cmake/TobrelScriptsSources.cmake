@@ -144,6 +144,8 @@ set(TOBREL_SCRIPTS_SOURCES
     src/core/lua/LuaNumber.h
     src/core/lua/LuaPrivateState.h
     src/core/lua/LuaReportedNames.h
+    src/core/lua/LuaStackWords.cpp
+    src/core/lua/LuaStackWords.h
     src/core/lua/LuaStateHandle.cpp
     src/core/lua/LuaStateHandle.h
     src/core/lua/LuaStateSlot.cpp

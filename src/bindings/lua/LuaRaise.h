@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/lua/LuaApi.h"
+#include "core/lua/LuaStackWords.h"
 
 namespace tbScripts::lua
 {
@@ -14,6 +15,13 @@ inline int raiseText(lua_State* state, const char* text)
 {
     lua_pushstring(state, text);
     return RAISE_MESSAGE_ON_TOP;
+}
+
+/// Returns the block that is the first upvalue of the running closure.
+inline void* firstUpvalueOf(lua_State* state)
+{
+    return LuaStackWords::isKnown() ? LuaStackWords::readFirstUpvalue(state)
+                                    : lua_touserdata(state, lua_upvalueindex(1));
 }
 
 /// A closure of the interpreter around `body`. `body` may own objects: its frame has returned

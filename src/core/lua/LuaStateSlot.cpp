@@ -2,6 +2,7 @@
 
 #include "core/ExceptionContainment.h"
 #include "core/lua/LuaMetatableWord.h"
+#include "core/lua/LuaStackWords.h"
 #include "core/lua/LuaStateHandle.h"
 #include "core/lua/calls/LuaBoundary.h"
 #include "core/lua/calls/LuaStackGuards.h"
@@ -65,6 +66,7 @@ int LuaStateSlot::_furnish(lua_State* state)
     LuaStateSlot& slot = *static_cast<LuaStateSlot*>(lua_touserdata(state, 1));
     luaL_openlibs(state);
     guardLibraries(slot, state);
+    LuaStackWords::probe(state);
     LuaMetatableWord::probe(state);
     // LuaJIT allocates when it meets the first light userdata of a range of addresses. The boundary
     // passes addresses on the stack, also when there is no memory left.

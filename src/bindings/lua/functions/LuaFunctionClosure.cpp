@@ -59,19 +59,9 @@ int runCatchingHostErrors(
     return RAISE_MESSAGE_ON_TOP;
 }
 
-int callTypedFunction(const LuaFunction& function, lua_State* state)
-{
-    FunctionDefinition& definition = function.getDefinition();
-    const TypedHold<FunctionDefinition> hold(definition);
-    return runTyped(
-        *function.getHandle().getSlot(), state, *definition.typed, definition.getName());
-}
-
 // The callable may destroy `function`; the call holds the definition, which it still needs.
 int callLivingFunction(LuaFunction& function, lua_State* state)
 {
-    if (function.getDefinition().typed)
-        return callTypedFunction(function, state);
     LuaCallbackScope scope(*function.getHandle().getSlot(), state);
     const HostFunctionCall call(function.getDefinition());
     std::unique_ptr<std::string> errorText;
@@ -91,16 +81,26 @@ int reportDeadFunction(const LuaFunctionAnchor* anchor, lua_State* state)
 int runAnchoredFunction(lua_State* state)
 {
     const auto* const anchor =
-        static_cast<const LuaFunctionAnchor*>(lua_touserdata(state, lua_upvalueindex(1)));
+        static_cast<const LuaFunctionAnchor*>(firstUpvalueOf(state));
     return anchor && anchor->function ? callLivingFunction(*anchor->function, state)
                                       : reportDeadFunction(anchor, state);
+}
+
+[[gnu::noinline]] int callDescribedFunction(lua_State* state)
+{
+    return closureOf<&runAnchoredFunction>(state);
 }
 
 } // namespace
 
 int callHostFunction(lua_State* state)
 {
-    return closureOf<&runAnchoredFunction>(state);
+    // Typed callables first, in a frame of its own: they need much less of the stack.
+    const auto* const anchor = static_cast<const LuaFunctionAnchor*>(firstUpvalueOf(state));
+    if (!anchor || !anchor->function || !anchor->function->getDefinition().typed)
+        return callDescribedFunction(state);
+    const int results = runTypedFunction(*anchor->function, state);
+    return results == RAISE_MESSAGE_ON_TOP ? lua_error(state) : results;
 }
 
 } // namespace tbScripts::lua

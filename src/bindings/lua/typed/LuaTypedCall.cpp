@@ -42,22 +42,10 @@ throwMismatch(const LuaTypedCall& call, int index, const tbMemory::StringView& e
 {
     lua_Debug activation;
     throw std::string(std::string_view(LuaCallBridge::buildTypeMismatchMessage(
-        call.state, activation, lua_type(call.state, index), expected, call.name)));
+        call.state, activation, lua_type(call.state, index), expected, call.getName())));
 }
 
 } // namespace
-
-LuaTypedCall::LuaTypedCall(
-    LuaCallbackScope& callbackScope,
-    const typed::Signature& callSignature,
-    const tbMemory::String& functionName)
-    : typed::Call{TYPED_SERVICES, &callSignature}
-    , scope(callbackScope)
-    , state(callbackScope.getThread())
-    , name(functionName)
-    , arguments(lua_gettop(state))
-{
-}
 
 LuaBoundInstance boundInstanceAt(const LuaStateSlot& slot, lua_State* state, int index)
 {
@@ -85,6 +73,11 @@ void makeRoom(lua_State* state, int count)
 {
     if (lua_checkstack(state, count) == 0)
         throw std::string("stack overflow");
+}
+
+tbMemory::StringView LuaTypedCall::getName() const
+{
+    return name ? tbMemory::StringView(*name) : tbMemory::StringView("callScript");
 }
 
 bool acceptsTyped(LuaTypedCall& call, const typed::Parameter& parameter, int index)

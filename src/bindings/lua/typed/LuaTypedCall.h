@@ -10,6 +10,9 @@
 namespace tbScripts::lua
 {
 
+/// The services of typed calls.
+extern const typed::Services TYPED_SERVICES;
+
 /// A running call of a typed callable, as the services see it
 /// (docs/decisions/0035-typed-bindings.md).
 struct LuaTypedCall : typed::Call
@@ -17,21 +20,25 @@ struct LuaTypedCall : typed::Call
     LuaTypedCall(
         LuaCallbackScope& callbackScope,
         const typed::Signature& callSignature,
-        const tbMemory::String& functionName);
+        const tbMemory::String* functionName)
+        : typed::Call{TYPED_SERVICES, &callSignature}
+        , scope(callbackScope)
+        , state(callbackScope.getThread())
+        , name(functionName)
+    {
+    }
 
     LuaCallbackScope& scope;
     lua_State* state;
-    const tbMemory::String& name; // of the function, in messages
-    int arguments;                // how many the script has passed
+    const tbMemory::String* name; // of the function, in messages; null for a script's
 
     const LuaTypeCore* constructed = nullptr; // the type whose `new` this is
     int constructedTable = 0;                 // and the stack index of its table
 
+    tbMemory::StringView getName() const;
+
     LuaStateSlot& getSlot() const { return scope.getSlot(); }
 };
-
-/// The services of typed calls.
-extern const typed::Services TYPED_SERVICES;
 
 /// Returns the instance at `index`, if it may be used and its type exists; else null.
 struct LuaBoundInstance

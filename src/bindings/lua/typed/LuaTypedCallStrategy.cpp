@@ -60,9 +60,8 @@ run(LuaHostCall& call,
         setCodeOfError(outcome);
         return outcome;
     }
-    const tbMemory::String nameOfCall("callScript");
     LuaCallbackScope scope(call.getSlot(), call.getState());
-    LuaTypedCall values(scope, NO_PARAMETERS, nameOfCall);
+    LuaTypedCall values(scope, NO_PARAMETERS, nullptr);
     const bool isDone = call.runAdmitted(
         [&](lua_State* state, int top)
         {

@@ -2,6 +2,7 @@
 
 #include "bindings/BindingMessages.h"
 #include "bindings/lua/typed/LuaTypedCall.h"
+#include "core/lua/LuaStackWords.h"
 #include "core/lua/references/LuaScriptObjectInterpreterReference.h"
 
 #include <cstring>
@@ -36,7 +37,7 @@ const LuaTypeCore& coreOf(const LuaTypedCall& call, const typed::TypeId& type)
 {
     const LuaTypeIdentity* const bound = call.getSlot().findBoundType(type);
     if (!bound)
-        fail(messages::resultNotDeclared(call.name));
+        fail(messages::resultNotDeclared(call.getName()));
     return *static_cast<const LuaTypeCore*>(bound); // only cores are registered as types
 }
 
@@ -103,21 +104,22 @@ void pushBool(Call& call, bool value)
 
 void pushDouble(Call& call, double value)
 {
-    lua_pushnumber(stateOf(call), value);
+    if (!LuaStackWords::pushNumber(stateOf(call), value))
+        lua_pushnumber(stateOf(call), value);
 }
 
 void pushInteger(Call& call, typed::Integer value)
 {
     const auto magnitude = static_cast<typed::Natural>(value < 0 ? -(value + 1) : value);
     if (magnitude > HIGHEST_EXACT)
-        fail(messages::resultTooLarge(callOf(call).name));
+        fail(messages::resultTooLarge(callOf(call).getName()));
     lua_pushnumber(stateOf(call), static_cast<double>(value));
 }
 
 void pushNatural(Call& call, typed::Natural value)
 {
     if (value > HIGHEST_EXACT)
-        fail(messages::resultTooLarge(callOf(call).name));
+        fail(messages::resultTooLarge(callOf(call).getName()));
     lua_pushnumber(stateOf(call), static_cast<double>(value));
 }
 
@@ -193,7 +195,7 @@ void endShared(
     const LuaTypeIdentity* const type =
         running.getSlot().findIdentity(lua_topointer(running.state, -2));
     if (!type)
-        fail(messages::resultNotDeclared(running.name));
+        fail(messages::resultNotDeclared(running.getName()));
     LuaInstanceBox& box = boxOnTop(running.state);
     box.object = object;
     // Only cores are registered as types.

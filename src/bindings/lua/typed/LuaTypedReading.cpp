@@ -2,6 +2,7 @@
 
 #include "bindings/lua/typed/LuaTypedCall.h"
 #include "core/lua/LuaNumber.h"
+#include "core/lua/LuaStackWords.h"
 #include "core/lua/LuaText.h"
 #include "core/lua/references/LuaScriptObjectInterpreterReference.h"
 
@@ -33,18 +34,27 @@ lua_State* stateOf(Call& call)
 }
 
 // A value that is no number reads as 0.
-[[gnu::noinline]] void expectNumber(Call& call, int index, KIND kind)
+void expectNumber(Call& call, int index, KIND kind)
 {
     if (!lua_isnumber(stateOf(call), index))
         refuseKind(call, index, kind);
 }
 
-double numberAt(Call& call, int index, KIND kind)
+// Everything but a finite number that is one already.
+[[gnu::noinline]] double otherNumberAt(Call& call, int index, KIND kind)
 {
     const double number = lua_tonumber(stateOf(call), index);
     if (number == 0.0)
         expectNumber(call, index, kind);
     return number;
+}
+
+double numberAt(Call& call, int index, KIND kind)
+{
+    double number = 0.0;
+    return LuaStackWords::readNumber(stateOf(call), index, number)
+               ? number
+               : otherNumberAt(call, index, kind);
 }
 
 void anchor(Call& call, int index, FUNCTION_PARAMETER_TYPE type, ScriptObjectReference& reference)
@@ -187,7 +197,7 @@ void refuse(Call& call, int index, const char* expected)
 
 int countArguments(Call& call)
 {
-    return callOf(call).arguments;
+    return lua_gettop(stateOf(call)); // asked before anything is pushed
 }
 
 void reserve(Call& call, int count)

@@ -1,6 +1,8 @@
 #include "bindings/lua/typed/LuaTypedRun.h"
 
+#include "bindings/CallDefinition.h"
 #include "bindings/lua/LuaRaise.h"
+#include "bindings/lua/functions/LuaFunction.h"
 #include "bindings/lua/typed/LuaTypedCall.h"
 #include "bindings/lua/values/LuaCallBridge.h"
 #include "core/LogSources.h"
@@ -22,9 +24,20 @@ namespace
 
 using typed::KIND;
 
-// Returns the number of results, or RAISE_MESSAGE_ON_TOP with the message in `errorText`.
-int runCatching(LuaTypedCall& call, void* context, std::unique_ptr<std::string>& errorText)
+// Not inline: calls hardly ever fail.
+[[gnu::noinline, gnu::cold]] int
+raiseThrown(lua_State* state, const std::string& errorText, bool isLogged)
 {
+    if (isLogged)
+        LogManager::getInstance()->log(errorText, LOG_SOURCE_LUA_FUNCTION);
+    return raiseText(state, errorText.c_str());
+}
+
+// Returns the number of results, or RAISE_MESSAGE_ON_TOP. What the host has thrown is raised outside
+// of the handler, where the log receiver may call the library.
+int runCatching(LuaTypedCall& call, void* context, bool isLogged)
+{
+    std::unique_ptr<std::string> errorText;
     try
     {
         return call.signature->run(call, context);
@@ -37,13 +50,7 @@ int runCatching(LuaTypedCall& call, void* context, std::unique_ptr<std::string>&
     {
         errorText = std::make_unique<std::string>(exception.what());
     }
-    return RAISE_MESSAGE_ON_TOP;
-}
-
-int logAndRaise(lua_State* state, const std::string& errorText)
-{
-    LogManager::getInstance()->log(errorText, LOG_SOURCE_LUA_FUNCTION);
-    return raiseText(state, errorText.c_str());
+    return raiseThrown(call.state, *errorText, isLogged);
 }
 
 template <typename T>
@@ -73,17 +80,14 @@ double numberAt(lua_State* state, int index, const char* expected, const tbMemor
 
 } // namespace
 
-int runTyped(
-    LuaStateSlot& slot,
-    lua_State* state,
-    const TypedCallable& callable,
-    const tbMemory::String& name)
+int runTypedFunction(const LuaFunction& function, lua_State* state)
 {
-    LuaCallbackScope scope(slot, state);
-    LuaTypedCall call(scope, callable.getSignature(), name);
-    std::unique_ptr<std::string> errorText;
-    const int results = runCatching(call, callable.getContext(), errorText);
-    return results == RAISE_MESSAGE_ON_TOP ? logAndRaise(state, *errorText) : results;
+    FunctionDefinition& definition = function.getDefinition();
+    const TypedHold<FunctionDefinition> hold(definition);
+    LuaCallbackScope scope(*function.getHandle().getSlot(), state);
+    const TypedCallable& callable = *definition.typed;
+    LuaTypedCall call(scope, callable.getSignature(), &definition.getName());
+    return runCatching(call, callable.getContext(), true);
 }
 
 int runTypedAccess(
@@ -93,22 +97,18 @@ int runTypedAccess(
     const tbMemory::String& name)
 {
     LuaCallbackScope scope(slot, state);
-    LuaTypedCall call(scope, callable.getSignature(), name);
-    std::unique_ptr<std::string> errorText;
-    const int results = runCatching(call, callable.getContext(), errorText);
-    return results == RAISE_MESSAGE_ON_TOP ? raiseText(state, errorText->c_str()) : results;
+    LuaTypedCall call(scope, callable.getSignature(), &name);
+    return runCatching(call, callable.getContext(), false);
 }
 
 int runTypedConstructor(
     lua_State* state, const LuaTypeCore& core, const TypedCallable& callable, int tableIndex)
 {
     LuaCallbackScope scope(*core.handle.getSlot(), state);
-    LuaTypedCall call(scope, callable.getSignature(), core.fullName);
+    LuaTypedCall call(scope, callable.getSignature(), &core.fullName);
     call.constructed = &core;
     call.constructedTable = tableIndex;
-    std::unique_ptr<std::string> errorText;
-    const int results = runCatching(call, callable.getContext(), errorText);
-    return results == RAISE_MESSAGE_ON_TOP ? logAndRaise(state, *errorText) : results;
+    return runCatching(call, callable.getContext(), true);
 }
 
 int pushMember(lua_State* state, const void* object, const typed::Member& member)

@@ -10,19 +10,18 @@
 namespace tbScripts::lua
 {
 
-/// Runs `callable` for the script that has called a closure of `state`, and returns what a
-/// closure's body returns. The caller holds the callable.
+class LuaFunction;
+
+/// Runs the typed callable of `function` for the script that has called a closure of `state`, and
+/// returns what a closure's body returns. The callable may destroy `function`. Requires: there is
+/// one.
 ///
 /// A `std::string` or `std::exception` that the host throws becomes a script error, which is logged
 /// (tag "LuaFunction").
-int runTyped(
-    LuaStateSlot& slot,
-    lua_State* state,
-    const TypedCallable& callable,
-    const tbMemory::String& name);
+int runTypedFunction(const LuaFunction& function, lua_State* state);
 
 /// The same for accesses to a field or an element, whose errors are not logged, as those of others
-/// are not.
+/// are not. The caller holds the callable.
 int runTypedAccess(
     LuaStateSlot& slot,
     lua_State* state,

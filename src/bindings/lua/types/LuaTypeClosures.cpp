@@ -26,7 +26,7 @@ namespace
 
 LuaTypeAnchor* anchorOf(lua_State* state)
 {
-    return static_cast<LuaTypeAnchor*>(lua_touserdata(state, lua_upvalueindex(1)));
+    return static_cast<LuaTypeAnchor*>(firstUpvalueOf(state));
 }
 
 // Null if the interpreter has finalised the anchor: the type cannot be used any more.
@@ -54,7 +54,7 @@ int raiseNotAnInstance(lua_State* state, const LuaTypeCore& core)
 
 const LuaFieldLink* linkOf(lua_State* state)
 {
-    return static_cast<const LuaFieldLink*>(lua_touserdata(state, lua_upvalueindex(1)));
+    return static_cast<const LuaFieldLink*>(firstUpvalueOf(state));
 }
 
 int raiseFieldIsGone(lua_State* state, const LuaFieldLink* link)

@@ -2,6 +2,7 @@
 
 #include "core/lua/LuaApi.h"
 #include "core/lua/LuaMetatableWord.h"
+#include "core/lua/LuaStackWords.h"
 #include "core/lua/LuaStateHandle.h"
 
 #include <tbMemory/StringView.h>
@@ -41,6 +42,11 @@ inline bool hasFlagsOfABox(const void* block)
 /// light userdata, whose size is 0.
 inline void* boxSizedBlockAt(lua_State* state, int index)
 {
+    if (index > 0 && LuaStackWords::isKnown())
+    {
+        void* const block = LuaStackWords::readBlock(state, index);
+        return block && LuaStackWords::readSize(block) == INSTANCE_BOX_SIZE ? block : nullptr;
+    }
     void* const block = lua_touserdata(state, index);
     return block && lua_objlen(state, index) == INSTANCE_BOX_SIZE ? block : nullptr;
 }
