@@ -9,10 +9,22 @@
 
 #include "tbScripts/typed/Declarations.h"
 #include "tbScripts/typed/Defaults.h"
+#include "tbScripts/typed/Leaves.h"
 #include "tbScripts/typed/Members.h"
 
 namespace tbScripts
 {
+
+/// Marks a function as a leaf, where a callable is expected. It promises neither to call the
+/// library nor to throw; so compiled script code may call it by itself, many times faster. A leaf
+/// that calls the library all the same gets the neutral values, one that throws returns one; both
+/// are logged.
+///
+/// @code
+/// bind(environment, "halve", leaf<&halve>);
+/// @endcode
+template <auto F>
+inline constexpr typed::LeafMark<F> leaf{};
 
 ///@{
 /// Binds `callable`, a lambda, another function object or a pointer to a function, as the function
@@ -30,7 +42,7 @@ template <typename Scope, typename Callable>
 Function* bind(Scope& scope, const char* name, Callable&& callable)
 {
     return typed::bindFunction(
-        scope, name, typed::boundCallable(static_cast<Callable&&>(callable)));
+        scope, name, typed::callableFor<void>(static_cast<Callable&&>(callable)));
 }
 
 /// The same; scripts may leave out the last arguments, or pass nil for them.
@@ -72,7 +84,7 @@ template <typename... Callables>
 typed::BoundCallable overload(Callables&&... callables)
 {
     const typed::BoundCallable all[] = {
-        typed::boundCallable(static_cast<Callables&&>(callables))...};
+        typed::callableFor<void>(static_cast<Callables&&>(callables))...};
     return typed::bindOverloads(all, static_cast<int>(sizeof...(Callables)));
 }
 
@@ -126,7 +138,7 @@ public:
     {
         if (m_type)
             typed::bindConstructor(
-                *m_type, typed::boundCallable(static_cast<Callable&&>(callable)));
+                *m_type, typed::callableFor<T>(static_cast<Callable&&>(callable)));
         return *this;
     }
 
@@ -145,7 +157,7 @@ public:
     {
         if (m_type)
             typed::bindMethod(
-                *m_type, name, typed::boundCallable(static_cast<Callable&&>(callable)));
+                *m_type, name, typed::callableFor<T>(static_cast<Callable&&>(callable)));
         return *this;
     }
 
@@ -228,7 +240,7 @@ public:
     {
         if (m_type)
             typed::bindProperty(
-                *m_type, name, typed::boundCallable(static_cast<Getter&&>(getter)), {});
+                *m_type, name, typed::callableFor<T>(static_cast<Getter&&>(getter)), {});
         return *this;
     }
 
@@ -239,8 +251,8 @@ public:
             typed::bindProperty(
                 *m_type,
                 name,
-                typed::boundCallable(static_cast<Getter&&>(getter)),
-                typed::boundCallable(static_cast<Setter&&>(setter)));
+                typed::callableFor<T>(static_cast<Getter&&>(getter)),
+                typed::callableFor<T>(static_cast<Setter&&>(setter)));
         return *this;
     }
 
@@ -262,7 +274,7 @@ public:
     {
         if (m_type)
             typed::bindOperator(
-                *m_type, which, typed::boundCallable(static_cast<Callable&&>(callable)));
+                *m_type, which, typed::callableFor<T>(static_cast<Callable&&>(callable)));
         return *this;
     }
 
@@ -308,8 +320,8 @@ public:
         if (m_type)
             typed::bindIndex(
                 *m_type,
-                typed::boundCallable(static_cast<Read&&>(read)),
-                typed::optionalCallable(static_cast<Write&&>(write)));
+                typed::callableFor<T>(static_cast<Read&&>(read)),
+                typed::optionalCallableFor<T>(static_cast<Write&&>(write)));
         return *this;
     }
 
@@ -332,8 +344,8 @@ public:
         if (m_type)
             typed::bindNames(
                 *m_type,
-                typed::boundCallable(static_cast<Read&&>(read)),
-                typed::optionalCallable(static_cast<Write&&>(write)));
+                typed::callableFor<T>(static_cast<Read&&>(read)),
+                typed::optionalCallableFor<T>(static_cast<Write&&>(write)));
         return *this;
     }
 

@@ -168,13 +168,14 @@ struct TypeOfCallable
     static constexpr bool IS_METHOD = false;
 };
 
-template <bool METHOD, typename R, typename... A>
+template <bool METHOD, bool MAY_THROW, typename R, typename... A>
 struct KnownCallable
 {
     static_assert((checkResult<R>() && ... && checkParameter<A>()));
 
     static constexpr bool IS_KNOWN = true;
     static constexpr bool IS_METHOD = METHOD;
+    static constexpr bool THROWS = MAY_THROW;
     static constexpr unsigned char COUNT = sizeof...(A);
     static constexpr const Parameter* FUNCTION_PARAMETERS = PARAMETERS<R, A...>;
 
@@ -189,32 +190,35 @@ struct KnownCallable
     using MethodOn = MethodOnThunk<F, Self, R, IndicesUpTo<sizeof...(A)>, A...>;
     template <typename C>
     using Lambda = CallableThunk<C, R, IndicesUpTo<sizeof...(A)>, A...>;
+    template <template <typename...> class To>
+    using Pass = To<R, A...>;
     template <typename C, typename D>
     using Defaulted = DefaultedThunk<C, R, IndicesUpTo<sizeof...(A)>, D, A...>;
 };
 
 #define TBSCRIPTS_KNOWN(QUALIFIERS)                                                                \
     template <typename C, typename R, typename... A>                                               \
-    struct TypeOfCallable<R (C::*)(A...) QUALIFIERS> : KnownCallable<true, R, A...>                \
+    struct TypeOfCallable<R (C::*)(A...) QUALIFIERS> : KnownCallable<true, true, R, A...>          \
+    {                                                                                              \
+    };                                                                                             \
+    template <typename C, typename R, typename... A>                                               \
+    struct TypeOfCallable<R (C::*)(A...) QUALIFIERS noexcept>                                      \
+        : KnownCallable<true, false, R, A...>                                                      \
     {                                                                                              \
     };
 TBSCRIPTS_KNOWN()
 TBSCRIPTS_KNOWN(const)
-TBSCRIPTS_KNOWN(noexcept)
-TBSCRIPTS_KNOWN(const noexcept)
 TBSCRIPTS_KNOWN(&)
 TBSCRIPTS_KNOWN(const&)
-TBSCRIPTS_KNOWN(&noexcept)
-TBSCRIPTS_KNOWN(const& noexcept)
 #undef TBSCRIPTS_KNOWN
 
 template <typename R, typename... A>
-struct TypeOfCallable<R (*)(A...)> : KnownCallable<false, R, A...>
+struct TypeOfCallable<R (*)(A...)> : KnownCallable<false, true, R, A...>
 {
 };
 
 template <typename R, typename... A>
-struct TypeOfCallable<R (*)(A...) noexcept> : KnownCallable<false, R, A...>
+struct TypeOfCallable<R (*)(A...) noexcept> : KnownCallable<false, false, R, A...>
 {
 };
 
@@ -344,16 +348,6 @@ BoundCallable boundCallable(C&& callable)
             new Type(static_cast<C&&>(callable)),
             &Described::Thunk::destroy};
     }
-}
-
-/// The same, or none for null.
-template <typename C>
-BoundCallable optionalCallable(C&& callable)
-{
-    if constexpr (isSame<BareOf<C>, decltype(nullptr)>)
-        return {};
-    else
-        return boundCallable(static_cast<C&&>(callable));
 }
 
 } // namespace tbScripts::typed
