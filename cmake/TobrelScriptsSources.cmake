@@ -607,6 +607,7 @@ set(TOBREL_SCRIPTS_INTERNAL_TESTS
     tests/core/lua/LuaStateHandleTest.cpp
     tests/core/lua/LuaStateSlotTest.cpp
     tests/core/lua/LuaTextTest.cpp
+    tests/core/lua/LuaStackWordsTest.cpp
     tests/core/lua/LuaTypeDirectoryTest.cpp
     tests/environments/DummyEnvironmentStrategyTest.cpp
     tests/environments/EnvironmentTeardownOrderTest.cpp

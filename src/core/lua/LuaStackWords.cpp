@@ -60,8 +60,8 @@ struct LuaStackProbe
         {
             const std::uint64_t word =
                 Words::_wordAt(bottom + static_cast<std::ptrdiff_t>(sizeof word) * i);
-            areNone = areNone && (word & Words::EXPONENT) == Words::EXPONENT &&
-                      !Words::_blockOf(word);
+            areNone =
+                areNone && (word & Words::EXPONENT) == Words::EXPONENT && !Words::_blockOf(word);
         }
         lua_settop(state, 1);
         return areNone;

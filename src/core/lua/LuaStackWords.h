@@ -4,9 +4,9 @@
 //
 // A typed call of a host function does little else than read its arguments and push its result, and
 // each of these costs as much as the host's own function if it goes through the interpreter's
-// interface. LuaJIT keeps numbers on its stack as they are, and the places of the stack's ends in the
-// thread. Whether it does is found out when the first state is opened; if anything differs, and for
-// everything that is no plain number or block, the interface is used
+// interface. LuaJIT keeps numbers on its stack as they are, and the places of the stack's ends in
+// the thread. Whether it does is found out when the first state is opened; if anything differs, and
+// for everything that is no plain number or block, the interface is used
 // (docs/decisions/0036-words-on-the-stack.md).
 
 #include "core/lua/LuaApi.h"
