@@ -42,6 +42,7 @@ set(TOBREL_SCRIPTS_HEADERS
     include/tbScripts/typed/Declarations.h
     include/tbScripts/typed/Defaults.h
     include/tbScripts/typed/LeafResult.h
+    include/tbScripts/typed/Leaves.h
     include/tbScripts/typed/Members.h
     include/tbScripts/typed/Thunks.h
     include/tbScripts/typed/Traits.h)
@@ -57,6 +58,7 @@ set(TOBREL_SCRIPTS_SOURCES
     src/bindings/Namespace.cpp
     src/bindings/TypedCallable.cpp
     src/bindings/TypedCallable.h
+    src/bindings/TypedFunction.h
     src/bindings/TypedNamespace.h
     src/bindings/TypedUserType.h
     src/bindings/UserType.cpp

@@ -88,12 +88,23 @@ struct CallDefinition : CallDeclaration
     /// now comes out in `other`, to be destroyed last: its destructor may run code of the host.
     void setCallable(Callable& other)
     {
+        endLeaf();
         const Counted<TypedCallable> dropped = std::exchange(typed, {});
         std::swap(callable, other);
     }
 
+    /// From here on compiled script code does not call the typed callable by itself any more.
+    void endLeaf()
+    {
+        if (const void** const word = std::exchange(leafWord, nullptr))
+            *word = nullptr;
+    }
+
     Callable callable;
     Counted<TypedCallable> typed; // called in place of `callable` if there is one
+
+    // Not null while compiled script code may call `typed` by itself: what it looks at.
+    const void** leafWord = nullptr;
 };
 
 /// The definition of a host function.

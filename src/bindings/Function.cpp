@@ -104,7 +104,12 @@ FunctionDefinition& Function::_editDefinition()
 
 void Function::_adopt(FunctionDefinition* definition)
 {
-    Counted<FunctionDefinition>::letGo(*std::exchange(m_definition, definition));
+    // Null during the construction of this function.
+    FunctionDefinition* const earlier = std::exchange(m_definition, definition);
+    if (!earlier)
+        return;
+    earlier->endLeaf();
+    Counted<FunctionDefinition>::letGo(*earlier);
 }
 
 } // namespace tbScripts

@@ -22,7 +22,9 @@ struct FunctionAccess
     /// run code of the host.
     static void bindTyped(Function& function, Counted<TypedCallable> callable)
     {
-        std::swap(function._editDefinition().typed, callable);
+        FunctionDefinition& definition = function._editDefinition();
+        definition.endLeaf();
+        std::swap(definition.typed, callable);
     }
 };
 

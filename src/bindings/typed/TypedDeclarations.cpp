@@ -1,5 +1,6 @@
 #include "bindings/BindingMessages.h"
 #include "bindings/FunctionAccess.h"
+#include "bindings/TypedFunction.h"
 #include "bindings/TypedNamespace.h"
 #include "bindings/TypedUserType.h"
 #include "core/ExceptionContainment.h"
@@ -37,8 +38,13 @@ UserType* typeOf(UserType* userType, const TypeId& type)
 Function* bindTo(Function* function, const BoundCallable& callable)
 {
     Counted<TypedCallable> held = holdTyped(callable);
-    if (function && held)
-        FunctionAccess::bindTyped(*function, std::move(held));
+    if (!function || !held)
+        return function;
+    FunctionAccess::bindTyped(*function, std::move(held));
+    TypedFunction* const published =
+        callable.signature->leaf ? TypedFunction::of(*function) : nullptr;
+    if (published)
+        published->publishLeaf();
     return function;
 }
 

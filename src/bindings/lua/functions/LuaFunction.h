@@ -2,6 +2,7 @@
 
 #include "bindings/CallDefinition.h"
 #include "bindings/FunctionAccess.h"
+#include "bindings/TypedFunction.h"
 #include "bindings/lua/LuaOwner.h"
 #include "core/lua/LuaApi.h"
 #include "core/lua/LuaStateHandle.h"
@@ -23,6 +24,7 @@ class LuaFunction;
 struct LuaFunctionAnchor
 {
     LuaFunction* function; // null after the function was destroyed
+    const void* leaf;      // not null while compiled code may call the callable by itself
     std::size_t nameSize;
 
     tbMemory::StringView getName() const
@@ -33,7 +35,7 @@ struct LuaFunctionAnchor
 
 /// Host function that is published in a Lua state: as a global, or as a field of a table in the
 /// registry.
-class LuaFunction final : public Function
+class LuaFunction final : public Function, public TypedFunction
 {
 public:
     /// Publishes the function as global `name`. `isInstalled` returns whether that worked.
@@ -60,11 +62,16 @@ public:
     /// Returns whether the function is published in an open state.
     bool isInstalled() const;
 
+    void publishLeaf() override;
+
     const LuaStateHandle& getHandle() const { return m_handle; }
 
     FunctionDefinition& getDefinition() const { return FunctionAccess::getDefinition(*this); }
 
 private:
+    // Stack: -1, the closure's anchor; +1, the closure, or that of a leaf around it.
+    void _pushClosure(lua_State* state);
+
     void _dropAnchor();
 
     LuaStateHandle m_handle;

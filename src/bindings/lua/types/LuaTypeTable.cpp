@@ -132,6 +132,17 @@ void setAnchoredEntry(lua_State* state, int partsIndex, const char* name, lua_CF
     lua_pop(state, 1);
 }
 
+// Puts a leaf around the closure on top of the stack, if it serves a plain member. Calling it is
+// safe as long as there are instances, so nothing has to end it.
+void wrapMember(lua_State* state, int part, const LuaTypeCore& core, const LuaTypeField& field)
+{
+    LuaStateSlot& slot = *core.handle.getSlot();
+    if (part == PART_READERS && field.isReadDirectly)
+        wrapReader(slot, state, *core.type, field.member, nullptr);
+    else if (part == PART_WRITERS && field.isWrittenDirectly)
+        wrapWriter(slot, state, *core.type, field.member, nullptr);
+}
+
 // Sets entry `name` of `part` to the closure of `field`.
 void publishField(
     lua_State* state,
@@ -150,6 +161,7 @@ void publishField(
         const auto* const anchor = static_cast<const LuaTypeAnchor*>(lua_touserdata(state, -1));
         new (block) LuaFieldLink{anchor, &field, nullptr};
         lua_pushcclosure(state, closure, 2);
+        wrapMember(state, part, *anchor->core, field);
         lua_rawset(state, -3);
     }
     lua_settop(state, partsIndex);

@@ -338,6 +338,7 @@ void LuaUserType::setArrayAccess(UserTypeArrayDescriptor descriptor)
     LuaHostCall call(m_core->handle);
     if (!_isUsable(call))
         return;
+    _endElementLeaves(call);
     if (descriptor.read)
     {
         if (Function* const function =
@@ -430,14 +431,18 @@ void LuaUserType::setTypedIndex(Counted<TypedCallable> read, Counted<TypedCallab
         return;
     if (read)
     {
+        const typed::Signature& signature = read->getSignature();
         if (Function* const function = _declareMethod(ARRAY_READ, {}))
             FunctionAccess::bindTyped(*function, std::move(read));
+        _publishElementLeaf(call, ELEMENT_ACCESS::READ, signature);
     }
     if (!write || !_isUsable(call))
         return;
+    const typed::Signature& signature = write->getSignature();
     LuaTypeField& field = m_core->fields[keyOf(ARRAY_WRITE)];
     setTyped(field.setter, nameOf(field, ARRAY_WRITE), write);
     m_core->arrayWrite = &field;
+    _publishElementLeaf(call, ELEMENT_ACCESS::WRITE, signature);
 }
 
 void LuaUserType::setTypedNames(Counted<TypedCallable> read, Counted<TypedCallable> write)
@@ -486,7 +491,38 @@ void LuaUserType::clear()
     LuaHostCall call(m_core->handle, LuaHostCall::ENTRY::UPKEEP);
     if (isInstalled())
         _runWithParts(call, &LuaTypeTable::forgetFields);
+    _endElementLeaves(call);
     _dropMembers();
+}
+
+void LuaUserType::_publishElementLeaf(
+    LuaHostCall& call, ELEMENT_ACCESS access, const typed::Signature& signature)
+{
+    if (!_isUsable(call) || (!signature.leaf && !m_core->hasElementLeaf))
+        return;
+    m_core->hasElementLeaf = m_core->hasElementLeaf || signature.leaf;
+    LuaStateSlot& slot = call.getSlot();
+    _runWithParts(
+        call,
+        [&](lua_State* state) {
+            LuaTypeTable::publishElementLeaf(
+                slot, state, access, signature.leaf ? &signature : nullptr);
+        });
+}
+
+void LuaUserType::_endElementLeaves(LuaHostCall& call)
+{
+    if (!isInstalled() || !std::exchange(m_core->hasElementLeaf, false))
+        return;
+    LuaStateSlot& slot = call.getSlot();
+    _runWithParts(
+        call,
+        [&](lua_State* state)
+        {
+            using Access = ELEMENT_ACCESS;
+            LuaTypeTable::publishElementLeaf(slot, state, Access::READ, nullptr);
+            LuaTypeTable::publishElementLeaf(slot, state, Access::WRITE, nullptr);
+        });
 }
 
 bool LuaUserType::_isUsable(const LuaHostCall& call) const

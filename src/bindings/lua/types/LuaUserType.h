@@ -4,6 +4,7 @@
 #include "bindings/lua/LuaNamedTables.h"
 #include "bindings/lua/LuaOwner.h"
 #include "bindings/lua/types/LuaTypeCore.h"
+#include "bindings/lua/types/LuaTypeTable.h"
 #include "core/lua/LuaApi.h"
 #include "core/lua/LuaStateHandle.h"
 
@@ -119,6 +120,11 @@ private:
     // Runs `work(state)` with the parts of the type's table on top of the stack.
     template <typename Work>
     bool _runWithParts(LuaHostCall& call, Work&& work);
+
+    // Lets compiled code read or write elements by itself, if `signature` is that of a leaf.
+    void _publishElementLeaf(
+        LuaHostCall& call, ELEMENT_ACCESS access, const typed::Signature& signature);
+    void _endElementLeaves(LuaHostCall& call);
 
     void _freeParts(LuaStateSlot& slot);
 
