@@ -477,6 +477,7 @@ set(TOBREL_SCRIPTS_PUBLIC_TESTS
     tests/core/CallableTest.cpp
     tests/bindings/typed/ScriptFunctionTest.cpp
     tests/bindings/typed/TypedFunctionTest.cpp
+    tests/bindings/typed/TypedLeafTest.cpp
     tests/bindings/typed/TypedTypeTest.cpp
     tests/bindings/typed/TypedValuesTest.cpp
     tests/core/EmptyReferenceTest.cpp

@@ -48,6 +48,14 @@ private:
 
 // [/shown]
 
+// [shown]
+double quarter(double n)
+{
+    return n / 4;
+}
+
+// [/shown]
+
 void run(Environment& environment, const char* sources)
 {
     Script script;
@@ -89,6 +97,11 @@ int main()
         " print(unit.name .. ' ' .. unit.health .. ' ' .. unit.id)");
     run(environment, "print(Color[1])");
     run(environment, "unit:hurt('much')");
+    // [/shown]
+
+    // [shown]
+    bind(environment, "quarter", leaf<&quarter>);
+    run(environment, "sum = 0 for i = 1, 1000 do sum = sum + quarter(i) end print(sum)");
     // [/shown]
 
     // [shown]

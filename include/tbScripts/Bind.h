@@ -21,7 +21,7 @@ namespace tbScripts
 /// are logged.
 ///
 /// @code
-/// bind(environment, "halve", leaf<&halve>);
+/// bind(environment, "quarter", leaf<&quarter>);
 /// @endcode
 template <auto F>
 inline constexpr typed::LeafMark<F> leaf{};

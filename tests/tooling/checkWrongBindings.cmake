@@ -67,6 +67,10 @@ struct Deleter
 };
 
 double halve(double number);
+
+double takesVector(const std::vector<int>& numbers);
+
+std::string_view viewOf(const std::string& text);
 ]])
 
 # The headers once, for all snippets.

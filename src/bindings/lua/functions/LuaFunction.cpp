@@ -102,6 +102,11 @@ void LuaFunction::_pushClosure(lua_State* state)
     definition.leafWord = &m_anchor->leaf;
 }
 
+bool LuaFunction::isInstalled() const
+{
+    return m_anchor && m_handle.get();
+}
+
 void LuaFunction::uninstall()
 {
     if (isInstalled())

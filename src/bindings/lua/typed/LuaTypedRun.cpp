@@ -33,13 +33,38 @@ raiseThrown(lua_State* state, const std::string& errorText, bool isLogged)
     return raiseText(state, errorText.c_str());
 }
 
-// Returns the number of results, or RAISE_MESSAGE_ON_TOP. What the host has thrown is raised outside
-// of the handler, where the log receiver may call the library.
+// A leaf keeps its promise on the ordinary way too, or hosts would only find out in compiled code.
+class LeafPromise
+{
+public:
+    explicit LeafPromise(const LuaTypedCall& call)
+        : m_guard(call.signature->leaf ? &call.getSlot().getLeafGuard() : nullptr)
+    {
+        if (m_guard)
+            m_guard->running = 1;
+    }
+
+    LeafPromise(const LeafPromise&) = delete;
+    LeafPromise& operator=(const LeafPromise&) = delete;
+
+    ~LeafPromise()
+    {
+        if (m_guard)
+            m_guard->running = 0;
+    }
+
+private:
+    typed::LeafGuard* m_guard;
+};
+
+// Returns the number of results, or RAISE_MESSAGE_ON_TOP. What the host has thrown is raised
+// outside of the handler, where the log receiver may call the library.
 int runCatching(LuaTypedCall& call, void* context, bool isLogged)
 {
     std::unique_ptr<std::string> errorText;
     try
     {
+        const LeafPromise promise(call);
         return call.signature->run(call, context);
     }
     catch (const std::string& thrown)
