@@ -303,7 +303,8 @@ TEST_F(TypedTypeTest, ElementsLengthAndIteration)
     is("sum", "142");
     run("count = 0 for key in pairs({a = 1, 5}) do count = count + 1 end");
     is("count", "2");
-    EXPECT_THAT(errorOf("pairs(3)"), ::testing::HasSubstr("bad argument #1 to 'pairs' (table expected"));
+    EXPECT_THAT(
+        errorOf("pairs(3)"), ::testing::HasSubstr("bad argument #1 to 'pairs' (table expected"));
     raises(
         "return unit[5]", "vector::_M_range_check: __n (which is 5) >= this->size() (which is 3)");
 }

@@ -88,7 +88,9 @@ TEST_F(LuaStackWordsTest, PushesFiniteNumbersOnly)
     EXPECT_FALSE(Words::pushNumber(state(), std::numeric_limits<double>::quiet_NaN()));
     EXPECT_EQ(lua_gettop(state()), m_isUnknown ? 0 : 1);
     if (!m_isUnknown)
+    {
         EXPECT_EQ(lua_tonumber(state(), 1), -2.5);
+    }
 }
 
 TEST_F(LuaStackWordsTest, NothingIsReadInPlaceWhereThatIsUnknown)
