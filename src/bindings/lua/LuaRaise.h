@@ -24,13 +24,19 @@ inline void* firstUpvalueOf(lua_State* state)
                                     : lua_touserdata(state, lua_upvalueindex(1));
 }
 
+/// What a closure returns whose body has returned `results`. Raises from the closure's own frame,
+/// which must own nothing.
+inline int finishClosure(lua_State* state, int results)
+{
+    return results == RAISE_MESSAGE_ON_TOP ? lua_error(state) : results;
+}
+
 /// A closure of the interpreter around `body`. `body` may own objects: its frame has returned
 /// before the error is raised. This frame owns nothing, so leaving it skips no destructor.
 template <int (*body)(lua_State* state)>
 int closureOf(lua_State* state)
 {
-    const int results = body(state);
-    return results == RAISE_MESSAGE_ON_TOP ? lua_error(state) : results;
+    return finishClosure(state, body(state));
 }
 
 } // namespace tbScripts::lua

@@ -80,8 +80,7 @@ int reportDeadFunction(const LuaFunctionAnchor* anchor, lua_State* state)
 
 int runAnchoredFunction(lua_State* state)
 {
-    const auto* const anchor =
-        static_cast<const LuaFunctionAnchor*>(firstUpvalueOf(state));
+    const auto* const anchor = static_cast<const LuaFunctionAnchor*>(firstUpvalueOf(state));
     return anchor && anchor->function ? callLivingFunction(*anchor->function, state)
                                       : reportDeadFunction(anchor, state);
 }
@@ -99,8 +98,7 @@ int callHostFunction(lua_State* state)
     const auto* const anchor = static_cast<const LuaFunctionAnchor*>(firstUpvalueOf(state));
     if (!anchor || !anchor->function || !anchor->function->getDefinition().typed)
         return callDescribedFunction(state);
-    const int results = runTypedFunction(*anchor->function, state);
-    return results == RAISE_MESSAGE_ON_TOP ? lua_error(state) : results;
+    return finishClosure(state, runTypedFunction(*anchor->function, state));
 }
 
 } // namespace tbScripts::lua
