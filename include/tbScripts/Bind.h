@@ -78,6 +78,22 @@ Function* bind(Scope& scope, const char* name, Self& object)
 
 ///@}
 
+///@{
+/// Says in a line what a bound function does, for those who write scripts, and names its
+/// parameters. Returns `function`, null if it is null or not typed.
+template <int N>
+Function* describe(Function* function, const char* text, const char* const (&parameterNames)[N])
+{
+    return typed::describe(function, text, parameterNames, N);
+}
+
+inline Function* describe(Function* function, const char* text)
+{
+    return typed::describe(function, text, nullptr, 0);
+}
+
+///@}
+
 /// Makes one callable of several, which differ in what they take: the arguments of each call
 /// choose.
 template <typename... Callables>
@@ -346,6 +362,26 @@ public:
                 *m_type,
                 typed::callableFor<T>(static_cast<Read&&>(read)),
                 typed::optionalCallableFor<T>(static_cast<Write&&>(write)));
+        return *this;
+    }
+
+    ///@}
+
+    ///@{
+    /// Says in a line what the method `name` does, and names its parameters behind the instance.
+    template <int N>
+    TypeBinding&
+    describe(const char* name, const char* text, const char* const (&parameterNames)[N])
+    {
+        if (m_type)
+            typed::describe(typed::findMethod(*m_type, name), text, parameterNames, N);
+        return *this;
+    }
+
+    TypeBinding& describe(const char* name, const char* text)
+    {
+        if (m_type)
+            typed::describe(typed::findMethod(*m_type, name), text, nullptr, 0);
         return *this;
     }
 

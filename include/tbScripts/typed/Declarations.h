@@ -79,9 +79,20 @@ TBSCRIPTS_API bool bindEnumeration(
     int count);
 ///@}
 
-/// Names the parameters of a typed function, and says in a line what it does.
-TBSCRIPTS_API void
-document(Function* function, const char* text, const char* const* parameterNames, int count);
+/// Says in a line what a typed function does, and names its parameters; null for one that is not
+/// typed.
+TBSCRIPTS_API Function*
+describe(Function* function, const char* text, const char* const* parameterNames, int count);
+
+/// What was said of a typed function; null for all others. Valid until: it is bound anew.
+TBSCRIPTS_API const char* getText(const Function& function);
+
+/// The name of parameter `number`, counted from 0, not from the instance of a method; null if it
+/// has none.
+TBSCRIPTS_API const char* getParameterName(const Function& function, int number);
+
+/// The method or function `name` of a type, null if there is none.
+TBSCRIPTS_API Function* findMethod(UserType& type, const char* name);
 
 template <auto... F>
 BoundCallable overloads()

@@ -296,6 +296,7 @@ struct LeafEntry<F, IS_METHOD, THROWS, R, Types<P...>, A...>
             return _call(parts...);
         else
         {
+#if defined(__cpp_exceptions)
             try
             {
                 return _call(parts...);
@@ -305,6 +306,9 @@ struct LeafEntry<F, IS_METHOD, THROWS, R, Types<P...>, A...>
                 reportLeafThrew();
             }
             return Returned();
+#else
+            return _call(parts...);
+#endif
         }
     }
 

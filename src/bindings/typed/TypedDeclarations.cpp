@@ -12,6 +12,7 @@
 #include "tbScripts/UserType.h"
 #include "tbScripts/typed/Declarations.h"
 
+#include <cstddef>
 #include <utility>
 
 namespace tbScripts::typed
@@ -158,14 +159,36 @@ bool bindEnumeration(
     return fillEnumeration(scope.setNamespace(name), type, enumerators, count);
 }
 
-void document(Function* function, const char* text, const char* const* parameterNames, int count)
+Function*
+describe(Function* function, const char* text, const char* const* parameterNames, int count)
 {
     TypedCallable* const callable =
         function ? FunctionAccess::getDefinition(*function).typed.get() : nullptr;
     if (!callable)
-        return;
+        return nullptr;
     callable->documentation = text ? text : "";
     callable->parameterNames.assign(parameterNames, parameterNames + count);
+    return function;
+}
+
+const char* getText(const Function& function)
+{
+    const TypedCallable* const callable = FunctionAccess::getDefinition(function).typed.get();
+    return callable ? callable->documentation.c_str() : nullptr;
+}
+
+const char* getParameterName(const Function& function, int number)
+{
+    const TypedCallable* const callable = FunctionAccess::getDefinition(function).typed.get();
+    if (!callable || number < 0 ||
+        static_cast<std::size_t>(number) >= callable->parameterNames.size())
+        return nullptr;
+    return callable->parameterNames[static_cast<std::size_t>(number)].c_str();
+}
+
+Function* findMethod(UserType& type, const char* name)
+{
+    return type.getMethod(name);
 }
 
 } // namespace tbScripts::typed

@@ -247,6 +247,22 @@ TEST_F(TypedFunctionTest, CallableThatCannotBeDeclaredIsDestroyed)
     forgetLog();
 }
 
+TEST_F(TypedFunctionTest, IsDescribedForThoseWhoWriteScripts)
+{
+    Function* const halved = bind<&halve>(environment(), "halve");
+    EXPECT_STREQ(typed::getText(*halved), "");
+    EXPECT_EQ(describe(halved, "Half of a number.", {"number"}), halved);
+    EXPECT_STREQ(typed::getText(*halved), "Half of a number.");
+    EXPECT_STREQ(typed::getParameterName(*halved, 0), "number");
+    EXPECT_EQ(typed::getParameterName(*halved, 1), nullptr);
+    EXPECT_EQ(typed::getParameterName(*halved, -1), nullptr);
+
+    halved->reset();
+    EXPECT_EQ(describe(halved, "Not typed."), nullptr);
+    EXPECT_EQ(typed::getText(*halved), nullptr);
+    EXPECT_EQ(typed::getParameterName(*halved, 0), nullptr);
+}
+
 TEST_F(TypedFunctionTest, DefaultArgumentsStandForMissingOnesAndNil)
 {
     bind(
