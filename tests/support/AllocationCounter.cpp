@@ -30,6 +30,13 @@ void* operator new[](std::size_t size)
     return allocate(size);
 }
 
+// A sanitizer has one of its own, whose blocks only its own `delete` takes.
+void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept
+{
+    ++allocations;
+    return std::malloc(size > 0 ? size : 1);
+}
+
 void operator delete(void* block) noexcept
 {
     std::free(block);

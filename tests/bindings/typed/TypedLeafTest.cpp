@@ -252,6 +252,12 @@ TEST_F(TypedLeafTest, LibraryIsRefusedInsideEachWay)
     EXPECT_EQ(environment().getVar("present", 0), 4);
 }
 
+TEST_F(TypedLeafTest, LeavesAreNoValuesAsBytes)
+{
+    const ScriptObjectReference function = environment().getScriptFunction("halve");
+    EXPECT_EQ(environment().serializeScriptObject(function, false).size(), 0U);
+}
+
 TEST_F(TypedLeafTest, ThrownExceptionsAreReported)
 {
     bind(environment(), "fail", leaf<&fail>);

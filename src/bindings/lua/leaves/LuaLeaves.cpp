@@ -15,6 +15,8 @@ namespace tbScripts::lua
 namespace
 {
 
+constexpr const char* NAME_OF_LEAVES = "=leaf";
+
 using typed::KIND;
 
 // Indices of the parts of a shape.
@@ -87,7 +89,7 @@ void pushNewShape(lua_State* state, int kitIndex, const LuaLeafSource& source)
     constexpr int PARTS = 4;
     lua_createtable(state, PARTS, 0);
     const int shapeIndex = lua_gettop(state);
-    if (luaL_loadbuffer(state, source.text.data(), source.text.size(), "=leaf") != 0)
+    if (luaL_loadbuffer(state, source.text.data(), source.text.size(), NAME_OF_LEAVES) != 0)
         throw std::string(lua_tostring(state, -1)); // no memory
     lua_call(state, 0, 1);
     const std::string roles = shareUpvalues(state, kitIndex);
@@ -174,7 +176,7 @@ void wrapTop(
     const char* const bytes = lua_tolstring(state, shapeIndex + 3, &size);
     // Loaded for each leaf: the compiler treats upvalues as constants only in functions that have
     // their bytecode for themselves.
-    if (luaL_loadbuffer(state, bytes, size, "=leaf") != 0)
+    if (luaL_loadbuffer(state, bytes, size, NAME_OF_LEAVES) != 0)
         throw std::string(lua_tostring(state, -1)); // no memory
     const int leafIndex = lua_gettop(state);
     for (int i = 0; i < static_cast<int>(count); ++i)
@@ -234,6 +236,16 @@ bool wrapMember(
 }
 
 } // namespace
+
+bool isLeaf(lua_State* state, int index)
+{
+    if (!lua_isfunction(state, index))
+        return false;
+    lua_Debug function;
+    lua_pushvalue(state, index);
+    return lua_getinfo(state, ">S", &function) != 0 &&
+           std::strcmp(function.source, NAME_OF_LEAVES) == 0;
+}
 
 bool wrapLeaf(
     LuaStateSlot& slot,

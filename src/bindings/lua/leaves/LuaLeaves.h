@@ -47,4 +47,8 @@ bool wrapWriter(
     const typed::Member& member,
     const void* const* living);
 
+/// Returns whether the function at `index` is one that these have made, or a script has named
+/// its code like that of one. Stack: +0.
+bool isLeaf(lua_State* state, int index);
+
 } // namespace tbScripts::lua

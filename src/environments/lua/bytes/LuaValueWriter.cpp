@@ -1,5 +1,6 @@
 #include "environments/lua/bytes/LuaValueWriter.h"
 
+#include "bindings/lua/leaves/LuaLeaves.h"
 #include "bindings/lua/values/LuaInstanceBox.h"
 #include "core/lua/LuaText.h"
 #include "environments/lua/bytes/LuaValueFormat.h"
@@ -148,6 +149,8 @@ void LuaValueWriter::_writeValue(lua_State* state, int type)
 
 bool LuaValueWriter::_writeFunction(lua_State* state)
 {
+    if (isLeaf(state, -1))
+        return false; // it is a function of the host for scripts
     *m_bytes.extend(1) = TAG_FUNCTION;
     const int status = lua_dump(state, &appendDumpedPiece, &m_bytes);
     if (status == NO_MEMORY_FOR_DUMP)
