@@ -16,8 +16,6 @@ namespace
 
 constexpr const char* REFUSED =
     "A leaf function called the library, which it promised not to do. Call having no effect.";
-constexpr const char* THROWN =
-    "A leaf function has thrown an exception, which it promised not to do.";
 
 struct Leafy
 {

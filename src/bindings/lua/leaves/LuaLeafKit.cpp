@@ -56,7 +56,6 @@ constexpr int PART_SHARED = 1; // a function with the shared upvalues
 constexpr int PART_TYPEOF = 2;
 constexpr int PART_CAST = 3;
 constexpr int PART_WORD = 4; // the type of a pointer to a word
-constexpr int PART_OBJECT = 5;
 constexpr int PARTS = 5;
 
 const char light = 0;
