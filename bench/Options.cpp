@@ -34,8 +34,8 @@ void describe(CLI::App& parser, Options& options)
         .add_option(
             "--profile",
             options.profiledVariant,
-            "Run variant N of the chosen rows, 0 for the library, 1 for the first other side, as "
-            "often as there are repetitions, and measure nothing")
+            "Run variant N of the chosen rows as often as there are repetitions, and measure "
+            "nothing; the ways through the library count from 0, the other sides follow")
         ->type_name("N")
         ->check(CLI::Range(0, MAX_NUMBER));
 }

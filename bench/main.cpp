@@ -59,6 +59,20 @@ void profileRow(const Row& row, const Options& options)
     }
 }
 
+RatioResult
+ratioOf(const Row& row, std::size_t way, std::size_t rival, const std::vector<Timing>& timings)
+{
+    const bool isBinding = row.rivals[rival].kind == RIVAL_KIND::BINDING;
+    return {
+        row.subject,
+        row.name,
+        row.ways[way].way,
+        row.rivals[rival],
+        isBinding ? row.ways[way].goal : row.rivals[rival].goal,
+        timings[way],
+        timings[row.ways.size() + rival]};
+}
+
 void measureRow(const Row& row, const Options& options, Results& results)
 {
     std::cerr << row.subject << ": " << row.name << '\n';
@@ -68,8 +82,10 @@ void measureRow(const Row& row, const Options& options, Results& results)
     const std::vector<Timing> timings =
         measure(row.name, variants, operationsOfEach, options.repetitions);
     for (std::size_t i = 0; i < row.rivals.size(); ++i)
-        results.ratios.push_back(
-            {row.subject, row.name, row.rivals[i], timings[0], timings[i + 1]});
+    {
+        for (std::size_t k = 0; k < row.ways.size(); ++k)
+            results.ratios.push_back(ratioOf(row, k, i, timings));
+    }
 }
 
 void measureGrowth(const GrowthRow& row, const Options& options, Results& results)

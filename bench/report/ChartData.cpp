@@ -17,12 +17,19 @@ const char* verdictOf(const RatioResult& ratio)
     return ratio.isMet() ? "met" : "missed";
 }
 
+// Ways other than the first have the name of the operation above them.
+std::string nameOf(const RatioResult& ratio)
+{
+    if (ratio.rival.kind != RIVAL_KIND::BINDING)
+        return ratio.name + " : " + ratio.rival.name;
+    return ratio.way == WAY::DESCRIBED ? ratio.name : textOf(ratio.way);
+}
+
 void addLine(std::ostream& lines, const RatioResult& ratio)
 {
-    const bool isBinding = ratio.rival.kind == RIVAL_KIND::BINDING;
-    const double goal = ratio.hasGoal() ? ratio.rival.goal : std::nan("");
-    lines << ratio.name << (isBinding ? "" : " : " + ratio.rival.name) << '\t' << ratio.getRatio()
-          << '\t' << goal << '\t' << verdictOf(ratio) << '\n';
+    const double goal = ratio.hasGoal() ? ratio.goal : std::nan("");
+    lines << nameOf(ratio) << '\t' << ratio.getRatio() << '\t' << goal << '\t' << verdictOf(ratio)
+          << '\n';
 }
 
 } // namespace

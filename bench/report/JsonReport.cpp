@@ -64,16 +64,28 @@ void addRatio(Node& array, const RatioResult& ratio)
     Node& node = addObject(array);
     addText(node, "subject", ratio.subject);
     addText(node, "name", ratio.name);
+    addText(node, "way", textOf(ratio.way));
     addText(node, "rival", ratio.rival.name);
     addText(node, "kind", kindText(ratio.rival.kind));
     addNumber(node, "ratio", ratio.getRatio());
     if (ratio.hasGoal())
     {
-        addNumber(node, "goal", ratio.rival.goal);
+        addNumber(node, "goal", ratio.goal);
         node.addMember("isMet")->setBool(ratio.isMet());
     }
     addTiming(node, "libraryNanoseconds", ratio.library);
     addTiming(node, "rivalNanoseconds", ratio.other);
+}
+
+void addMean(Node& array, const MeanResult& mean)
+{
+    Node& node = addObject(array);
+    addText(node, "name", mean.name);
+    addNumber(node, "rows", static_cast<double>(mean.rows));
+    addNumber(node, "mean", mean.mean);
+    addNumber(node, "highest", mean.highest);
+    addNumber(node, "goal", mean.goal);
+    node.addMember("isMet")->setBool(mean.isMet());
 }
 
 void addGrowth(Node& array, const GrowthResult& growth)
@@ -109,7 +121,9 @@ tbMemory::String makeJsonReport(const Results& results)
     Node root;
     root.setObject();
     addNumber(root, "repetitions", results.repetitions);
-    addNumber(root, "geometricMean", results.getMean());
+    Node& means = addArray(root, "geometricMeans");
+    for (const MeanResult& mean : results.getMeans())
+        addMean(means, mean);
     Node& ratios = addArray(root, "ratios");
     for (const RatioResult& ratio : results.ratios)
         addRatio(ratios, ratio);

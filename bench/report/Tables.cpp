@@ -58,30 +58,70 @@ std::string verdict(const RatioResult& ratio)
     return ratio.isMet() ? "yes" : "NO";
 }
 
+std::string ratioText(const RatioResult* ratio)
+{
+    return ratio ? ratioText(ratio->getRatio()) : "";
+}
+
+// The ways that miss their goals.
+std::string missedWays(const BindingResult& binding)
+{
+    std::string names;
+    for (const RatioResult* const ratio : binding.ways)
+    {
+        if (ratio->hasGoal() && !ratio->isMet())
+            names += (names.empty() ? "" : ", ") + std::string(textOf(ratio->way));
+    }
+    return names;
+}
+
+Cells bindingCells(const BindingResult& binding)
+{
+    const RatioResult& first = *binding.ways.front();
+    return {
+        first.name,
+        timeText(first.other.median),
+        ratioText(binding.find(WAY::DESCRIBED)),
+        ratioText(binding.find(WAY::TYPED)),
+        ratioText(binding.find(WAY::LEAF)),
+        ratioText(&binding.getBest()),
+        missedWays(binding)};
+}
+
+void printMeans(std::ostream& stream, const Results& results)
+{
+    std::vector<Cells> rows{{"ratios", "rows", "geometric mean", "goal", "met", "highest"}};
+    for (const MeanResult& mean : results.getMeans())
+    {
+        if (mean.rows > 0)
+            rows.push_back(
+                {mean.name,
+                 std::to_string(mean.rows),
+                 ratioText(mean.mean),
+                 ratioText(mean.goal),
+                 mean.isMet() ? "yes" : "NO",
+                 ratioText(mean.highest)});
+    }
+    printTable(stream, rows);
+    stream << '\n';
+}
+
 void printBindings(std::ostream& stream, const Results& results)
 {
-    std::vector<Cells> rows{{"operation", "library ns", "hand-written ns", "ratio", "goal", "met"}};
+    std::vector<Cells> rows{
+        {"operation", "hand-written ns", "described", "typed", "leaf", "best", "goals missed"}};
     std::string subject;
-    for (const RatioResult& ratio : results.ratios)
+    for (const BindingResult& binding : results.getBindings())
     {
-        if (ratio.rival.kind != RIVAL_KIND::BINDING)
-            continue;
-        if (ratio.subject != subject)
-            rows.push_back({"**" + ratio.subject + "**", "", "", "", "", ""});
-        subject = ratio.subject;
-        rows.push_back(
-            {ratio.name,
-             timeText(ratio.library.median),
-             timeText(ratio.other.median),
-             ratioText(ratio.getRatio()),
-             ratioText(ratio.rival.goal),
-             verdict(ratio)});
+        const RatioResult& first = *binding.ways.front();
+        if (first.subject != subject)
+            rows.push_back({"**" + first.subject + "**", "", "", "", "", "", ""});
+        subject = first.subject;
+        rows.push_back(bindingCells(binding));
     }
     if (rows.size() == 1)
         return;
-    const double mean = results.getMean();
-    rows.push_back(
-        {"**geometric mean**", "", "", ratioText(mean), "1.00", mean < 1.005 ? "yes" : "NO"});
+    printMeans(stream, results);
     printTable(stream, rows);
     stream << '\n';
 }
@@ -100,7 +140,7 @@ void printOthers(std::ostream& stream, const Results& results)
              timeText(ratio.library.median),
              timeText(ratio.other.median),
              ratioText(ratio.getRatio()),
-             ratio.hasGoal() ? ratioText(ratio.rival.goal) : "",
+             ratio.hasGoal() ? ratioText(ratio.goal) : "",
              verdict(ratio)});
     }
     if (rows.size() == 1)

@@ -3,7 +3,9 @@
 #include "rows/TwiceFunction.h"
 #include "support/Workload.h"
 
+#include <tbScripts/Bind.h>
 #include <tbScripts/Namespace.h>
+#include <tbScripts/ScriptFunction.h>
 
 #include <string_view>
 
@@ -15,6 +17,10 @@ namespace
 
 using tbScripts::Environment;
 using tbScripts::FunctionParameter;
+using tbScripts::ScriptFunction;
+
+using tbScripts::bind;
+using tbScripts::leaf;
 
 using tbScripts::PARAM_TYPE_DOUBLE;
 using tbScripts::PARAM_TYPE_SCRIPT_FUNCTION;
@@ -76,7 +82,7 @@ Row makeNumberRow()
     return makeScriptRow(
         {SUBJECT,
          "double f(double)",
-         1.3,
+         goals::DESCRIBED,
          R"(local twice = twice
             function run(n)
                 local sum = 0
@@ -84,7 +90,9 @@ Row makeNumberRow()
                 return sum
             end)",
          [](Environment& environment) { declareTwice(environment.setFunc("twice")); },
-         &declareTwiceByHand});
+         &declareTwiceByHand,
+         &bindTwice,
+         &bindTwiceAsLeaf});
 }
 
 Row makeTextRow()
@@ -92,7 +100,7 @@ Row makeTextRow()
     return makeScriptRow(
         {SUBJECT,
          "text f(text)",
-         1.4,
+         goals::DESCRIBED,
          R"(local trimmed = trimmed
             function run(n)
                 local sum = 0
@@ -110,7 +118,9 @@ Row makeTextRow()
                      return FunctionParameter(tbMemory::StringView(result.data(), result.size()));
                  });
          },
-         [](lua_State* state) { lua_register(state, "trimmed", &trimmedByHand); }});
+         [](lua_State* state) { lua_register(state, "trimmed", &trimmedByHand); },
+         [](Environment& environment) { bind<&trimmed>(environment, "trimmed"); },
+         [](Environment& environment) { bind(environment, "trimmed", leaf<&trimmed>); }});
 }
 
 Row makeNamespaceRow()
@@ -118,7 +128,7 @@ Row makeNamespaceRow()
     return makeScriptRow(
         {SUBJECT,
          "a::b::f(double)",
-         1.3,
+         goals::DESCRIBED,
          R"(function run(n)
                 local sum = 0
                 for i = 1, n do sum = sum + a.b.twice(i) end
@@ -134,7 +144,10 @@ Row makeNamespaceRow()
              lua_setfield(state, -2, "twice");
              lua_setfield(state, -2, "b");
              lua_setglobal(state, "a");
-         }});
+         },
+         [](Environment& environment) { bind<&twice>(*environment.setNamespace("a::b"), "twice"); },
+         [](Environment& environment)
+         { bind(*environment.setNamespace("a::b"), "twice", leaf<&twice>); }});
 }
 
 Row makeEightRow()
@@ -142,7 +155,7 @@ Row makeEightRow()
     return makeScriptRow(
         {SUBJECT,
          "f with 8 parameters",
-         1.3,
+         goals::DESCRIBED,
          R"(local sumOfEight = sumOfEight
             function run(n)
                 local sum = 0
@@ -163,7 +176,9 @@ Row makeEightRow()
                   PARAM_TYPE_DOUBLE},
                  &sumInLibrary);
          },
-         [](lua_State* state) { lua_register(state, "sumOfEight", &sumByHand); }});
+         [](lua_State* state) { lua_register(state, "sumOfEight", &sumByHand); },
+         [](Environment& environment) { bind<&sumOfEight>(environment, "sumOfEight"); },
+         [](Environment& environment) { bind(environment, "sumOfEight", leaf<&sumOfEight>); }});
 }
 
 Row makeCoroutineRow()
@@ -171,7 +186,7 @@ Row makeCoroutineRow()
     return makeScriptRow(
         {SUBJECT,
          "double f(double) in a coroutine",
-         1.3,
+         goals::DESCRIBED,
          R"(local twice = twice
             function run(n)
                 return coroutine.wrap(function()
@@ -181,7 +196,9 @@ Row makeCoroutineRow()
                 end)()
             end)",
          [](Environment& environment) { declareTwice(environment.setFunc("twice")); },
-         &declareTwiceByHand});
+         &declareTwiceByHand,
+         &bindTwice,
+         &bindTwiceAsLeaf});
 }
 
 Row makeReferenceRow()
@@ -189,7 +206,7 @@ Row makeReferenceRow()
     return makeScriptRow(
         {SUBJECT,
          "f(script function)",
-         1.3,
+         goals::DESCRIBED,
          R"(local keep = keep
             function run(n)
                 local function step() end
@@ -203,7 +220,9 @@ Row makeReferenceRow()
                  {PARAM_TYPE_SCRIPT_FUNCTION},
                  [](const Arguments&) { return FunctionParameter::VOID; });
          },
-         [](lua_State* state) { lua_register(state, "keep", &keepByHand); }});
+         [](lua_State* state) { lua_register(state, "keep", &keepByHand); },
+         [](Environment& environment)
+         { bind(environment, "keep", [](const ScriptFunction<void()>&) {}); }});
 }
 
 } // namespace

@@ -3,6 +3,10 @@
 #include "rows/TwiceFunction.h"
 #include "support/Failure.h"
 
+#include <tbScripts/ScriptFunction.h>
+
+#include <tuple>
+
 namespace bench
 {
 
@@ -10,10 +14,12 @@ namespace
 {
 
 using tbScripts::FunctionParameter;
+using tbScripts::ScriptFunction;
 
 using Outputs = tbMemory::BufferView<FunctionParameter>;
 
 constexpr const char* SUBJECT = "Script functions called by the host";
+constexpr double GOAL_OF_TYPED = 1.1;
 
 // Reads a number that a call has given.
 double resultAt(lua_State* state, int index)
@@ -62,6 +68,19 @@ LuaLoop callByHand(LuaHost& host)
     };
 }
 
+// A call that fails would be logged, which ends the program.
+LibraryLoop callTyped(LibraryHost& host)
+{
+    const ScriptFunction<double(double)> step(host.getEnvironment(), "step");
+    return [step](LibraryHost& /*running*/, std::size_t n)
+    {
+        double sum = 0.0;
+        for (std::size_t i = 0; i < n; ++i)
+            sum += step(static_cast<double>(i));
+        return sum;
+    };
+}
+
 LibraryLoop callEightInLibrary(LibraryHost& host)
 {
     const auto function = host.getEnvironment().getScriptFunction("step");
@@ -100,6 +119,20 @@ LuaLoop callEightByHand(LuaHost& host)
             sum += resultAt(state, -1);
             lua_pop(state, 1);
         }
+        return sum;
+    };
+}
+
+LibraryLoop callEightTyped(LibraryHost& host)
+{
+    using Step =
+        ScriptFunction<double(double, double, double, double, double, double, double, double)>;
+    const Step step(host.getEnvironment(), "step");
+    return [step](LibraryHost& /*running*/, std::size_t n)
+    {
+        double sum = 0.0;
+        for (std::size_t i = 0; i < n; ++i)
+            sum += step(static_cast<double>(i), 2.0, 3.0, 4.0, 5.0, 6.0, 7.0, 8.0);
         return sum;
     };
 }
@@ -143,6 +176,22 @@ LuaLoop callForThreeByHand(LuaHost& host)
     };
 }
 
+LibraryLoop callForThreeTyped(LibraryHost& host)
+{
+    using Step = ScriptFunction<std::tuple<double, double, double>(double)>;
+    const Step step(host.getEnvironment(), "step");
+    return [step](LibraryHost& /*running*/, std::size_t n)
+    {
+        double sum = 0.0;
+        for (std::size_t i = 0; i < n; ++i)
+        {
+            const auto [first, second, third] = step(static_cast<double>(i));
+            sum += first + second + third;
+        }
+        return sum;
+    };
+}
+
 } // namespace
 
 void addScriptCallRows(RowList& rows)
@@ -150,28 +199,40 @@ void addScriptCallRows(RowList& rows)
     rows.push_back(makeHostRow(
         {SUBJECT,
          "double f(double)",
-         1.4,
+         goals::DESCRIBED,
          "function step(x) return x * 2 end",
          &callInLibrary,
-         &callByHand}));
+         &callByHand,
+         MANY,
+         &callTyped,
+         {},
+         GOAL_OF_TYPED}));
     rows.push_back(makeHostRow(
         {SUBJECT,
          "f with 8 parameters",
-         1.4,
+         goals::DESCRIBED,
          "function step(a, b, c, d, e, f, g, h) return a + b + c + d + e + f + g + h end",
          &callEightInLibrary,
-         &callEightByHand}));
+         &callEightByHand,
+         MANY,
+         &callEightTyped,
+         {},
+         GOAL_OF_TYPED}));
     rows.push_back(makeHostRow(
         {SUBJECT,
          "f with 3 results",
-         1.4,
+         goals::DESCRIBED,
          "function step(x) return x, x + 1, x + 2 end",
          &callForThreeInLibrary,
-         &callForThreeByHand}));
+         &callForThreeByHand,
+         MANY,
+         &callForThreeTyped,
+         {},
+         GOAL_OF_TYPED}));
     rows.push_back(makeHostRow(
         {SUBJECT,
          "callback: f calls double g(double) of the host",
-         1.4,
+         goals::DESCRIBED,
          "function step(x) return twice(x) end",
          [](LibraryHost& host)
          {
@@ -182,7 +243,19 @@ void addScriptCallRows(RowList& rows)
          {
              declareTwiceByHand(host.getState());
              return callByHand(host);
-         }}));
+         },
+         MANY,
+         [](LibraryHost& host)
+         {
+             bindTwice(host.getEnvironment());
+             return callTyped(host);
+         },
+         [](LibraryHost& host)
+         {
+             bindTwiceAsLeaf(host.getEnvironment());
+             return callTyped(host);
+         },
+         GOAL_OF_TYPED}));
 }
 
 } // namespace bench

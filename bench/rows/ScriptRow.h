@@ -19,12 +19,20 @@ using RowList = std::vector<Row>;
 constexpr std::size_t MANY = 200'000;
 constexpr std::size_t MANY_IN_SMOKE = 200;
 
+/// The ratios to hand-written code that no row is to exceed, for rows without stricter ones.
+namespace goals
+{
+constexpr double DESCRIBED = 1.5;
+constexpr double TYPED = 1.3;
+constexpr double LEAF = 0.6;
+} // namespace goals
+
 /// What `makeScriptRow` makes a row of.
 struct ScriptRow
 {
     std::string subject;
     std::string name;
-    double goal;
+    double goal; // of the described way
 
     /// Defines `run(n)`, which does the operation `n` times and returns a number. Both sides run
     /// this very text.
@@ -32,6 +40,10 @@ struct ScriptRow
 
     std::function<void(tbScripts::Environment&)> declareInLibrary;
     std::function<void(lua_State*)> declareByHand;
+
+    // Empty where the library does not offer the way.
+    std::function<void(tbScripts::Environment&)> declareTyped = {};
+    std::function<void(tbScripts::Environment&)> declareLeaf = {};
 };
 
 /// Makes a row whose operations run inside of one script function.
@@ -47,11 +59,16 @@ struct HostRow
 {
     std::string subject;
     std::string name;
-    double goal;
+    double goal;        // of the described way
     std::string source; // run once on both sides, before `begin`
     std::function<LibraryLoop(LibraryHost&)> beginInLibrary;
     std::function<LuaLoop(LuaHost&)> beginByHand;
     std::size_t operations = MANY;
+
+    // Empty where the library does not offer the way.
+    std::function<LibraryLoop(LibraryHost&)> beginTyped = {};
+    std::function<LibraryLoop(LibraryHost&)> beginLeaf = {};
+    double goalOfTyped = goals::TYPED;
 };
 
 /// Makes a row whose operations run inside of one loop of the host.

@@ -3,6 +3,8 @@
 #include "support/LibraryHost.h"
 #include "support/Workload.h"
 
+#include <tbScripts/Bind.h>
+
 namespace bench
 {
 
@@ -24,6 +26,16 @@ void declareTwice(tbScripts::Function* function)
         {tbScripts::PARAM_TYPE_DOUBLE},
         [](const tbMemory::BufferView<tbScripts::FunctionParameter>& arguments)
         { return twice(arguments[0].getDouble()); });
+}
+
+void bindTwice(tbScripts::Environment& environment)
+{
+    tbScripts::bind<&twice>(environment, "twice");
+}
+
+void bindTwiceAsLeaf(tbScripts::Environment& environment)
+{
+    tbScripts::bind(environment, "twice", tbScripts::leaf<&twice>);
 }
 
 } // namespace bench

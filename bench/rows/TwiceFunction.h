@@ -1,5 +1,6 @@
 #pragma once
 
+#include <tbScripts/Environment.h>
 #include <tbScripts/Function.h>
 
 #include <lua.hpp>
@@ -15,5 +16,10 @@ int twiceByHand(lua_State* state);
 void declareTwiceByHand(lua_State* state);
 
 void declareTwice(tbScripts::Function* function);
+
+// The same by its type, and as a leaf.
+
+void bindTwice(tbScripts::Environment& environment);
+void bindTwiceAsLeaf(tbScripts::Environment& environment);
 
 } // namespace bench

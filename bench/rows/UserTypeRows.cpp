@@ -2,7 +2,9 @@
 #include "rows/LibraryBody.h"
 #include "rows/Rows.h"
 #include "rows/ScriptRow.h"
+#include "rows/TypedBody.h"
 
+#include <tbScripts/Bind.h>
 #include <tbScripts/UserType.h>
 
 #include <string>
@@ -28,32 +30,44 @@ int massByHand(lua_State* state)
 }
 
 // A row about instances of `Body`; the loop has `i`, `sum` and the instances `a` and `b` at hand.
-Row makeBodyRow(std::string name, double goal, const std::string& statement)
+Row makeBodyRow(std::string name, const std::string& statement, bool hasLeaf = true)
 {
-    return makeScriptRow(
-        {SUBJECT,
-         std::move(name),
-         goal,
-         R"(local massOf, Body = massOf, Body
+    ScriptRow row{
+        SUBJECT,
+        std::move(name),
+        goals::DESCRIBED,
+        R"(local massOf, Body = massOf, Body
             function run(n)
                 local a, b, sum = Body.new(), Body.new(), 0
                 for i = 1, n do )" +
-             statement + R"( end
+            statement + R"( end
                 return sum + b.var + b[1]
             end)",
-         [](Environment& environment)
-         {
-             declareLibraryBody(environment);
-             tbScripts::Function* const function = environment.setFunc("massOf");
-             function->addParameter(tbScripts::PARAM_TYPE_USER_TYPE, "Body");
-             function->setFunction([](const Arguments& arguments)
-                                   { return massOf(bodyIn(arguments[0])); });
-         },
-         [](lua_State* state)
-         {
-             declareHandWrittenBody(state);
-             lua_register(state, "massOf", &massByHand);
-         }});
+        [](Environment& environment)
+        {
+            declareLibraryBody(environment);
+            tbScripts::Function* const function = environment.setFunc("massOf");
+            function->addParameter(tbScripts::PARAM_TYPE_USER_TYPE, "Body");
+            function->setFunction([](const Arguments& arguments)
+                                  { return massOf(bodyIn(arguments[0])); });
+        },
+        [](lua_State* state)
+        {
+            declareHandWrittenBody(state);
+            lua_register(state, "massOf", &massByHand);
+        },
+        [](Environment& environment)
+        {
+            bindTypedBody(environment);
+            tbScripts::bind<&massOf>(environment, "massOf");
+        }};
+    if (hasLeaf)
+        row.declareLeaf = [](Environment& environment)
+        {
+            bindBodyOfLeaves(environment);
+            tbScripts::bind(environment, "massOf", tbScripts::leaf<&massOf>);
+        };
+    return makeScriptRow(std::move(row));
 }
 
 int getByHand(lua_State* state)
@@ -91,29 +105,32 @@ Row makeMethodOnlyRow()
     return makeScriptRow(
         {SUBJECT,
          "b:get() of a type with nothing but methods",
-         1.2,
+         goals::DESCRIBED,
          R"(function run(n)
                 local b, sum = Body.new(), n
                 for i = 1, n do sum = sum + b:get() end
                 return sum
             end)",
          &declareMethodOnly,
-         &declareMethodOnlyByHand});
+         &declareMethodOnlyByHand,
+         &bindTypedMethodOnly,
+         &bindMethodOnlyOfLeaves});
 }
 
 } // namespace
 
 void addUserTypeRows(RowList& rows)
 {
-    rows.push_back(makeBodyRow("double f(T)", 1.2, "sum = sum + massOf(b)"));
-    rows.push_back(makeBodyRow("b:set(b:get() + 1)", 0.8, "b:set(b:get() + 1)"));
+    rows.push_back(makeBodyRow("double f(T)", "sum = sum + massOf(b)"));
+    rows.push_back(makeBodyRow("b:set(b:get() + 1)", "b:set(b:get() + 1)"));
     rows.push_back(makeMethodOnlyRow());
-    rows.push_back(makeBodyRow("b.var = b.var + 1", 0.9, "b.var = b.var + 1"));
-    rows.push_back(makeBodyRow("T.new() and its collection", 1.0, "a = Body.new() sum = sum + 1"));
-    rows.push_back(makeBodyRow("a + b, a new instance", 1.0, "local c = a + b sum = sum + 1"));
-    rows.push_back(makeBodyRow("a < b", 1.2, "if not (a < b) then sum = sum + 1 end"));
-    rows.push_back(makeBodyRow("sum = sum + b[1]", 0.9, "sum = sum + b[1] + 1"));
-    rows.push_back(makeBodyRow("b[1] = i", 0.9, "b[1] = i"));
+    rows.push_back(makeBodyRow("b.var = b.var + 1", "b.var = b.var + 1"));
+    rows.push_back(
+        makeBodyRow("T.new() and its collection", "a = Body.new() sum = sum + 1", false));
+    rows.push_back(makeBodyRow("a + b, a new instance", "local c = a + b sum = sum + 1", false));
+    rows.push_back(makeBodyRow("a < b", "if not (a < b) then sum = sum + 1 end"));
+    rows.push_back(makeBodyRow("sum = sum + b[1]", "sum = sum + b[1] + 1"));
+    rows.push_back(makeBodyRow("b[1] = i", "b[1] = i"));
 }
 
 } // namespace bench
