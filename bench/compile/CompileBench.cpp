@@ -201,11 +201,13 @@ int main(int count, char** arguments)
         {"20 functions",
          9,
          {{"hand-written", FOLDER + "/HandWrittenBinding.cpp", 0},
+          {"typed", FOLDER + "/TypedBinding.cpp", 1.3},
           {"described", FOLDER + "/LibraryBinding.cpp", 2}}},
         // A further way to bind classes is one more source in `units` and one more line here.
         {"20 classes of 25 members",
          5,
          {{"hand-written", repeated("HandWrittenUnits.cpp"), 0},
+          {"typed", repeated("TypedUnits.cpp"), 1.25},
           {"described", repeated("DescribedUnits.cpp"), 3}}}};
 
     std::vector<std::vector<std::string>> rows{
