@@ -478,6 +478,7 @@ set(TOBREL_SCRIPTS_PUBLIC_TESTS
     tests/bindings/typed/ScriptFunctionTest.cpp
     tests/bindings/typed/TypedFunctionTest.cpp
     tests/bindings/typed/TypedLeafTest.cpp
+    tests/bindings/typed/TypedLifeTest.cpp
     tests/bindings/typed/TypedTypeTest.cpp
     tests/bindings/typed/TypedValuesTest.cpp
     tests/core/EmptyReferenceTest.cpp
@@ -658,6 +659,7 @@ set(TOBREL_SCRIPTS_MEMORY_TESTS
     tests/faults/memory/MemoryFlow.h
     tests/faults/memory/MemoryFlowTest.cpp
     tests/faults/memory/ScriptRenameMemoryTest.cpp
+    tests/faults/memory/TypedFlows.cpp
     tests/faults/memory/ValueFlows.cpp
     tests/support/RefusedMemory.cpp
     tests/support/RefusedMemory.h

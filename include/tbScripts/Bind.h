@@ -97,10 +97,13 @@ inline Function* describe(Function* function, const char* text)
 /// Makes one callable of several, which differ in what they take: the arguments of each call
 /// choose.
 template <typename... Callables>
-typed::BoundCallable overload(Callables&&... callables)
+typed::OwnedCallable overload(Callables&&... callables)
 {
-    const typed::BoundCallable all[] = {
+    typed::OwnedCallable owned[] = {
         typed::callableFor<void>(static_cast<Callables&&>(callables))...};
+    typed::BoundCallable all[sizeof...(Callables)];
+    for (typed::Size i = 0; i < sizeof...(Callables); ++i)
+        all[i] = owned[i].release();
     return typed::bindOverloads(all, static_cast<int>(sizeof...(Callables)));
 }
 
@@ -263,12 +266,11 @@ public:
     template <typename Getter, typename Setter>
     TypeBinding& property(const char* name, Getter&& getter, Setter&& setter)
     {
-        if (m_type)
-            typed::bindProperty(
-                *m_type,
-                name,
-                typed::callableFor<T>(static_cast<Getter&&>(getter)),
-                typed::callableFor<T>(static_cast<Setter&&>(setter)));
+        if (!m_type)
+            return *this;
+        typed::OwnedCallable owned(typed::callableFor<T>(static_cast<Getter&&>(getter)));
+        const typed::BoundCallable other = typed::callableFor<T>(static_cast<Setter&&>(setter));
+        typed::bindProperty(*m_type, name, owned.release(), other);
         return *this;
     }
 
@@ -333,11 +335,12 @@ public:
     template <typename Read, typename Write = decltype(nullptr)>
     TypeBinding& index(Read&& read, Write&& write = nullptr)
     {
-        if (m_type)
-            typed::bindIndex(
-                *m_type,
-                typed::callableFor<T>(static_cast<Read&&>(read)),
-                typed::optionalCallableFor<T>(static_cast<Write&&>(write)));
+        if (!m_type)
+            return *this;
+        typed::OwnedCallable owned(typed::callableFor<T>(static_cast<Read&&>(read)));
+        const typed::BoundCallable other =
+            typed::optionalCallableFor<T>(static_cast<Write&&>(write));
+        typed::bindIndex(*m_type, owned.release(), other);
         return *this;
     }
 
@@ -357,11 +360,12 @@ public:
     template <typename Read, typename Write = decltype(nullptr)>
     TypeBinding& names(Read&& read, Write&& write = nullptr)
     {
-        if (m_type)
-            typed::bindNames(
-                *m_type,
-                typed::callableFor<T>(static_cast<Read&&>(read)),
-                typed::optionalCallableFor<T>(static_cast<Write&&>(write)));
+        if (!m_type)
+            return *this;
+        typed::OwnedCallable owned(typed::callableFor<T>(static_cast<Read&&>(read)));
+        const typed::BoundCallable other =
+            typed::optionalCallableFor<T>(static_cast<Write&&>(write));
+        typed::bindNames(*m_type, owned.release(), other);
         return *this;
     }
 

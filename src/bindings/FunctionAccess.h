@@ -18,9 +18,9 @@ struct FunctionAccess
         return *function.m_definition;
     }
 
-    /// Makes `callable` what scripts call. The one until now is destroyed last: its destructor may
-    /// run code of the host.
-    static void bindTyped(Function& function, Counted<TypedCallable> callable)
+    /// Makes `callable` what scripts call. The one until now comes out in it, to be destroyed last:
+    /// its destructor may run code of the host.
+    static void bindTyped(Function& function, Counted<TypedCallable>& callable)
     {
         FunctionDefinition& definition = function._editDefinition();
         definition.endLeaf();

@@ -58,6 +58,8 @@ struct Parameter
     /// Of other kinds: whether the value at `index` can be read. If `isStrict`, only without
     /// converting a string to a number or the reverse, which is how overloads are chosen.
     bool (*accepts)(Call& call, int index, bool isStrict) = nullptr;
+
+    bool isTaken = false; // the object leaves the script, which has to own it
 };
 
 /// A string of a script, or of the host for scripts.
@@ -132,7 +134,7 @@ struct Services
     /// The holder of that type with which the instance at `index` was made.
     void* (*toHolder)(Call& call, int index, const TypeId& type, const TypeId& holderType);
 
-    /// Throws the message for the first argument that does not fit, before any is read.
+    /// Throws the message for the first argument that does not fit, before any is read or taken.
     void (*check)(Call& call);
 
     /// Throws the message for the value at `index`, which is not what is `expected`.

@@ -72,7 +72,8 @@ struct UniquePointerArgument
         sizeof(T) == sizeof(void*),
         "TobrelScripts: a unique pointer with a deleter of its own cannot cross");
 
-    static constexpr Parameter PARAMETER{KIND::OBJECT_OR_NIL, false, &TYPE_ID<Object>};
+    static constexpr Parameter PARAMETER{
+        KIND::OBJECT_OR_NIL, false, &TYPE_ID<Object>, nullptr, nullptr, true};
 
     static T read(Call& call, int index)
     {

@@ -17,6 +17,35 @@ struct BoundCallable
     void (*destroy)(void* context) = nullptr;
 };
 
+/// The same while it is the host's: destroyed unless the library takes it over.
+class OwnedCallable
+{
+public:
+    OwnedCallable(const BoundCallable& bound)
+        : m_bound(bound)
+    {
+    }
+
+    OwnedCallable(const OwnedCallable&) = delete;
+    OwnedCallable& operator=(const OwnedCallable&) = delete;
+
+    ~OwnedCallable()
+    {
+        if (m_bound.destroy)
+            m_bound.destroy(m_bound.context);
+    }
+
+    BoundCallable release()
+    {
+        const BoundCallable released = m_bound;
+        m_bound = BoundCallable();
+        return released;
+    }
+
+private:
+    BoundCallable m_bound;
+};
+
 template <typename R, typename... A>
 inline constexpr Parameter PARAMETERS[] = {ArgumentOf<R>::PARAMETER, ArgumentOf<A>::PARAMETER...};
 
@@ -338,8 +367,12 @@ template <typename C>
 BoundCallable boundCallable(C&& callable)
 {
     using Type = BareOf<C>;
-    if constexpr (isSame<Type, BoundCallable>)
-        return callable;
+    if constexpr (isSame<Type, OwnedCallable>)
+    {
+        static_assert(
+            isSame<C, OwnedCallable>, "TobrelScripts: overloads that have a name are bound once");
+        return callable.release();
+    }
     else
     {
         using Described = CallableSignature<Type>;

@@ -34,29 +34,44 @@ UserType* typeOf(UserType* userType, const TypeId& type)
     return userType;
 }
 
-} // namespace
-
-Function* bindTo(Function* function, const BoundCallable& callable)
+// Declaring comes behind holding: it may run out of memory too.
+Function* bindHeld(Function* function, Counted<TypedCallable> held)
 {
-    Counted<TypedCallable> held = holdTyped(callable);
     if (!function || !held)
         return function;
-    FunctionAccess::bindTyped(*function, std::move(held));
-    TypedFunction* const published =
-        callable.signature->leaf ? TypedFunction::of(*function) : nullptr;
+    const bool hasLeaf = held->getSignature().leaf;
+    FunctionAccess::bindTyped(*function, held);
+    TypedFunction* const published = hasLeaf ? TypedFunction::of(*function) : nullptr;
     if (published)
         published->publishLeaf();
     return function;
 }
 
+std::pair<Counted<TypedCallable>, Counted<TypedCallable>>
+holdBoth(const BoundCallable& one, const BoundCallable& other)
+{
+    OwnedCallable unlessHeld(other);
+    Counted<TypedCallable> heldOne = holdTyped(one);
+    return {std::move(heldOne), holdTyped(unlessHeld.release())};
+}
+
+} // namespace
+
+Function* bindTo(Function* function, const BoundCallable& callable)
+{
+    return bindHeld(function, holdTyped(callable));
+}
+
 Function* bindFunction(Environment& environment, const char* name, const BoundCallable& callable)
 {
-    return bindTo(environment.setFunc(name), callable);
+    Counted<TypedCallable> held = holdTyped(callable);
+    return bindHeld(environment.setFunc(name), std::move(held));
 }
 
 Function* bindFunction(Namespace& scope, const char* name, const BoundCallable& callable)
 {
-    return bindTo(scope.setFunction(name), callable);
+    Counted<TypedCallable> held = holdTyped(callable);
+    return bindHeld(scope.setFunction(name), std::move(held));
 }
 
 UserType* bindUserType(Environment& environment, const char* name, const TypeId& type)
@@ -83,12 +98,14 @@ void bindDestructor(UserType& type, void (*destroy)(void* object))
 
 Function* bindMethod(UserType& type, const char* name, const BoundCallable& callable)
 {
-    return bindTo(type.setStaticMethod(name), callable);
+    Counted<TypedCallable> held = holdTyped(callable);
+    return bindHeld(type.setStaticMethod(name), std::move(held));
 }
 
 Function* bindOperator(UserType& type, BUILT_IN_FUNCTION which, const BoundCallable& callable)
 {
-    return bindTo(type.setOperator(which), callable);
+    Counted<TypedCallable> held = holdTyped(callable);
+    return bindHeld(type.setOperator(which), std::move(held));
 }
 
 void bindMember(UserType& type, const char* name, const Member& member)
@@ -100,16 +117,14 @@ void bindMember(UserType& type, const char* name, const Member& member)
 void bindProperty(
     UserType& type, const char* name, const BoundCallable& getter, const BoundCallable& setter)
 {
-    Counted<TypedCallable> heldGetter = holdTyped(getter);
-    Counted<TypedCallable> heldSetter = holdTyped(setter);
+    auto [heldGetter, heldSetter] = holdBoth(getter, setter);
     if (TypedUserType* const typed = TypedUserType::of(type))
         typed->setTypedProperty(name, std::move(heldGetter), std::move(heldSetter));
 }
 
 void bindIndex(UserType& type, const BoundCallable& read, const BoundCallable& write)
 {
-    Counted<TypedCallable> heldRead = holdTyped(read);
-    Counted<TypedCallable> heldWrite = holdTyped(write);
+    auto [heldRead, heldWrite] = holdBoth(read, write);
     if (TypedUserType* const typed = TypedUserType::of(type))
         typed->setTypedIndex(std::move(heldRead), std::move(heldWrite));
 }
@@ -126,8 +141,7 @@ void bindBase(UserType& type, const TypeId& base, void* (*toBase)(void* object))
 
 void bindNames(UserType& type, const BoundCallable& read, const BoundCallable& write)
 {
-    Counted<TypedCallable> heldRead = holdTyped(read);
-    Counted<TypedCallable> heldWrite = holdTyped(write);
+    auto [heldRead, heldWrite] = holdBoth(read, write);
     if (TypedUserType* const typed = TypedUserType::of(type))
         typed->setTypedNames(std::move(heldRead), std::move(heldWrite));
 }

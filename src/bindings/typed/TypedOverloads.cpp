@@ -104,6 +104,22 @@ void destroyOverloads(void* context)
     delete static_cast<Overloads*>(context);
 }
 
+// Destroys the callables that nobody has taken over yet.
+struct Untaken
+{
+    ~Untaken()
+    {
+        for (; first < last; ++first)
+        {
+            if (first->destroy)
+                first->destroy(first->context);
+        }
+    }
+
+    const BoundCallable* first;
+    const BoundCallable* last;
+};
+
 // Returns whether one of the callables takes the same arguments.
 bool isTaken(const Overloads& overloads, const Signature& signature)
 {
@@ -122,10 +138,11 @@ constexpr Signature OVERLOADS{&runOverloads, ANY_ARGUMENTS, 1, nullptr};
 
 BoundCallable bindOverloads(const BoundCallable* callables, int count)
 {
+    Untaken untaken{callables, callables + count};
     auto overloads = std::make_unique<Overloads>();
-    for (int i = 0; i < count; ++i)
+    while (untaken.first < untaken.last)
     {
-        Counted<TypedCallable> callable = holdTyped(callables[i]);
+        const Counted<TypedCallable> callable = holdTyped(*untaken.first++);
         if (!callable)
             continue;
         if (isTaken(*overloads, callable->getSignature()))

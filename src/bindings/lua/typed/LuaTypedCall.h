@@ -34,6 +34,7 @@ struct LuaTypedCall : typed::Call
 
     const LuaTypeCore* constructed = nullptr; // the type whose `new` this is
     int constructedTable = 0;                 // and the stack index of its table
+    int constructorArguments = 0;             // how many the script has passed to it
 
     tbMemory::StringView getName() const;
 

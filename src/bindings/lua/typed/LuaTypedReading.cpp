@@ -71,6 +71,33 @@ void anchor(Call& call, int index, FUNCTION_PARAMETER_TYPE type, ScriptObjectRef
     reference = kept;
 }
 
+// Returns the instance at `index` if the script owns an object of exactly that type.
+LuaInstanceBox& expectOwned(Call& call, int index, const typed::TypeId& type)
+{
+    LuaTypedCall& running = callOf(call);
+    const LuaBoundInstance instance = boundInstanceAt(running.getSlot(), running.state, index);
+    if (!instance.box || instance.type->type != &type)
+        refuseKind(call, index, KIND::OBJECT, &type);
+    if (!instance.box->gcEnabled)
+        refuseTyped(running, index, "object that the script owns");
+    return *instance.box;
+}
+
+// The object of an argument can leave the script, and no argument before it is the same.
+void checkTaken(Call& call, int index)
+{
+    LuaTypedCall& running = callOf(call);
+    const typed::Parameter* const parameters = running.signature->parameters;
+    if (lua_isnoneornil(running.state, index))
+        return;
+    expectOwned(call, index, *parameters[index].type);
+    for (int i = 1; i < index; ++i)
+    {
+        if (parameters[i].isTaken && lua_rawequal(running.state, i, index))
+            refuseTyped(running, index, "object that the script owns");
+    }
+}
+
 LuaTypeCore* coreOf(const LuaBoundInstance& instance)
 {
     // Only cores are registered as types.
@@ -155,14 +182,10 @@ void* takeObject(Call& call, int index, const typed::TypeId& type)
     LuaTypedCall& running = callOf(call);
     if (lua_isnil(running.state, index))
         return nullptr;
-    const LuaBoundInstance instance = boundInstanceAt(running.getSlot(), running.state, index);
-    if (!instance.box || instance.type->type != &type)
-        refuseKind(call, index, KIND::OBJECT, &type);
-    if (!instance.box->gcEnabled)
-        refuseTyped(running, index, "object that the script owns");
-    instance.box->gcEnabled = false;
-    instance.box->isDestroyed = true; // for scripts: it is the host's from here on
-    return instance.box->object;
+    LuaInstanceBox& box = expectOwned(call, index, type);
+    box.gcEnabled = false;
+    box.isDestroyed = true; // for scripts: it is the host's from here on
+    return box.object;
 }
 
 void* toHolder(Call& call, int index, const typed::TypeId& type, const typed::TypeId& holderType)
@@ -187,6 +210,8 @@ void check(Call& call)
     {
         if (!acceptsTyped(running, signature.parameters[i], i))
             refuseTyped(running, i, "");
+        if (signature.parameters[i].isTaken)
+            checkTaken(call, i);
     }
 }
 
@@ -197,7 +222,9 @@ void refuse(Call& call, int index, const char* expected)
 
 int countArguments(Call& call)
 {
-    return lua_gettop(stateOf(call)); // asked before anything is pushed
+    const LuaTypedCall& running = callOf(call);
+    // Otherwise asked before anything is pushed.
+    return running.constructed ? running.constructorArguments : lua_gettop(running.state);
 }
 
 void reserve(Call& call, int count)

@@ -4,6 +4,7 @@
 #include "bindings/lua/LuaRaise.h"
 #include "bindings/lua/functions/LuaFunction.h"
 #include "bindings/lua/typed/LuaTypedCall.h"
+#include "bindings/lua/typed/LuaTypedReading.h"
 #include "bindings/lua/values/LuaCallBridge.h"
 #include "core/LogSources.h"
 #include "core/lua/LuaNumber.h"
@@ -23,6 +24,18 @@ namespace
 {
 
 using typed::KIND;
+
+// The instance comes behind the arguments on the stack: those that are missing are nil from here
+// on.
+void completeArguments(LuaTypedCall& call)
+{
+    const int count = call.signature->count;
+    call.constructorArguments = lua_gettop(call.state);
+    if (call.constructorArguments >= count)
+        return;
+    typedReading::check(call);
+    lua_settop(call.state, count);
+}
 
 // Not inline: calls hardly ever fail.
 [[gnu::noinline, gnu::cold]] int
@@ -64,6 +77,8 @@ int runCatching(LuaTypedCall& call, void* context, bool isLogged)
     std::unique_ptr<std::string> errorText;
     try
     {
+        if (call.constructed)
+            completeArguments(call);
         const LeafPromise promise(call);
         return call.signature->run(call, context);
     }

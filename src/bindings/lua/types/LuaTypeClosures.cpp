@@ -74,20 +74,22 @@ LuaInstanceBox* boxToFinalise(lua_State* state)
     return isOurs ? static_cast<LuaInstanceBox*>(block) : nullptr;
 }
 
-// Returns the object of an instance, as one of the base class whose field this is.
+// Returns the object of an instance, as one of the base class whose field this is; null if types in
+// between have lost their base classes since then.
 void* objectOf(const LuaTypeCore& core, lua_State* state, const LuaFieldLink& link, void* object)
 {
     return link.base ? boundObjectAt(*core.handle.getSlot(), state, 1, *link.base) : object;
 }
 
-int readTypedField(const LuaTypeCore& core, lua_State* state, const LuaFieldLink& link, void* object)
+int readTypedField(
+    const LuaTypeCore& core, lua_State* state, const LuaFieldLink& link, void* object)
 {
     if (link.field->isReadDirectly)
-        return pushMember(state, objectOf(core, state, link, object), link.field->member);
+        return object ? pushMember(state, object, link.field->member)
+                      : raiseNotAnInstance(state, core);
     GetterDefinition& definition = *link.field->getter;
     const TypedHold<GetterDefinition> hold(definition);
-    return runTypedAccess(
-        *core.handle.getSlot(), state, *definition.typed, definition.getName());
+    return runTypedAccess(*core.handle.getSlot(), state, *definition.typed, definition.getName());
 }
 
 bool hasTypedGetter(const LuaTypeField& field)
@@ -103,17 +105,18 @@ int runReadField(lua_State* state)
         return raiseFieldIsGone(state, link);
     const int arguments = lua_gettop(state);
     const LuaInstanceBox* const box = core->instanceAt(state, 1);
-    if (!box)
+    void* const object = box ? objectOf(*core, state, *link, box->object) : nullptr;
+    if (!box || (link->base && !object))
         return raiseNotAnInstance(state, *core);
     if (hasTypedGetter(*link->field))
     {
         lua_settop(state, arguments); // the look at the instance may have left something
-        return readTypedField(*core, state, *link, box->object);
+        return readTypedField(*core, state, *link, object);
     }
 
     LuaCallbackScope scope(*core->handle.getSlot(), state);
     const DefinitionCall<GetterDefinition> call(*link->field->getter);
-    const FunctionParameter value = call.getCallable()(box->object);
+    const FunctionParameter value = call.getCallable()(object);
     return LuaCallBridge(scope, call.getName()).pushParameter(value);
 }
 
@@ -143,18 +146,16 @@ int callSetter(
     return raiseText(state, errorText->c_str());
 }
 
-int writeMemberField(const LuaTypeCore& core, lua_State* state, const LuaFieldLink& link, void* object)
+int writeMemberField(
+    const LuaTypeCore& core, lua_State* state, const LuaFieldLink& link, void* object)
 {
     constexpr int VALUE_INDEX = 2;
+    if (!object)
+        return raiseNotAnInstance(state, core);
     std::unique_ptr<std::string> errorText;
     try
     {
-        writeMember(
-            state,
-            objectOf(core, state, link, object),
-            link.field->member,
-            VALUE_INDEX,
-            link.field->memberName);
+        writeMember(state, object, link.field->member, VALUE_INDEX, link.field->memberName);
         return 0;
     }
     catch (const std::string& thrown)
@@ -164,14 +165,14 @@ int writeMemberField(const LuaTypeCore& core, lua_State* state, const LuaFieldLi
     return raiseText(state, errorText->c_str());
 }
 
-int writeTypedField(const LuaTypeCore& core, lua_State* state, const LuaFieldLink& link, void* object)
+int writeTypedField(
+    const LuaTypeCore& core, lua_State* state, const LuaFieldLink& link, void* object)
 {
     if (link.field->isWrittenDirectly)
         return writeMemberField(core, state, link, object);
     SetterDefinition& definition = *link.field->setter;
     const TypedHold<SetterDefinition> hold(definition);
-    return runTypedAccess(
-        *core.handle.getSlot(), state, *definition.typed, definition.getName());
+    return runTypedAccess(*core.handle.getSlot(), state, *definition.typed, definition.getName());
 }
 
 bool hasTypedSetter(const LuaTypeField& field)
@@ -188,13 +189,12 @@ int runWriteField(lua_State* state)
         return raiseFieldIsGone(state, link);
     const int arguments = lua_gettop(state);
     const LuaInstanceBox* const box = core->instanceAt(state, 1);
-    if (!box)
+    void* const object = box ? objectOf(*core, state, *link, box->object) : nullptr;
+    if (!box || (link->base && !object))
         return raiseNotAnInstance(state, *core);
+    lua_settop(state, arguments);
     if (hasTypedSetter(*link->field))
-    {
-        lua_settop(state, arguments);
-        return writeTypedField(*core, state, *link, box->object);
-    }
+        return writeTypedField(*core, state, *link, object);
 
     SetterDefinition& definition = *link->field->setter;
     return callSetter(
@@ -204,7 +204,7 @@ int runWriteField(lua_State* state)
         definition.getName(),
         [&](const LuaCallBridge& bridge, std::vector<FunctionParameter>& parameters)
         {
-            LuaCallBridge::writeObject(parameters[0], box->object);
+            LuaCallBridge::writeObject(parameters[0], object);
             bridge.readParameter(parameters[1], VALUE_INDEX);
         });
 }
@@ -355,7 +355,7 @@ bool pushInheritedField(
         core,
         [&](const LuaTypeCore& candidate)
         {
-            field = candidate.type ? findField(candidate, state, 2) : nullptr;
+            field = candidate.type && candidate.isAlive ? findField(candidate, state, 2) : nullptr;
             if (field && !isOffered(*field))
                 field = nullptr;
             return field != nullptr;
@@ -365,7 +365,8 @@ bool pushInheritedField(
     void* const block = lua_newuserdata(state, sizeof(LuaFieldLink));
     new (block) LuaFieldLink{anchorOf(state), field, base->type};
     lua_pushvalue(state, lua_upvalueindex(1));
-    lua_pushcclosure(state, closure, 2);
+    LuaTypeTable::pushAnchor(state, base->partsKey); // keeps the field if the type is cleared
+    lua_pushcclosure(state, closure, 3);
     lua_pushvalue(state, 2);
     lua_pushvalue(state, -2);
     lua_rawset(state, partIndex);
@@ -527,7 +528,7 @@ int runFinaliseInstance(lua_State* state)
     LuaInstanceBox* const box = boxToFinalise(state);
     if (!box)
         return raiseNotAnInstance(state, *core);
-    if (!core->holders.empty() && releaseShare(*core, state, *box))
+    if (!core->holders->empty() && releaseShare(*core, state, *box))
         return 0;
     if (!box->gcEnabled || box->isDestroyed)
         return 0;
@@ -542,10 +543,11 @@ int runFinaliseInstance(lua_State* state)
 // Returns whether the instance at `index` holds a share of its object: scripts cannot own it alone.
 bool isShared(const LuaTypeCore& core, lua_State* state, int index, const LuaInstanceBox& box)
 {
-    const LuaTypeIdentity* const type = livingIdentityAt(*core.handle.getSlot(), state, index, &box);
+    const LuaTypeIdentity* const type =
+        livingIdentityAt(*core.handle.getSlot(), state, index, &box);
     // Only cores are registered as types.
     const auto* const own = type ? static_cast<const LuaTypeCore*>(type) : &core;
-    return !own->holders.empty() && own->findHolder(box);
+    return !own->holders->empty() && own->findHolder(box);
 }
 
 int runSetGcEnabled(lua_State* state, bool isEnabled)

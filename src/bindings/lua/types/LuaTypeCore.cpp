@@ -36,9 +36,6 @@ LuaTypeCore::LuaTypeCore(const LuaStateHandle& stateHandle, const tbMemory::Stri
 LuaTypeCore::~LuaTypeCore()
 {
     forgetTable();
-    // Of instances whose finaliser a script has taken away.
-    for (const auto& [box, share] : holders)
-        share.release(share.holder);
 }
 
 void LuaTypeCore::setTable(const void* typeTable)
@@ -93,26 +90,31 @@ void LuaTypeCore::pushTable(lua_State* state) const
 
 void LuaTypeCore::addHolder(const LuaInstanceBox& box, const LuaHolder& holder)
 {
-    holders[&box] = holder;
+    const auto [known, isNew] = holders->try_emplace(&box, holder);
+    if (isNew)
+        return;
+    // Of an instance that a script took away from its finaliser, and whose block this one got.
+    const LuaHolder lost = std::exchange(known->second, holder);
+    lost.release(lost.holder);
 }
 
 const LuaHolder* LuaTypeCore::findHolder(const LuaInstanceBox& box) const
 {
-    const auto known = holders.find(&box);
-    const bool isThere = known != holders.end() && known->second.object == box.object;
+    const auto known = holders->find(&box);
+    const bool isThere = known != holders->end() && known->second.object == box.object;
     return isThere ? &known->second : nullptr;
 }
 
 bool LuaTypeCore::releaseHolder(LuaInstanceBox& box)
 {
-    const auto known = holders.find(&box);
-    if (known == holders.end())
+    const auto known = holders->find(&box);
+    if (known == holders->end())
         return false;
     // The block of an instance that a script took away from its finaliser may have become
     // another's.
     const bool isOfBox = known->second.object == box.object;
     const LuaHolder holder = known->second;
-    holders.erase(known);
+    holders->erase(known);
     if (isOfBox)
         box.isDestroyed = true;
     holder.release(holder.holder);

@@ -49,6 +49,22 @@ struct LuaHolder
     void (*release)(void* holder);
 };
 
+/// Shares by the boxes that hold them. Gives up those of instances whose finaliser a script has
+/// taken away.
+struct LuaHolders : std::unordered_map<const LuaInstanceBox*, LuaHolder>
+{
+    LuaHolders() = default;
+
+    LuaHolders(const LuaHolders&) = delete;
+    LuaHolders& operator=(const LuaHolders&) = delete;
+
+    ~LuaHolders()
+    {
+        for (const auto& [box, share] : *this)
+            share.release(share.holder);
+    }
+};
+
 /// The declarations of a user type, which its closures use. The core outlives its type as long as
 /// instances exist, because the last of them still needs the destructor
 /// (docs/decisions/0009-type-cores-outlive-types.md).
@@ -118,8 +134,9 @@ struct LuaTypeCore : LuaKeptObject, LuaTypeIdentity, std::enable_shared_from_thi
     bool hasElementLeaf = false; // whether compiled code may read or write elements by itself
     int partsKey = LUA_NOREF;    // registry slot of the table's parts while the type exists
 
-    // The shares of instances that the typed layer made of shared pointers.
-    std::unordered_map<const LuaInstanceBox*, LuaHolder> holders;
+    // The shares of instances that the typed layer made of shared pointers. Types that share a
+    // table share these too.
+    std::shared_ptr<LuaHolders> holders = std::make_shared<LuaHolders>();
 
     // The host's look-up of names that are neither fields nor methods; either may be empty.
     Counted<TypedCallable> readByName;

@@ -238,12 +238,17 @@ private:
     lua_State* m_state;
 };
 
-// Takes over the destructor of the former type of the table at `tableIndex`, which destroys that
-// type's instances until the host sets another (docs/decisions/0018-two-types-of-one-name.md).
-void inheritDestructor(lua_State* state, int tableIndex, LuaTypeCore& core)
+// Takes over what the instances of the former type of the table at `tableIndex` need: the class
+// that their objects are of, the shares, and the destructor, which destroys them until the host
+// sets another (docs/decisions/0018-two-types-of-one-name.md).
+void inheritFormer(lua_State* state, int tableIndex, LuaTypeCore& core)
 {
     const LuaTypeAnchor* const former = anchorOfFinaliser(state, tableIndex);
-    if (former && former->core && !core.hasOwnDestructor)
+    if (!former || !former->core)
+        return;
+    core.type = former->core->type;
+    core.holders = former->core->holders;
+    if (!core.hasOwnDestructor)
         core.destructor = former->core->destructor;
 }
 
@@ -312,7 +317,7 @@ NAMED_TABLE LuaTypeTable::pushParts(
         lua_createtable(state, 0, 0);
         copyEntries(state, tableIndex, lua_gettop(state));
         lua_rawseti(state, partsIndex, PART_FORMER);
-        inheritDestructor(state, tableIndex, *core);
+        inheritFormer(state, tableIndex, *core);
     }
     registerTypeTable(slot, state, core->fullName);
     core->setTable(lua_topointer(state, tableIndex));
@@ -399,6 +404,15 @@ void LuaTypeTable::restoreFinalisers(const LuaStateSlot& slot, lua_State* state)
             restoreFinaliser(state);
         lua_pop(state, 1);
     }
+}
+
+void LuaTypeTable::pushAnchor(lua_State* state, int partsKey)
+{
+    lua_rawgeti(state, LUA_REGISTRYINDEX, partsKey);
+    if (!lua_istable(state, -1)) // see reserveReferences in LuaStateSlot.cpp
+        return;
+    pushPart(state, lua_gettop(state), PART_ANCHOR);
+    lua_remove(state, -2);
 }
 
 void LuaTypeTable::pushWriters(lua_State* state, int partsKey)

@@ -65,6 +65,10 @@ public:
     /// not run on its behalf. Stack: +0; no parts are needed.
     static void restoreFinalisers(const LuaStateSlot& slot, lua_State* state);
 
+    /// Stack: +1, the anchor of the type whose parts have that registry slot; nil if they are not
+    /// there. No parts are needed.
+    static void pushAnchor(lua_State* state, int partsKey);
+
     /// Stack: +1, the writers of the type whose parts have that registry slot. No parts are needed.
     static void pushWriters(lua_State* state, int partsKey);
 

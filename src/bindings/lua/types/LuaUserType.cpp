@@ -201,7 +201,7 @@ bool LuaUserType::install(const LuaStateHandle& handle)
             if (m_core->constructor)
                 LuaTypeTable::publishFactory(state);
             lua_pushvalue(state, -1);
-            if (boundType)
+            if (boundType && (!m_core->type || m_core->type == boundType))
                 m_core->bindTo(*boundType);
             m_core->partsKey = takeRegistrySlot(slot, state);
             slot.addTypeParts(m_core->partsKey);
@@ -358,9 +358,20 @@ void LuaUserType::setArrayAccess(UserTypeArrayDescriptor descriptor)
 
 void LuaUserType::setType(const typed::TypeId& type)
 {
-    LuaHostCall call(m_core->handle);
-    if (_isUsable(call))
-        m_core->bindTo(type);
+    const LuaStateHandle handle = m_core->handle;
+    LuaHostCall call(handle);
+    if (!_isUsable(call))
+        return;
+    if (m_core->type && m_core->type != &type)
+    {
+        // The instances that exist are objects of another class: they stay with the table they
+        // have.
+        const Counted<ConstructorDefinition> dropped = std::exchange(m_core->constructor, {});
+        uninstall();
+        if (!install(handle))
+            return;
+    }
+    m_core->bindTo(type);
 }
 
 void LuaUserType::setTypedConstructor(Counted<TypedCallable> constructor)
@@ -433,7 +444,7 @@ void LuaUserType::setTypedIndex(Counted<TypedCallable> read, Counted<TypedCallab
     {
         const typed::Signature& signature = read->getSignature();
         if (Function* const function = _declareMethod(ARRAY_READ, {}))
-            FunctionAccess::bindTyped(*function, std::move(read));
+            FunctionAccess::bindTyped(*function, read);
         _publishElementLeaf(call, ELEMENT_ACCESS::READ, signature);
     }
     if (!write || !_isUsable(call))
@@ -458,11 +469,12 @@ void LuaUserType::setTypedNames(Counted<TypedCallable> read, Counted<TypedCallab
 
 void LuaUserType::setTypedIteration(Counted<TypedCallable> walk)
 {
-    if (Function* const function = setStaticMethod(WALK))
-        FunctionAccess::bindTyped(*function, std::move(walk));
     LuaHostCall call(m_core->handle);
-    if (_isUsable(call))
-        call.run([&](lua_State* state) { teachPairs(call.getSlot(), state); });
+    if (!_isUsable(call))
+        return;
+    if (Function* const function = setStaticMethod(WALK))
+        FunctionAccess::bindTyped(*function, walk);
+    call.run([&](lua_State* state) { teachPairs(call.getSlot(), state); });
 }
 
 bool LuaUserType::addBase(const typed::TypeId& base, void* (*toBase)(void* object))
