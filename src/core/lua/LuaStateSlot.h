@@ -160,6 +160,8 @@ public:
 
     bool isInHostCall() const { return m_hostCalls > 0; }
 
+    bool isInOutermostHostCall() const { return m_hostCalls == 1; }
+
     /// Returns where on the stack host calls began.
     const LuaCallPlaces& getPlaces() const { return m_places; }
 

@@ -48,6 +48,91 @@ TEST_F(ScriptFunctionTest, ReturnsSeveralResults)
     EXPECT_EQ(point.x, 1);
 }
 
+TEST_F(ScriptFunctionTest, PassesMoreValuesThanAStackHasRoomForUnasked)
+{
+    run("function count(...) return select('#', ...) end");
+    using Thirty = ScriptFunction<int(
+        double,
+        double,
+        double,
+        double,
+        double,
+        double,
+        double,
+        double,
+        double,
+        double,
+        double,
+        double,
+        double,
+        double,
+        double,
+        double,
+        double,
+        double,
+        double,
+        double,
+        double,
+        double,
+        double,
+        double,
+        double,
+        double,
+        double,
+        double,
+        double,
+        double)>;
+    const Thirty count(environment(), "count");
+    const auto countThirty = [&count]
+    {
+        return count(
+            1,
+            2,
+            3,
+            4,
+            5,
+            6,
+            7,
+            8,
+            9,
+            10,
+            1,
+            2,
+            3,
+            4,
+            5,
+            6,
+            7,
+            8,
+            9,
+            10,
+            1,
+            2,
+            3,
+            4,
+            5,
+            6,
+            7,
+            8,
+            9,
+            10);
+    };
+    EXPECT_EQ(countThirty(), 30);
+    bind(environment(), "countThirty", countThirty); // where scripts have filled the stack
+    is("select(15, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, countThirty())", "30");
+}
+
+TEST_F(ScriptFunctionTest, MayBeDroppedWhileItRuns)
+{
+    ScriptFunction<int()> function;
+    bind(
+        environment(), "drop", [&function] { function.editReference() = ScriptObjectReference(); });
+    run("function f() drop() f = nil collectgarbage() return 3 end");
+    function = ScriptFunction<int()>(environment(), "f");
+    EXPECT_EQ(function(), 3);
+    EXPECT_FALSE(function);
+}
+
 TEST_F(ScriptFunctionTest, ErrorOfTheScriptIsLoggedAndReturnsADefault)
 {
     run("function f() error('no way', 0) end");

@@ -36,6 +36,8 @@ struct LuaTypedCall : typed::Call
     int constructedTable = 0;                 // and the stack index of its table
     int constructorArguments = 0;             // how many the script has passed to it
 
+    int roomLeft = 0; // for how many values there is known to be room
+
     tbMemory::StringView getName() const;
 
     LuaStateSlot& getSlot() const { return scope.getSlot(); }

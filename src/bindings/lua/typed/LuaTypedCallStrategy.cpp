@@ -17,6 +17,8 @@ namespace tbScripts::lua
 namespace
 {
 
+constexpr int ROOM_AT_BOTTOM = LUA_MINSTACK - 1; // the function that is called has a place too
+
 constexpr typed::Signature NO_PARAMETERS{nullptr, nullptr, 0, nullptr};
 
 bool fail(ExecutionResult& result, const LuaCallOutcome& outcome)
@@ -28,14 +30,24 @@ bool fail(ExecutionResult& result, const LuaCallOutcome& outcome)
     return false;
 }
 
-// What the host's values throw, or their types, becomes the outcome.
-template <typename Work>
-bool runCatching(LuaCallOutcome& outcome, Work&& work)
+bool failWithoutFunction(ExecutionResult& result)
+{
+    return fail(result, {EXECUTION_NO_INTERPRETER, messages::NO_SCRIPT_FUNCTION});
+}
+
+// Pushes the arguments, calls the function below them and reads the results from index `first` on.
+// Returns the status of the interpreter's call. What the host's values throw, or their types,
+// becomes the outcome.
+int callBetween(
+    LuaTypedCall& values, int first, const typed::OutgoingCall& outgoing, LuaCallOutcome& outcome)
 {
     try
     {
-        work();
-        return true;
+        const int pushed = outgoing.push(values, outgoing.arguments);
+        const int status = lua_pcall(values.state, pushed, LUA_MULTRET, 0);
+        if (status == 0)
+            outgoing.read(values, first, outgoing.result);
+        return status;
     }
     catch (const std::string& thrown)
     {
@@ -45,38 +57,33 @@ bool runCatching(LuaCallOutcome& outcome, Work&& work)
     {
         outcome = {EXECUTION_RUNTIME_ERROR, exception.what()};
     }
-    return false;
+    return 0;
 }
 
-LuaCallOutcome
-run(LuaHostCall& call,
-    const ScriptObjectReference& function,
-    const LuaStateHandle& handle,
-    const typed::OutgoingCall& outgoing)
+void run(
+    LuaHostCall& call,
+    const LuaScriptObjectInterpreterReference& function,
+    const typed::OutgoingCall& outgoing,
+    LuaCallOutcome& outcome)
 {
-    LuaCallOutcome outcome;
     if (!call.admit(outcome.errorText))
     {
         setCodeOfError(outcome);
-        return outcome;
+        return;
     }
     LuaCallbackScope scope(call.getSlot(), call.getState());
     LuaTypedCall values(scope, NO_PARAMETERS, nullptr);
+    if (call.getSlot().isInOutermostHostCall()) // so nothing is on the stack
+        values.roomLeft = ROOM_AT_BOTTOM;
     const bool isDone = call.runAdmitted(
         [&](lua_State* state, int top)
         {
-            pushReferenced(state, function, handle);
-            int pushed = 0;
-            if (!runCatching(outcome, [&] { pushed = outgoing.push(values, outgoing.arguments); }))
-                return;
-            if (const int status = lua_pcall(state, pushed, LUA_MULTRET, 0))
+            function.push(state);
+            if (const int status = callBetween(values, top + 1, outgoing, outcome))
                 outcome = outcomeOf(state, status);
-            else
-                runCatching(outcome, [&] { outgoing.read(values, top + 1, outgoing.result); });
         },
         outcome.errorText);
     completeOutcome(call, isDone, outcome);
-    return outcome;
 }
 
 } // namespace
@@ -86,11 +93,14 @@ bool callTyped(
     const typed::OutgoingCall& outgoing,
     ExecutionResult& result)
 {
-    const LuaStateHandle handle = LuaScriptObjectInterpreterReference::handleOf(function);
-    LuaHostCall call(handle);
+    const auto* const designated = LuaScriptObjectInterpreterReference::find(function);
+    if (!designated)
+        return failWithoutFunction(result);
+    LuaHostCall call(designated->getHandle());
     if (call.isRefused())
-        return fail(result, {EXECUTION_NO_INTERPRETER, messages::NO_SCRIPT_FUNCTION});
-    const LuaCallOutcome outcome = run(call, function, handle, outgoing);
+        return failWithoutFunction(result);
+    LuaCallOutcome outcome;
+    run(call, *designated, outgoing, outcome); // which may destroy what `designated` points to
     if (outcome.code != EXECUTION_SUCCESS)
         return fail(result, outcome);
     if (!result.success)

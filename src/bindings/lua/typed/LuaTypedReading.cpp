@@ -229,7 +229,11 @@ int countArguments(Call& call)
 
 void reserve(Call& call, int count)
 {
-    makeRoom(stateOf(call), count);
+    LuaTypedCall& running = callOf(call);
+    if (count > running.roomLeft)
+        makeRoom(running.state, count);
+    else
+        running.roomLeft -= count;
 }
 
 bool isNone(Call& call, int index)

@@ -26,12 +26,12 @@ void setCodeOfError(LuaCallOutcome& outcome)
         isOutOfMemory(outcome.errorText) ? EXECUTION_OUT_OF_MEMORY : EXECUTION_RUNTIME_ERROR;
 }
 
-void completeOutcome(LuaHostCall& call, bool isDone, LuaCallOutcome& outcome)
+void completeFailure(LuaHostCall& call, bool isDone, LuaCallOutcome& outcome)
 {
     if (!isDone)
         setCodeOfError(outcome);
     // By its message: a script may have caught the error and raised it again.
-    if (outcome.code != EXECUTION_SUCCESS && isOutOfMemory(outcome.errorText))
+    if (isOutOfMemory(outcome.errorText))
         call.recoverMemory();
 }
 

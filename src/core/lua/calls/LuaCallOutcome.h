@@ -26,8 +26,15 @@ LuaCallOutcome outcomeOf(lua_State* state, int status);
 /// call, which then returns no status.
 void setCodeOfError(LuaCallOutcome& outcome);
 
+/// Does the work of `completeOutcome` for a call that failed.
+void completeFailure(LuaHostCall& call, bool isDone, LuaCallOutcome& outcome);
+
 /// Completes the outcome of contained work, which completed if `isDone`. Collects garbage if memory
 /// has run out.
-void completeOutcome(LuaHostCall& call, bool isDone, LuaCallOutcome& outcome);
+inline void completeOutcome(LuaHostCall& call, bool isDone, LuaCallOutcome& outcome)
+{
+    if (!isDone || outcome.code != EXECUTION_SUCCESS)
+        completeFailure(call, isDone, outcome);
+}
 
 } // namespace tbScripts::lua

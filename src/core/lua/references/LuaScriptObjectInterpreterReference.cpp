@@ -86,18 +86,12 @@ bool LuaScriptObjectInterpreterReference::_runOwnRelease(std::string& errorText)
 int LuaScriptObjectInterpreterReference::slotOf(
     const ScriptObjectReference& reference, const LuaStateHandle& handle)
 {
-    const LuaScriptObjectInterpreterReference* const ours = _find(reference);
+    const LuaScriptObjectInterpreterReference* const ours = find(reference);
     return ours && ours->m_handle.sharesStateWith(handle) ? ours->m_slot : 0;
 }
 
-LuaStateHandle LuaScriptObjectInterpreterReference::handleOf(const ScriptObjectReference& reference)
-{
-    const LuaScriptObjectInterpreterReference* const ours = _find(reference);
-    return ours ? ours->m_handle : LuaStateHandle();
-}
-
 const LuaScriptObjectInterpreterReference*
-LuaScriptObjectInterpreterReference::_find(const ScriptObjectReference& reference)
+LuaScriptObjectInterpreterReference::find(const ScriptObjectReference& reference)
 {
     const ScriptObjectInterpreterReference* const value = reference.getInterpreterReference();
     if (!value || ScriptObjectInterpreterReferenceAccess::getInterpreter(*value) != INTERPRETER_LUA)
@@ -108,11 +102,11 @@ LuaScriptObjectInterpreterReference::_find(const ScriptObjectReference& referenc
 void pushReferenced(
     lua_State* state, const ScriptObjectReference& reference, const LuaStateHandle& handle)
 {
-    const int slot = LuaScriptObjectInterpreterReference::slotOf(reference, handle);
-    if (slot == 0) // the registry keeps its own bookkeeping there
-        lua_pushnil(state);
+    const auto* const ours = LuaScriptObjectInterpreterReference::find(reference);
+    if (ours && ours->getHandle().sharesStateWith(handle))
+        ours->push(state);
     else
-        lua_rawgeti(state, LUA_REGISTRYINDEX, slot);
+        lua_pushnil(state);
 }
 
 } // namespace tbScripts::lua

@@ -53,14 +53,23 @@ public:
     /// none there: an empty reference, one of another or of a closed state, one of a foreign class.
     static int slotOf(const ScriptObjectReference& reference, const LuaStateHandle& handle);
 
-    /// Returns the handle on the state whose value `reference` is, one without state for an empty
-    /// reference and one of a foreign class.
-    static LuaStateHandle handleOf(const ScriptObjectReference& reference);
+    /// Returns the reference in `reference`, null for an empty one and for one that is no class of
+    /// ours.
+    static const LuaScriptObjectInterpreterReference* find(const ScriptObjectReference& reference);
+
+    /// Returns the handle on the state that the value belongs to.
+    const LuaStateHandle& getHandle() const { return m_handle; }
+
+    /// Pushes the value. Stack: +1. Requires: the state is open.
+    void push(lua_State* state) const
+    {
+        if (m_slot == 0) // the registry keeps its own bookkeeping there
+            lua_pushnil(state);
+        else
+            lua_rawgeti(state, LUA_REGISTRYINDEX, m_slot);
+    }
 
 private:
-    // Null for an empty reference and for one that is no class of ours.
-    static const LuaScriptObjectInterpreterReference* _find(const ScriptObjectReference& reference);
-
     void _deferOwnRelease();
     bool _runOwnRelease(std::string& errorText) const;
 
