@@ -2,6 +2,7 @@
 
 #include "bindings/lua/values/LuaInstanceBox.h"
 #include "support/LeafFixture.h"
+#include "support/Sanitizers.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -143,8 +144,12 @@ TEST_F(LeafInstanceTest, LightUserdataMayPointNowhere)
 
 TEST_F(LeafInstanceTest, NoneIsAFileOrABuffer)
 {
-    run("file = io.tmpfile() debug.setmetatable(file, Body)");
-    EXPECT_EQ(lookAtOnce("file"), "slow");
+    if (!IS_SANITIZED) // the interpreter takes a file for what it points at, and looks in front of
+                       // that
+    {
+        run("file = io.tmpfile() debug.setmetatable(file, Body)");
+        EXPECT_EQ(lookAtOnce("file"), "slow");
+    }
     run("closed = io.tmpfile() closed:close() debug.setmetatable(closed, Body)");
     EXPECT_EQ(lookAtOnce("closed"), "slow");
     run("buffer = require('string.buffer').new() debug.setmetatable(buffer, Body)");

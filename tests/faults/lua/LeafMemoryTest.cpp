@@ -2,6 +2,7 @@
 // n-th request on while a leaf is made. The function works in any case.
 
 #include "bindings/lua/leaves/LuaLeaves.h"
+#include "core/lua/calls/LuaHostCall.h"
 #include "support/InjectedAllocator.h"
 #include "support/InterpreterCalls.h"
 #include "support/LeafFixture.h"
@@ -30,27 +31,25 @@ int oneOfFunction(lua_State* state)
 class LeafMemoryTest : public LeafFixture
 {
 protected:
-    // Publishes `f`, protected. Returns whether that worked.
+    // Publishes `f`, contained. Returns whether that worked.
     bool wrapProtected()
     {
-        return lua_cpcall(
-                   state(),
-                   [](lua_State* inner)
-                   {
-                       auto* const self = static_cast<LeafMemoryTest*>(lua_touserdata(inner, 1));
-                       const typed::Parameter parameters[] = {
-                           {KIND::DOUBLE}, {KIND::OBJECT, false, &BODY}};
-                       typed::Signature signature{};
-                       signature.parameters = parameters;
-                       signature.count = 1;
-                       const typed::Leaf leaf{entryOf(&twoOfLeaf)};
-                       signature.leaf = &leaf;
-                       lua_pushcfunction(inner, &oneOfFunction);
-                       self->m_isLeaf = lua::wrapLeaf(self->slot(), inner, signature, nullptr);
-                       lua_setglobal(inner, "f");
-                       return 0;
-                   },
-                   this) == 0;
+        std::string errorText;
+        return lua::LuaHostCall(handle()).run(
+            [this](lua_State* inner)
+            {
+                const typed::Parameter parameters[] = {
+                    {KIND::DOUBLE}, {KIND::OBJECT, false, &BODY}};
+                typed::Signature signature{};
+                signature.parameters = parameters;
+                signature.count = 1;
+                const typed::Leaf leaf{entryOf(&twoOfLeaf)};
+                signature.leaf = &leaf;
+                lua_pushcfunction(inner, &oneOfFunction);
+                m_isLeaf = lua::wrapLeaf(slot(), inner, signature, nullptr);
+                lua_setglobal(inner, "f");
+            },
+            errorText);
     }
 
     // Returns whether memory was refused.
