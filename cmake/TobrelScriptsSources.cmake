@@ -476,6 +476,7 @@ set(TOBREL_SCRIPTS_PUBLIC_TESTS
     tests/bindings/UserTypeTest.cpp
     tests/core/CallableTest.cpp
     tests/bindings/typed/ScriptFunctionTest.cpp
+    tests/bindings/typed/TypedDifferenceTest.cpp
     tests/bindings/typed/TypedFunctionTest.cpp
     tests/bindings/typed/TypedLeafTest.cpp
     tests/bindings/typed/TypedLifeTest.cpp
