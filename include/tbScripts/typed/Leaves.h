@@ -174,7 +174,7 @@ void storeText(Text& text, R&& result)
 {
     if constexpr (isPointer<BareOf<R>>)
     {
-        text.data = result;
+        text = {result, 0};
         while (result && result[text.size])
             ++text.size;
     }
