@@ -7,6 +7,8 @@
 
 #include <tbMemory/String.h>
 
+#include <utility>
+
 namespace tbScripts::lua
 {
 
@@ -41,6 +43,27 @@ struct LuaTypedCall : typed::Call
     tbMemory::StringView getName() const;
 
     LuaStateSlot& getSlot() const { return scope.getSlot(); }
+};
+
+/// While this exists, no leaf runs. The interpreter may collect garbage as it makes a string out of
+/// a leaf's argument or result, and what the finalisers call promised nothing.
+class LeafPause
+{
+public:
+    explicit LeafPause(const LuaTypedCall& call)
+        : m_guard(call.getSlot().getLeafGuard())
+        , m_running(std::exchange(m_guard.running, 0))
+    {
+    }
+
+    LeafPause(const LeafPause&) = delete;
+    LeafPause& operator=(const LeafPause&) = delete;
+
+    ~LeafPause() { m_guard.running = m_running; }
+
+private:
+    typed::LeafGuard& m_guard;
+    int m_running;
 };
 
 /// Returns the instance at `index`, if it may be used and its type exists; else null.

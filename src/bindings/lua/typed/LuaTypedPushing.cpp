@@ -125,6 +125,7 @@ void pushNatural(Call& call, typed::Natural value)
 
 void pushText(Call& call, typed::Text text)
 {
+    const LeafPause pause(callOf(call));
     if (text.data)
         lua_pushlstring(stateOf(call), text.data, text.size);
     else

@@ -128,6 +128,7 @@ bool toBool(Call& call, int index)
 
 typed::Text toText(Call& call, int index)
 {
+    const LeafPause pause(callOf(call));
     typed::Text text{};
     text.data = lua_tolstring(stateOf(call), index, &text.size);
     if (!text.data)
