@@ -52,6 +52,7 @@ set(TOBREL_SCRIPTS_SOURCES
     src/bindings/BindingMessages.h
     src/bindings/CallDefinition.cpp
     src/bindings/CallDefinition.h
+    src/bindings/CompiledLeaf.h
     src/bindings/Function.cpp
     src/bindings/FunctionAccess.h
     src/bindings/LeafReport.cpp
@@ -74,6 +75,8 @@ set(TOBREL_SCRIPTS_SOURCES
     src/bindings/lua/functions/LuaFunctionClosure.h
     src/bindings/lua/leaves/LuaCompilation.cpp
     src/bindings/lua/leaves/LuaCompilation.h
+    src/bindings/lua/leaves/LuaCompiledLeaf.cpp
+    src/bindings/lua/leaves/LuaCompiledLeaf.h
     src/bindings/lua/leaves/LuaForeignInterface.cpp
     src/bindings/lua/leaves/LuaForeignInterface.h
     src/bindings/lua/leaves/LuaLeafKit.cpp
@@ -478,6 +481,7 @@ set(TOBREL_SCRIPTS_PUBLIC_TESTS
     tests/bindings/typed/ScriptFunctionTest.cpp
     tests/bindings/typed/TypedDifferenceTest.cpp
     tests/bindings/typed/TypedFunctionTest.cpp
+    tests/bindings/typed/TypedLeafLifeTest.cpp
     tests/bindings/typed/TypedLeafTest.cpp
     tests/bindings/typed/TypedLifeTest.cpp
     tests/bindings/typed/TypedTypeTest.cpp

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "bindings/CompiledLeaf.h"
 #include "bindings/TypedCallable.h"
 #include "core/Counted.h"
 #include "core/SharedName.h"
@@ -94,17 +95,13 @@ struct CallDefinition : CallDeclaration
     }
 
     /// From here on compiled script code does not call the typed callable by itself any more.
-    void endLeaf()
-    {
-        if (const void** const word = std::exchange(leafWord, nullptr))
-            *word = nullptr;
-    }
+    void endLeaf() { leaf.reset(); }
 
     Callable callable;
     Counted<TypedCallable> typed; // called in place of `callable` if there is one
 
-    // Not null while compiled script code may call `typed` by itself: what it looks at.
-    const void** leafWord = nullptr;
+    // Not null while compiled script code may call `typed` by itself.
+    std::unique_ptr<CompiledLeaf> leaf;
 };
 
 /// The definition of a host function.
@@ -130,7 +127,10 @@ template <typename Definition>
 Definition& editDefinition(Counted<Definition>& definition)
 {
     if (definition->isShared())
+    {
+        definition->endLeaf(); // what runs may hold the definition for long
         definition = cloneDefinition(*definition);
+    }
     return *definition;
 }
 

@@ -31,15 +31,34 @@ void LuaOwner::becomeTable(const tbMemory::StringView& fullName)
 void LuaOwner::publish(
     const LuaStateSlot& slot, lua_State* state, const tbMemory::StringView& name) const
 {
-    if (m_fullName)
-        pushNamedTable(state, m_fullName->text);
-    else
-        slot.pushGlobals(state);
+    _pushTable(slot, state);
     lua_insert(state, -2);
     pushName(state, name);
     lua_insert(state, -2);
     lua_settable(state, -3);
     lua_pop(state, 1);
+}
+
+void LuaOwner::pushPublished(
+    const LuaStateSlot& slot, lua_State* state, const tbMemory::StringView& name) const
+{
+    _pushTable(slot, state);
+    if (lua_istable(state, -1))
+    {
+        pushName(state, name);
+        lua_rawget(state, -2);
+    }
+    else
+        lua_pushnil(state);
+    lua_remove(state, -2);
+}
+
+void LuaOwner::_pushTable(const LuaStateSlot& slot, lua_State* state) const
+{
+    if (m_fullName)
+        pushNamedTable(state, m_fullName->text);
+    else
+        slot.pushGlobals(state);
 }
 
 void LuaOwner::unpublish(

@@ -26,12 +26,19 @@ public:
     void
     publish(const LuaStateSlot& slot, lua_State* state, const tbMemory::StringView& name) const;
 
+    /// Stack: +1, what the table itself has in field `name`; nil if there is no such table.
+    void pushPublished(
+        const LuaStateSlot& slot, lua_State* state, const tbMemory::StringView& name) const;
+
     /// Sets field `name` to nil, whatever it holds. May raise, for the same reasons.
     void
     unpublish(const LuaStateSlot& slot, lua_State* state, const tbMemory::StringView& name) const;
 
 private:
     explicit LuaOwner(Counted<SharedName> fullName);
+
+    // Stack: +1, the table, or whatever is in its place.
+    void _pushTable(const LuaStateSlot& slot, lua_State* state) const;
 
     Counted<SharedName> m_fullName; // empty for the globals
 };

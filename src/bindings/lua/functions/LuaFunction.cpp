@@ -1,11 +1,14 @@
 #include "bindings/lua/functions/LuaFunction.h"
 
 #include "bindings/lua/functions/LuaFunctionClosure.h"
+#include "bindings/lua/leaves/LuaCompiledLeaf.h"
+#include "bindings/lua/leaves/LuaLeafSource.h"
 #include "bindings/lua/leaves/LuaLeaves.h"
 #include "core/lua/calls/LuaHostCall.h"
 #include "core/lua/references/LuaRegistry.h"
 
 #include <cstring>
+#include <memory>
 #include <utility>
 
 namespace tbScripts::lua
@@ -20,11 +23,36 @@ LuaFunctionAnchor* pushAnchor(lua_State* state, const tbMemory::StringView& name
     void* const block = lua_newuserdata(state, sizeof(LuaFunctionAnchor) + name.size());
     auto* const anchor = static_cast<LuaFunctionAnchor*>(block);
     anchor->function = nullptr;
-    anchor->leaf = nullptr;
     anchor->nameSize = name.size();
     if (!name.empty())
         std::memcpy(anchor + 1, name.data(), name.size());
     return anchor;
+}
+
+// Returns whether the value on top of the stack is a closure over `anchor`. Stack: +0.
+bool isClosureOver(lua_State* state, const void* anchor)
+{
+    if (lua_tocfunction(state, -1) != &callHostFunction || !lua_getupvalue(state, -1, 1))
+        return false;
+    const bool isOver = lua_touserdata(state, -1) == anchor;
+    lua_pop(state, 1);
+    return isOver;
+}
+
+// The same for the script function of a leaf around such a closure.
+bool isLeafOver(lua_State* state, const void* anchor)
+{
+    if (lua_type(state, -1) != LUA_TFUNCTION || lua_iscfunction(state, -1))
+        return false;
+    bool isOver = false;
+    int number = 1;
+    while (const char* const name = isOver ? nullptr : lua_getupvalue(state, -1, number))
+    {
+        isOver = std::strcmp(name, OWN_SLOW) == 0 && isClosureOver(state, anchor);
+        lua_pop(state, 1);
+        ++number;
+    }
+    return isOver;
 }
 
 } // namespace
@@ -81,6 +109,8 @@ void LuaFunction::publishLeaf()
             lua_rawgeti(state, LUA_REGISTRYINDEX, m_anchorKey);
             if (lua_touserdata(state, -1) != m_anchor)
                 return; // a script has written to the registry
+            if (!_isPublished(state))
+                return; // or its own value under the name
             _pushClosure(state);
             m_owner.publish(*m_handle.getSlot(), state, getName());
         });
@@ -89,17 +119,29 @@ void LuaFunction::publishLeaf()
 void LuaFunction::_pushClosure(lua_State* state)
 {
     const Counted<TypedCallable> typed = getDefinition().typed;
-    lua_pushcclosure(state, &callHostFunction, 1);
     if (!typed || !typed->getSignature().leaf)
+    {
+        lua_pushcclosure(state, &callHostFunction, 1);
         return;
+    }
+    std::unique_ptr<LuaCompiledLeaf> leaf = LuaCompiledLeaf::push(m_handle, state);
+    lua_pushcclosure(state, &callHostFunction, 2);
     const bool isLeaf =
-        wrapLeaf(*m_handle.getSlot(), state, typed->getSignature(), &m_anchor->leaf);
+        wrapLeaf(*m_handle.getSlot(), state, typed->getSignature(), leaf->getWord());
     // A finaliser that ran meanwhile may have bound another callable.
     FunctionDefinition& definition = getDefinition();
-    if (!isLeaf || !m_anchor || definition.typed.get() != typed.get())
+    if (!isLeaf || !m_anchor || definition.leaf || definition.typed.get() != typed.get())
         return;
-    m_anchor->leaf = typed->getSignature().leaf;
-    definition.leafWord = &m_anchor->leaf;
+    leaf->begin();
+    definition.leaf = std::move(leaf);
+}
+
+bool LuaFunction::_isPublished(lua_State* state) const
+{
+    m_owner.pushPublished(*m_handle.getSlot(), state, getName());
+    const bool isPublished = isClosureOver(state, m_anchor) || isLeafOver(state, m_anchor);
+    lua_pop(state, 1);
+    return isPublished;
 }
 
 bool LuaFunction::isInstalled() const
@@ -124,11 +166,8 @@ void LuaFunction::_dropAnchor()
 {
     // While the state closes, finalisers may still call the closure.
     if (m_anchor && m_handle.hasMemory())
-    {
         m_anchor->function = nullptr;
-        m_anchor->leaf = nullptr;
-    }
-    getDefinition().leafWord = nullptr;
+    getDefinition().endLeaf();
     if (LuaStateSlot* const slot = m_handle.getSlot())
         freeRegistrySlot(*slot, m_anchorKey);
     m_anchorKey = LUA_NOREF;

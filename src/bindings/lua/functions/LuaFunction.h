@@ -24,7 +24,6 @@ class LuaFunction;
 struct LuaFunctionAnchor
 {
     LuaFunction* function; // null after the function was destroyed
-    const void* leaf;      // not null while compiled code may call the callable by itself
     std::size_t nameSize;
 
     tbMemory::StringView getName() const
@@ -71,6 +70,9 @@ public:
 private:
     // Stack: -1, the closure's anchor; +1, the closure, or that of a leaf around it.
     void _pushClosure(lua_State* state);
+
+    // Returns whether scripts still find the function under its name. Stack: +0.
+    bool _isPublished(lua_State* state) const;
 
     void _dropAnchor();
 

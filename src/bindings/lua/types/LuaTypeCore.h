@@ -131,8 +131,7 @@ struct LuaTypeCore : LuaKeptObject, LuaTypeIdentity, std::enable_shared_from_thi
     OwningRegistry<LuaFunction> methods;
     LuaFunction* arrayRead = nullptr;   // among the methods
     LuaTypeField* arrayWrite = nullptr; // among the fields
-    bool hasElementLeaf = false; // whether compiled code may read or write elements by itself
-    int partsKey = LUA_NOREF;    // registry slot of the table's parts while the type exists
+    int partsKey = LUA_NOREF;           // registry slot of the table's parts while the type exists
 
     // The shares of instances that the typed layer made of shared pointers. Types that share a
     // table share these too.

@@ -1,6 +1,7 @@
 #include "bindings/lua/types/LuaTypeTable.h"
 
 #include "bindings/lua/LuaNamedTables.h"
+#include "bindings/lua/leaves/LuaCompiledLeaf.h"
 #include "bindings/lua/leaves/LuaLeaves.h"
 #include "bindings/lua/types/LuaTypeClosures.h"
 #include "core/lua/LuaTables.h"
@@ -26,8 +27,6 @@ constexpr int PART_FORMER = 5; // the former entries of the table, until the typ
 constexpr int PART_READ = 6;   // the dispatchers
 constexpr int PART_WRITE = 7;
 constexpr int PARTS = 7;
-constexpr int PART_READ_LEAF = 8; // a block with one word, null once the leaf must not run any more
-constexpr int PART_WRITE_LEAF = 9;
 
 // Readers hold the closure of each field, and `true` for other names that the type's table has.
 // The calls are tail calls, so that the line that reads or writes is the caller of the closure.
@@ -272,21 +271,6 @@ void setUpvalueOf(lua_State* state, int partsIndex, int part, const char* name)
     lua_settop(state, dispatcherIndex - 1);
 }
 
-// Stack: +1, a new block with a word that is not null. The former block of that part has none any
-// more: compiled code may still have the leaf that it belongs to.
-const void* const* pushNewLeafWord(lua_State* state, int partsIndex, int part)
-{
-    pushPart(state, partsIndex, part);
-    if (auto* const former = static_cast<const void**>(lua_touserdata(state, -1)))
-        *former = nullptr;
-    lua_pop(state, 1);
-    auto* const word = static_cast<const void**>(lua_newuserdata(state, sizeof(void*)));
-    *word = word;
-    lua_pushvalue(state, -1);
-    lua_rawseti(state, partsIndex, part);
-    return word;
-}
-
 void forgetIn(lua_State* state, int part)
 {
     pushPart(state, lua_gettop(state), part);
@@ -476,22 +460,26 @@ void LuaTypeTable::publishSetter(
     publishField(state, PART_WRITERS, name, field, &writeField);
 }
 
-void LuaTypeTable::publishElementLeaf(
-    LuaStateSlot& slot, lua_State* state, ELEMENT_ACCESS access, const typed::Signature* signature)
+std::unique_ptr<CompiledLeaf> LuaTypeTable::publishElementLeaf(
+    const LuaStateHandle& handle,
+    lua_State* state,
+    ELEMENT_ACCESS access,
+    const typed::Signature& signature)
 {
     const bool isRead = access == ELEMENT_ACCESS::READ;
     const int partsIndex = lua_gettop(state);
     pushPart(state, partsIndex, PART_ANCHOR);
-    const void* const* const word =
-        pushNewLeafWord(state, partsIndex, isRead ? PART_READ_LEAF : PART_WRITE_LEAF);
+    std::unique_ptr<LuaCompiledLeaf> leaf = LuaCompiledLeaf::push(handle, state);
     lua_pushcclosure(state, isRead ? &readElement : &writeElement, 2);
-    if (signature)
-        wrapLeaf(slot, state, *signature, word);
+    if (!wrapLeaf(*handle.getSlot(), state, signature, leaf->getWord()))
+        return nullptr;
     setUpvalueOf(
         state,
         partsIndex,
         isRead ? PART_READ : PART_WRITE,
         isRead ? "readElement" : "writeElement");
+    leaf->begin();
+    return leaf;
 }
 
 void LuaTypeTable::forgetFields(lua_State* state)

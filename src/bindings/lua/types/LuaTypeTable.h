@@ -86,13 +86,14 @@ public:
     static void
     publishSetter(lua_State* state, const tbMemory::StringView& name, LuaTypeField& field);
 
-    /// Has elements be read or written by the leaf of `signature`, as far as that is possible; null
-    /// ends it. The leaf gets the instance, the index, and the value that is to be written.
-    static void publishElementLeaf(
-        LuaStateSlot& slot,
+    /// Has elements be read or written by the leaf of `signature`, as long as the result exists;
+    /// null if that is not possible. The leaf gets the instance, the index, and the value that is
+    /// to be written.
+    static std::unique_ptr<CompiledLeaf> publishElementLeaf(
+        const LuaStateHandle& handle,
         lua_State* state,
         ELEMENT_ACCESS access,
-        const typed::Signature* signature);
+        const typed::Signature& signature);
 
     /// Routes no read and no write to a field any more. Allocates nothing.
     static void forgetFields(lua_State* state);

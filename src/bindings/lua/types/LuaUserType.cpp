@@ -80,7 +80,9 @@ void setTyped(
 {
     if (!definition)
         definition = makeCounted<Definition>(name);
-    std::swap(editDefinition(definition).typed, callable);
+    Definition& edited = editDefinition(definition);
+    edited.endLeaf();
+    std::swap(edited.typed, callable);
 }
 
 void dropMethods(LuaTypeCore& core)
@@ -103,6 +105,8 @@ void dropFields(LuaTypeCore& core)
     std::vector<Counted<SetterDefinition>> setters;
     for (auto& [name, field] : core.fields)
     {
+        if (field.setter)
+            field.setter->endLeaf(); // what runs may hold the definition for long
         getters.push_back(std::move(field.getter));
         setters.push_back(std::move(field.setter));
         field.isReadDirectly = false;
@@ -338,7 +342,6 @@ void LuaUserType::setArrayAccess(UserTypeArrayDescriptor descriptor)
     LuaHostCall call(m_core->handle);
     if (!_isUsable(call))
         return;
-    _endElementLeaves(call);
     if (descriptor.read)
     {
         if (Function* const function =
@@ -442,18 +445,21 @@ void LuaUserType::setTypedIndex(Counted<TypedCallable> read, Counted<TypedCallab
         return;
     if (read)
     {
-        const typed::Signature& signature = read->getSignature();
         if (Function* const function = _declareMethod(ARRAY_READ, {}))
             FunctionAccess::bindTyped(*function, read);
-        _publishElementLeaf(call, ELEMENT_ACCESS::READ, signature);
+        if (_isUsable(call) && m_core->arrayRead)
+        {
+            FunctionDefinition& definition = m_core->arrayRead->getDefinition();
+            _publishElementLeaf(
+                call, ELEMENT_ACCESS::READ, Counted<FunctionDefinition>(&definition));
+        }
     }
     if (!write || !_isUsable(call))
         return;
-    const typed::Signature& signature = write->getSignature();
     LuaTypeField& field = m_core->fields[keyOf(ARRAY_WRITE)];
     setTyped(field.setter, nameOf(field, ARRAY_WRITE), write);
     m_core->arrayWrite = &field;
-    _publishElementLeaf(call, ELEMENT_ACCESS::WRITE, signature);
+    _publishElementLeaf(call, ELEMENT_ACCESS::WRITE, field.setter);
 }
 
 void LuaUserType::setTypedNames(Counted<TypedCallable> read, Counted<TypedCallable> write)
@@ -503,38 +509,25 @@ void LuaUserType::clear()
     LuaHostCall call(m_core->handle, LuaHostCall::ENTRY::UPKEEP);
     if (isInstalled())
         _runWithParts(call, &LuaTypeTable::forgetFields);
-    _endElementLeaves(call);
     _dropMembers();
 }
 
+template <typename Definition>
 void LuaUserType::_publishElementLeaf(
-    LuaHostCall& call, ELEMENT_ACCESS access, const typed::Signature& signature)
+    LuaHostCall& call, ELEMENT_ACCESS access, Counted<Definition> definition)
 {
-    if (!_isUsable(call) || (!signature.leaf && !m_core->hasElementLeaf))
+    const Counted<TypedCallable> typed = definition->typed;
+    if (!typed || !typed->getSignature().leaf)
         return;
-    m_core->hasElementLeaf = m_core->hasElementLeaf || signature.leaf;
-    LuaStateSlot& slot = call.getSlot();
-    _runWithParts(
-        call,
-        [&](lua_State* state) {
-            LuaTypeTable::publishElementLeaf(
-                slot, state, access, signature.leaf ? &signature : nullptr);
-        });
-}
-
-void LuaUserType::_endElementLeaves(LuaHostCall& call)
-{
-    if (!isInstalled() || !std::exchange(m_core->hasElementLeaf, false))
-        return;
-    LuaStateSlot& slot = call.getSlot();
+    std::unique_ptr<CompiledLeaf> leaf;
+    const LuaStateHandle handle = m_core->handle;
     _runWithParts(
         call,
         [&](lua_State* state)
-        {
-            using Access = ELEMENT_ACCESS;
-            LuaTypeTable::publishElementLeaf(slot, state, Access::READ, nullptr);
-            LuaTypeTable::publishElementLeaf(slot, state, Access::WRITE, nullptr);
-        });
+        { leaf = LuaTypeTable::publishElementLeaf(handle, state, access, typed->getSignature()); });
+    // A finaliser that ran meanwhile may have bound another callable, or ended the type.
+    if (_isUsable(call) && definition->typed.get() == typed.get())
+        definition->leaf = std::move(leaf);
 }
 
 bool LuaUserType::_isUsable(const LuaHostCall& call) const

@@ -121,10 +121,10 @@ private:
     template <typename Work>
     bool _runWithParts(LuaHostCall& call, Work&& work);
 
-    // Lets compiled code read or write elements by itself, if `signature` is that of a leaf.
-    void _publishElementLeaf(
-        LuaHostCall& call, ELEMENT_ACCESS access, const typed::Signature& signature);
-    void _endElementLeaves(LuaHostCall& call);
+    // Lets compiled code read or write elements by itself, if what `definition` calls is a leaf.
+    template <typename Definition>
+    void
+    _publishElementLeaf(LuaHostCall& call, ELEMENT_ACCESS access, Counted<Definition> definition);
 
     void _freeParts(LuaStateSlot& slot);
 
