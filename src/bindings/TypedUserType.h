@@ -18,8 +18,9 @@ public:
     static TypedUserType* of(UserType& type) { return dynamic_cast<TypedUserType*>(&type); }
 
     /// Says which of the host's types this is. Objects of that type are passed as instances of the
-    /// user type that was bound to it last.
-    virtual void setType(const typed::TypeId& type) = 0;
+    /// user type that was bound to it last. Returns false if the type does not exist afterwards:
+    /// what it drops may end it.
+    virtual bool setType(const typed::TypeId& type) = 0;
 
     virtual void setTypedConstructor(Counted<TypedCallable> constructor) = 0;
 

@@ -29,9 +29,8 @@ bool fillEnumeration(Namespace* scope, const TypeId& type, const Enumerator* enu
 
 UserType* typeOf(UserType* userType, const TypeId& type)
 {
-    if (TypedUserType* const typed = userType ? TypedUserType::of(*userType) : nullptr)
-        typed->setType(type);
-    return userType;
+    TypedUserType* const typed = userType ? TypedUserType::of(*userType) : nullptr;
+    return !typed || typed->setType(type) ? userType : nullptr;
 }
 
 // Declaring comes behind holding: it may run out of memory too.

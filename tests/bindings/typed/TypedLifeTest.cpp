@@ -514,6 +514,22 @@ TEST_F(TypedLifeTest, NameThatIsBoundToAnotherClassLeavesItsInstancesBehind)
     forgetLog();
 }
 
+TEST_F(TypedLifeTest, NameThatIsBoundToAnotherClassWhoseConstructorEndsTheNamespace)
+{
+    auto end = std::shared_ptr<int>(
+        new int(3),
+        [this](const int* number)
+        {
+            delete number;
+            endType("Thing");
+        });
+    bindThing("Thing").constructor([end] { return Thing(*end); });
+    forgetLog();
+    end.reset();
+    EXPECT_EQ(bindType<Unknown>(environment(), "ofThing::Thing").get(), nullptr);
+    forgetLog();
+}
+
 TEST_F(TypedLifeTest, BaseThatIsBoundToADerivedClassIsNoCircle)
 {
     bindType<Thing>(environment(), "One").constructor<int>();

@@ -359,22 +359,26 @@ void LuaUserType::setArrayAccess(UserTypeArrayDescriptor descriptor)
          FunctionParameter::ofType(descriptor.type, descriptor.userTypeName)});
 }
 
-void LuaUserType::setType(const typed::TypeId& type)
+bool LuaUserType::setType(const typed::TypeId& type)
 {
-    const LuaStateHandle handle = m_core->handle;
-    LuaHostCall call(handle);
-    if (!_isUsable(call))
-        return;
-    if (m_core->type && m_core->type != &type)
+    std::shared_ptr<LuaTypeCore> core = m_core;
     {
-        // The instances that exist are objects of another class: they stay with the table they
-        // have.
-        const Counted<ConstructorDefinition> dropped = std::exchange(m_core->constructor, {});
-        uninstall();
-        if (!install(handle))
-            return;
+        LuaHostCall call(core->handle);
+        if (!_isUsable(call))
+            return true;
+        if (core->type && core->type != &type)
+        {
+            // The instances that exist are objects of another class: they stay with the table they
+            // have.
+            const Counted<ConstructorDefinition> dropped = std::exchange(core->constructor, {});
+            uninstall();
+            if (!install(core->handle))
+                return true;
+            core = m_core;
+        }
+        core->bindTo(type);
     }
-    m_core->bindTo(type);
+    return core->isAlive;
 }
 
 void LuaUserType::setTypedConstructor(Counted<TypedCallable> constructor)

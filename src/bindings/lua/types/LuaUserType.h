@@ -65,7 +65,7 @@ public:
     void setArrayAccess(UserTypeArrayDescriptor descriptor) override;
     void clear() override;
 
-    void setType(const typed::TypeId& type) override;
+    bool setType(const typed::TypeId& type) override;
     void setTypedConstructor(Counted<TypedCallable> constructor) override;
     void setMember(const tbMemory::StringView& name, const typed::Member& member) override;
     void setTypedProperty(
