@@ -1,9 +1,9 @@
-// The same twenty host functions, bound by their types.
+// The same twenty host functions, bound by their types. A source that only binds needs no other
+// header.
 
 #include "Game.h"
 
 #include <tbScripts/Bind.h>
-#include <tbScripts/Environment.h>
 
 namespace
 {

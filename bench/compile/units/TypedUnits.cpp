@@ -1,9 +1,8 @@
-// The same classes, bound by their types.
+// The same classes, bound by their types. A source that only binds needs no other header.
 
 #include "Units.h"
 
 #include <tbScripts/Bind.h>
-#include <tbScripts/Environment.h>
 
 namespace
 {
