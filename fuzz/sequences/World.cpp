@@ -35,6 +35,7 @@ World::~World() = default;
 void World::run()
 {
     LogManager::getInstance()->setReceiver(this);
+    const int typedObjects = countTypedObjects();
     while (!m_bytes.empty() && m_budget > 0)
     {
         _performOne();
@@ -43,6 +44,9 @@ void World::run()
     _closeAll();
     MemoryCeiling::lift();
     m_objects.check();
+    require(
+        m_objects.mayLeak() || countTypedObjects() == typedObjects,
+        "objects of the typed layer are destroyed once");
 }
 
 EnvironmentSlot& World::anySlot()
@@ -355,7 +359,8 @@ void World::_performOne()
          {6, &performScriptCall},
          {7, &performValueCall},
          {8, &performBytesCall},
-         {9, &performManagerCall}});
+         {9, &performManagerCall},
+         {10, &performTypedCall}});
     m_bytes.caseOf(CALLS)(*this);
     m_isFirstCall = false;
 }

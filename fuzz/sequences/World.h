@@ -176,5 +176,9 @@ void performScriptCall(World& world);
 void performValueCall(World& world);
 void performBytesCall(World& world);
 void performManagerCall(World& world);
+void performTypedCall(World& world);
+
+/// Returns how many objects of typed calls exist.
+int countTypedObjects();
 
 } // namespace tbScripts::fuzz

@@ -58,6 +58,8 @@ public:
     /// Weakens what is expected of all: a script has taken the finaliser away.
     void allowLeaks() { m_mayLeak = true; }
 
+    bool mayLeak() const { return m_mayLeak; }
+
     /// Compares with what is expected, at the end of the run.
     void check() const;
 
