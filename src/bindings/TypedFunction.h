@@ -13,8 +13,9 @@ public:
     static TypedFunction* of(Function& function) { return dynamic_cast<TypedFunction*>(&function); }
 
     /// Lets compiled script code call the typed callable by itself, if that is a leaf and the
-    /// interpreter allows it.
-    virtual void publishLeaf() = 0;
+    /// interpreter allows it. Returns false if a finaliser that ran meanwhile has ended the
+    /// function, which does not exist any more then.
+    virtual bool publishLeaf() = 0;
 
 protected:
     ~TypedFunction() = default;

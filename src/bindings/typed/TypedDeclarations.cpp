@@ -41,9 +41,7 @@ Function* bindHeld(Function* function, Counted<TypedCallable> held)
     const bool hasLeaf = held->getSignature().leaf;
     FunctionAccess::bindTyped(*function, held);
     TypedFunction* const published = hasLeaf ? TypedFunction::of(*function) : nullptr;
-    if (published)
-        published->publishLeaf();
-    return function;
+    return !published || published->publishLeaf() ? function : nullptr;
 }
 
 std::pair<Counted<TypedCallable>, Counted<TypedCallable>>

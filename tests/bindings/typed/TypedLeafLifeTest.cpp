@@ -190,6 +190,32 @@ TEST_F(TypedLeafLifeTest, FinalisersInsideALeafsArgumentMayCallTheLibrary)
     is("ended", "30000");
 }
 
+TEST_F(TypedLeafLifeTest, FunctionThatAFinaliserEndsDuringItsBindingIsNone)
+{
+    declareAction(
+        "release",
+        [this]
+        {
+            if (Namespace* const scope = environment().getNamespace("scope"))
+                scope->release();
+        });
+    for (int i = 0; i < 300; ++i)
+    {
+        Namespace* const scope = environment().setNamespace("scope");
+        run("i = " + std::to_string(i) +
+            " collectgarbage('stop')  local proxy = newproxy(true)"
+            " getmetatable(proxy).__gc = release  proxy = nil  local more = {}"
+            " for k = 1, 100 do more[k] = {} end  collectgarbage('setpause', 0)"
+            " collectgarbage('setstepmul', 1000000)  collectgarbage('restart')");
+        Function* const function = bind(*scope, "f", leaf<&addOne>);
+        if (function)
+        {
+            EXPECT_EQ(function->getName(), "f");
+        }
+    }
+    forgetLog();
+}
+
 TEST_F(TypedLeafLifeTest, InheritedMembersEndWithTheClassBetween)
 {
     bindGround();

@@ -98,10 +98,16 @@ bool LuaFunction::install(const LuaStateHandle& handle)
     return isDone;
 }
 
-void LuaFunction::publishLeaf()
+bool LuaFunction::publishLeaf()
 {
     if (!isInstalled())
-        return;
+        return true;
+    const LuaStateHandle handle = m_handle;
+    return _publishLeaf() && handle.get();
+}
+
+bool LuaFunction::_publishLeaf()
+{
     LuaHostCall call(m_handle);
     call.run(
         [&](lua_State* state)
@@ -112,8 +118,10 @@ void LuaFunction::publishLeaf()
             if (!_isPublished(state))
                 return; // or its own value under the name
             _pushClosure(state);
-            m_owner.publish(*m_handle.getSlot(), state, getName());
+            if (m_anchor)
+                m_owner.publish(*m_handle.getSlot(), state, getName());
         });
+    return m_anchor != nullptr; // what has been ended exists until the call ends
 }
 
 void LuaFunction::_pushClosure(lua_State* state)

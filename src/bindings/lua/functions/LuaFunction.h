@@ -61,7 +61,7 @@ public:
     /// Returns whether the function is published in an open state.
     bool isInstalled() const;
 
-    void publishLeaf() override;
+    bool publishLeaf() override;
 
     const LuaStateHandle& getHandle() const { return m_handle; }
 
@@ -70,6 +70,8 @@ public:
 private:
     // Stack: -1, the closure's anchor; +1, the closure, or that of a leaf around it.
     void _pushClosure(lua_State* state);
+
+    bool _publishLeaf();
 
     // Returns whether scripts still find the function under its name. Stack: +0.
     bool _isPublished(lua_State* state) const;
