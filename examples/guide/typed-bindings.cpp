@@ -14,7 +14,7 @@ namespace
 {
 
 // [shown]
-enum class Color
+enum class COLOR
 {
     RED,
     BLUE
@@ -77,7 +77,7 @@ int main()
     // [shown]
     bind(environment, "halve", [](double n) { return n / 2; });
     bind(environment, "print", [](const std::string& text) { std::cout << text << '\n'; });
-    bindEnum<Color>(environment, "Color", {{"RED", Color::RED}, {"BLUE", Color::BLUE}});
+    bindEnum<COLOR>(environment, "Color", {{"RED", COLOR::RED}, {"BLUE", COLOR::BLUE}});
     // [/shown]
 
     // [shown]

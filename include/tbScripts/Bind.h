@@ -477,7 +477,7 @@ struct EnumValue
 /// `T`. Returns false on failure.
 ///
 /// @code
-/// bindEnum<Color>(environment, "Color", {{"RED", Color::RED}, {"BLUE", Color::BLUE}});
+/// bindEnum<COLOR>(environment, "Color", {{"RED", COLOR::RED}, {"BLUE", COLOR::BLUE}});
 /// @endcode
 template <typename T, int N, typename Scope>
 bool bindEnum(Scope& scope, const char* name, const EnumValue<T> (&values)[N])

@@ -247,30 +247,30 @@ struct VariantArgument<Variant<A...>>
     {
         if (!accepts(call, index, true))
             call.services.refuse(call, index, PARAMETER.expected);
-        return readFirst<A...>(call, index);
+        return _readFirst<A...>(call, index);
     }
 
-    static int push(Call& call, const Type& value) { return pushAt<0>(call, value); }
+    static int push(Call& call, const Type& value) { return _pushAt<0>(call, value); }
 
 private:
     template <typename First, typename... Others>
-    static Type readFirst(Call& call, int index)
+    static Type _readFirst(Call& call, int index)
     {
         if constexpr (sizeof...(Others) > 0)
         {
             if (!isStrictly<First>(call, index))
-                return readFirst<Others...>(call, index);
+                return _readFirst<Others...>(call, index);
         }
         return Type(ArgumentOf<First>::read(call, index));
     }
 
     template <Size I>
-    static int pushAt(Call& call, const Type& value)
+    static int _pushAt(Call& call, const Type& value)
     {
         if constexpr (I + 1 < sizeof...(A))
         {
             if (value.index() != I)
-                return pushAt<I + 1>(call, value);
+                return _pushAt<I + 1>(call, value);
         }
         using Value = decltype(get<I>(value));
         return ArgumentOf<Value>::push(call, get<I>(value));
@@ -286,7 +286,7 @@ struct TupleArgument
     template <typename Tuple>
     static int push(Call& call, Tuple&& values)
     {
-        return pushAll(call, static_cast<Tuple&&>(values), IndicesUpTo<TypesIn<T>::COUNT>());
+        return _pushAll(call, static_cast<Tuple&&>(values), IndicesUpTo<TypesIn<T>::COUNT>());
     }
 
     template <Size... I>
@@ -305,7 +305,7 @@ private:
     using BareElement = ArgumentOf<decltype(get<I>(any<T&>()))>;
 
     template <typename Tuple, Size... I>
-    static int pushAll(Call& call, Tuple&& values, Indices<I...>)
+    static int _pushAll(Call& call, Tuple&& values, Indices<I...>)
     {
         int count = 0;
         call.services.reserve(call, static_cast<int>(sizeof...(I)) + 4);
@@ -318,7 +318,9 @@ template <typename T, SHAPE shape>
 struct ClassArgument : ObjectArgument<T>
 {
     static_assert(
-        sizeof(T) > 0, "TobrelScripts: the class of a parameter or result is only declared here");
+        // NOLINTNEXTLINE(bugprone-sizeof-expression): has none if the class is incomplete
+        sizeof(T) > 0,
+        "TobrelScripts: the class of a parameter or result is only declared here");
 };
 
 template <typename T>

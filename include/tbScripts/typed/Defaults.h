@@ -88,12 +88,12 @@ struct DefaultedThunk<C, R, Indices<I...>, Defaults<D...>, A...>
         auto& self = *static_cast<DefaultedThunk*>(context);
         if constexpr (isSame<R, void>)
         {
-            self.callable(passed<A, static_cast<int>(I)>(call, self.values)...);
+            self.callable(_passed<A, static_cast<int>(I)>(call, self.values)...);
             return 0;
         }
         else
             return Result<R, false>::push(
-                call, self.callable(passed<A, static_cast<int>(I)>(call, self.values)...));
+                call, self.callable(_passed<A, static_cast<int>(I)>(call, self.values)...));
     }
 
     static void destroy(void* context) { delete static_cast<DefaultedThunk*>(context); }
@@ -110,9 +110,9 @@ struct DefaultedThunk<C, R, Indices<I...>, Defaults<D...>, A...>
     static constexpr Signature SIGNATURE{&run, DESCRIBED, COUNT, nullptr};
 
 private:
-    // Objects without default are passed as they are.
+    // Objects without default are _passed as they are.
     template <typename Type, int NUMBER>
-    static decltype(auto) passed(Call& call, const Defaults<D...>& values)
+    static decltype(auto) _passed(Call& call, const Defaults<D...>& values)
     {
         if constexpr (NUMBER < FIRST_DEFAULT)
             return ArgumentOf<Type>::read(call, NUMBER + 1);

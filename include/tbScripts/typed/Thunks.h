@@ -225,6 +225,7 @@ struct KnownCallable
     using Defaulted = DefaultedThunk<C, R, IndicesUpTo<sizeof...(A)>, D, A...>;
 };
 
+// NOLINTBEGIN(bugprone-macro-parentheses): qualifiers have none
 #define TBSCRIPTS_KNOWN(QUALIFIERS)                                                                \
     template <typename C, typename R, typename... A>                                               \
     struct TypeOfCallable<R (C::*)(A...) QUALIFIERS> : KnownCallable<true, true, R, A...>          \
@@ -240,6 +241,8 @@ TBSCRIPTS_KNOWN(const)
 TBSCRIPTS_KNOWN(&)
 TBSCRIPTS_KNOWN(const&)
 #undef TBSCRIPTS_KNOWN
+
+// NOLINTEND(bugprone-macro-parentheses)
 
 template <typename R, typename... A>
 struct TypeOfCallable<R (*)(A...)> : KnownCallable<false, true, R, A...>

@@ -67,7 +67,7 @@ public:
     {
         const char* const bottom = _pointerAt(_inside(state) + BOTTOM);
         const std::uint64_t function = _wordAt(bottom - FUNCTION_BELOW_BOTTOM) & ADDRESS;
-        return _blockOf(_wordAt(reinterpret_cast<const char*>(function) + UPVALUES));
+        return _blockOf(_wordAt(_placeOf(function) + UPVALUES));
     }
 
     /// Pushes `number`, for which a C function always has room. Returns false, and pushes nothing,
@@ -107,6 +107,9 @@ private:
         return pointer;
     }
 
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): the interpreter tags its addresses
+    static char* _placeOf(std::uint64_t address) { return reinterpret_cast<char*>(address); }
+
     static std::uint64_t _wordAt(const char* place)
     {
         std::uint64_t word = 0;
@@ -128,7 +131,7 @@ private:
     static void* _blockOf(std::uint64_t word)
     {
         const std::uint64_t address = word ^ s_tagOfUserdata.load(std::memory_order_relaxed);
-        return address <= ADDRESS ? reinterpret_cast<char*>(address) + HEADER_OF_USERDATA : nullptr;
+        return address <= ADDRESS ? _placeOf(address) + HEADER_OF_USERDATA : nullptr;
     }
 
     static constexpr std::ptrdiff_t HEADER_OF_USERDATA = 48;

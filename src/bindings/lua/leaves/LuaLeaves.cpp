@@ -230,8 +230,10 @@ bool wrapMember(
     OwnValues own;
     own.living = living;
     own.parameters = parameters;
-    own.place = static_cast<double>(member.offset / size);
-    own.top = static_cast<double>((member.offset + size) / 2 - 1);
+    const typed::Size place = member.offset / size; // both are indices
+    const typed::Size top = (member.offset + size) / 2 - 1;
+    own.place = static_cast<double>(place);
+    own.top = static_cast<double>(top);
     return wrap(slot, state, describe(member.kind, living != nullptr), own);
 }
 

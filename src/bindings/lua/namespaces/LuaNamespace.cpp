@@ -18,6 +18,7 @@
 
 #include "tbScripts/LogManager.h"
 
+#include <cstddef>
 #include <memory>
 #include <utility>
 #include <vector>
@@ -254,6 +255,7 @@ bool LuaNamespace::setEnumeration(
     if (!_beginChange(call))
         return false;
     std::vector<double> values;
+    values.reserve(static_cast<std::size_t>(count));
     for (int i = 0; i < count; ++i)
         values.push_back(static_cast<double>(enumerators[i].value));
     call.getSlot().setEnumValues(type, std::move(values));

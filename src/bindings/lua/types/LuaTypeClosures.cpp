@@ -304,6 +304,7 @@ bool isWritable(const LuaTypeField& field)
 }
 
 // Runs the host's look-up by name, on the arguments of the access.
+// NOLINTNEXTLINE(performance-unnecessary-value-param): keeps the callable alive during the call
 int runByName(const LuaTypeCore& core, lua_State* state, Counted<TypedCallable> callable)
 {
     const int arguments = lua_gettop(state);
