@@ -14,8 +14,8 @@ public:
     static TypedNamespace* of(Namespace& scope) { return dynamic_cast<TypedNamespace*>(&scope); }
 
     /// Fills the namespace with the values of an enumeration. Returns whether that worked.
-    virtual bool setEnumeration(
-        const typed::TypeId& type, const typed::Enumerator* enumerators, int count) = 0;
+    virtual bool
+    setEnumeration(const typed::TypeId& type, const typed::Enumerator* enumerators, int count) = 0;
 
 protected:
     ~TypedNamespace() = default;

@@ -54,10 +54,7 @@ public:
     }
 
     /// Returns the type whose table this is, null if there is none.
-    const LuaTypeIdentity* find(const void* table) const
-    {
-        return m_entries[_placeOf(table)].type;
-    }
+    const LuaTypeIdentity* find(const void* table) const { return m_entries[_placeOf(table)].type; }
 
 private:
     struct Entry
