@@ -21,6 +21,19 @@ inline void expectTable(Call& call, int index)
         call.services.refuse(call, index, "table");
 }
 
+/// What is in a container is one value.
+template <typename T>
+constexpr bool checkContent()
+{
+    if constexpr (isClass<T>)
+    {
+        static_assert(
+            ShapeOf<T>::SHAPE_OF != SHAPE::TUPLE,
+            "TobrelScripts: a tuple is several values; what a container holds is one");
+    }
+    return true;
+}
+
 /// Whether the value at `index` is a `T` without being converted.
 template <typename T>
 bool isStrictly(Call& call, int index)
@@ -38,6 +51,7 @@ template <typename T>
 struct OptionalArgument
 {
     using Value = BareOf<decltype(*any<T&>())>;
+    static_assert(checkContent<Value>());
 
     static constexpr Parameter optionalOf(Parameter parameter)
     {
@@ -126,8 +140,9 @@ template <typename T>
 struct SequenceArgument
 {
     using Value = BareOf<typename T::value_type>;
+    static_assert(checkContent<Value>());
     static_assert(
-        !isTextView<Value>(0),
+        !isTextView<Value>(0) && !isSame<Value, const char*>,
         "TobrelScripts: the elements of a table have to own their strings; take std::string");
 
     static constexpr Parameter PARAMETER = TABLE_PARAMETER;
@@ -164,6 +179,7 @@ template <typename T>
 struct ArrayArgument
 {
     using Value = BareOf<typename T::value_type>;
+    static_assert(checkContent<Value>());
     static constexpr int LENGTH = static_cast<int>(sizeof(T) / sizeof(Value));
 
     static constexpr Parameter PARAMETER = TABLE_PARAMETER;
@@ -191,6 +207,7 @@ struct MapArgument
 {
     using Key = BareOf<typename T::key_type>;
     using Value = BareOf<typename T::mapped_type>;
+    static_assert(checkContent<Key>() && checkContent<Value>());
     static_assert(
         !isTextView<Key>(0) && !isTextView<Value>(0),
         "TobrelScripts: the fields of a table have to own their strings; take std::string");
@@ -233,6 +250,8 @@ struct VariantArgument;
 template <template <typename...> class Variant, typename... A>
 struct VariantArgument<Variant<A...>>
 {
+    static_assert((checkContent<BareOf<A>>() && ...));
+
     using Type = Variant<A...>;
 
     static bool accepts(Call& call, int index, bool /*isStrict*/)
