@@ -57,18 +57,6 @@ inline constexpr bool isConst = false;
 template <typename T>
 inline constexpr bool isConst<const T> = true;
 
-template <bool, typename T, typename F>
-struct Choice
-{
-    using Type = T;
-};
-
-template <typename T, typename F>
-struct Choice<false, T, F>
-{
-    using Type = F;
-};
-
 template <Size... I>
 struct Indices
 {

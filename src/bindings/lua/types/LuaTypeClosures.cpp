@@ -81,15 +81,25 @@ void* objectOf(const LuaTypeCore& core, lua_State* state, const LuaFieldLink& li
     return link.base ? boundObjectAt(*core.handle.getSlot(), state, 1, *link.base) : object;
 }
 
+// Runs the typed callable of `definition`, which the call holds.
+template <typename Definition>
+int callTyped(
+    const LuaTypeCore& core,
+    lua_State* state,
+    Definition& definition,
+    const tbMemory::String& nameInMessages)
+{
+    const TypedHold<Definition> hold(definition);
+    return runTypedAccess(*core.handle.getSlot(), state, *definition.typed, nameInMessages);
+}
+
 int readTypedField(
     const LuaTypeCore& core, lua_State* state, const LuaFieldLink& link, void* object)
 {
     if (link.field->isReadDirectly)
         return object ? pushMember(state, object, link.field->member)
                       : raiseNotAnInstance(state, core);
-    GetterDefinition& definition = *link.field->getter;
-    const TypedHold<GetterDefinition> hold(definition);
-    return runTypedAccess(*core.handle.getSlot(), state, *definition.typed, definition.getName());
+    return callTyped(core, state, *link.field->getter, link.field->getter->getName());
 }
 
 bool hasTypedGetter(const LuaTypeField& field)
@@ -170,9 +180,7 @@ int writeTypedField(
 {
     if (link.field->isWrittenDirectly)
         return writeMemberField(core, state, link, object);
-    SetterDefinition& definition = *link.field->setter;
-    const TypedHold<SetterDefinition> hold(definition);
-    return runTypedAccess(*core.handle.getSlot(), state, *definition.typed, definition.getName());
+    return callTyped(core, state, *link.field->setter, link.field->setter->getName());
 }
 
 bool hasTypedSetter(const LuaTypeField& field)
@@ -241,9 +249,8 @@ int runReadArray(const LuaTypeCore& core, lua_State* state)
     FunctionDefinition& definition = core.arrayRead->getDefinition();
     if (definition.typed)
     {
-        const TypedHold<FunctionDefinition> hold(definition);
         lua_settop(state, INDEX_INDEX);
-        return runTypedAccess(*core.handle.getSlot(), state, *definition.typed, core.fullName);
+        return callTyped(core, state, definition, core.fullName);
     }
 
     LuaCallbackScope scope(*core.handle.getSlot(), state);
@@ -276,9 +283,8 @@ int runWriteArray(const LuaTypeCore& core, lua_State* state)
     SetterDefinition& definition = *core.arrayWrite->setter;
     if (definition.typed)
     {
-        const TypedHold<SetterDefinition> hold(definition);
         lua_settop(state, VALUE_INDEX);
-        return runTypedAccess(*core.handle.getSlot(), state, *definition.typed, core.fullName);
+        return callTyped(core, state, definition, core.fullName);
     }
 
     return callSetter(
@@ -291,16 +297,6 @@ int runWriteArray(const LuaTypeCore& core, lua_State* state)
             fillIndexed(core, parameters, PARAMETERS, box->object, indexAt(state, 2));
             bridge.readParameter(parameters[2], VALUE_INDEX);
         });
-}
-
-bool isReadable(const LuaTypeField& field)
-{
-    return hasTypedGetter(field);
-}
-
-bool isWritable(const LuaTypeField& field)
-{
-    return hasTypedSetter(field);
 }
 
 // Runs the host's look-up by name, on the arguments of the access.
@@ -402,7 +398,7 @@ int readFurther(const LuaTypeCore& core, lua_State* state, int readersIndex)
         return 0;
     lua_settop(state, 2);
     if (!core.baseCores.empty() &&
-        pushInheritedField(core, state, readersIndex, &isReadable, &readField))
+        pushInheritedField(core, state, readersIndex, &hasTypedGetter, &readField))
     {
         lua_pushvalue(state, 1);
         lua_call(state, 1, 1);
@@ -451,7 +447,7 @@ int writeFurther(const LuaTypeCore& core, lua_State* state)
     if (!core.baseCores.empty() && core.isAlive)
     {
         LuaTypeTable::pushWriters(state, core.partsKey);
-        if (pushInheritedField(core, state, lua_gettop(state), &isWritable, &writeField))
+        if (pushInheritedField(core, state, lua_gettop(state), &hasTypedSetter, &writeField))
         {
             lua_pushvalue(state, 1);
             lua_pushvalue(state, 3);
